@@ -1,0 +1,274 @@
+// The public interface, read from top to bottom: properties, methods, constants and shared methods of "PictureZVK",
+// then "PictureFactoryZVK". A line an entry, in table order, written for the newest host.
+
+#include <cstddef>
+#include <iterator>
+
+#include "host/registration.h"
+#include "image/image_factory.h"
+#include "image/image_formats.h"
+#include "image/image_storage.h"
+#include "pictures/picture_export.h"
+#include "pictures/picture_import.h"
+#include "scaling/scale_engine.h"
+
+namespace zvk {
+
+namespace {
+
+constexpr uint32_t kProperty = kFlagPropertyDefault | kFlagConsole;
+constexpr uint32_t kPictureProperty = kFlagPropertyDefault | kFlagNewConsole;
+constexpr uint32_t kMethod = kFlagConsole;
+constexpr uint32_t kPictureMethod = kFlagNewConsole;
+
+template <class Result, class... Arguments>
+void *Address(Result (*function)(Arguments...)) {
+  return reinterpret_cast<void *>(function);
+}
+
+// --- kinds of property; a position is that of the field in ImageClassData ---
+
+REALproperty Property(const char *name, const char *type, void *getter, void *setter, size_t position, uint32_t flags) {
+  return {"", name, type, flags, getter, setter, static_cast<int32_t>(position), nullptr, 0, nullptr, 0, nullptr};
+}
+
+// A field that the host reads and writes itself.
+REALproperty Field(const char *name, const char *type, size_t position, uint32_t flags = kProperty) {
+  return Property(name, type, REALstandardAccessor, REALstandardAccessor, position, flags);
+}
+
+// A field that the host reads itself and nobody may write.
+REALproperty ReadOnly(const char *name, const char *type, size_t position, uint32_t flags = kProperty) {
+  return Property(name, type, REALstandardAccessor, nullptr, position, flags);
+}
+
+// A field that the host reads itself and writes through `setter`.
+REALproperty Checked(const char *name, size_t position, void (*setter)(REALobject, int32_t, int32_t)) {
+  return Property(name, "Integer", REALstandardAccessor, Address(setter), position, kProperty);
+}
+
+// A read-only value that no single field holds, or that the host cannot read by itself.
+template <class Result>
+REALproperty Computed(const char *name, const char *type, Result (*getter)(REALobject, int32_t),
+                      uint32_t flags = kProperty) {
+  return Property(name, type, Address(getter), nullptr, 0, flags);
+}
+
+template <class Result, class... Arguments>
+REALmethodDefinition Method(Result (*handler)(Arguments...), const char *declaration, uint32_t flags = kMethod) {
+  return {Address(handler), nullptr, declaration, flags, 0, nullptr};
+}
+
+REALconstant Constant(const char *name, int32_t number) {
+  return {name, static_cast<uintptr_t>(number), 0, 0, nullptr};
+}
+
+// clang-format off
+
+#define AT(field) offsetof(ImageClassData, field)
+
+REALproperty pictureProperties[] = {
+    Field("YieldTicks", "Integer", AT(Yield.YieldTicks)),
+    Checked("RedOffset", AT(RedOffset), SetRedOffset),
+    Checked("GreenOffset", AT(GreenOffset), SetGreenOffset),
+    Checked("BlueOffset", AT(BlueOffset), SetBlueOffset),
+    Checked("GrayOffset", AT(GrayOffset), SetGrayOffset),
+    Checked("AlphaOffset", AT(AlphaOffset), SetAlphaOffset),
+    ReadOnly("Width", "Integer", AT(Width)),
+    ReadOnly("Height", "Integer", AT(Height)),
+    ReadOnly("UnclippedHeight", "Integer", AT(UnclippedHeight)),
+    ReadOnly("PixelSize", "Integer", AT(PixelSize)),
+    ReadOnly("BitsPerComponent", "Integer", AT(BitsPerComponent)),
+    ReadOnly("RowSize", "Integer", AT(RowSize)),
+    ReadOnly("ImageFormat", "Integer", AT(ImageFormat)),
+    Computed("ImageFormatString", "String", GetImageFormatString),
+    ReadOnly("RowOffset", "Integer", AT(RowOffset)),
+    Field("DebugPictureEnabled", "Boolean", AT(DebugPictureEnabled), kPictureProperty),
+    Computed("DebugPicture", "Picture", GetDebugPicture, kPictureProperty),
+    ReadOnly("IsGray", "Boolean", AT(IsGray)),
+    ReadOnly("IsRGB", "Boolean", AT(IsRGB)),
+    ReadOnly("HasGreen", "Boolean", AT(HasGreen)),
+    ReadOnly("HasRed", "Boolean", AT(HasRed)),
+    ReadOnly("HasBlue", "Boolean", AT(HasBlue)),
+    ReadOnly("HasGray", "Boolean", AT(HasGray)),
+    ReadOnly("HasAlpha", "Boolean", AT(HasAlpha)),
+    ReadOnly("Valid", "Boolean", AT(Valid)),
+    ReadOnly("IsMapping", "Boolean", AT(IsMapping)),
+    ReadOnly("ChannelCount", "Integer", AT(ChannelCount)),
+    ReadOnly("IsCMYK", "Boolean", AT(IsCMYK)),
+    ReadOnly("HasCyan", "Boolean", AT(HasCyan)),
+    ReadOnly("HasYellow", "Boolean", AT(HasYellow)),
+    ReadOnly("HasMagenta", "Boolean", AT(HasMagenta)),
+    ReadOnly("HasBlack", "Boolean", AT(HasBlack)),
+    // The four inks can be read and not set; there is no setter for them, unlike for the channels above.
+    ReadOnly("CyanOffset", "Integer", AT(CyanOffset)),
+    ReadOnly("YellowOffset", "Integer", AT(YellowOffset)),
+    ReadOnly("MagentaOffset", "Integer", AT(MagentaOffset)),
+    ReadOnly("BlackOffset", "Integer", AT(BlackOffset)),
+    ReadOnly("Parent", "PictureZVK", AT(Parent)),
+    Field("Factory", "PictureFactoryZVK", AT(Factory)),
+    ReadOnly("Target", "Picture", AT(Target), kPictureProperty),
+    ReadOnly("MemoryTarget", "Memoryblock", AT(MemoryTarget)),
+    Computed("TotalSize", "Int64", GetTotalSizeInt64),
+};
+
+#undef AT
+
+REALmethodDefinition pictureMethods[] = {
+    Method(CreatePictureLocal, "CreatePictureZVK(width as integer, height as integer, ImageFormat as integer) as PictureZVK"),
+    Method(PictureScaleZVK, "Scale(source as PictureZVK, temp as PictureZVK, mode as integer, width as integer, height as integer) as boolean"),
+    Method(ImageConstructor, "Constructor(width as integer, height as integer, ImageFormat as integer)"),
+    Method(ImageConstructorPicture, "Constructor(pic as picture, UseAlpha as boolean=false)", kPictureMethod),
+    Method(ImageConstructorMemory, "Constructor(Buf as MemoryBlock, width as integer, height as integer, ImageFormat as integer, RowSize as integer)"),
+    Method(ImageDestructor, "Close"),
+    Method(rbCopyPictureWithMask, "CopyPictureWithMask(x as integer, y as integer, w as integer, h as integer) as picture", kPictureMethod),
+    Method(rbCopyPictureWithMaskAll, "CopyPictureWithMask as picture", kPictureMethod),
+    Method(rbCopyPicture, "CopyPicture(x as integer, y as integer, w as integer, h as integer) as picture", kPictureMethod),
+    Method(rbCopyPictureAll, "CopyPicture as picture", kPictureMethod),
+    Method(rbCopyMask, "CopyMask(x as integer, y as integer, w as integer, h as integer) as picture", kPictureMethod),
+    Method(rbCopyMaskAll, "CopyMask as picture", kPictureMethod),
+    Method(rbDrawPictureRedToGrayChannel6, "DrawPictureRedToGrayChannel(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer)", kPictureMethod),
+    Method(rbDrawPictureRedToGrayChannel8, "DrawPictureRedToGrayChannel(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer, SourceX as integer, SourceY as integer)", kPictureMethod),
+    Method(rbDrawPictureGreenToGrayChannel6, "DrawPictureGreenToGrayChannel(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer)", kPictureMethod),
+    Method(rbDrawPictureGreenToGrayChannel8, "DrawPictureGreenToGrayChannel(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer, SourceX as integer, SourceY as integer)", kPictureMethod),
+    Method(rbDrawPictureBlueToGrayChannel6, "DrawPictureBlueToGrayChannel(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer)", kPictureMethod),
+    Method(rbDrawPictureBlueToGrayChannel8, "DrawPictureBlueToGrayChannel(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer, SourceX as integer, SourceY as integer)", kPictureMethod),
+    Method(rbDrawPictureRGB2, "DrawPictureRGB(pic as picture)", kPictureMethod),
+    Method(rbDrawPictureRGB4, "DrawPictureRGB(pic as picture, DestX as integer, DestY as integer)", kPictureMethod),
+    Method(rbDrawPictureRGB6, "DrawPictureRGB(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer)", kPictureMethod),
+    Method(rbDrawPictureRGB8, "DrawPictureRGB(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer, SourceX as integer, SourceY as integer)", kPictureMethod),
+};
+
+REALconstant pictureConstants[] = {
+    Constant("ImageFormatUnknown", 0),
+    Constant("ImageFormatRGB", 1),
+    Constant("ImageFormatRGBA", 2),
+    Constant("ImageFormatRGBX", 3),
+    Constant("ImageFormatARGB", 4),
+    Constant("ImageFormatXRGB", 5),
+    Constant("ImageFormatBGR", 6),
+    Constant("ImageFormatBGRA", 7),
+    Constant("ImageFormatBGRX", 8),
+    Constant("ImageFormatABGR", 9),
+    Constant("ImageFormatXBGR", 10),
+    Constant("ImageFormatG", 11),
+    Constant("ImageFormatGray16", 41),
+    Constant("ImageFormatGA", 12),
+    Constant("ImageFormatAG", 13),
+    Constant("ImageFormatScaling1", 33),
+    Constant("ImageFormatScaling2", 34),
+    Constant("ImageFormatScaling3", 35),
+    Constant("ImageFormatScaling4", 36),
+    Constant("ImageFormatScaling5", 37),
+    Constant("ImageFormatScaling6", 38),
+    Constant("ImageFormatScaling7", 39),
+    Constant("ImageFormatScaling8", 40),
+    Constant("ImageFormatBuffer", 22),
+    Constant("ImageFormat1of3", 15),
+    Constant("ImageFormat2of3", 16),
+    Constant("ImageFormat3of3", 17),
+    Constant("ImageFormat1of4", 18),
+    Constant("ImageFormat2of4", 19),
+    Constant("ImageFormat3of4", 20),
+    Constant("ImageFormat4of4", 21),
+    Constant("ImageFormatRofRGB", 15),
+    Constant("ImageFormatGofRGB", 16),
+    Constant("ImageFormatBofRGB", 17),
+    Constant("ImageFormatRofRGBA", 18),
+    Constant("ImageFormatGofRGBA", 19),
+    Constant("ImageFormatBofRGBA", 20),
+    Constant("ImageFormatAofRGBA", 21),
+    Constant("ImageFormatRofARGB", 19),
+    Constant("ImageFormatGofARGB", 20),
+    Constant("ImageFormatBofARGB", 21),
+    Constant("ImageFormatAofARGB", 18),
+    Constant("ImageFormatRofBGR", 17),
+    Constant("ImageFormatGofBGR", 16),
+    Constant("ImageFormatBofBGR", 15),
+    Constant("ImageFormatRofBGRA", 20),
+    Constant("ImageFormatGofBGRA", 19),
+    Constant("ImageFormatBofBGRA", 18),
+    Constant("ImageFormatAofBGRA", 21),
+    Constant("ImageFormatRofABGR", 21),
+    Constant("ImageFormatGofABGR", 20),
+    Constant("ImageFormatBofABGR", 19),
+    Constant("ImageFormatAofABGR", 18),
+    Constant("ImageFormatCMYK", 23),
+    Constant("ImageFormatCMYKA", 24),
+    Constant("ImageFormatACMYK", 25),
+    Constant("ImageFormatCMYKX", 26),
+    Constant("ImageFormatXCMYK", 27),
+    Constant("ImageFormatKYMC", 28),
+    Constant("ImageFormatKYMCA", 29),
+    Constant("ImageFormatAKYMC", 30),
+    Constant("ImageFormatKYMCX", 31),
+    Constant("ImageFormatXKYMC", 32),
+    Constant("ScaleTriangle", 1),
+    Constant("ScaleBox", 2),
+    Constant("ScaleLanczos3", 3),
+    Constant("ScaleLanczos8", 4),
+    Constant("ScaleMitchell", 5),
+    Constant("ScalePoly3", 6),
+    Constant("ScaleCubic", 7),
+    Constant("DitherMagic2x2Matrix", 1),
+    Constant("DitherMagic4x4Matrix", 2),
+    Constant("DitherOrdered4x4Matrix", 3),
+    Constant("DitherLines4x4Matrix", 4),
+    Constant("Dither90Halftone6x6Matrix", 5),
+    Constant("DitherOrdered6x6Matrix", 6),
+    Constant("DitherOrdered8x8Matrix", 7),
+    Constant("DitherCluster3Matrix", 8),
+    Constant("DitherCluster4Matrix", 9),
+    Constant("DitherCluster8Matrix", 10),
+};
+
+REALmethodDefinition pictureSharedMethods[] = {
+    Method(CalculateMemory, "CalculateMemory(width as integer, height as integer, theImageFormat as integer) as Int64"),
+    Method(CanAllocateImage, "CanAllocateImage(width as integer, height as integer, theImageFormat as integer) as boolean"),
+    Method(CreatePictureGlobal, "CreatePictureZVK(width as integer, height as integer, theImageFormat as integer) as PictureZVK"),
+};
+
+REALmethodDefinition factorySharedMethods[] = {
+    Method(SetFactory, "SetFactory(factory as PictureFactoryZVK)"),
+};
+
+// clang-format on
+
+REALclassDefinition Class(const char *name) {
+  REALclassDefinition definition{};
+  definition.version = 12;
+  definition.name = name;
+  definition.flags = kFlagConsole;
+  return definition;
+}
+
+}  // namespace
+
+REALevent NewPictureEvent{"NewPictureZVK(Width as integer, Height as integer, ImageFormat as integer) as PictureZVK", 0,
+                          0, nullptr};
+
+REALclassDefinition PictureDefinition = [] {
+  REALclassDefinition definition = Class("PictureZVK");
+  definition.dataSize = sizeof(ImageClassData);
+  definition.destructor = Address(ImageDestructor);
+  definition.properties = pictureProperties;
+  definition.propertyCount = std::size(pictureProperties);
+  definition.methods = pictureMethods;
+  definition.methodCount = std::size(pictureMethods);
+  definition.constants = pictureConstants;
+  definition.constantCount = std::size(pictureConstants);
+  definition.sharedMethods = pictureSharedMethods;
+  definition.sharedMethodCount = std::size(pictureSharedMethods);
+  return definition;
+}();
+
+REALclassDefinition PictureFactoryDefinition = [] {
+  REALclassDefinition definition = Class("PictureFactoryZVK");
+  definition.events = &NewPictureEvent;
+  definition.eventCount = 1;
+  definition.sharedMethods = factorySharedMethods;
+  definition.sharedMethodCount = std::size(factorySharedMethods);
+  return definition;
+}();
+
+}  // namespace zvk

@@ -1,0 +1,15 @@
+// How an operation may reach the rows of its images, chosen once for a whole call.
+#pragma once
+
+#include "image/image_record.h"
+
+namespace zvk {
+
+// True if the bytes of the image's rows stay where they are between calls of GetRow: every storage but a mapped file.
+inline bool HasFixedRows(const ImageClassData &image) { return !image.IsMapping; }
+
+// True if rows of the two images may have a byte in common. Both must be usable. Only images that share nothing may be
+// worked on in forms that reorder or buffer reads and writes. Two row tables are taken to be the same rows or none.
+bool SharesStorage(const ImageClassData &a, const ImageClassData &b);
+
+}  // namespace zvk
