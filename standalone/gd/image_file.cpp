@@ -1,0 +1,394 @@
+#include "standalone/gd/image_file.h"
+
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <span>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+namespace standalone {
+namespace {
+
+using Bytes = std::vector<uint8_t>;
+
+constexpr int kDefaultJpegQuality = 90;
+constexpr uint32_t kColourBits = 0xFFFFFF;
+constexpr int kMaskAlpha = 0x7F000000;
+
+// Set by the library's report on the file being read; images of a file cut short come back half grey, without an error.
+thread_local bool sawPrematureEnd = false;
+
+void TakeReport(int, const char *format, va_list arguments) {
+  std::array<char, 256> text;
+  vsnprintf(text.data(), text.size(), format, arguments);
+  if (std::strstr(text.data(), "Premature end") != nullptr) sawPrematureEnd = true;
+}
+
+// Keeps GD, and the TIFF library under it, from writing to the standard error stream. That library is GD's own
+// business, so it is looked for among what is loaded and not linked.
+void SilenceLibraries() {
+  static const bool done = [] {
+    gdSetErrorMethod(TakeReport);
+    using SetHandler = void *(*)(void *);
+    for (const char *name : {"TIFFSetErrorHandler", "TIFFSetWarningHandler"}) {
+      if (void *const function = dlsym(RTLD_DEFAULT, name)) reinterpret_cast<SetHandler>(function)(nullptr);
+    }
+    return true;
+  }();
+  static_cast<void>(done);
+}
+
+[[noreturn]] void Fail(const std::string &path, const std::string &problem) {
+  throw ImageFileError(path + ": " + problem);
+}
+
+std::string SystemError(int number) { return std::generic_category().message(number); }
+
+bool StartsWith(std::span<const uint8_t> bytes, std::string_view magic, size_t position = 0) {
+  return bytes.size() >= position + magic.size() &&
+         std::memcmp(bytes.data() + position, magic.data(), magic.size()) == 0;
+}
+
+// True if the data of the first image reach their end mark; GD gives what there is of a GIF cut short.
+bool IsWholeGif(std::span<const uint8_t> bytes) {
+  const auto byteAt = [&](size_t position) { return position < bytes.size() ? bytes[position] : uint8_t{0}; };
+  const auto colourTable = [](uint8_t flags) { return (flags & 0x80) != 0 ? size_t{6} << (flags & 7) : size_t{0}; };
+  size_t position = 13 + colourTable(byteAt(10));
+  bool inImage = false;
+  while (position < bytes.size()) {
+    if (byteAt(position) == 0x2C) {
+      inImage = true;
+      position += 11 + colourTable(byteAt(position + 9));
+    } else if (byteAt(position) == 0x21) {
+      position += 2;
+    } else {
+      return false;
+    }
+    while (byteAt(position) != 0) position += size_t{1} + byteAt(position);
+    if (position >= bytes.size()) return false;
+    ++position;
+    if (inImage) return true;
+  }
+  return false;
+}
+
+// A palette image of the same pixels. Up to 256 colours are exact; above that GD reduces them. With `keepAlpha` pixels
+// at least half clear share one clear colour.
+OwnedGdImage ToPalette(gdImagePtr image, bool keepAlpha) {
+  const auto isClear = [keepAlpha](int pixel) { return keepAlpha && gdTrueColorGetAlpha(pixel) > gdAlphaMax / 2; };
+  bool anyClear = false;
+  bool fits = true;
+  std::unordered_map<uint32_t, int> indexOfColour;
+  for (int y = 0; y < image->sy; ++y) {
+    for (int x = 0; x < image->sx; ++x) {
+      const int pixel = image->tpixels[y][x];
+      if (isClear(pixel)) {
+        anyClear = true;
+      } else if (fits) {
+        indexOfColour.try_emplace(static_cast<uint32_t>(pixel) & kColourBits, static_cast<int>(indexOfColour.size()));
+        fits = indexOfColour.size() <= gdMaxColors;
+      }
+    }
+  }
+  const size_t room = gdMaxColors - (anyClear ? 1 : 0);
+  fits = fits && indexOfColour.size() <= room;
+
+  OwnedGdImage palette;
+  if (fits) {
+    palette.reset(gdImageCreate(image->sx, image->sy));
+    if (palette == nullptr) return nullptr;
+    for (const auto &[colour, index] : indexOfColour) {
+      palette->red[index] = gdTrueColorGetRed(static_cast<int>(colour));
+      palette->green[index] = gdTrueColorGetGreen(static_cast<int>(colour));
+      palette->blue[index] = gdTrueColorGetBlue(static_cast<int>(colour));
+      palette->open[index] = 0;
+    }
+    palette->colorsTotal = static_cast<int>(indexOfColour.size());
+  } else {
+    palette.reset(gdImageCreatePaletteFromTrueColor(image, 1, static_cast<int>(room)));
+    if (palette == nullptr) return nullptr;
+  }
+  int clearIndex = -1;
+  if (anyClear) {
+    clearIndex = gdImageColorAllocate(palette.get(), 0, 0, 0);
+    gdImageColorTransparent(palette.get(), clearIndex);
+  }
+  for (int y = 0; y < image->sy; ++y) {
+    for (int x = 0; x < image->sx; ++x) {
+      const int pixel = image->tpixels[y][x];
+      if (isClear(pixel)) {
+        palette->pixels[y][x] = static_cast<uint8_t>(clearIndex);
+      } else if (fits) {
+        palette->pixels[y][x] = static_cast<uint8_t>(indexOfColour.at(static_cast<uint32_t>(pixel) & kColourBits));
+      }
+    }
+  }
+  return palette;
+}
+
+void *EncodePng(gdImagePtr image, int *size, const SaveOptions &) { return gdImagePngPtr(image, size); }
+
+void *EncodeJpeg(gdImagePtr image, int *size, const SaveOptions &options) {
+  return gdImageJpegPtr(image, size, options.quality < 0 ? kDefaultJpegQuality : options.quality);
+}
+
+void *EncodeGif(gdImagePtr image, int *size, const SaveOptions &options) {
+  const OwnedGdImage palette = ToPalette(image, options.alpha == AlphaPlane::Keep);
+  return palette == nullptr ? nullptr : gdImageGifPtr(palette.get(), size);
+}
+
+void *EncodeWebp(gdImagePtr image, int *size, const SaveOptions &options) {
+  return gdImageWebpPtrEx(image, size, options.quality < 0 ? gdWebpLossless : options.quality);
+}
+
+void *EncodeTiff(gdImagePtr image, int *size, const SaveOptions &) { return gdImageTiffPtr(image, size); }
+
+void *EncodeBmp(gdImagePtr image, int *size, const SaveOptions &) { return gdImageBmpPtr(image, size, 0); }
+
+gdImagePtr DecodeJpeg(int size, void *bytes) { return gdImageCreateFromJpegPtrEx(size, bytes, 1); }
+
+struct Format {
+  const char *name;
+  std::array<std::string_view, 2> extensions;  // an unused one is empty
+  std::array<std::string_view, 2> magics;      // at the start of a file; an unused one is empty
+  gdImagePtr (*decode)(int size, void *bytes);
+  void *(*encode)(gdImagePtr image, int *size, const SaveOptions &options);
+  int largestSide;  // pixels that the format can hold in one direction
+};
+
+using namespace std::literals;
+
+constexpr std::array<Format, 6> kFormats = {{
+    {"PNG", {"png"}, {"\x89PNG\r\n\x1A\n"sv}, gdImageCreateFromPngPtr, EncodePng, INT_MAX},
+    {"JPEG", {"jpg", "jpeg"}, {"\xFF\xD8\xFF"sv}, DecodeJpeg, EncodeJpeg, 65500},
+    {"GIF", {"gif"}, {"GIF87a"sv, "GIF89a"sv}, gdImageCreateFromGifPtr, EncodeGif, 65535},
+    {"WebP", {"webp"}, {"RIFF"sv}, gdImageCreateFromWebpPtr, EncodeWebp, 16383},
+    {"TIFF", {"tif", "tiff"}, {"II*\0"sv, "MM\0*"sv}, gdImageCreateFromTiffPtr, EncodeTiff, INT_MAX},
+    {"BMP", {"bmp"}, {"BM"sv}, gdImageCreateFromBmpPtr, EncodeBmp, INT_MAX},
+}};
+
+const Format *RecogniseFormat(std::span<const uint8_t> bytes) {
+  for (const Format &format : kFormats) {
+    for (const std::string_view magic : format.magics) {
+      if (magic.empty() || !StartsWith(bytes, magic)) continue;
+      if (magic == "RIFF" && !StartsWith(bytes, "WEBP", 8)) continue;
+      return &format;
+    }
+  }
+  return nullptr;
+}
+
+const Format *FormatOfExtension(const std::string &path) {
+  std::string extension = std::filesystem::path(path).extension().string();
+  if (extension.empty()) return nullptr;
+  extension.erase(0, 1);
+  std::transform(extension.begin(), extension.end(), extension.begin(),
+                 [](char letter) { return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + 32) : letter; });
+  for (const Format &format : kFormats) {
+    if (extension.empty()) break;
+    if (extension == format.extensions[0] || extension == format.extensions[1]) return &format;
+  }
+  return nullptr;
+}
+
+std::string FormatNames() {
+  std::string names;
+  for (const Format &format : kFormats) {
+    names += (names.empty() ? "" : &format == &kFormats.back() ? " and " : ", ") + std::string(format.name);
+  }
+  return names;
+}
+
+Bytes ReadFile(const std::string &path) {
+  struct stat status;
+  if (stat(path.c_str(), &status) != 0) {
+    const int number = errno;
+    if (number == ENOENT) Fail(path, "no such file; check the path");
+    Fail(path, "cannot be read (" + SystemError(number) + "); check the path");
+  }
+  if (S_ISDIR(status.st_mode)) Fail(path, "is a folder; name an image file in it");
+  if (status.st_size > INT_MAX) Fail(path, "is too large; image files may have up to 2 GiB");
+  std::ifstream file(path, std::ios::binary);
+  if (!file) Fail(path, "cannot be opened (" + SystemError(errno) + "); check who may read it");
+  Bytes bytes(static_cast<size_t>(status.st_size));
+  file.read(reinterpret_cast<char *>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+  if (!file) Fail(path, "cannot be read whole; get a new copy of it");
+  if (bytes.empty()) Fail(path, "is empty; name an image file");
+  return bytes;
+}
+
+// Turns the transparent colour of a true-colour file into alpha.
+void ResolveColourKey(gdImagePtr image) {
+  if (image->transparent >= 0) {
+    const uint32_t key = static_cast<uint32_t>(image->transparent) & kColourBits;
+    for (int y = 0; y < image->sy; ++y) {
+      for (int x = 0; x < image->sx; ++x) {
+        int &pixel = image->tpixels[y][x];
+        if ((static_cast<uint32_t>(pixel) & kColourBits) == key) pixel |= kMaskAlpha;
+      }
+    }
+  }
+  image->transparent = -1;
+}
+
+bool HasTransparency(gdImagePtr image) {
+  for (int y = 0; y < image->sy; ++y) {
+    const int *const row = image->tpixels[y];
+    if (std::any_of(row, row + image->sx, [](int pixel) { return (pixel & kMaskAlpha) != 0; })) return true;
+  }
+  return false;
+}
+
+// A copy with all pixels opaque; nil if there is no memory.
+OwnedGdImage OpaqueCopy(gdImagePtr image) {
+  OwnedGdImage copy(gdImageCreateTrueColor(image->sx, image->sy));
+  if (copy == nullptr) return nullptr;
+  for (int y = 0; y < image->sy; ++y) {
+    std::transform(image->tpixels[y], image->tpixels[y] + image->sx, copy->tpixels[y],
+                   [](int pixel) { return static_cast<int>(static_cast<uint32_t>(pixel) & kColourBits); });
+  }
+  return copy;
+}
+
+// A new file beside the target that takes its place by Commit, or goes away.
+class PartFile {
+ public:
+  explicit PartFile(std::string target) : target_(std::move(target)) {
+    const std::filesystem::path folder = std::filesystem::path(target_).parent_path();
+    for (int attempt = 0; descriptor_ < 0; ++attempt) {
+      path_ = (folder / (".zvk-" + std::to_string(getpid()) + "-" + std::to_string(attempt) + ".part")).string();
+      descriptor_ = open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+      if (descriptor_ < 0 && errno != EEXIST) {
+        Fail(target_,
+             "cannot be written (" + SystemError(errno) + "); check that its folder exists and who may write there");
+      }
+    }
+  }
+
+  PartFile(const PartFile &) = delete;
+  PartFile &operator=(const PartFile &) = delete;
+
+  ~PartFile() {
+    if (descriptor_ >= 0) close(descriptor_);
+    if (!path_.empty()) unlink(path_.c_str());
+  }
+
+  void Write(std::span<const uint8_t> bytes) {
+    while (!bytes.empty()) {
+      const ssize_t count = write(descriptor_, bytes.data(), bytes.size());
+      if (count < 0 && errno == EINTR) continue;
+      if (count < 0) FailToWrite(errno);
+      bytes = bytes.subspan(static_cast<size_t>(count));
+    }
+  }
+
+  // Keeps the permissions of a file that is replaced.
+  void Commit() {
+    struct stat status;
+    if (stat(target_.c_str(), &status) == 0 && fchmod(descriptor_, status.st_mode & 07777) != 0) FailToWrite(errno);
+    if (close(std::exchange(descriptor_, -1)) != 0) FailToWrite(errno);
+    if (rename(path_.c_str(), target_.c_str()) != 0) FailToWrite(errno);
+    path_.clear();
+  }
+
+ private:
+  [[noreturn]] void FailToWrite(int number) const {
+    Fail(target_, "cannot be written (" + SystemError(number) + "); what was there before is unchanged");
+  }
+
+  std::string target_;
+  std::string path_;
+  int descriptor_ = -1;
+};
+
+// The path behind symbolic links, so that the file they lead to is replaced and not the link.
+std::string WritablePath(const std::string &path) {
+  std::error_code error;
+  const std::filesystem::path resolved = std::filesystem::weakly_canonical(path, error);
+  const std::string target = error ? path : resolved.string();
+  struct stat status;
+  if (stat(target.c_str(), &status) == 0) {
+    if (S_ISDIR(status.st_mode)) Fail(path, "is a folder; name a file in it");
+    if (!S_ISREG(status.st_mode)) Fail(path, "is not a regular file; name another one");
+    if (access(target.c_str(), W_OK) != 0)
+      Fail(path, "is write-protected; name another file or change its permissions");
+  }
+  return target;
+}
+
+}  // namespace
+
+LoadedImage LoadImageFile(const std::string &path) {
+  SilenceLibraries();
+  Bytes bytes = ReadFile(path);
+  const Format *const format = RecogniseFormat(bytes);
+  if (format == nullptr) Fail(path, "is not an image that can be read; known are " + FormatNames());
+  sawPrematureEnd = false;
+  OwnedGdImage image(format->decode(static_cast<int>(bytes.size()), bytes.data()));
+  if (image == nullptr || sawPrematureEnd || (format->decode == gdImageCreateFromGifPtr && !IsWholeGif(bytes))) {
+    Fail(path, "is a " + std::string(format->name) + " file that is cut short or damaged; get a whole copy of it");
+  }
+  if (image->trueColor == 0) {
+    if (gdImagePaletteToTrueColor(image.get()) == 0) Fail(path, "there is not enough memory for its pixels");
+    image->transparent = -1;
+  }
+  ResolveColourKey(image.get());
+  const bool hasTransparency = HasTransparency(image.get());
+  return {std::move(image), format->name, hasTransparency};
+}
+
+void SaveImageFile(gdImagePtr image, const std::string &path, const SaveOptions &options) {
+  SilenceLibraries();
+  const Format *const format = FormatOfExtension(path);
+  if (format == nullptr) Fail(path, "no known image extension; use one of " + KnownImageExtensions());
+  if (options.quality != -1 && (options.quality < 1 || options.quality > 100)) {
+    Fail(path, "a quality of " + std::to_string(options.quality) + " is out of range; use 1 to 100");
+  }
+  if (std::max(image->sx, image->sy) > format->largestSide) {
+    Fail(path, "a " + std::string(format->name) + " file holds up to " + std::to_string(format->largestSide) +
+                   " pixels in each direction; use another format or a smaller image");
+  }
+  const std::string target = WritablePath(path);
+
+  const bool hasTransparency = HasTransparency(image);
+  const bool keepAlpha = hasTransparency && options.alpha == AlphaPlane::Keep;
+  const OwnedGdImage opaque = hasTransparency && !keepAlpha ? OpaqueCopy(image) : nullptr;
+  if (hasTransparency && !keepAlpha && opaque == nullptr) Fail(path, "there is not enough memory to write it");
+  gdImagePtr const pixels = opaque != nullptr ? opaque.get() : image;
+  const int savedFlag = std::exchange(pixels->saveAlphaFlag, keepAlpha ? 1 : 0);
+  int size = 0;
+  const std::unique_ptr<void, void (*)(void *)> encoded(format->encode(pixels, &size, options), gdFree);
+  pixels->saveAlphaFlag = savedFlag;
+  if (encoded == nullptr || size <= 0) {
+    Fail(path, "could not be put into the " + std::string(format->name) + " format; use another one");
+  }
+
+  PartFile file(target);
+  file.Write({static_cast<const uint8_t *>(encoded.get()), static_cast<size_t>(size)});
+  file.Commit();
+}
+
+std::string KnownImageExtensions() {
+  std::string list;
+  for (const Format &format : kFormats) {
+    for (const std::string_view extension : format.extensions) {
+      if (!extension.empty()) list += (list.empty() ? "" : ", ") + std::string(extension);
+    }
+  }
+  return list;
+}
+
+}  // namespace standalone
