@@ -28,20 +28,11 @@ constexpr int kDefaultJpegQuality = 90;
 constexpr uint32_t kColourBits = 0xFFFFFF;
 constexpr int kMaskAlpha = 0x7F000000;
 
-// Set by the library's report on the file being read; images of a file cut short come back half grey, without an error.
-thread_local bool sawPrematureEnd = false;
-
-void TakeReport(int, const char *format, va_list arguments) {
-  std::array<char, 256> text;
-  vsnprintf(text.data(), text.size(), format, arguments);
-  if (std::strstr(text.data(), "Premature end") != nullptr) sawPrematureEnd = true;
-}
-
 // Keeps GD, and the TIFF library under it, from writing to the standard error stream. That library is GD's own
 // business, so it is looked for among what is loaded and not linked.
 void SilenceLibraries() {
   static const bool done = [] {
-    gdSetErrorMethod(TakeReport);
+    gdSetErrorMethod([](int, const char *, va_list) {});
     using SetHandler = void *(*)(void *);
     for (const char *name : {"TIFFSetErrorHandler", "TIFFSetWarningHandler"}) {
       if (void *const function = dlsym(RTLD_DEFAULT, name)) reinterpret_cast<SetHandler>(function)(nullptr);
@@ -62,7 +53,29 @@ bool StartsWith(std::span<const uint8_t> bytes, std::string_view magic, size_t p
          std::memcmp(bytes.data() + position, magic.data(), magic.size()) == 0;
 }
 
-// True if the data of the first image reach their end mark; GD gives what there is of a GIF cut short.
+// GD gives what there is of a JPEG or GIF file cut short and says nothing, so these two are walked through to the end
+// mark.
+
+bool IsWholeJpeg(std::span<const uint8_t> bytes) {
+  size_t position = 2;
+  while (position + 1 < bytes.size()) {
+    const uint8_t marker = bytes[position + 1];
+    const bool isMarker = bytes[position] == 0xFF && marker != 0x00 && marker != 0xFF;
+    const bool isAlone = marker == 0x01 || (marker >= 0xD0 && marker <= 0xD8);
+    if (isMarker && marker == 0xD9) return true;
+    if (!isMarker) {
+      ++position;  // image data, which follow their header up to the next marker
+    } else if (isAlone) {
+      position += 2;
+    } else {
+      if (position + 3 >= bytes.size()) return false;
+      position += 2 + (size_t{bytes[position + 2]} << 8 | bytes[position + 3]);
+    }
+  }
+  return false;
+}
+
+// The data of the first image count; what comes behind is not read.
 bool IsWholeGif(std::span<const uint8_t> bytes) {
   const auto byteAt = [&](size_t position) { return position < bytes.size() ? bytes[position] : uint8_t{0}; };
   const auto colourTable = [](uint8_t flags) { return (flags & 0x80) != 0 ? size_t{6} << (flags & 7) : size_t{0}; };
@@ -158,12 +171,13 @@ void *EncodeTiff(gdImagePtr image, int *size, const SaveOptions &) { return gdIm
 
 void *EncodeBmp(gdImagePtr image, int *size, const SaveOptions &) { return gdImageBmpPtr(image, size, 0); }
 
-gdImagePtr DecodeJpeg(int size, void *bytes) { return gdImageCreateFromJpegPtrEx(size, bytes, 1); }
+bool IsLeftToDecoder(std::span<const uint8_t>) { return true; }
 
 struct Format {
   const char *name;
   std::array<std::string_view, 2> extensions;  // an unused one is empty
   std::array<std::string_view, 2> magics;      // at the start of a file; an unused one is empty
+  bool (*isWhole)(std::span<const uint8_t> bytes);
   gdImagePtr (*decode)(int size, void *bytes);
   void *(*encode)(gdImagePtr image, int *size, const SaveOptions &options);
   int largestSide;  // pixels that the format can hold in one direction
@@ -172,12 +186,12 @@ struct Format {
 using namespace std::literals;
 
 constexpr std::array<Format, 6> kFormats = {{
-    {"PNG", {"png"}, {"\x89PNG\r\n\x1A\n"sv}, gdImageCreateFromPngPtr, EncodePng, INT_MAX},
-    {"JPEG", {"jpg", "jpeg"}, {"\xFF\xD8\xFF"sv}, DecodeJpeg, EncodeJpeg, 65500},
-    {"GIF", {"gif"}, {"GIF87a"sv, "GIF89a"sv}, gdImageCreateFromGifPtr, EncodeGif, 65535},
-    {"WebP", {"webp"}, {"RIFF"sv}, gdImageCreateFromWebpPtr, EncodeWebp, 16383},
-    {"TIFF", {"tif", "tiff"}, {"II*\0"sv, "MM\0*"sv}, gdImageCreateFromTiffPtr, EncodeTiff, INT_MAX},
-    {"BMP", {"bmp"}, {"BM"sv}, gdImageCreateFromBmpPtr, EncodeBmp, INT_MAX},
+    {"PNG", {"png"}, {"\x89PNG\r\n\x1A\n"sv}, IsLeftToDecoder, gdImageCreateFromPngPtr, EncodePng, INT_MAX},
+    {"JPEG", {"jpg", "jpeg"}, {"\xFF\xD8\xFF"sv}, IsWholeJpeg, gdImageCreateFromJpegPtr, EncodeJpeg, 65500},
+    {"GIF", {"gif"}, {"GIF87a"sv, "GIF89a"sv}, IsWholeGif, gdImageCreateFromGifPtr, EncodeGif, 65535},
+    {"WebP", {"webp"}, {"RIFF"sv}, IsLeftToDecoder, gdImageCreateFromWebpPtr, EncodeWebp, 16383},
+    {"TIFF", {"tif", "tiff"}, {"II*\0"sv, "MM\0*"sv}, IsLeftToDecoder, gdImageCreateFromTiffPtr, EncodeTiff, INT_MAX},
+    {"BMP", {"bmp"}, {"BM"sv}, IsLeftToDecoder, gdImageCreateFromBmpPtr, EncodeBmp, INT_MAX},
 }};
 
 const Format *RecogniseFormat(std::span<const uint8_t> bytes) {
@@ -336,9 +350,9 @@ LoadedImage LoadImageFile(const std::string &path) {
   Bytes bytes = ReadFile(path);
   const Format *const format = RecogniseFormat(bytes);
   if (format == nullptr) Fail(path, "is not an image that can be read; known are " + FormatNames());
-  sawPrematureEnd = false;
-  OwnedGdImage image(format->decode(static_cast<int>(bytes.size()), bytes.data()));
-  if (image == nullptr || sawPrematureEnd || (format->decode == gdImageCreateFromGifPtr && !IsWholeGif(bytes))) {
+  OwnedGdImage image;
+  if (format->isWhole(bytes)) image.reset(format->decode(static_cast<int>(bytes.size()), bytes.data()));
+  if (image == nullptr) {
     Fail(path, "is a " + std::string(format->name) + " file that is cut short or damaged; get a whole copy of it");
   }
   if (image->trueColor == 0) {
