@@ -1,0 +1,286 @@
+#include "pictures/picture_import.h"
+
+#include <cstddef>
+
+#include "host/host_services.h"
+#include "image/image_formats.h"
+#include "image/image_storage.h"
+#include "pictures/pixel_words.h"
+
+namespace zvk {
+
+// --- an image over a picture's pixels ---
+
+namespace {
+
+// Where a picture's bytes lie in a pixel, and the format numbers that go with it.
+struct PixelForm {
+  int32_t opaqueFormat;
+  int32_t alphaFormat;
+  int32_t red;
+  int32_t green;
+  int32_t blue;
+  int32_t alpha;
+};
+
+constexpr PixelForm kAlphaLast{ImageFormatRGBX, ImageFormatRGBA, 0, 1, 2, 3};
+constexpr PixelForm kAlphaFirst{ImageFormatXRGB, ImageFormatARGB, 1, 2, 3, 0};
+// A GD image bears the numbers of the form above, though its bytes lie the other way round: the offsets are what
+// counts.
+constexpr PixelForm kGD{ImageFormatXRGB, ImageFormatARGB, 2, 1, 0, 3};
+
+// Fills what the two kinds of storage have in common, and takes a reference to the picture. Rows and sizes are there.
+void AddressPicture(ImageClassData &image, REALobject picture, const PixelForm &form, bool useAlpha) {
+  image.ImageFormat = useAlpha ? form.alphaFormat : form.opaqueFormat;
+  image.PixelSize = 4;
+  image.RedOffset = form.red;
+  image.GreenOffset = form.green;
+  image.BlueOffset = form.blue;
+  image.AlphaOffset = form.alpha;  // also where it is not used
+  image.GrayOffset = 0;
+  image.IsGray = false;
+  image.IsRGB = true;
+  image.HasRed = image.HasGreen = image.HasBlue = true;
+  image.HasGray = false;
+  image.HasAlpha = useAlpha;
+  image.UnclippedHeight = image.Height;
+  image.MappingBase = nullptr;
+  image.MappedFirstRow = image.MappedLastRow = -1;
+  image.OwnsBuffer = false;
+  image.RemoveFile = false;
+  image.IsMapping = false;
+  // A host that describes a picture in both ways, one after the other, still has one reference taken.
+  if (image.Target != picture) REALLockObject(picture);
+  image.Target = picture;
+  image.Valid = true;
+}
+
+// The description is given back at once: its pixels outlive the lock, as the image will hold the picture.
+void AddressBitmap(ImageClassData &image, REALobject picture, bool useAlpha) {
+  REALpictureDescription description{};
+  lockPictureDescription(picture, &description);
+  REALUnlockPictureDescription(picture);
+  if (description.type != static_cast<uint32_t>(kDescriptionBitmapContext) || description.data == nullptr) return;
+
+  void *context = description.data;
+  auto *pixels = static_cast<uint8_t *>(CGBitmapContextGetData(context));
+  const auto width = static_cast<int32_t>(CGBitmapContextGetWidth(context));
+  const auto height = static_cast<int32_t>(CGBitmapContextGetHeight(context));
+  const auto rowBytes = static_cast<int32_t>(CGBitmapContextGetBytesPerRow(context));
+  const uint32_t alphaInfo = CGBitmapContextGetAlphaInfo(context);
+  image.PixelSize = 4;  // stays with an image whose alpha info is refused
+  const bool alphaLast = alphaInfo == 1 || alphaInfo == 5;
+  const bool alphaFirst = alphaInfo == 2 || alphaInfo == 6;
+  if (pixels == nullptr || !(alphaLast || alphaFirst)) return;
+
+  image.Buffer = pixels;
+  image.Width = width;
+  image.Height = height;
+  image.RowSize = rowBytes;
+  image.TotalSize = int64_t{description.height} * rowBytes;
+  image.MappedRowCount = height;
+  image.GetRow = GetRowLinear;
+  AddressPicture(image, picture, alphaLast ? kAlphaLast : kAlphaFirst, useAlpha);
+}
+
+void AddressGDImage(ImageClassData &image, REALobject picture, bool useAlpha) {
+  REALpictureDescription description{};
+  if (!LockDescription(picture, &description, kDescriptionGDImage)) return;
+  REALUnlockPictureDescription(picture);
+  IsConsole = true;
+  if (description.type != static_cast<uint32_t>(kDescriptionGDImage) || description.data == nullptr) return;
+  // Unlike an editor this does not ask for a palette.
+  const auto *source = static_cast<const GDImage *>(description.data);
+  if (source->trueColorRows == nullptr || source->trueColor == 0) return;
+
+  image.RowTable = source->trueColorRows;
+  image.Buffer = nullptr;
+  image.Width = description.width;
+  image.Height = description.height;
+  image.RowSize = description.width * 4;
+  image.TotalSize = int64_t{description.height} * description.width * 4;
+  image.MappedRowCount = 0;
+  image.GetRow = GetRowGDImage;
+  AddressPicture(image, picture, kGD, useAlpha);
+}
+
+}  // namespace
+
+void ImageConstructorPicture(REALobject instance, REALobject picture, uint8_t useAlpha) {
+  if (picture == nullptr) {
+    RaiseException("NilObjectException", "picture is nil");
+    return;
+  }
+  ImageClassData *image = RecordOf(instance);
+  if (image == nullptr) return;
+  ClassifyHost();
+  if (!IsConsole) AddressBitmap(*image, picture, useAlpha);
+  if (!IsDesktop) AddressGDImage(*image, picture, useAlpha);
+}
+
+// --- drawing ---
+
+Transfer FitToPicture(const Transfer &transfer, const ImageClassData &image, const PictureEditor &picture) {
+  const Transfer fitted = FitTransfer(transfer, image.Width, image.Height, picture.Width, picture.Height);
+  return CutToImages(fitted, image.Width, image.Height, picture.Width, picture.Height);
+}
+
+void SkipRows(PictureEditor &picture, int32_t rows) {
+  for (int32_t i = 0; i < rows; ++i) picture.NextRow();
+}
+
+namespace {
+
+// Attaches a reader to the picture and lets `draw` have it with its cursor on the first row, if anything is to be
+// drawn. False if the picture cannot be read.
+template <class Draw>
+bool DrawFitted(ImageClassData &image, REALobject picture, const Transfer &transfer, Draw draw) {
+  PictureReader reader;
+  if (!reader.GetPictureEditor(picture, 1, 0)) return false;
+  const Transfer fitted = FitToPicture(transfer, image, reader);
+  if (!IsEmpty(fitted)) {
+    SkipRows(reader, fitted.sourceY);
+    draw(fitted, reader);
+  }
+  return true;
+}
+
+// The first pixels of the transfer's row i, in the image and under the picture's cursor.
+uint8_t *DestPixel(ImageClassData &image, const Transfer &transfer, int32_t i) {
+  return image.GetRow(&image, transfer.destY + i) + static_cast<ptrdiff_t>(transfer.destX) * image.PixelSize;
+}
+
+const uint8_t *SourcePixel(const PictureEditor &picture, const Transfer &transfer) {
+  return picture.RowAddress + static_cast<ptrdiff_t>(transfer.sourceX) * picture.PixelBytes;
+}
+
+// Each pixel is read whole before any of it is stored: the image may lie over the very picture.
+template <class Word>
+void DrawColourRow(const uint8_t *source, uint8_t *dest, int32_t count, const ImageClassData &image) {
+  const ptrdiff_t pixelSize = image.PixelSize;
+  const ptrdiff_t red = image.RedOffset, green = image.GreenOffset, blue = image.BlueOffset;
+  for (int32_t i = 0; i < count; ++i) {
+    const Samples samples = Word::Load(source);
+    dest[red] = samples.red;
+    dest[green] = samples.green;
+    dest[blue] = samples.blue;
+    source += 4;
+    dest += pixelSize;
+  }
+}
+
+template <class Word, uint8_t Samples::*kSample>
+void DrawGrayRow(const uint8_t *source, uint8_t *dest, int32_t count, const ImageClassData &image) {
+  const ptrdiff_t pixelSize = image.PixelSize;
+  dest += image.GrayOffset;
+  for (int32_t i = 0; i < count; ++i) {
+    *dest = Word::Load(source).*kSample;
+    source += 4;
+    dest += pixelSize;
+  }
+}
+
+template <uint8_t Samples::*kSample>
+void DrawGrayRows(ImageClassData &image, const Transfer &transfer, PictureEditor &picture) {
+  VisitLayout(picture.Layout, [&]<class Word>(Word) {
+    for (int32_t i = 0; i < transfer.height; ++i) {
+      uint8_t *dest = DestPixel(image, transfer, i);
+      DrawGrayRow<Word, kSample>(SourcePixel(picture, transfer), dest, transfer.width, image);
+      picture.NextRow();
+    }
+  });
+}
+
+void DrawToGrayChannel(REALobject instance, REALobject picture, const Transfer &transfer, PictureColour colour) {
+  ImageClassData *image = RecordOf(instance);
+  if (image == nullptr || !image->HasGray || !IsUsable(*image)) return;
+  YieldOn(*image);
+  DrawFitted(*image, picture, transfer,
+             [&](const Transfer &fitted, PictureEditor &reader) { DrawGray(*image, fitted, reader, colour); });
+}
+
+}  // namespace
+
+void DrawColours(ImageClassData &image, const Transfer &transfer, PictureEditor &picture) {
+  YieldOn(image);
+  VisitLayout(picture.Layout, [&]<class Word>(Word) {
+    if constexpr (Word::kKnown) {
+      for (int32_t i = 0; i < transfer.height; ++i) {
+        uint8_t *dest = DestPixel(image, transfer, i);
+        DrawColourRow<Word>(SourcePixel(picture, transfer), dest, transfer.width, image);
+        picture.NextRow();
+        YieldOn(image);
+      }
+    }
+  });
+}
+
+void DrawGray(ImageClassData &image, const Transfer &transfer, PictureEditor &picture, PictureColour colour) {
+  switch (colour) {
+    case PictureColour::Red:
+      return DrawGrayRows<&Samples::red>(image, transfer, picture);
+    case PictureColour::Green:
+      return DrawGrayRows<&Samples::green>(image, transfer, picture);
+    case PictureColour::Blue:
+      return DrawGrayRows<&Samples::blue>(image, transfer, picture);
+  }
+}
+
+void rbDrawPictureRGB8(REALobject instance, REALobject picture, int32_t destX, int32_t destY, int32_t destWidth,
+                       int32_t destHeight, int32_t sourceX, int32_t sourceY) {
+  ImageClassData *image = RecordOf(instance);
+  if (image == nullptr || !(image->HasRed && image->HasGreen && image->HasBlue) || !IsUsable(*image)) return;
+  YieldOn(*image);
+  const Transfer transfer{destX, destY, destWidth, destHeight, sourceX, sourceY};
+  const bool attached = DrawFitted(*image, picture, transfer, [&](const Transfer &fitted, PictureEditor &reader) {
+    DrawColours(*image, fitted, reader);
+  });
+  if (attached) YieldOn(*image);  // once the picture is released
+}
+
+void rbDrawPictureRGB2(REALobject instance, REALobject picture) { rbDrawPictureRGB4(instance, picture, 0, 0); }
+
+void rbDrawPictureRGB4(REALobject instance, REALobject picture, int32_t destX, int32_t destY) {
+  const auto [width, height] = SizeOf(picture);
+  rbDrawPictureRGB6(instance, picture, destX, destY, width, height);
+}
+
+void rbDrawPictureRGB6(REALobject instance, REALobject picture, int32_t destX, int32_t destY, int32_t destWidth,
+                       int32_t destHeight) {
+  rbDrawPictureRGB8(instance, picture, destX, destY, destWidth, destHeight, 0, 0);
+}
+
+void rbDrawPictureRedToGrayChannel6(REALobject instance, REALobject picture, int32_t destX, int32_t destY,
+                                    int32_t destWidth, int32_t destHeight) {
+  rbDrawPictureRedToGrayChannel8(instance, picture, destX, destY, destWidth, destHeight, 0, 0);
+}
+
+void rbDrawPictureRedToGrayChannel8(REALobject instance, REALobject picture, int32_t destX, int32_t destY,
+                                    int32_t destWidth, int32_t destHeight, int32_t sourceX, int32_t sourceY) {
+  const Transfer transfer{destX, destY, destWidth, destHeight, sourceX, sourceY};
+  DrawToGrayChannel(instance, picture, transfer, PictureColour::Red);
+}
+
+void rbDrawPictureGreenToGrayChannel6(REALobject instance, REALobject picture, int32_t destX, int32_t destY,
+                                      int32_t destWidth, int32_t destHeight) {
+  rbDrawPictureGreenToGrayChannel8(instance, picture, destX, destY, destWidth, destHeight, 0, 0);
+}
+
+void rbDrawPictureGreenToGrayChannel8(REALobject instance, REALobject picture, int32_t destX, int32_t destY,
+                                      int32_t destWidth, int32_t destHeight, int32_t sourceX, int32_t sourceY) {
+  const Transfer transfer{destX, destY, destWidth, destHeight, sourceX, sourceY};
+  DrawToGrayChannel(instance, picture, transfer, PictureColour::Green);
+}
+
+void rbDrawPictureBlueToGrayChannel6(REALobject instance, REALobject picture, int32_t destX, int32_t destY,
+                                     int32_t destWidth, int32_t destHeight) {
+  rbDrawPictureBlueToGrayChannel8(instance, picture, destX, destY, destWidth, destHeight, 0, 0);
+}
+
+void rbDrawPictureBlueToGrayChannel8(REALobject instance, REALobject picture, int32_t destX, int32_t destY,
+                                     int32_t destWidth, int32_t destHeight, int32_t sourceX, int32_t sourceY) {
+  const Transfer transfer{destX, destY, destWidth, destHeight, sourceX, sourceY};
+  DrawToGrayChannel(instance, picture, transfer, PictureColour::Blue);
+}
+
+}  // namespace zvk

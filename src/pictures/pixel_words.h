@@ -1,0 +1,65 @@
+// The 32-bit pixels of host pictures: where the samples lie in a pixel, by the editor's layout code. A code of a bitmap
+// context (1 to 6) is its alpha info; premultiplied, plain and filler forms are read and written alike.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+
+#include "pictures/picture_editor.h"
+
+namespace zvk {
+
+struct Samples {
+  uint8_t red;
+  uint8_t green;
+  uint8_t blue;
+};
+
+// A pixel with its samples at the given bytes, in memory order, and the value of the fourth byte that makes it opaque.
+template <int kRed, int kGreen, int kBlue, int kAlpha, uint8_t kOpaque>
+struct PixelWord {
+  static constexpr bool kKnown = true;
+
+  static Samples Load(const uint8_t *pixel) { return {pixel[kRed], pixel[kGreen], pixel[kBlue]}; }
+
+  static void StoreOpaque(uint8_t *pixel, Samples samples) {
+    uint8_t bytes[4];
+    bytes[kRed] = samples.red;
+    bytes[kGreen] = samples.green;
+    bytes[kBlue] = samples.blue;
+    bytes[kAlpha] = kOpaque;
+    std::memcpy(pixel, bytes, sizeof bytes);
+  }
+};
+
+using AlphaLastWord = PixelWord<0, 1, 2, 3, 255>;   // layouts 1, 3, 5
+using AlphaFirstWord = PixelWord<1, 2, 3, 0, 255>;  // layouts 2, 4, 6
+using GDWord = PixelWord<2, 1, 0, 3, 0>;            // layout 8: GD's alpha 0 is opaque
+
+// A layout that nobody knows: reads as zero samples and is not written.
+struct UnknownWord {
+  static constexpr bool kKnown = false;
+  static Samples Load(const uint8_t *) { return {0, 0, 0}; }
+  static void StoreOpaque(uint8_t *, Samples) {}
+};
+
+// Calls the visitor once with the word of the layout, which it takes as the type of its argument.
+template <class Visitor>
+decltype(auto) VisitLayout(int32_t layout, Visitor &&visitor) {
+  switch (layout) {
+    case 1:
+    case 3:
+    case 5:
+      return visitor(AlphaLastWord());
+    case 2:
+    case 4:
+    case 6:
+      return visitor(AlphaFirstWord());
+    case PictureEditor::kLayoutGD:
+      return visitor(GDWord());
+    default:
+      return visitor(UnknownWord());
+  }
+}
+
+}  // namespace zvk
