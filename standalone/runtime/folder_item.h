@@ -1,0 +1,47 @@
+// Folder items: places of files, handed to plug-ins as references and specifications.
+#pragma once
+
+#include <string>
+
+#include "standalone/runtime/objects.h"
+
+namespace standalone {
+
+// Keeps the paths that references and specifications point to for as long as it lives.
+class FolderItem : public Object {
+ public:
+  // `path` is UTF-8, absolute or relative; the file need not be there.
+  static FolderItem *Make(std::string path);
+  explicit FolderItem(const Class &type) : Object(type) {}
+
+  const std::string &Path() const { return path_; }
+  void SetPath(std::string path);
+
+  // Ways of telling the path that this item refuses, as items of old hosts and odd volumes do.
+  struct Refusals {
+    bool reference = false;      // the file itself, by reference
+    bool parent = false;         // the folder by reference, with a name
+    bool specification = false;  // the file, by specification
+  };
+  Refusals refusals;
+
+  // The file's own path; false if there is no such file.
+  bool FillReference(FSRef *reference) const;
+  // The folder's path and the file's name in UTF-16; false if there is no such folder, or the name does not fit.
+  bool FillParent(FSRef *reference, HFSUniStr255 *name) const;
+  // The file's own path, whether or not there is such a file.
+  bool FillSpecification(FSSpec *specification) const;
+
+  // "Name", "NativePath".
+  bool GetText(std::string_view name, String **value) override;
+
+ private:
+  ~FolderItem() override;
+
+  std::string path_;
+  std::string folder_;
+  std::string name_;
+  Owned<String> text_;  // what GetText lent last
+};
+
+}  // namespace standalone

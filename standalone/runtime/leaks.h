@@ -1,0 +1,33 @@
+// What is left over: living objects and strings, and pictures whose description is still locked.
+#pragma once
+
+#include <cstdint>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace standalone {
+
+struct Leak {
+  std::string what;  // a class name, "String", "description lock" or "string data"
+  int32_t count = 0;
+
+  bool operator==(const Leak &) const = default;
+};
+
+// What was alive at one moment and is not to be counted later.
+class LeakBaseline {
+ public:
+  LeakBaseline();
+
+  // What is alive and was not at that moment, sorted by name.
+  std::vector<Leak> Since() const;
+
+ private:
+  std::set<const void *> known_;
+};
+
+// One line: "2 PictureZVK, 1 String"; empty for none.
+std::string Describe(const std::vector<Leak> &leaks);
+
+}  // namespace standalone
