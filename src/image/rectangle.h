@@ -13,6 +13,8 @@ struct Rectangle {
   int32_t y;
   int32_t width;
   int32_t height;
+
+  bool operator==(const Rectangle &) const = default;
 };
 
 // The same size at one place of a destination and at another one of a source, in pixels.
@@ -23,6 +25,8 @@ struct Transfer {
   int32_t height;
   int32_t sourceX;
   int32_t sourceY;
+
+  bool operator==(const Transfer &) const = default;
 };
 
 // True if no pixel is meant. Both fits may leave a size below zero.
