@@ -63,8 +63,8 @@ class Callback {
 
   CallShape shape_;
   Function function_;
-  ffi_closure *closure_;
   void *address_ = nullptr;
+  ffi_closure *closure_;
 };
 
 }  // namespace standalone
