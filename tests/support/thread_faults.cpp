@@ -1,0 +1,89 @@
+#include "tests/support/thread_faults.h"
+
+#include <atomic>
+#include <cerrno>
+#include <stdexcept>
+
+namespace faults {
+namespace {
+
+std::atomic<Threads *> activeThreads = nullptr;
+
+}  // namespace
+
+Threads::Threads() {
+  Threads *none = nullptr;
+  if (!activeThreads.compare_exchange_strong(none, this)) throw std::logic_error("faults::Threads: one at a time");
+}
+
+Threads::~Threads() { activeThreads = nullptr; }
+
+void Threads::FailCreateAt(int nth) {
+  std::scoped_lock lock(mutex_);
+  failingCreates_.insert(nth);
+}
+
+void Threads::FailAttributesAt(int nth) {
+  std::scoped_lock lock(mutex_);
+  failingAttributes_.insert(nth);
+}
+
+std::vector<size_t> Threads::StackSizes() const {
+  std::scoped_lock lock(mutex_);
+  return stackSizes_;
+}
+
+int Threads::AttributesCalls() const {
+  std::scoped_lock lock(mutex_);
+  return attributesCalls_;
+}
+
+int Threads::DetachCalls() const {
+  std::scoped_lock lock(mutex_);
+  return detachCalls_;
+}
+
+bool Threads::RefusesCreate(const pthread_attr_t *attributes) {
+  std::scoped_lock lock(mutex_);
+  size_t stackSize = 0;
+  if (attributes != nullptr) pthread_attr_getstacksize(attributes, &stackSize);
+  stackSizes_.push_back(stackSize);
+  return failingCreates_.contains(static_cast<int>(stackSizes_.size()));
+}
+
+bool Threads::RefusesAttributes() {
+  std::scoped_lock lock(mutex_);
+  return failingAttributes_.contains(++attributesCalls_);
+}
+
+void Threads::RecordDetach() {
+  std::scoped_lock lock(mutex_);
+  ++detachCalls_;
+}
+
+}  // namespace faults
+
+// The linker's names: a call of f arrives at __wrap_f, and __real_f is the system's.
+extern "C" {
+int __real_pthread_create(pthread_t *thread, const pthread_attr_t *attributes, void *(*start)(void *), void *argument);
+int __real_pthread_attr_init(pthread_attr_t *attributes);
+int __real_pthread_detach(pthread_t thread);
+
+int __wrap_pthread_create(pthread_t *thread, const pthread_attr_t *attributes, void *(*start)(void *), void *argument) {
+  faults::Threads *threads = faults::activeThreads;
+  if (threads != nullptr && threads->RefusesCreate(attributes)) return EAGAIN;
+  return __real_pthread_create(thread, attributes, start, argument);
+}
+
+int __wrap_pthread_attr_init(pthread_attr_t *attributes) {
+  faults::Threads *threads = faults::activeThreads;
+  if (threads != nullptr && threads->RefusesAttributes()) return EAGAIN;
+  return __real_pthread_attr_init(attributes);
+}
+
+int __wrap_pthread_detach(pthread_t thread) {
+  faults::Threads *threads = faults::activeThreads;
+  if (threads != nullptr) threads->RecordDetach();
+  return __real_pthread_detach(thread);
+}
+}

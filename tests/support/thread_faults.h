@@ -1,0 +1,46 @@
+// Records the threads that the code under test starts and makes starting them fail. As in faults.h the linker sends the
+// calls here, and every effect ends with the object that asked for it.
+#pragma once
+
+#include <pthread.h>
+
+#include <cstddef>
+#include <mutex>
+#include <set>
+#include <vector>
+
+namespace faults {
+
+// Watches pthread_create, pthread_attr_init and pthread_detach for as long as it lives. One at a time. What is made to
+// fail answers EAGAIN and does nothing.
+class Threads {
+ public:
+  Threads();
+  ~Threads();
+  Threads(const Threads &) = delete;
+  Threads &operator=(const Threads &) = delete;
+
+  // Makes the call fail that is `nth` from the making of this object (1 is the first one); may be said several times.
+  void FailCreateAt(int nth);
+  void FailAttributesAt(int nth);
+
+  // The stack sizes asked for, in the order of the calls of pthread_create, failed ones too; 0 without attributes.
+  std::vector<size_t> StackSizes() const;
+  int AttributesCalls() const;
+  int DetachCalls() const;
+
+  // What the wrapped calls ask and tell; not for tests.
+  bool RefusesCreate(const pthread_attr_t *attributes);
+  bool RefusesAttributes();
+  void RecordDetach();
+
+ private:
+  mutable std::mutex mutex_;
+  std::set<int> failingCreates_;
+  std::set<int> failingAttributes_;
+  std::vector<size_t> stackSizes_;
+  int attributesCalls_ = 0;
+  int detachCalls_ = 0;
+};
+
+}  // namespace faults

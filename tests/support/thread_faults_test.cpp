@@ -1,0 +1,48 @@
+#include "tests/support/thread_faults.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+
+namespace {
+
+void *Nothing(void *) { return nullptr; }
+
+TEST(ThreadFaults, TheToldCallsFailAndNoOther) {
+  faults::Threads threads;
+  threads.FailCreateAt(2);
+  pthread_t first;
+  pthread_t second;
+  pthread_t third;
+  ASSERT_EQ(pthread_create(&first, nullptr, Nothing, nullptr), 0);
+  EXPECT_EQ(pthread_create(&second, nullptr, Nothing, nullptr), EAGAIN);
+  ASSERT_EQ(pthread_create(&third, nullptr, Nothing, nullptr), 0);
+  EXPECT_EQ(pthread_join(first, nullptr), 0);
+  EXPECT_EQ(pthread_detach(third), 0);
+  EXPECT_EQ(threads.StackSizes(), (std::vector<size_t>{0, 0, 0}));
+  EXPECT_EQ(threads.DetachCalls(), 1);
+}
+
+TEST(ThreadFaults, StackSizesAreRecorded) {
+  faults::Threads threads;
+  pthread_attr_t attributes;
+  ASSERT_EQ(pthread_attr_init(&attributes), 0);
+  ASSERT_EQ(pthread_attr_setstacksize(&attributes, 0x200000), 0);
+  pthread_t thread;
+  ASSERT_EQ(pthread_create(&thread, &attributes, Nothing, nullptr), 0);
+  EXPECT_EQ(pthread_join(thread, nullptr), 0);
+  EXPECT_EQ(pthread_attr_destroy(&attributes), 0);
+  EXPECT_EQ(threads.StackSizes(), (std::vector<size_t>{0x200000}));
+}
+
+TEST(ThreadFaults, AttributesFailWhenTold) {
+  faults::Threads threads;
+  threads.FailAttributesAt(1);
+  pthread_attr_t attributes;
+  EXPECT_EQ(pthread_attr_init(&attributes), EAGAIN);
+  EXPECT_EQ(pthread_attr_init(&attributes), 0);
+  EXPECT_EQ(threads.AttributesCalls(), 2);
+  EXPECT_EQ(pthread_attr_destroy(&attributes), 0);
+}
+
+}  // namespace
