@@ -1,0 +1,105 @@
+#include "image/rows.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+
+#include "image/image_formats.h"
+#include "image/image_storage.h"
+
+namespace zvk {
+namespace {
+
+std::array<uint8_t, 4096> memory;
+
+// An image of 8-bit gray pixels with ten columns in `memory`.
+ImageClassData Gray(int32_t first, int32_t rowSize, int32_t height) {
+  ImageClassData image{};
+  InitImageClassData(&image, 10, height, ImageFormatG);
+  image.Buffer = memory.data() + first;
+  image.RowSize = rowSize;
+  image.GetRow = GetRowLinear;
+  image.Valid = true;
+  return image;
+}
+
+bool Shared(const ImageClassData &a, const ImageClassData &b) {
+  EXPECT_EQ(SharesStorage(a, b), SharesStorage(b, a));
+  return SharesStorage(a, b);
+}
+
+TEST(Rows, AnImageSharesWithItself) {
+  const ImageClassData image = Gray(0, 10, 3);
+  EXPECT_TRUE(Shared(image, image));
+  const ImageClassData same = image;
+  EXPECT_TRUE(Shared(image, same));
+}
+
+TEST(Rows, NeighboursInMemoryShareNothing) {
+  EXPECT_FALSE(Shared(Gray(0, 10, 3), Gray(30, 10, 3)));
+  EXPECT_TRUE(Shared(Gray(0, 10, 3), Gray(29, 10, 3)));
+}
+
+TEST(Rows, RowsThatRunBackwardsCoverWhatLiesBelow) {
+  const ImageClassData backwards = Gray(100, -10, 3);  // rows at 100, 90, 80
+  EXPECT_TRUE(Shared(backwards, Gray(80, 10, 1)));
+  EXPECT_TRUE(Shared(backwards, Gray(109, 10, 1)));
+  EXPECT_FALSE(Shared(backwards, Gray(70, 10, 1)));
+  EXPECT_FALSE(Shared(backwards, Gray(110, 10, 1)));
+}
+
+TEST(Rows, ARowSizeShorterThanThePixelsReachesFurther) {
+  const ImageClassData crowded = Gray(0, 2, 3);  // rows at 0, 2, 4 of ten bytes each
+  EXPECT_TRUE(Shared(crowded, Gray(13, 10, 1)));
+  EXPECT_FALSE(Shared(crowded, Gray(14, 10, 1)));
+}
+
+TEST(Rows, ClipsOfDifferentRowsShareNothing) {
+  ImageClassData top = Gray(0, 64, 8);
+  ImageClassData bottom = top;
+  top.Height = 4;
+  bottom.RowOffset = 4;
+  bottom.Height = 4;
+  EXPECT_FALSE(Shared(top, bottom));
+  bottom.RowOffset = 3;
+  EXPECT_TRUE(Shared(top, bottom));
+}
+
+TEST(Rows, TheOffsetOfAClipReachesBeyondTheRow) {
+  ImageClassData clip = Gray(0, 10, 1);
+  clip.GrayOffset = 50;
+  EXPECT_TRUE(Shared(clip, Gray(59, 10, 1)));
+  EXPECT_FALSE(Shared(clip, Gray(60, 10, 1)));
+}
+
+TEST(Rows, ARowTableSharesWithItsOwnTableAndWithTheMemoryOfItsRows) {
+  uint8_t *rows[] = {memory.data() + 100, nullptr, memory.data() + 300};
+  uint8_t *otherRows[] = {memory.data() + 1000};
+  ImageClassData table = Gray(0, 10, 3);
+  table.Buffer = nullptr;
+  table.RowTable = rows;
+  ImageClassData other = table;
+  other.RowTable = otherRows;
+  other.Height = 1;
+  EXPECT_FALSE(Shared(table, other));
+  other.RowTable = rows;
+  EXPECT_TRUE(Shared(table, other));
+  EXPECT_TRUE(Shared(table, Gray(309, 10, 1)));
+  EXPECT_FALSE(Shared(table, Gray(110, 10, 19)));
+}
+
+TEST(Rows, MappedImagesShareByTheirFile) {
+  ImageClassData a = Gray(0, 10, 1);
+  a.IsMapping = true;
+  a.FileHandle = 5;
+  ImageClassData b = a;
+  EXPECT_TRUE(Shared(a, b));
+  b.FileHandle = 6;
+  EXPECT_FALSE(Shared(a, b));
+  EXPECT_FALSE(Shared(a, Gray(0, 10, 1)));
+  EXPECT_FALSE(HasFixedRows(a));
+  EXPECT_TRUE(HasFixedRows(Gray(0, 10, 1)));
+}
+
+}  // namespace
+}  // namespace zvk
