@@ -1,6 +1,7 @@
 // The 32-bit library as a 32-bit host sees it: loaded, registered in both table forms, called by the tables alone.
 
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 
 #include <cstdint>
 #include <cstring>
@@ -158,11 +159,14 @@ TEST_P(Plugin, SharedMethodsTakeNoInstance) {
 }
 
 TEST_P(Plugin, TooLargeForTheAddressSpaceIsRaisedWithItsSize) {
-  // 2147483584 bytes, just below what is quietly refused: more than this process can still have in one piece.
-  const auto hog = Owned<MemoryBlock>::Adopt(MemoryBlock::Make(1500000000));
+  // 2147483584 bytes, just below what is quietly refused, where half of the address space is taken already.
+  constexpr size_t kTaken = 0x7FFFF000;
+  void *const taken = mmap(nullptr, kTaken, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  ASSERT_NE(taken, MAP_FAILED);
   const auto image = New(64, 33554431, kGray);
   EXPECT_FALSE(Boolean(image, "Valid"));
   EXPECT_EQ(host_.TakePendingException()->message, "Failed to allocate 2147483584 bytes of memory for image buffer.");
+  munmap(taken, kTaken);
 }
 
 TEST_P(Plugin, ScalesBetweenMemoryBlocks) {
