@@ -7,6 +7,8 @@
 #include <system_error>
 #include <utility>
 
+#include "standalone/runtime/names.h"
+
 namespace standalone {
 namespace {
 
@@ -71,7 +73,7 @@ class Reader {
   // Steps over the word of the language if it comes next as a whole word.
   bool TakeWord(std::string_view wanted) {
     SkipSpace();
-    if (!SameName(PeekName(), wanted)) return false;
+    if (!NamesEqual(PeekName(), wanted)) return false;
     position_ += wanted.size();
     return true;
   }
@@ -79,7 +81,7 @@ class Reader {
   std::string Name(const char *what) {
     SkipSpace();
     const std::string_view name = PeekName();
-    if (name.empty() || SameName(name, "as")) Fail(what);
+    if (name.empty() || NamesEqual(name, "as")) Fail(what);
     position_ += name.size();
     return std::string(name);
   }
@@ -88,7 +90,7 @@ class Reader {
     std::string name = Name("a type");
     while (Take('.')) name += "." + Name("a class name");
     for (const NamedKind &named : kKinds) {
-      if (SameName(name, named.name)) return {named.kind};
+      if (NamesEqual(name, named.name)) return {named.kind};
     }
     return {TypeKind::Object, false, std::move(name)};
   }
@@ -136,7 +138,7 @@ class Reader {
     const auto [end, error] = std::from_chars(first, text_.data() + text_.size(), value, base);
     if (error != std::errc() || (letter == 'c' && value > 0xFFFFFF)) Fail("a literal with digits in range");
     position_ = static_cast<size_t>(end - text_.data());
-    if (letter == 'c') return ColorLiteral{static_cast<uint32_t>(value)};
+    if (letter == 'c') return Color{static_cast<uint32_t>(value)};
     return static_cast<int64_t>(value);
   }
 
@@ -217,11 +219,6 @@ Type ParseType(std::string_view text) {
   Type type = reader.ReadType();
   reader.ExpectEnd();
   return type;
-}
-
-bool SameName(std::string_view first, std::string_view second) {
-  return std::equal(first.begin(), first.end(), second.begin(), second.end(),
-                    [](char one, char other) { return Lower(one) == Lower(other); });
 }
 
 }  // namespace standalone

@@ -32,12 +32,15 @@ struct Type {
   std::string Text() const;
 };
 
-struct ColorLiteral {
+// A colour of the host language.
+struct Color {
   uint32_t rgb;  // 0xRRGGBB
+
+  bool operator==(const Color &) const = default;
 };
 
 // A literal value in a declaration; monostate is nil. Integers wider than 32 bits stay whole.
-using Literal = std::variant<std::monostate, int64_t, double, bool, ColorLiteral, std::string>;
+using Literal = std::variant<std::monostate, int64_t, double, bool, Color, std::string>;
 
 struct Parameter {
   std::string name;
@@ -67,8 +70,5 @@ ConstantDeclaration ParseConstant(std::string_view text);
 
 // Reads the type of a property: one word, or a dotted class name. Throws DeclarationError.
 Type ParseType(std::string_view text);
-
-// True if two names are the same to the host language, which does not tell upper from lower case (ASCII).
-bool SameName(std::string_view first, std::string_view second);
 
 }  // namespace standalone

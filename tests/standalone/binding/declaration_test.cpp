@@ -80,7 +80,7 @@ TEST(MethodDeclaration, ReadsDefaultsOfEveryKind) {
   EXPECT_EQ(std::get<int64_t>(literal(3)), -10000);
   EXPECT_EQ(std::get<double>(literal(4)), 150.0);
   EXPECT_EQ(std::get<std::string>(literal(5)), "say \"x\"");
-  EXPECT_EQ(std::get<ColorLiteral>(literal(6)).rgb, 0xFF8000u);
+  EXPECT_EQ(std::get<Color>(literal(6)).rgb, 0xFF8000u);
   EXPECT_EQ(std::get<int64_t>(literal(7)), 11);
   EXPECT_EQ(std::get<int64_t>(literal(8)), 5);
   EXPECT_EQ(std::get<int64_t>(literal(9)), 15);
@@ -146,12 +146,6 @@ TEST(TypeText, IsTheNameInTheHostLanguage) {
 TEST(TypeText, RefusesMoreThanOneType) {
   EXPECT_THROW(ParseType("integer integer"), DeclarationError);
   EXPECT_THROW(ParseType(""), DeclarationError);
-}
-
-TEST(SameName, ForgetsTheCaseOfLettersOnly) {
-  EXPECT_TRUE(SameName("ImageFormatRGB", "imageformatrgb"));
-  EXPECT_FALSE(SameName("Row", "Rows"));
-  EXPECT_FALSE(SameName("a[", "a{"));
 }
 
 }  // namespace
