@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "host/resources.h"
+#include "image/channels.h"
 
 namespace zvk {
 
@@ -79,25 +80,6 @@ const Format *FindFormat(int32_t number) {
   if (number < ImageFormatRGB || number > ImageFormatGray16 || number == ImageFormatAG + 1) return nullptr;
   return &kFormats[static_cast<size_t>(number < ImageFormatAG + 1 ? number - 1 : number - 2)];
 }
-
-// A channel by its letter: where the record keeps its offset and its flag.
-struct Channel {
-  char letter;
-  int32_t ImageClassData::*offset;
-  uint8_t ImageClassData::*has;
-};
-
-constexpr std::array kChannels{
-    Channel{'R', &ImageClassData::RedOffset, &ImageClassData::HasRed},
-    Channel{'G', &ImageClassData::GreenOffset, &ImageClassData::HasGreen},
-    Channel{'B', &ImageClassData::BlueOffset, &ImageClassData::HasBlue},
-    Channel{'g', &ImageClassData::GrayOffset, &ImageClassData::HasGray},
-    Channel{'A', &ImageClassData::AlphaOffset, &ImageClassData::HasAlpha},
-    Channel{'C', &ImageClassData::CyanOffset, &ImageClassData::HasCyan},
-    Channel{'M', &ImageClassData::MagentaOffset, &ImageClassData::HasMagenta},
-    Channel{'Y', &ImageClassData::YellowOffset, &ImageClassData::HasYellow},
-    Channel{'K', &ImageClassData::BlackOffset, &ImageClassData::HasBlack},
-};
 
 }  // namespace
 

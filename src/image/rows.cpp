@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <functional>
 
+#include "image/channels.h"
+
 namespace zvk {
 
 namespace {
