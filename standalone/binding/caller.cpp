@@ -64,6 +64,8 @@ void ToResult(const Type &type, const RawValue &value, void *memory) {
 
 }  // namespace
 
+size_t SizeInMemory(const Type &type) { return TypeInCall(type)->size; }
+
 CallShape::CallShape(const std::vector<Type> &arguments, const Type &result) : arguments_(arguments), result_(result) {
   for (const Type &type : arguments_) types_.push_back(TypeInCall(type));
   if (ffi_prep_cif(&call_, FFI_DEFAULT_ABI, static_cast<unsigned>(types_.size()), TypeInCall(result_), types_.data()) !=

@@ -4,6 +4,7 @@
 
 #include <ffi.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -24,6 +25,10 @@ union RawValue {
   uint32_t color;
   void *address = nullptr;  // string, object or array
 };
+
+// Bytes that a value of the type takes in memory: 1 for a boolean, 4 for an integer or a colour, 8 for the wide
+// numbers, as much as an address for all else.
+size_t SizeInMemory(const Type &type);
 
 // The types of one call, made ready once and used for any number of calls. A shape of kind Object or an array is an
 // address. Cannot be copied or moved, as the call's description points into it.
