@@ -24,9 +24,8 @@ bool Overlap(const ByteRange &a, const ByteRange &b) {
 // Bytes that a row may reach from its address on: the offsets of a clip may lead beyond PixelSize, and a caller's
 // RowSize may be shorter than the pixels.
 int64_t RowExtent(const ImageClassData &image) {
-  const int32_t offset =
-      std::max({image.RedOffset, image.GreenOffset, image.BlueOffset, image.GrayOffset, image.AlphaOffset,
-                image.CyanOffset, image.MagentaOffset, image.YellowOffset, image.BlackOffset});
+  int32_t offset = 0;
+  for (const Channel &channel : kChannels) offset = std::max(offset, image.*channel.offset);
   return std::max(std::abs(int64_t{image.RowSize}), offset + int64_t{image.Width} * image.PixelSize);
 }
 
