@@ -109,13 +109,17 @@ class Class {
   size_t dataOffset_ = 0;
   size_t dataEnd_ = 0;
   Maker maker_;
-  EventHandlers handlers_;
+  std::map<uintptr_t, void *> handlers_;  // by event handle
 };
 
 class ClassRegistry {
  public:
   // A registry that knows the host's own classes, without those in `missing`.
   explicit ClassRegistry(const std::set<std::string> &missing);
+  ClassRegistry(const ClassRegistry &) = delete;
+  ClassRegistry &operator=(const ClassRegistry &) = delete;
+  // The classes stay, since objects may outlive their host.
+  ~ClassRegistry();
 
   // The class of that name (any case), or nil.
   const Class *Find(std::string_view name) const;

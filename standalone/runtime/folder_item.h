@@ -4,6 +4,7 @@
 #include <string>
 
 #include "standalone/runtime/objects.h"
+#include "standalone/runtime/strings.h"
 
 namespace standalone {
 
@@ -36,8 +37,6 @@ class FolderItem : public Object {
   bool GetText(std::string_view name, String **value) override;
 
  private:
-  ~FolderItem() override;
-
   std::string path_;
   std::string folder_;
   std::string name_;

@@ -92,11 +92,14 @@ class Host {
   int32_t PluginVersion() const { return pluginVersion_; }
 
   ClassRegistry &Classes() { return classes_; }
+  const ClassRegistry &Classes() const { return classes_; }
 
-  // Entries. A withheld one is denied from now on (plug-ins keep what they have found), Offer ends that. SetEntry puts
-  // a function in an entry's place, or adds an entry; nil denies it.
+  // Entries. A withheld one is denied from now on (plug-ins keep what they have found), Offer ends that. The methods
+  // that are found by declaration are withheld by name: "LenB", "DrawPicture". SetEntry puts a function in an entry's
+  // place, or adds an entry; nil denies it.
   void Withhold(const std::string &name);
   void Offer(const std::string &name);
+  bool IsWithheld(const std::string &name) const { return options_.withheld.contains(name); }
   void SetEntry(const std::string &name, void *address);
   template <class Function>
   void SetEntry(const std::string &name, Function *function) {
@@ -145,7 +148,6 @@ class Host {
   };
 
   void AddEntries(const std::vector<Entry> &entries);
-  static std::vector<Entry> OwnEntries();
   static void RegisterPluginVersion(int32_t version);
 
   HostOptions options_;

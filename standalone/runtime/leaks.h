@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -24,7 +23,10 @@ class LeakBaseline {
   std::vector<Leak> Since() const;
 
  private:
-  std::set<const void *> known_;
+  uint64_t objects_;
+  uint64_t strings_;
+  int32_t descriptionLocks_;
+  int32_t stringData_;
 };
 
 // One line: "2 PictureZVK, 1 String"; empty for none.

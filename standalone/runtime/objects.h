@@ -26,7 +26,7 @@ class Object {
   Object(const Object &) = delete;
   Object &operator=(const Object &) = delete;
 
-  // The object behind a plug-in's address; nil for nil. No test whether it is still alive (see IsLive).
+  // The object behind a plug-in's address; nil for nil. No test whether it is still alive (see LiveObject).
   static Object *From(REALobject handle) { return reinterpret_cast<Object *>(handle); }
   REALobject Handle() { return reinterpret_cast<REALobject>(this); }
 
@@ -55,16 +55,21 @@ class Object {
   const Class *class_;
 };
 
-// A T behind a plug-in's address; nil if the object is nil or of another kind.
+// The object behind a plug-in's address, or nil. An address that is no living object's gives nil and is noted as a
+// misdeed.
+Object *LiveObject(REALobject handle);
+
+// A T behind a plug-in's address; nil if there is none or the object is of another kind.
 template <class T>
 T *ObjectAs(REALobject handle) {
-  return dynamic_cast<T *>(Object::From(handle));
+  return dynamic_cast<T *>(LiveObject(handle));
 }
 
 // True if the address is that of an object that has not ended.
 bool IsLive(REALobject handle);
 
-// Every living object, in the order of making.
-std::vector<Object *> LiveObjects();
+// How many objects have been made so far, and those alive that were made after the first `made`, in order.
+uint64_t ObjectsMade();
+std::vector<Object *> LiveObjects(uint64_t made = 0);
 
 }  // namespace standalone

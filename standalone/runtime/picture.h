@@ -44,7 +44,6 @@ class Picture : public Object {
 
  private:
   Picture(const Class &type, std::unique_ptr<PictureStorage> storage) : Object(type), storage_(std::move(storage)) {}
-  ~Picture() override;
 
   std::unique_ptr<PictureStorage> storage_;
   Owned<Picture> mask_;
@@ -52,6 +51,9 @@ class Picture : public Object {
   int32_t locksTaken_ = 0;
   int32_t cacheClears_ = 0;
 };
+
+// Description locks that were taken and not given back, those of pictures that have ended meanwhile among them.
+int32_t DescriptionLocksHeld();
 
 // What draws into a picture; holds it.
 class Graphics : public Object {

@@ -22,6 +22,13 @@ struct FoundProperty {
 // The property of that name in the object's class or the nearest class above; empty if a plug-in's table has none.
 FoundProperty FindProperty(const Class &type, std::string_view name);
 
+// What lies in a field of a declared type, by its shape.
+enum class FieldKind : uint8_t { Integer, Boolean, String, Object, Other };
+
+// The kind of a declared type (any case): "integer" and its 32-bit kin with "color", "boolean", "string"; other numbers
+// and addresses are Other; all else names a class.
+FieldKind KindOfField(std::string_view type);
+
 // The field of a property with a standard accessor; nil if the object is no instance.
 void *PropertyField(Object &object, const FoundProperty &found);
 

@@ -67,7 +67,11 @@ class String {
 std::string_view BytesOf(REALstring handle);
 std::string TextOf(REALstring handle);
 
-// Every living string.
-std::vector<String *> LiveStrings();
+// How often string data is lent to plug-ins and has not come back.
+int32_t StringDataLent();
+
+// How many strings have been made so far, and those alive that were made after the first `made`, in order.
+uint64_t StringsMade();
+std::vector<String *> LiveStrings(uint64_t made = 0);
 
 }  // namespace standalone

@@ -1,0 +1,257 @@
+#include "standalone/runtime/class_registry.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "standalone/runtime/entries.h"
+#include "standalone/runtime/exceptions.h"
+#include "standalone/runtime/folder_item.h"
+#include "standalone/runtime/host.h"
+#include "standalone/runtime/instances.h"
+#include "standalone/runtime/memory_block.h"
+
+namespace standalone {
+namespace {
+
+std::string TextOr(const char *text) { return text == nullptr ? "" : text; }
+
+// Walks a table of records of the kind that its version has. The definition's fields are typed for the newest.
+template <class Older, class Newer, class Copied, class Copy>
+std::vector<Copied> ReadTable(const Newer *table, size_t count, bool older, Copy copy) {
+  std::vector<Copied> result;
+  if (table == nullptr) return result;
+  result.reserve(count);
+  const auto *const olderTable = reinterpret_cast<const Older *>(table);
+  for (size_t i = 0; i < count; ++i) result.push_back(older ? copy(olderTable[i]) : copy(table[i]));
+  return result;
+}
+
+std::vector<RegisteredProperty> ReadProperties(const REALproperty *table, size_t count, bool older) {
+  return ReadTable<REALproperty9, REALproperty, RegisteredProperty>(table, count, older, [](const auto &record) {
+    return RegisteredProperty{TextOr(record.group), TextOr(record.name), TextOr(record.type), record.flags,
+                              record.getter,        record.setter,       record.param};
+  });
+}
+
+std::vector<RegisteredMethod> ReadMethods(const REALmethodDefinition *table, size_t count, bool older) {
+  return ReadTable<REALmethodDefinition9, REALmethodDefinition, RegisteredMethod>(
+      table, count, older, [](const auto &record) {
+        return RegisteredMethod{record.function, record.setterFunction, TextOr(record.declaration), record.flags};
+      });
+}
+
+std::vector<RegisteredEvent> ReadEvents(const REALevent *table, size_t count, bool older) {
+  return ReadTable<REALevent9, REALevent, RegisteredEvent>(
+      table, count, older, [](const auto &record) { return RegisteredEvent{TextOr(record.declaration)}; });
+}
+
+std::vector<RegisteredConstant> ReadConstants(const REALconstant *table, size_t count, bool older) {
+  return ReadTable<REALconstant9, REALconstant, RegisteredConstant>(table, count, older, [](const auto &record) {
+    return RegisteredConstant{TextOr(record.declaration), record.flags};
+  });
+}
+
+uintptr_t HandleOf(const RegisteredEvent &event) { return reinterpret_cast<uintptr_t>(&event); }
+
+// The event of a class, or of one above it, by declaration or name; nil if there is none.
+const RegisteredEvent *FindEvent(const Class *type, std::string_view text) {
+  for (; type != nullptr; type = type->Super()) {
+    if (type->Definition() == nullptr) continue;
+    for (const RegisteredEvent &event : type->Definition()->events) {
+      if (DeclarationsEqual(text, event.declaration) || NamesEqual(text, DeclaredName(event.declaration))) {
+        return &event;
+      }
+    }
+  }
+  return nullptr;
+}
+
+void WriteEventHandles(REALclassDefinition *definition, const std::vector<RegisteredEvent> &events) {
+  for (size_t i = 0; i < events.size(); ++i) {
+    if (definition->version == 9) {
+      reinterpret_cast<REALevent9 *>(definition->events)[i].forSystemUse = HandleOf(events[i]);
+    } else {
+      definition->events[i].forSystemUse = HandleOf(events[i]);
+    }
+  }
+}
+
+constexpr size_t AlignedTo16(size_t size) { return (size + 15) & ~size_t{15}; }
+
+}  // namespace
+
+RegisteredClass ReadDefinition(const REALclassDefinition &definition) {
+  if (definition.version < 9 || definition.version > 12) {
+    throw ClassError("a class has tables of the unknown version " + std::to_string(definition.version));
+  }
+  if (definition.name == nullptr || *definition.name == '\0') throw ClassError("a class has no name");
+  const bool older = definition.version == 9;
+
+  RegisteredClass result;
+  result.version = definition.version;
+  result.name = definition.name;
+  result.superName = TextOr(definition.superName);
+  result.interfaces = TextOr(definition.interfaces);
+  result.flags = definition.flags;
+  result.dataSize = definition.dataSize;
+  result.constructor = definition.constructor;
+  result.destructor = definition.destructor;
+  result.properties = ReadProperties(definition.properties, definition.propertyCount, older);
+  result.methods = ReadMethods(definition.methods, definition.methodCount, older);
+  result.events = ReadEvents(definition.events, definition.eventCount, older);
+  for (size_t i = 0; definition.eventInstances != nullptr && i < definition.eventInstanceCount; ++i) {
+    result.eventInstances.push_back(
+        {TextOr(definition.eventInstances[i].name), definition.eventInstances[i].implementation});
+  }
+  result.constants = ReadConstants(definition.constants, definition.constantCount, older);
+  result.sharedProperties = ReadProperties(definition.sharedProperties, definition.sharedPropertyCount, older);
+  result.sharedMethods = ReadMethods(definition.sharedMethods, definition.sharedMethodCount, older);
+  return result;
+}
+
+bool Class::IsA(const Class &other) const {
+  for (const Class *type = this; type != nullptr; type = type->super_) {
+    if (type == &other) return true;
+  }
+  return false;
+}
+
+bool Class::IsA(std::string_view name) const {
+  for (const Class *type = this; type != nullptr; type = type->super_) {
+    if (NamesEqual(type->name_, name)) return true;
+  }
+  return false;
+}
+
+ClassRegistry::ClassRegistry(const std::set<std::string> &missing) {
+  const auto add = [&](const char *name, const Class *super, Class::Maker maker) -> const Class * {
+    return missing.contains(name) ? super : &Add(name, super, std::move(maker));
+  };
+  const auto makeException = [](const Class &type) { return new ExceptionObject(type); };
+  const Class *const exception = add("RuntimeException", nullptr, makeException);
+  for (const char *const name :
+       {"OutOfBoundsException", "NilObjectException", "OutOfMemoryException", "UnsupportedOperationException"}) {
+    add(name, exception, makeException);
+  }
+  add("MemoryBlock", nullptr, [](const Class &) { return MemoryBlock::Make(0); });
+  add("FolderItem", nullptr, [](const Class &type) { return new FolderItem(type); });
+  add("Integer()", nullptr, nullptr);
+  add("Picture", nullptr, nullptr);
+  add("Graphics", nullptr, nullptr);
+}
+
+ClassRegistry::~ClassRegistry() {
+  static auto &retired = *new std::vector<decltype(classes_)>;
+  retired.push_back(std::move(classes_));
+}
+
+Class &ClassRegistry::Add(std::string name, const Class *super, Class::Maker maker) {
+  if (Find(name) != nullptr) throw ClassError("there is a class " + name + " already");
+  auto added = std::make_unique<Class>();
+  added->name_ = name;
+  added->super_ = super;
+  added->maker_ = std::move(maker);
+  added->dataOffset_ = added->dataEnd_ = super == nullptr ? kFirstDataOffset : super->dataEnd_;
+  return *(classes_[std::move(name)] = std::move(added));
+}
+
+const Class *ClassRegistry::Find(std::string_view name) const {
+  const auto found = classes_.find(name);
+  return found == classes_.end() ? nullptr : found->second.get();
+}
+
+const Class &ClassRegistry::Get(std::string_view name) const {
+  const Class *const found = Find(name);
+  if (found == nullptr) throw ClassError("there is no class " + std::string(name));
+  return *found;
+}
+
+std::vector<const Class *> ClassRegistry::Registered() const { return registered_; }
+
+const Class &ClassRegistry::Define(std::string name, const Class *super, Class::Maker maker) {
+  return Add(std::move(name), super, std::move(maker));
+}
+
+const Class &ClassRegistry::Register(REALclassDefinition *definition) {
+  auto read = std::make_unique<RegisteredClass>(ReadDefinition(*definition));
+  const Class *const super = read->superName.empty() ? nullptr : &Get(read->superName);
+  if (super != nullptr && super->Definition() == nullptr) {
+    throw ClassError("class " + read->name + " is made a subclass of " + super->Name() + ", which is the host's own");
+  }
+  std::map<uintptr_t, void *> handlers;
+  for (const RegisteredEventInstance &instance : read->eventInstances) {
+    const RegisteredEvent *const event = FindEvent(super, instance.name);
+    if (event == nullptr) throw ClassError("class " + read->name + " handles the unknown event " + instance.name);
+    handlers[HandleOf(*event)] = instance.implementation;
+  }
+
+  Class &added = Add(read->name, super, Instance::Make);
+  added.dataOffset_ = AlignedTo16(added.dataOffset_);
+  added.dataEnd_ = added.dataOffset_ + read->dataSize;
+  added.handlers_ = std::move(handlers);
+  added.definition_ = std::move(read);
+  definition->forSystemUse = added.dataOffset_;
+  WriteEventHandles(definition, added.definition_->events);
+  registered_.push_back(&added);
+  return added;
+}
+
+const Class &ClassRegistry::DefineSubclass(std::string name, std::string_view superName, EventHandlers handlers) {
+  const Class &super = Get(superName);
+  std::map<uintptr_t, void *> byEvent;
+  for (const auto &[text, function] : handlers) {
+    const RegisteredEvent *const event = FindEvent(&super, text);
+    if (event == nullptr) throw ClassError("class " + super.Name() + " has no event " + text);
+    byEvent[HandleOf(*event)] = function;
+  }
+  Class &added = Add(std::move(name), &super, super.maker_);
+  added.handlers_ = std::move(byEvent);
+  return added;
+}
+
+Object *ClassRegistry::NewInstance(std::string_view name) const {
+  const Class *const type = Find(name);
+  return type == nullptr || !type->maker_ ? nullptr : type->maker_(*type);
+}
+
+void *ClassRegistry::FindHandler(const Object &object, uintptr_t eventHandle) const {
+  for (const Class *type = &object.Type(); type != nullptr; type = type->Super()) {
+    const auto found = type->handlers_.find(eventHandle);
+    if (found != type->handlers_.end()) return found->second;
+  }
+  return nullptr;
+}
+
+namespace {
+
+void PluginRegisterClass(REALclassDefinition *definition) {
+  try {
+    Host::Current().Classes().Register(definition);
+  } catch (const ClassError &error) {
+    Host::Current().AddMisdeed(error.what());
+  }
+}
+
+REALobject PluginNewInstance(const char *className) {
+  Object *const made = className == nullptr ? nullptr : Host::Current().Classes().NewInstance(className);
+  return made == nullptr ? nullptr : made->Handle();
+}
+
+// A class reference is the address of the Class.
+void *PluginObjectType(const char *className) {
+  return className == nullptr ? nullptr : const_cast<Class *>(Host::Current().Classes().Find(className));
+}
+
+void *GetEventInstance(REALobject handle, uintptr_t event) {
+  const Object *const object = LiveObject(handle);
+  return object == nullptr ? nullptr : Host::Current().Classes().FindHandler(*object, event);
+}
+
+}  // namespace
+
+std::vector<Entry> ClassEntries() {
+  return {MakeEntry<"PluginRegisterClass", PluginRegisterClass>(), MakeEntry<"PluginNewInstance", PluginNewInstance>(),
+          MakeEntry<"pluginObjectType", PluginObjectType>(), MakeEntry<"GetEventInstance", GetEventInstance>()};
+}
+
+}  // namespace standalone
