@@ -8,22 +8,22 @@
 
 namespace zvk {
 
-struct Channel {
+struct ChannelField {
   char letter;  // g is gray, K black
   int32_t ImageClassData::*offset;
   uint8_t ImageClassData::*has;
 };
 
 inline constexpr std::array kChannels{
-    Channel{'R', &ImageClassData::RedOffset, &ImageClassData::HasRed},
-    Channel{'G', &ImageClassData::GreenOffset, &ImageClassData::HasGreen},
-    Channel{'B', &ImageClassData::BlueOffset, &ImageClassData::HasBlue},
-    Channel{'g', &ImageClassData::GrayOffset, &ImageClassData::HasGray},
-    Channel{'A', &ImageClassData::AlphaOffset, &ImageClassData::HasAlpha},
-    Channel{'C', &ImageClassData::CyanOffset, &ImageClassData::HasCyan},
-    Channel{'M', &ImageClassData::MagentaOffset, &ImageClassData::HasMagenta},
-    Channel{'Y', &ImageClassData::YellowOffset, &ImageClassData::HasYellow},
-    Channel{'K', &ImageClassData::BlackOffset, &ImageClassData::HasBlack},
+    ChannelField{'R', &ImageClassData::RedOffset, &ImageClassData::HasRed},
+    ChannelField{'G', &ImageClassData::GreenOffset, &ImageClassData::HasGreen},
+    ChannelField{'B', &ImageClassData::BlueOffset, &ImageClassData::HasBlue},
+    ChannelField{'g', &ImageClassData::GrayOffset, &ImageClassData::HasGray},
+    ChannelField{'A', &ImageClassData::AlphaOffset, &ImageClassData::HasAlpha},
+    ChannelField{'C', &ImageClassData::CyanOffset, &ImageClassData::HasCyan},
+    ChannelField{'M', &ImageClassData::MagentaOffset, &ImageClassData::HasMagenta},
+    ChannelField{'Y', &ImageClassData::YellowOffset, &ImageClassData::HasYellow},
+    ChannelField{'K', &ImageClassData::BlackOffset, &ImageClassData::HasBlack},
 };
 
 }  // namespace zvk

@@ -86,7 +86,7 @@ const Format *FindFormat(int32_t number) {
 bool InitImageClassData(ImageClassData *record, int32_t width, int32_t height, int32_t format) {
   if (record == nullptr || width <= 0 || height <= 0) return false;
 
-  for (const Channel &channel : kChannels) {
+  for (const ChannelField &channel : kChannels) {
     record->*channel.offset = 0;
     record->*channel.has = false;
   }
@@ -108,7 +108,7 @@ bool InitImageClassData(ImageClassData *record, int32_t width, int32_t height, i
   record->IsRGB = entry->family == Family::RGB;
   record->IsCMYK = entry->family == Family::CMYK;
   for (int32_t offset = 0; offset < record->PixelSize; ++offset) {
-    for (const Channel &channel : kChannels) {
+    for (const ChannelField &channel : kChannels) {
       if (channel.letter != entry->layout[offset]) continue;
       record->*channel.offset = offset;
       record->*channel.has = true;

@@ -25,7 +25,7 @@ bool Overlap(const ByteRange &a, const ByteRange &b) {
 // RowSize may be shorter than the pixels.
 int64_t RowExtent(const ImageClassData &image) {
   int32_t offset = 0;
-  for (const Channel &channel : kChannels) offset = std::max(offset, image.*channel.offset);
+  for (const ChannelField &channel : kChannels) offset = std::max(offset, image.*channel.offset);
   return std::max(std::abs(int64_t{image.RowSize}), offset + int64_t{image.Width} * image.PixelSize);
 }
 
