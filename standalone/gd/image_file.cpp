@@ -395,6 +395,8 @@ void SaveImageFile(gdImagePtr image, const std::string &path, const SaveOptions 
   file.Commit();
 }
 
+bool HasKnownImageExtension(const std::string &path) { return FormatOfExtension(path) != nullptr; }
+
 std::string KnownImageExtensions() {
   std::string list;
   for (const Format &format : kFormats) {

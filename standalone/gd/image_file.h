@@ -50,6 +50,9 @@ LoadedImage LoadImageFile(const std::string &path);
 // ImageFileError.
 void SaveImageFile(gdImagePtr image, const std::string &path, const SaveOptions &options = {});
 
+// True if the path's extension, in any case, is one that can be saved.
+bool HasKnownImageExtension(const std::string &path);
+
 // The extensions that can be saved, as a list for people: "png, jpg, jpeg, gif, webp, tif, tiff, bmp".
 std::string KnownImageExtensions();
 

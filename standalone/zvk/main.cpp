@@ -1,0 +1,64 @@
+// The command line program: one line for each command, exit codes, and errors as single lines.
+
+#include <CLI/CLI.hpp>
+#include <exception>
+#include <new>
+#include <string>
+
+#include "standalone/binding/class_binding.h"
+#include "standalone/zvk/messages.h"
+#include "standalone/zvk/scale_command.h"
+
+namespace {
+
+constexpr int kWorkFailed = 1;
+constexpr int kWrongCommandLine = 2;
+constexpr char kNoMemory[] = "there is not enough memory; free some, or take a smaller picture";
+
+using AddCommand = void (*)(CLI::App &program);
+constexpr AddCommand kCommands[] = {
+    standalone::AddScaleCommand,
+};
+
+int Report(const std::string &message, int exitCode) {
+  standalone::PrintMessage(message);
+  return exitCode;
+}
+
+int Run(int argc, char **argv) {
+  CLI::App program("Scales pictures with the PictureZVK plug-in, run by a stand-alone host.", "zvk");
+  program.set_version_flag("--version", "zvk " ZVK_VERSION, "Print the version and exit");
+  program.set_help_flag("-h,--help", "Print this help and exit");
+  program.require_subcommand(1);
+  program.footer(
+      "Exit codes:\n"
+      "  0  done\n"
+      "  1  the work failed\n"
+      "  2  the command line is wrong\n"
+      "\n"
+      "Errors are one line each on the standard error stream. 'zvk COMMAND --help' tells more of a command.");
+  for (const AddCommand add : kCommands) add(program);
+
+  try {
+    program.parse(argc, argv);
+    return 0;
+  } catch (const CLI::ParseError &error) {
+    // Help and the version come as errors of their own.
+    if (error.get_exit_code() == 0) return program.exit(error);
+    std::string command = "zvk";
+    for (const CLI::App *used : program.get_subcommands()) command += " " + used->get_name();
+    return Report(std::string(error.what()) + "; '" + command + " --help' tells how it is used", kWrongCommandLine);
+  } catch (const standalone::UsageError &error) {
+    return Report(error.what(), kWrongCommandLine);
+  } catch (const std::bad_alloc &) {
+    return Report(kNoMemory, kWorkFailed);
+  } catch (const standalone::HostException &error) {
+    return Report(error.ClassName() == "OutOfMemoryException" ? kNoMemory : error.what(), kWorkFailed);
+  } catch (const std::exception &error) {
+    return Report(error.what(), kWorkFailed);
+  }
+}
+
+}  // namespace
+
+int main(int argc, char **argv) { return Run(argc, argv); }

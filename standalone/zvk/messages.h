@@ -1,0 +1,21 @@
+// What the program says to its user beside its results: lines on the standard error stream, and the errors that become
+// such lines.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace standalone {
+
+// The command line itself is wrong: exit code 2. Any other std::exception is work that failed: exit code 1. The message
+// is one line that names what is wrong and the way out.
+class UsageError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// Writes "zvk: MESSAGE" as one line. Control characters (in the name of a file, say) become spaces, so that they
+// neither break the line nor steer the terminal.
+void PrintMessage(std::string message);
+
+}  // namespace standalone

@@ -1,0 +1,99 @@
+#include "standalone/zvk/plugin_session.h"
+
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <filesystem>
+#include <set>
+#include <stdexcept>
+#include <system_error>
+
+#include "standalone/gd/gd_picture.h"
+#include "standalone/zvk/messages.h"
+#include "standalone/zvk/progress.h"
+
+namespace standalone {
+namespace {
+
+constexpr char kLibraryName[] = "libPictureZVK.so";
+constexpr char kImageClass[] = "PictureZVK";
+constexpr char kFactoryClass[] = "PictureFactoryZVK";
+
+std::string FindPlugin() {
+  std::error_code error;
+  const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
+  const std::string beside = (program.parent_path() / kLibraryName).string();
+  for (const std::string &path : {beside, std::string(ZVK_INSTALLED_PLUGIN)}) {
+    if (std::filesystem::exists(path, error)) return path;
+  }
+  throw std::runtime_error("no plug-in at " + beside +
+                           " or " ZVK_INSTALLED_PLUGIN "; build it, or name one with --plugin PATH");
+}
+
+// Loads the plug-in into the running host and gives its class of images.
+const ClassBinding &LoadPlugin(Host &host, const std::string &wantedPath) {
+  const std::string path = wantedPath.empty() ? FindPlugin() : wantedPath;
+  try {
+    host.Load(path);
+  } catch (const HostError &error) {
+    throw std::runtime_error(std::string(error.what()) + "; name a working plug-in with --plugin PATH");
+  }
+  for (const char *name : {kImageClass, kFactoryClass}) {
+    if (host.Classes().Find(name) == nullptr) {
+      throw std::runtime_error(path + " has no class " + name + "; name a working plug-in with --plugin PATH");
+    }
+  }
+  return ClassNamed(kImageClass);
+}
+
+}  // namespace
+
+void AddPluginOptions(CLI::App &command, PluginOptions &options) {
+  command
+      .add_option("--plugin", options.path,
+                  std::string("The plug-in to use [default: ") + kLibraryName +
+                      " beside this program, else " ZVK_INSTALLED_PLUGIN "]")
+      ->type_name("PATH");
+  command.add_flag("--leaks", options.reportsLeaks, "Tell at the end which references were not given back");
+}
+
+PluginSession::PluginSession(const PluginOptions &options)
+    : images_(LoadPlugin(host_, options.path)), reportsLeaks_(options.reportsLeaks) {
+  UseGdPictures(host_);
+}
+
+PluginSession::~PluginSession() {
+  ClassNamed(kFactoryClass).Call("SetFactory", {nullptr});
+  if (!reportsLeaks_) return;
+  const std::string left = Describe(host_.Leaks());
+  std::printf("references not given back: %s\n", left.empty() ? "none" : left.c_str());
+  for (const std::string &misdeed : host_.Misdeeds()) std::printf("misdeed: %s\n", misdeed.c_str());
+}
+
+int32_t PluginSession::Choose(std::string_view what, std::string_view prefix, std::string_view name) const {
+  std::string names;
+  std::set<int32_t> listed = {0};  // the number of no choice
+  for (const BoundConstant &constant : images_.Constants()) {
+    const std::string_view full = constant.name;
+    if (!NamesEqual(full.substr(0, prefix.size()), prefix)) continue;
+    const std::string_view choice = full.substr(prefix.size());
+    const int32_t number = constant.value.AsInteger();
+    if (number != 0 && NamesEqual(choice, name)) return number;
+    // Of several names for one number the first one will do.
+    if (listed.insert(number).second) names += (names.empty() ? "" : ", ") + std::string(choice);
+  }
+  throw UsageError("unknown " + std::string(what) + " '" + std::string(name) + "'; choose one of " + names);
+}
+
+void PluginSession::RunWithProgress(const std::string &what, const std::function<void()> &work) {
+  ProgressLine progress(STDERR_FILENO, what);
+  struct Watch {
+    Host &host;
+    ~Watch() { host.onYield = nullptr; }
+  } const watch{host_};
+  host_.onYield = [&progress] { progress.Update(); };
+  work();
+}
+
+}  // namespace standalone

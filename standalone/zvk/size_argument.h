@@ -1,0 +1,33 @@
+// The size that a command line asks for: both sides, or one side and the other by the proportions of the source.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+namespace standalone {
+
+struct Size {
+  int32_t width;   // pixels
+  int32_t height;  // pixels
+
+  bool operator==(const Size &) const = default;
+};
+
+// At least one side is given; each given one is 1 or more.
+struct SizeArgument {
+  std::optional<int32_t> width;
+  std::optional<int32_t> height;
+
+  bool operator==(const SizeArgument &) const = default;
+};
+
+// Reads "WIDTHxHEIGHT", "WIDTHx" or "xHEIGHT" in decimal digits. Throws UsageError for anything else, for a side of 0
+// and for a number beyond 32 bits.
+SizeArgument ParseSize(std::string_view text);
+
+// The whole size. A side that was not given keeps the proportions of the source (1 or more each way), rounded to the
+// nearest, 1 at least. Throws std::runtime_error if a side is beyond what a picture can have.
+Size CompleteSize(const SizeArgument &wanted, Size source);
+
+}  // namespace standalone
