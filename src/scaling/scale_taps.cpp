@@ -1,0 +1,98 @@
+#include "scaling/scale_taps.h"
+
+#include <cmath>
+#include <cstdlib>
+
+#include "host/truncate.h"
+
+namespace zvk {
+
+// The two capacities of a shrink differ in when they round.
+constinit const ScaleAxis kHorizontalAxis{&ScaleFilter::HorizontalCapacity,
+                                          [](double window) { return 2 * (int64_t{Truncate(window)} + 1); }, true};
+constinit const ScaleAxis kVerticalAxis{&ScaleFilter::VerticalCapacity,
+                                        [](double window) { return int64_t{Truncate(2.0 * window + 2.0)}; }, false};
+
+namespace {
+
+// How a filter lies over an axis at one scale.
+class Sampling {
+ public:
+  Sampling(const ScaleFilter &filter, const ScaleAxis &axis, double scale, int32_t sourceSize)
+      : kernel_(filter.FilterKernel),
+        scale_(scale),
+        shrinks_(scale < 1.0),
+        window_(shrinks_ ? filter.FilterWindow / scale : filter.FilterWindow),
+        outward_(!shrinks_ && axis.RoundsOutward),
+        sourceSize_(sourceSize),
+        capacity_(shrinks_ ? axis.ShrinkCapacity(window_) : filter.*axis.Capacity) {}
+
+  // The taps of the output position `position`, counted from 0.
+  void Fill(double position, ScaleTapList &list) const {
+    list = {AllocateTaps(), 0, 0.0f};
+    if (list.Taps == nullptr) return;
+    const double centre = (position + 0.5) / scale_;
+    int32_t left = Truncate(outward_ ? std::floor(centre - window_) : centre - window_);
+    int32_t right = Truncate(outward_ ? std::ceil(centre + window_) : centre + window_);
+    // Positions outside the image have no tap; the division by the sum of the weights makes up for them.
+    if (left < 0) left = 0;
+    if (right >= sourceSize_) right = sourceSize_ - 1;
+    double sum = 0.0;
+    for (int32_t index = left; index <= right && list.TapCount < capacity_ + kSpareTaps; ++index) {
+      double distance = centre - index - 0.5;
+      if (shrinks_) distance *= scale_;
+      const double weight = kernel_(std::abs(distance));
+      if (weight == 0.0) continue;
+      list.Taps[list.TapCount++] = {static_cast<float>(weight), index};
+      sum += weight;
+    }
+    list.WeightSum = static_cast<float>(sum);
+  }
+
+ private:
+  // A kernel that includes its end can find one tap more than the capacity, when the quotient that widens the window
+  // comes out just below a whole number: cubic from 177 columns to 9.
+  static constexpr int64_t kSpareTaps = 1;
+
+  ScaleTap *AllocateTaps() const {
+    constexpr int64_t kTapSize = sizeof(ScaleTap);
+    if (capacity_ > kLargestAllocation / kTapSize || capacity_ < 1) return nullptr;
+    return static_cast<ScaleTap *>(AllocateZeroed((capacity_ + kSpareTaps) * kTapSize));
+  }
+
+  double (*kernel_)(double);
+  double scale_;
+  bool shrinks_;
+  double window_;
+  bool outward_;
+  int32_t sourceSize_;
+  int64_t capacity_;
+};
+
+}  // namespace
+
+void ScaleTapTable::Replace(int32_t count) {
+  FreeTaps();
+  lists_ = {};
+  lists_ = ZeroedBuffer<ScaleTapList>(count);
+  count_ = lists_ ? count : 0;
+}
+
+void ScaleTapTable::Build(const ScaleFilter &filter, const ScaleAxis &axis, int32_t count, double scale,
+                          int32_t sourceSize, ImageClassData *yieldImage) {
+  const Sampling sampling(filter, axis, scale, sourceSize);
+  double position = 0.0;
+  for (int32_t i = 0; i < count; ++i, position += 1.0) {
+    sampling.Fill(position, lists_[i]);
+    if (yieldImage != nullptr) YieldOn(*yieldImage);
+  }
+}
+
+void ScaleTapTable::FreeTaps() {
+  for (int32_t i = 0; i < count_; ++i) {
+    std::free(lists_[i].Taps);
+    lists_[i].Taps = nullptr;
+  }
+}
+
+}  // namespace zvk
