@@ -1,0 +1,75 @@
+// The loops in which a scale spends its time: weighted sums of samples, and the finishing of sums into samples. They
+// know nothing of images and formats, only of samples side by side.
+#pragma once
+
+#include <cstdint>
+#include <limits>
+
+#include "scaling/scale_pairs.h"
+#include "scaling/scale_taps.h"
+
+namespace zvk {
+
+// Parts of gray in the resampler, which ScaleFast weighs otherwise.
+inline constexpr double kRedPart = 0.3;
+inline constexpr double kGreenPart = 0.59;
+inline constexpr double kBluePart = 0.11;
+
+// How many values the samples of a pixel make.
+constexpr int32_t ValueCount(int32_t sampleCount, ScaleValues values) {
+  return values == ScaleValues::kGrayOfColour ? sampleCount - 2 : sampleCount;
+}
+
+// What a sample counts before its weight: red, green and blue their parts of gray where gray is made of them.
+template <ScaleValues Values>
+constexpr double SamplePart(int32_t sample) {
+  constexpr double kParts[] = {kRedPart, kGreenPart, kBluePart};
+  return Values == ScaleValues::kGrayOfColour && sample < 3 ? kParts[sample] : 1.0;
+}
+
+// Adds one tap to the sums of `Rows` pixels. `samples` holds their samples, one kind after the other for all rows and
+// already multiplied by SamplePart; `sums` the values likewise. Rounding makes the order of the three parts of gray
+// matter.
+template <int32_t SampleCount, ScaleValues Values, int32_t Rows>
+[[gnu::always_inline]] inline void AddTap(const double *__restrict samples, double weight, double *__restrict sums) {
+  if constexpr (Values == ScaleValues::kSamples) {
+    for (int32_t i = 0; i < SampleCount * Rows; ++i) sums[i] += samples[i] * weight;
+  } else {
+    const double *red = samples;
+    const double *green = samples + Rows;
+    const double *blue = samples + 2 * Rows;
+    for (int32_t i = 0; i < Rows; ++i) sums[i] += blue[i] * weight + (green[i] * weight + red[i] * weight);
+    for (int32_t i = Rows; i < (SampleCount - 2) * Rows; ++i) sums[i] += samples[i + 2 * Rows] * weight;
+  }
+}
+
+// A sum divided by the weights' sum, plus `rounding`, truncated and cut to what a sample holds. Not-a-number and what
+// is beyond 32 bits count as the most negative integer and give 0. Written as selections, which compilers turn into
+// straight code for many values at once.
+template <class Sample>
+[[gnu::always_inline]] inline Sample Finish(double sum, double weightSum, double rounding) {
+  constexpr double kLimit = std::numeric_limits<Sample>::max();
+  double value = sum / weightSum + rounding;
+  value = value < 2147483648.0 ? value : 0.0;
+  value = value > 0.0 ? value : 0.0;
+  value = value < kLimit ? value : kLimit;
+  return static_cast<Sample>(static_cast<int32_t>(value));
+}
+
+// Rows that the horizontal pass takes at once where it may.
+inline constexpr int32_t kRowBatch = 8;
+
+// For each of `count` lists of taps, the finished values of `Rows` rows. `samples` holds columns of SampleCount x Rows
+// doubles as AddTap takes them, from `firstColumn` on; `values` gets columns of values x Rows. Made for 1 and kRowBatch
+// rows, for one to five samples as they are, and for gray of three and four.
+template <int32_t SampleCount, ScaleValues Values, int32_t Rows, class Sample>
+void SumColumns(const double *samples, int32_t firstColumn, const ScaleTapList *lists, int32_t count, double rounding,
+                Sample *values);
+
+// One finished row of `count` samples from `rowCount` rows of samples, which need not be aligned, by their weights.
+// Made for uint8_t and uint16_t.
+template <class Sample>
+void SumRows(const uint8_t *const *rows, const double *weights, int32_t rowCount, double weightSum, double rounding,
+             int64_t count, Sample *values);
+
+}  // namespace zvk

@@ -1,0 +1,355 @@
+// The two passes of the resampler, compiled for each pair. Each has two forms, chosen once for a run: one in the told
+// order of reads, writes and row fetches, for files that are mapped block by block and for images that share storage;
+// and one that works on whole rows, for all others. Both give the same bytes.
+#pragma once
+
+#include <algorithm>
+#include <cstring>
+#include <type_traits>
+
+#include "host/resources.h"
+#include "image/image_record.h"
+#include "image/rows.h"
+#include "scaling/scale_kernels.h"
+#include "scaling/scale_pairs.h"
+#include "scaling/scale_taps.h"
+
+namespace zvk {
+
+// What the passes work on. Each reads what it needs.
+struct ScaleJob {
+  ImageClassData *Source;     // horizontal pass
+  ImageClassData *Dest;       // vertical pass
+  int32_t Height;             // output rows
+  int32_t Width;              // output columns
+  ImageClassData *Temp;       // written by the horizontal pass, read by the vertical one
+  const ScaleTapList *Table;  // of the pass: a list for each output column or row
+};
+
+// The rows that one run of a pass makes, and who is given time after each.
+struct ScaleRows {
+  int32_t First;
+  const int32_t &End;          // one beyond the last row; looked at again for each row
+  ImageClassData *YieldImage;  // nil: nobody
+
+  // While true, other code of the host may run after each row, so no work on the next one can be done ahead.
+  bool Yields() const { return YieldImage != nullptr && YieldImage->Yield.YieldTicks != 0; }
+  void AfterRow() const {
+    if (YieldImage != nullptr) YieldOn(*YieldImage);
+  }
+};
+
+// What is added to a quotient before it is truncated.
+inline constexpr double kRoundToNearest = 0.5;
+
+namespace scale_detail {
+
+template <const ScalePair &Pair>
+using SampleOf = std::conditional_t<Pair.SampleSize == 2, uint16_t, uint8_t>;
+
+template <const ScalePair &Pair>
+inline constexpr int32_t kValues = ValueCount(Pair.Read.count, Pair.Values);
+
+// Samples may be misaligned.
+template <class Sample>
+Sample Load(const uint8_t *address) {
+  Sample sample;
+  std::memcpy(&sample, address, sizeof sample);
+  return sample;
+}
+template <class Sample>
+void Store(uint8_t *address, Sample sample) {
+  std::memcpy(address, &sample, sizeof sample);
+}
+
+// The samples of one source pixel, as AddTap takes them, each `step` doubles from the one before.
+template <const ScalePair &Pair>
+void ReadPixel(const ImageClassData &source, const uint8_t *pixel, double *samples, int32_t step) {
+  for (int32_t i = 0; i < Pair.Read.count; ++i) {
+    samples[i * step] = Load<SampleOf<Pair>>(pixel + source.*Pair.Read[i]) * SamplePart<Pair.Values>(i);
+  }
+}
+
+// A whole temp pixel from its values, each `step` from the one before.
+template <const ScalePair &Pair>
+void WriteTempPixel(uint8_t *pixel, const SampleOf<Pair> *values, int32_t step) {
+  uint8_t bytes[Pair.Stride] = {};
+  for (int32_t i = 0; i < Pair.TempBytes.count; ++i) Store(bytes + Pair.TempBytes[i], values[i * step]);
+  std::memcpy(pixel, bytes, Pair.Stride);
+}
+
+// --- in the told order ---
+
+template <const ScalePair &Pair>
+void HorizontalRow(const ScaleJob &job, int32_t y, double rounding) {
+  ImageClassData &source = *job.Source;
+  ImageClassData &temp = *job.Temp;
+  const uint8_t *sourceRow = source.GetRow(&source, y);
+  for (int32_t x = 0; x < job.Width; ++x) {
+    const ScaleTapList &list = job.Table[x];
+    double sums[kValues<Pair>] = {};
+    for (int32_t t = 0; t < list.TapCount; ++t) {
+      const ScaleTap tap = list.Taps[t];
+      if (tap.Weight == 0.0f) continue;
+      double samples[Pair.Read.count];
+      ReadPixel<Pair>(source, sourceRow + ptrdiff_t{tap.SourceIndex} * source.PixelSize, samples, 1);
+      AddTap<Pair.Read.count, Pair.Values, 1>(samples, tap.Weight, sums);
+    }
+    SampleOf<Pair> values[kValues<Pair>];
+    for (int32_t i = 0; i < kValues<Pair>; ++i) values[i] = Finish<SampleOf<Pair>>(sums[i], list.WeightSum, rounding);
+    // The temp row is fetched for every pixel.
+    uint8_t *tempRow = temp.GetRow(&temp, y);
+    if (tempRow != nullptr) WriteTempPixel<Pair>(tempRow + ptrdiff_t{x} * Pair.Stride, values, 1);
+  }
+}
+
+template <const ScalePair &Pair>
+void VerticalRow(const ScaleJob &job, int32_t y) {
+  ImageClassData &temp = *job.Temp;
+  ImageClassData &dest = *job.Dest;
+  const ScaleTapList &list = job.Table[y];
+  for (int32_t x = 0; x < job.Width; ++x) {
+    double sums[kValues<Pair>] = {};
+    for (int32_t t = 0; t < list.TapCount; ++t) {
+      const ScaleTap tap = list.Taps[t];
+      if (tap.Weight == 0.0f) continue;
+      // The temp row is fetched for every tap of every pixel.
+      const uint8_t *tempRow = temp.GetRow(&temp, tap.SourceIndex);
+      if (tempRow == nullptr) continue;
+      const uint8_t *pixel = tempRow + ptrdiff_t{x} * Pair.Stride;
+      for (int32_t i = 0; i < kValues<Pair>; ++i) {
+        sums[i] += Load<SampleOf<Pair>>(pixel + Pair.TempBytes[i]) * double{tap.Weight};
+      }
+    }
+    SampleOf<Pair> values[kValues<Pair>];
+    for (int32_t i = 0; i < kValues<Pair>; ++i) {
+      values[i] = Finish<SampleOf<Pair>>(sums[i], list.WeightSum, kRoundToNearest);
+    }
+    uint8_t *destRow = dest.GetRow(&dest, y);
+    if (destRow == nullptr) continue;
+    uint8_t *pixel = destRow + ptrdiff_t{x} * dest.PixelSize;
+    for (const ScaleWrite &write : Pair.Write) Store(pixel + dest.*write.channel, values[write.value]);
+  }
+}
+
+// --- whole rows ---
+
+// The horizontal pass over staged columns: the samples of a stretch of source columns stand ready as doubles, for one
+// row or side by side for a batch of rows.
+template <const ScalePair &Pair>
+class StagedColumns {
+ public:
+  explicit StagedColumns(const ScaleJob &job)
+      : job_(job),
+        columns_(std::max(kStretch, WidestList(job))),
+        samples_(columns_ * Pair.Read.count * kRowBatch),
+        values_(int64_t{job.Width} * kValues<Pair> * kRowBatch) {}
+
+  // False if there is no memory to work in.
+  explicit operator bool() const { return samples_ && values_; }
+
+  template <int32_t Rows>
+  void MakeRows(int32_t y, double rounding) {
+    const uint8_t *rows[Rows];
+    for (int32_t row = 0; row < Rows; ++row) rows[row] = job_.Source->GetRow(job_.Source, y + row);
+    for (int32_t x = 0; x < job_.Width;) {
+      const Stretch stretch = StretchFrom(x);
+      Stage<Rows>(rows, stretch);
+      SumColumns<Pair.Read.count, Pair.Values, Rows>(samples_.Get(), stretch.firstColumn, job_.Table + x, stretch.lists,
+                                                     rounding, values_.Get() + int64_t{x} * kValues<Pair> * Rows);
+      x += stretch.lists;
+    }
+    for (int32_t row = 0; row < Rows; ++row) WriteRow<Rows>(y + row, row);
+  }
+
+ private:
+  using Sample = SampleOf<Pair>;
+
+  // Output columns that the source columns from firstColumn to endColumn - 1 serve.
+  struct Stretch {
+    int32_t firstColumn;
+    int32_t endColumn;
+    int32_t lists;
+  };
+
+  // Source columns staged at once, unless a list is wider: a batch of them stays in the cache.
+  static constexpr int64_t kStretch = 256;
+
+  static int64_t WidestList(const ScaleJob &job) {
+    int64_t widest = 0;
+    for (int32_t x = 0; x < job.Width; ++x) {
+      const ScaleTapList &list = job.Table[x];
+      if (list.TapCount == 0) continue;
+      widest = std::max(widest, int64_t{list.Taps[list.TapCount - 1].SourceIndex} - list.Taps[0].SourceIndex + 1);
+    }
+    return widest;
+  }
+
+  // As many lists from x on as the staged columns can serve. A list may begin left of the one before it.
+  Stretch StretchFrom(int32_t x) const {
+    Stretch stretch{0, 0, 0};
+    for (; x + stretch.lists < job_.Width; ++stretch.lists) {
+      const ScaleTapList &list = job_.Table[x + stretch.lists];
+      if (list.TapCount == 0) continue;
+      int32_t first = list.Taps[0].SourceIndex;
+      int32_t end = list.Taps[list.TapCount - 1].SourceIndex + 1;
+      if (stretch.endColumn != 0) {
+        first = std::min(first, stretch.firstColumn);
+        end = std::max(end, stretch.endColumn);
+      }
+      if (end - first > columns_) break;
+      stretch.firstColumn = first;
+      stretch.endColumn = end;
+    }
+    return stretch;
+  }
+
+  template <int32_t Rows>
+  void Stage(const uint8_t *const *rows, const Stretch &stretch) {
+    const ImageClassData &source = *job_.Source;
+    double *samples = samples_.Get();
+    for (int32_t column = stretch.firstColumn; column < stretch.endColumn; ++column) {
+      const ptrdiff_t position = ptrdiff_t{column} * source.PixelSize;
+      for (int32_t row = 0; row < Rows; ++row) ReadPixel<Pair>(source, rows[row] + position, samples + row, Rows);
+      samples += Pair.Read.count * Rows;
+    }
+  }
+
+  template <int32_t Rows>
+  void WriteRow(int32_t y, int32_t row) {
+    uint8_t *tempRow = job_.Temp->GetRow(job_.Temp, y);
+    if (tempRow == nullptr) return;
+    const Sample *values = values_.Get() + row;
+    for (int32_t x = 0; x < job_.Width; ++x) {
+      WriteTempPixel<Pair>(tempRow + ptrdiff_t{x} * Pair.Stride, values, Rows);
+      values += kValues<Pair> * Rows;
+    }
+  }
+
+  const ScaleJob &job_;
+  int64_t columns_;
+  ZeroedBuffer<double> samples_;
+  ZeroedBuffer<Sample> values_;
+};
+
+// The vertical pass over whole temp rows, pixels as they lie there: all that differs between the pairs is what of the
+// finished row goes where.
+template <const ScalePair &Pair>
+class SummedRows {
+ public:
+  explicit SummedRows(const ScaleJob &job)
+      : job_(job),
+        samples_(int64_t{job.Width} * (Pair.Stride / Pair.SampleSize)),
+        rows_(LongestList(job)),
+        weights_(LongestList(job)),
+        values_(samples_) {}
+
+  // False if there is no memory to work in.
+  explicit operator bool() const { return rows_ && weights_ && values_; }
+
+  void MakeRow(int32_t y) {
+    uint8_t *destRow = job_.Dest->GetRow(job_.Dest, y);
+    if (destRow == nullptr) return;
+    const ScaleTapList &list = job_.Table[y];
+    int32_t rowCount = 0;
+    for (int32_t t = 0; t < list.TapCount; ++t) {
+      const uint8_t *tempRow = job_.Temp->GetRow(job_.Temp, list.Taps[t].SourceIndex);
+      if (tempRow == nullptr) continue;
+      rows_[rowCount] = tempRow;
+      weights_[rowCount] = list.Taps[t].Weight;
+      ++rowCount;
+    }
+    SumRows(rows_.Get(), weights_.Get(), rowCount, list.WeightSum, kRoundToNearest, samples_, values_.Get());
+    Write(destRow);
+  }
+
+ private:
+  using Sample = SampleOf<Pair>;
+
+  // At least 1, for a table that holds no tap at all.
+  static int64_t LongestList(const ScaleJob &job) {
+    int32_t longest = 1;
+    for (int32_t y = 0; y < job.Height; ++y) longest = std::max(longest, job.Table[y].TapCount);
+    return longest;
+  }
+
+  void Write(uint8_t *destRow) const {
+    const ImageClassData &dest = *job_.Dest;
+    const Sample *pixelValues = values_.Get();
+    for (int32_t x = 0; x < job_.Width; ++x) {
+      for (const ScaleWrite &write : Pair.Write) {
+        Store(destRow + dest.*write.channel, pixelValues[Pair.TempBytes[write.value] / Pair.SampleSize]);
+      }
+      destRow += dest.PixelSize;
+      pixelValues += Pair.Stride / Pair.SampleSize;
+    }
+  }
+
+  const ScaleJob &job_;
+  int64_t samples_;  // of a temp row
+  ZeroedBuffer<const uint8_t *> rows_;
+  ZeroedBuffer<double> weights_;
+  ZeroedBuffer<Sample> values_;
+};
+
+// True if images that were asked to hold so many bytes in a row and so many rows do, and reordering reads and writes
+// between the two cannot be noticed.
+inline bool MayWorkOnWholeRows(const ImageClassData &from, const ImageClassData &to) {
+  return HasFixedRows(from) && HasFixedRows(to) && !SharesStorage(from, to);
+}
+
+// True if `height` rows of `width` pixels, `pixelSize` bytes each, lie inside the image.
+inline bool Holds(const ImageClassData &image, int32_t width, int32_t pixelSize, int32_t height) {
+  return int64_t{width} * pixelSize <= int64_t{image.Width} * image.PixelSize && height <= image.Height;
+}
+
+}  // namespace scale_detail
+
+// Resamples rows of the source to the job's width, into the temp rows of the same numbers. `rounding` is added to each
+// quotient before it is truncated.
+template <const ScalePair &Pair>
+void HorizontalPass(const ScaleJob &job, const ScaleRows &rows, double rounding) {
+  if (scale_detail::Holds(*job.Temp, job.Width, Pair.Stride, rows.End) &&
+      scale_detail::MayWorkOnWholeRows(*job.Source, *job.Temp)) {
+    scale_detail::StagedColumns<Pair> columns(job);
+    if (columns) {
+      for (int32_t y = rows.First; y < rows.End;) {
+        if (!rows.Yields() && rows.End - y >= kRowBatch) {
+          columns.template MakeRows<kRowBatch>(y, rounding);
+          y += kRowBatch;
+        } else {
+          columns.template MakeRows<1>(y, rounding);
+          rows.AfterRow();
+          ++y;
+        }
+      }
+      return;
+    }
+  }
+  for (int32_t y = rows.First; y < rows.End; ++y) {
+    scale_detail::HorizontalRow<Pair>(job, y, rounding);
+    rows.AfterRow();
+  }
+}
+
+// Resamples temp rows into rows of the destination.
+template <const ScalePair &Pair>
+void VerticalPass(const ScaleJob &job, const ScaleRows &rows) {
+  if (scale_detail::Holds(*job.Dest, job.Width, job.Dest->PixelSize, rows.End) &&
+      scale_detail::MayWorkOnWholeRows(*job.Temp, *job.Dest)) {
+    scale_detail::SummedRows<Pair> summed(job);
+    if (summed) {
+      for (int32_t y = rows.First; y < rows.End; ++y) {
+        summed.MakeRow(y);
+        rows.AfterRow();
+      }
+      return;
+    }
+  }
+  for (int32_t y = rows.First; y < rows.End; ++y) {
+    scale_detail::VerticalRow<Pair>(job, y);
+    rows.AfterRow();
+  }
+}
+
+}  // namespace zvk
