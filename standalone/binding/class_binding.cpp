@@ -33,21 +33,19 @@ std::vector<Type> TypesOf(const MethodDeclaration &declaration) {
 BoundMethod ReadMethod(const RegisteredMethod &registered, bool isShared) {
   BoundMethod method = {registered.declaration,
                         ParseMethod(registered.declaration),
-                        {},
                         registered.flags,
                         isShared,
                         registered.function,
                         registered.setter,
                         {},
                         {}};
-  std::vector<Type> types = TypesOf(method.declaration);
   for (const Parameter &parameter : method.declaration.parameters) {
-    method.defaults.push_back(parameter.defaultValue ? FromLiteral(*parameter.defaultValue) : Value());
-    if (parameter.defaultValue && ConversionCost(method.defaults.back(), parameter.type) < 0) {
+    if (parameter.defaultValue && ConversionCost(FromLiteral(*parameter.defaultValue), parameter.type) < 0) {
       throw DeclarationError("the default of " + Quoted(parameter.name) + " is no " + parameter.type.Text() + " in " +
                              Quoted(method.text));
     }
   }
+  std::vector<Type> types = TypesOf(method.declaration);
   if (!isShared) types.insert(types.begin(), kInstanceType);
   method.shape = std::make_unique<CallShape>(types, method.declaration.result);
   if (method.setter != nullptr) {
@@ -78,7 +76,7 @@ std::optional<int> CostOfCall(const BoundMethod &method, const Arguments &argume
 }
 
 // Calls the method, or its setter if a value is assigned. The arguments fit.
-Value Invoke(const BoundMethod &method, Object *instance, const Arguments &arguments, const Value *assigned) {
+Value Invoke(const BoundMethod &method, Object *instance, Arguments arguments, const Value *assigned) {
   const std::vector<Parameter> &parameters = method.declaration.parameters;
   std::vector<RawValue> raw;
   // Whoever calls holds the instance only by a variable that the call may change.
@@ -87,9 +85,10 @@ Value Invoke(const BoundMethod &method, Object *instance, const Arguments &argum
     raw.emplace_back();
     raw.back().address = kept.Handle();
   }
-  for (size_t i = 0; i < parameters.size(); ++i) {
-    raw.push_back(ToRaw(i < arguments.size() ? arguments[i] : method.defaults[i], parameters[i].type));
+  for (size_t i = arguments.size(); i < parameters.size(); ++i) {
+    arguments.push_back(FromLiteral(parameters[i].defaultValue.value()));
   }
+  for (size_t i = 0; i < parameters.size(); ++i) raw.push_back(ToRaw(arguments[i], parameters[i].type));
   if (assigned != nullptr) {
     raw.push_back(ToRaw(*assigned, method.declaration.result));
     method.setterShape->Call(method.setter, raw);
@@ -153,8 +152,7 @@ ClassBinding::ClassBinding(const Class &type) : class_(&type) {
     properties_.push_back({&property, ParseType(property.type)});
   }
   for (const RegisteredConstant &constant : definition->constants) {
-    ConstantDeclaration declaration = ParseConstant(constant.declaration);
-    constants_.push_back({std::move(declaration.name), FromLiteral(declaration.value)});
+    constants_.push_back(ParseConstant(constant.declaration));
   }
   for (const RegisteredEvent &event : definition->events) events_.push_back(ParseMethod(event.declaration));
 }
@@ -219,8 +217,8 @@ Value ClassBinding::New(const Arguments &arguments) const {
 
 Value ClassBinding::Constant(std::string_view name) const {
   for (const ClassBinding *type = this; type != nullptr; type = type->Super()) {
-    for (const BoundConstant &constant : type->constants_) {
-      if (NamesEqual(constant.name, name)) return constant.value;
+    for (const ConstantDeclaration &constant : type->constants_) {
+      if (NamesEqual(constant.name, name)) return FromLiteral(constant.value);
     }
   }
   throw BindingError(Name() + " has no constant " + Quoted(name));

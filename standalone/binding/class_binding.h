@@ -52,7 +52,6 @@ class HostException : public std::runtime_error {
 struct BoundMethod {
   std::string text;  // the declaration as it stands in the table
   MethodDeclaration declaration;
-  std::vector<Value> defaults;  // one for each parameter; nil also where there is none
   uint32_t flags;
   bool isShared;
   void *function;
@@ -66,11 +65,6 @@ struct BoundProperty {
   const RegisteredProperty *registered;
   Type type;
   bool IsReadOnly() const { return registered->setter == nullptr; }
-};
-
-struct BoundConstant {
-  std::string name;
-  Value value;
 };
 
 // What a subclass does on an event: gets the instance and the event's arguments, gives the result (nil for none). What
@@ -109,7 +103,7 @@ class ClassBinding {
   // What the class's own table holds, in table order; shared methods come after the others.
   const std::vector<BoundMethod> &Methods() const { return methods_; }
   const std::vector<BoundProperty> &Properties() const { return properties_; }
-  const std::vector<BoundConstant> &Constants() const { return constants_; }
+  const std::vector<ConstantDeclaration> &Constants() const { return constants_; }
   const std::vector<MethodDeclaration> &Events() const { return events_; }
 
  private:
@@ -124,7 +118,7 @@ class ClassBinding {
   const Class *class_;
   std::vector<BoundMethod> methods_;
   std::vector<BoundProperty> properties_;
-  std::vector<BoundConstant> constants_;
+  std::vector<ConstantDeclaration> constants_;
   std::vector<MethodDeclaration> events_;
 };
 

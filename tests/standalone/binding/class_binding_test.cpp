@@ -265,7 +265,7 @@ REALclassDefinition makerDefinition = [] {
   return definition;
 }();
 
-void PluginMain(REALresolver given) {
+void GadgetMain(REALresolver given) {
   resolver = given;
   HostFunction<void(int32_t)>("RegisterPluginVersion")(12);
   const auto registerClass = HostFunction<void(REALclassDefinition *)>("PluginRegisterClass");
@@ -277,10 +277,12 @@ void PluginMain(REALresolver given) {
 REALclassDefinition oddDefinition;
 REALmethodDefinition oddMethod;
 
+struct StartedHost : Host {
+  StartedHost() { Start(GadgetMain); }
+};
+
 class ClassBindingTest : public testing::Test {
  protected:
-  ClassBindingTest() { host_.Start(PluginMain); }
-
   ~ClassBindingTest() override {
     EXPECT_EQ(standalone::Describe(host_.Leaks()), "");
     EXPECT_TRUE(host_.Misdeeds().empty());
@@ -289,7 +291,7 @@ class ClassBindingTest : public testing::Test {
   Value Block(int32_t size) { return Owned<MemoryBlock>::Adopt(MemoryBlock::Make(size)); }
   GadgetData &Data(const Value &gadget) { return DataOf(gadget.AsObject()->Handle()); }
 
-  Host host_;
+  StartedHost host_;
   Bindings bindings_;
   ClassBinding &gadgets_ = ClassNamed("Gadget");
 };
