@@ -47,7 +47,11 @@ int Run(int argc, char **argv) {
     if (error.get_exit_code() == 0) return program.exit(error);
     std::string command = "zvk";
     for (const CLI::App *used : program.get_subcommands()) command += " " + used->get_name();
-    return Report(std::string(error.what()) + "; '" + command + " --help' tells how it is used", kWrongCommandLine);
+    std::string problem = error.what();
+    if (program.get_subcommands().empty() && !program.remaining().empty()) {
+      problem = "there is no command or option '" + program.remaining().front() + "'";
+    }
+    return Report(problem + "; '" + command + " --help' tells how it is used", kWrongCommandLine);
   } catch (const standalone::UsageError &error) {
     return Report(error.what(), kWrongCommandLine);
   } catch (const std::bad_alloc &) {

@@ -53,7 +53,7 @@ void AddPluginOptions(CLI::App &command, PluginOptions &options) {
   command
       .add_option("--plugin", options.path,
                   std::string("The plug-in to use [default: ") + kLibraryName +
-                      " beside this program, else " ZVK_INSTALLED_PLUGIN "]")
+                      " beside this\nprogram, else " ZVK_INSTALLED_PLUGIN "]")
       ->type_name("PATH");
   command.add_flag("--leaks", options.reportsLeaks, "Tell at the end which references were not given back");
 }
@@ -74,11 +74,11 @@ PluginSession::~PluginSession() {
 int32_t PluginSession::Choose(std::string_view what, std::string_view prefix, std::string_view name) const {
   std::string names;
   std::set<int32_t> listed = {0};  // the number of no choice
-  for (const BoundConstant &constant : images_.Constants()) {
+  for (const ConstantDeclaration &constant : images_.Constants()) {
     const std::string_view full = constant.name;
     if (!NamesEqual(full.substr(0, prefix.size()), prefix)) continue;
     const std::string_view choice = full.substr(prefix.size());
-    const int32_t number = constant.value.AsInteger();
+    const int32_t number = FromLiteral(constant.value).AsInteger();
     if (number != 0 && NamesEqual(choice, name)) return number;
     // Of several names for one number the first one will do.
     if (listed.insert(number).second) names += (names.empty() ? "" : ", ") + std::string(choice);

@@ -93,32 +93,28 @@ void Scale(const ScaleRequest &request) {
 void AddScaleCommand(CLI::App &program) {
   const auto request = std::make_shared<ScaleRequest>();
   CLI::App &command = *program.add_subcommand("scale", "Scale an image file into another one");
-  command.add_option("IN", request->input, "Image file to read: PNG, JPEG, GIF, WebP, TIFF or BMP, whatever its name")
-      ->required()
-      ->type_name("");
-  command
-      .add_option("OUT", request->output,
-                  "Image file to write, in the format of its extension: " + KnownImageExtensions() +
-                      ". May be the same file as IN. It appears whole or not at all")
-      ->required()
-      ->type_name("");
-  command
-      .add_option("SIZE", request->size,
-                  "WIDTHxHEIGHT in pixels, 1 to 32767 each; WIDTHx or xHEIGHT keeps the proportions")
-      ->required()
-      ->type_name("");
+  const auto positional = [&command](const char *name, std::string &value, const std::string &description) {
+    command.add_option(name, value, description)->required()->type_name("");
+  };
+  positional("IN", request->input, "Image file to read, whatever its name: PNG, JPEG, GIF, WebP, TIFF or BMP");
+  positional("OUT", request->output,
+             "Image file to write, in the format of its extension:\n" + KnownImageExtensions() +
+                 ".\nIt appears whole or not at all, and may be the same file as IN");
+  positional("SIZE", request->size,
+             "WIDTHxHEIGHT in pixels, 1 to 32767 each way;\nWIDTHx or xHEIGHT keeps the proportions");
   command
       .add_option("--filter", request->filter,
-                  "Resampling filter: triangle, box, lanczos3, lanczos8, mitchell, poly3 or cubic")
-      ->type_name("NAME")
-      ->capture_default_str();
+                  "Resampling filter: triangle, box, lanczos3, lanczos8,\nmitchell, poly3 or cubic [default: " +
+                      request->filter + "]")
+      ->type_name("NAME");
   command
       .add_option("--format", request->format,
-                  "Pixel format of the result while it is made: RGB, RGBA, RGBX, ARGB, XRGB, BGR, BGRA, BGRX, ABGR, "
-                  "XBGR; in gray G, GA, AG, Gray16, 1of3, 2of3, 3of3, 1of4, 2of4, 3of4, 4of4. The file gets 8 bits "
-                  "a channel and no alpha")
-      ->type_name("NAME")
-      ->capture_default_str();
+                  "Pixel format of the result while it is made. In colour:\n"
+                  "RGB, RGBA, RGBX, ARGB, XRGB, BGR, BGRA, BGRX, ABGR or XBGR;\n"
+                  "in gray: G, GA, AG, Gray16, 1of3, 2of3, 3of3, 1of4, 2of4,\n"
+                  "3of4 or 4of4. The file gets 8 bits a channel and no alpha\n[default: " +
+                      request->format + "]")
+      ->type_name("NAME");
   AddPluginOptions(command, request->plugin);
   command.footer(
       "Names of filters and formats are taken in any case. The alpha of IN is dropped.\n"

@@ -1,0 +1,117 @@
+#include "standalone/zvk/plugin_session.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+
+#include "standalone/zvk/messages.h"
+#include "tests/standalone/zvk/zvk_program.h"
+
+namespace standalone {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+std::string ErrorOfChoice(const PluginSession &session, std::string_view prefix, std::string_view name) {
+  try {
+    session.Choose("thing", prefix, name);
+  } catch (const UsageError &error) {
+    return error.what();
+  }
+  return "no error";
+}
+
+TEST(PluginSession, FindsTheNumbersOfConstantsByTheNamesThatUsersGive) {
+  const PluginSession session({.path = PICTUREZVK_LIBRARY});
+  const char *const filters[] = {"triangle", "box", "lanczos3", "lanczos8", "mitchell", "poly3", "cubic"};
+  int32_t number = 0;
+  for (const char *name : filters) EXPECT_EQ(session.Choose("filter", "Scale", name), ++number);
+  EXPECT_EQ(session.Choose("format", "ImageFormat", "RGB"), 1);
+  EXPECT_EQ(session.Choose("format", "ImageFormat", "bgra"), 7);
+  EXPECT_EQ(session.Choose("format", "ImageFormat", "Gray16"), 41);
+  EXPECT_EQ(session.Choose("format", "ImageFormat", "4of4"), 21);
+  EXPECT_EQ(session.Choose("format", "ImageFormat", "RofBGR"), 17);
+}
+
+TEST(PluginSession, ListsTheChoicesForANameThatIsNone) {
+  const PluginSession session({.path = PICTUREZVK_LIBRARY});
+  EXPECT_EQ(ErrorOfChoice(session, "Scale", "sharp"),
+            "unknown thing 'sharp'; choose one of Triangle, Box, Lanczos3, Lanczos8, Mitchell, Poly3, Cubic");
+  EXPECT_THAT(ErrorOfChoice(session, "Scale", ""), StartsWith("unknown thing ''"));
+  // The name of no format is no choice, and a second name for a format is not listed.
+  const std::string formats = ErrorOfChoice(session, "ImageFormat", "Unknown");
+  EXPECT_THAT(formats, StartsWith("unknown thing 'Unknown'; choose one of RGB, RGBA, RGBX, ARGB, "));
+  EXPECT_THAT(formats, HasSubstr(", 2of3, "));
+  EXPECT_THAT(formats, testing::Not(HasSubstr("RofRGB")));
+}
+
+TEST(PluginSession, LetsWorkBeWatchedAndStopsWatchingAtItsEnd) {
+  PluginSession session({.path = PICTUREZVK_LIBRARY});
+  bool isWatched = false;
+  session.RunWithProgress("testing", [&] { isWatched = static_cast<bool>(Host::Current().onYield); });
+  EXPECT_TRUE(isWatched);
+  EXPECT_FALSE(Host::Current().onYield);
+  EXPECT_THROW(session.RunWithProgress("testing", [] { throw std::runtime_error("stop"); }), std::runtime_error);
+  EXPECT_FALSE(Host::Current().onYield);
+}
+
+TEST(PluginSession, TakesTheFactoryFromThePluginAtItsEndAndTellsWhatIsLeft) {
+  testing::internal::CaptureStdout();
+  Owned<Object> kept;
+  {
+    const PluginSession session({.path = PICTUREZVK_LIBRARY, .reportsLeaks = true});
+    ClassNamed("PictureFactoryZVK").Call("SetFactory", {ClassNamed("PictureFactoryZVK").New()});
+    kept = Owned<Object>::Share(session.Images().New({1, 1, session.Images().Constant("ImageFormatG")}).AsObject());
+  }
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "references not given back: 1 PictureZVK\n");
+  kept.Release();  // its class is gone with the host
+}
+
+using PluginChoice = ZvkProgram;
+
+TEST_F(PluginChoice, NamesAPluginThatIsNotThere) {
+  const ProgramResult result = Run({"scale", "a.png", "b.png", "1x1", "--plugin", "nowhere.so"});
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_THAT(result.errors, StartsWith("zvk: "));
+  EXPECT_THAT(result.errors, HasSubstr("nowhere.so"));
+  EXPECT_THAT(result.errors, HasSubstr("; name a working plug-in with --plugin PATH\n"));
+}
+
+TEST_F(PluginChoice, NamesAPluginThatIsNone) {
+  Write("text.so", "no library");
+  for (const std::string library : {"text.so", "/lib/x86_64-linux-gnu/libm.so.6"}) {
+    const ProgramResult result = Run({"scale", "a.png", "b.png", "1x1", "--plugin", library});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_THAT(result.errors, HasSubstr(library));
+    EXPECT_THAT(result.errors, HasSubstr("; name a working plug-in with --plugin PATH\n"));
+    EXPECT_EQ(result.errors.find('\n'), result.errors.size() - 1);
+  }
+}
+
+TEST_F(PluginChoice, LooksBesideTheProgramFirst) {
+  std::filesystem::copy_file(PICTUREZVK_ZVK, Path("zvk"));
+  WriteImage("in.png", 2, 2, [](int, int) { return 0x123456; });
+  const ProgramResult missing = Run({"scale", "in.png", "out.png", "1x1"}, Path("zvk"));
+  EXPECT_EQ(missing.exitCode, 1);
+  EXPECT_THAT(missing.errors, StartsWith("zvk: no plug-in at " + Path("libPictureZVK.so") + " or /"));
+  EXPECT_THAT(missing.errors, HasSubstr("; build it, or name one with --plugin PATH\n"));
+  EXPECT_FALSE(Names().contains("out.png"));
+
+  std::filesystem::copy_file(PICTUREZVK_LIBRARY, Path("libPictureZVK.so"));
+  EXPECT_EQ(Run({"scale", "in.png", "out.png", "1x1"}, Path("zvk")).exitCode, 0);
+  EXPECT_EQ(ReadImage("out.png"), Colours({{0x123456}}));
+}
+
+TEST_F(PluginChoice, TakesThePluginThatIsNamed) {
+  std::filesystem::copy_file(PICTUREZVK_LIBRARY, Path("other.so"));
+  WriteImage("in.png", 2, 2, [](int, int) { return 0x123456; });
+  EXPECT_EQ(Run({"scale", "in.png", "out.png", "1x1", "--plugin", "other.so"}).errors, "");
+  EXPECT_EQ(ReadImage("out.png"), Colours({{0x123456}}));
+}
+
+}  // namespace
+}  // namespace standalone

@@ -1,0 +1,139 @@
+// Runs the built program as a process of its own, in a folder of its own, and collects what it says.
+#pragma once
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <pty.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "standalone/gd/image_file.h"
+
+namespace standalone {
+
+struct ProgramResult {
+  int exitCode = -1;  // -1: killed
+  std::string output;
+  std::string errors;
+};
+
+// What can be read from the descriptor until nobody holds its other end.
+inline std::string ReadToEnd(int descriptor) {
+  std::string text;
+  char buffer[4096];
+  ssize_t count;
+  while ((count = read(descriptor, buffer, sizeof buffer)) > 0) text.append(buffer, static_cast<size_t>(count));
+  return text;
+}
+
+[[noreturn]] inline void Become(const std::string &program, const std::vector<std::string> &arguments) {
+  std::vector<char *> words = {const_cast<char *>(program.c_str())};
+  for (const std::string &argument : arguments) words.push_back(const_cast<char *>(argument.c_str()));
+  words.push_back(nullptr);
+  execv(program.c_str(), words.data());
+  _exit(127);
+}
+
+inline int ExitCodeOf(pid_t process) {
+  int status = 0;
+  EXPECT_EQ(waitpid(process, &status, 0), process);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+// The opaque colours of an image, row by row, as 0xRRGGBB.
+using Colours = std::vector<std::vector<uint32_t>>;
+
+class ZvkProgram : public testing::Test {
+ protected:
+  ZvkProgram() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "zvk_XXXXXX").string();
+    folder_ = mkdtemp(pattern.data());
+  }
+  ~ZvkProgram() override { std::filesystem::remove_all(folder_); }
+
+  std::string Path(const std::string &name) const { return (folder_ / name).string(); }
+
+  std::string Read(const std::string &name) const {
+    std::ifstream file(Path(name), std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+  }
+  void Write(const std::string &name, const std::string &bytes) const {
+    std::ofstream(Path(name), std::ios::binary) << bytes;
+  }
+  std::set<std::string> Names() const {
+    std::set<std::string> names;
+    for (const auto &entry : std::filesystem::directory_iterator(folder_)) names.insert(entry.path().filename());
+    return names;
+  }
+
+  // Writes an image file of the colours that the function gives (0xRRGGBB, with GD's alpha in the high byte).
+  void WriteImage(const std::string &name, int width, int height,
+                  const std::function<uint32_t(int x, int y)> &colour) const {
+    const OwnedGdImage image(gdImageCreateTrueColor(width, height));
+    for (int y = 0; y < height; ++y) {
+      for (int x = 0; x < width; ++x) image->tpixels[y][x] = static_cast<int>(colour(x, y));
+    }
+    SaveImageFile(image.get(), Path(name), {.alpha = AlphaPlane::Keep});
+  }
+
+  // The image in the file; fails the test if it is not opaque.
+  Colours ReadImage(const std::string &name) const {
+    const LoadedImage loaded = LoadImageFile(Path(name));
+    EXPECT_FALSE(loaded.hasTransparency);
+    Colours rows;
+    for (int y = 0; y < loaded.image->sy; ++y) {
+      rows.emplace_back(loaded.image->tpixels[y], loaded.image->tpixels[y] + loaded.image->sx);
+    }
+    return rows;
+  }
+
+  // Runs the program in the folder.
+  ProgramResult Run(const std::vector<std::string> &arguments, const std::string &program = PICTUREZVK_ZVK) const {
+    FILE *const output = std::tmpfile();
+    FILE *const errors = std::tmpfile();
+    const pid_t process = fork();
+    if (process == 0) {
+      dup2(fileno(output), STDOUT_FILENO);
+      dup2(fileno(errors), STDERR_FILENO);
+      if (chdir(folder_.c_str()) != 0) _exit(127);
+      Become(program, arguments);
+    }
+    ProgramResult result;
+    result.exitCode = ExitCodeOf(process);
+    for (const auto &[file, text] : {std::pair{output, &result.output}, std::pair{errors, &result.errors}}) {
+      lseek(fileno(file), 0, SEEK_SET);
+      *text = ReadToEnd(fileno(file));
+      std::fclose(file);
+    }
+    return result;
+  }
+
+  // Runs the program in the folder with a terminal for all its streams; `output` has everything.
+  ProgramResult RunOnTerminal(const std::vector<std::string> &arguments) const {
+    int terminal = -1;
+    const pid_t process = forkpty(&terminal, nullptr, nullptr, nullptr);
+    if (process == 0) {
+      if (chdir(folder_.c_str()) != 0) _exit(127);
+      Become(PICTUREZVK_ZVK, arguments);
+    }
+    ProgramResult result;
+    result.output = ReadToEnd(terminal);
+    result.exitCode = ExitCodeOf(process);
+    close(terminal);
+    return result;
+  }
+
+  std::filesystem::path folder_;
+};
+
+}  // namespace standalone
