@@ -1,0 +1,21 @@
+// The machine's shuffle of 16 bytes, by which the row kernels move several pixels at once. Hosts of the plug-in run on
+// x86 machines; the oldest of them have no such instruction, and there the portable loops do all the work.
+#pragma once
+
+#include <tmmintrin.h>
+
+#include <cstdint>
+
+// Put before the definition of a function that may only be called where HasByteShuffle() says so.
+#define ZVK_BYTE_SHUFFLE [[gnu::target("ssse3")]]
+
+namespace zvk {
+
+inline constexpr int32_t kShuffleBytes = 16;
+
+inline bool HasByteShuffle() { return __builtin_cpu_supports("ssse3"); }
+
+inline __m128i LoadBytes(const uint8_t *bytes) { return _mm_loadu_si128(reinterpret_cast<const __m128i *>(bytes)); }
+inline void StoreBytes(uint8_t *bytes, __m128i value) { _mm_storeu_si128(reinterpret_cast<__m128i *>(bytes), value); }
+
+}  // namespace zvk

@@ -1,0 +1,35 @@
+#include "exchange/exchange_rows.h"
+
+#include <cstdio>
+#include <new>
+#include <utility>
+
+namespace zvk {
+
+ImageClassData *ReadableRecord(REALobject instance) {
+  ImageClassData *image = RecordOf(instance);
+  return image != nullptr && image->Valid && HasGetRow(*image) ? image : nullptr;
+}
+
+uint8_t *BytesOfBlock(REALobject block) {
+  return block != nullptr ? static_cast<uint8_t *>(REALMemoryBlockGetPtr(block)) : nullptr;
+}
+
+NewBlock MakeBlock(int32_t size) {
+  try {
+    ObjectReference block(REALNewMemoryBlockOriginal(size));
+    uint8_t *bytes = BytesOfBlock(block.Get());
+    if (bytes == nullptr) return {};
+    return {std::move(block), bytes};
+  } catch (const std::bad_alloc &) {
+    return {};
+  }
+}
+
+void RaiseOutOfMemory(const char *text, int64_t size) {
+  char message[200];
+  std::snprintf(message, sizeof message, text, static_cast<long long>(size));
+  RaiseException("OutOfMemoryException", message);
+}
+
+}  // namespace zvk

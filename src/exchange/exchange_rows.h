@@ -1,0 +1,39 @@
+// Steps that the methods of the row exchange share.
+#pragma once
+
+#include <cstdint>
+
+#include "host/resources.h"
+#include "image/image_record.h"
+
+namespace zvk {
+
+// The record of an instance whose rows may be asked for; nil if it is not Valid or has no rows (never constructed, or
+// closed).
+ImageClassData *ReadableRecord(REALobject instance);
+
+// The address of a caller's block; nil for a nil block or one without an address.
+uint8_t *BytesOfBlock(REALobject block);
+
+// A new MemoryBlock, held by one reference, and its address; both nil if the host could not make it.
+struct NewBlock {
+  ObjectReference block;
+  uint8_t *bytes = nullptr;
+};
+NewBlock MakeBlock(int32_t size);
+
+// Bytes of a row of the layout without padding: a 32-bit product that wraps.
+inline int32_t PackedRowSize(const ImageClassData &layout) { return layout.PixelSize * layout.Width; }
+// True if it has wrapped, so that no buffer of this size would hold the row.
+inline bool PackedRowSizeWraps(const ImageClassData &layout) {
+  return PackedRowSize(layout) != int64_t{layout.PixelSize} * layout.Width;
+}
+
+// "OutOfMemoryException" with the size in place of the "%lld" of the text.
+void RaiseOutOfMemory(const char *text, int64_t size);
+// The same in the words for a converted row, which whole images use as well.
+inline void RaiseNoMemoryForRow(int64_t size) {
+  RaiseOutOfMemory("Failed to allocate %lld bytes of memory for row.", size);
+}
+
+}  // namespace zvk

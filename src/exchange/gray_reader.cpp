@@ -1,0 +1,67 @@
+#include "exchange/gray_reader.h"
+
+#include <algorithm>
+#include <cstddef>
+
+#include "exchange/byte_shuffle.h"
+
+namespace zvk {
+
+GrayReader::GrayReader(int32_t pixelSize, const std::array<int32_t, 3> &offsets)
+    : offsets_(offsets), reach_{pixelSize, std::ranges::min(offsets), std::ranges::max(offsets)} {}
+
+void GrayReader::operator()(const uint8_t *source, uint8_t *gray, int32_t width) const {
+  const ptrdiff_t read = ReadShuffled(source, gray, width);
+  ReadPlain(source + read * reach_.pixelSize, gray + read, width - read);
+}
+
+void GrayReader::ReadPlain(const uint8_t *source, uint8_t *gray, int32_t width) const {
+  const ptrdiff_t pixelSize = reach_.pixelSize;
+  const uint8_t *red = source + offsets_[0], *green = source + offsets_[1], *blue = source + offsets_[2];
+  for (int32_t x = 0; x < width; ++x) {
+    gray[x] = static_cast<uint8_t>((77 * *red + 151 * *green + 28 * *blue) >> 8);
+    red += pixelSize;
+    green += pixelSize;
+    blue += pixelSize;
+  }
+}
+
+int32_t GrayReader::ReadShuffled(const uint8_t *source, uint8_t *gray, int32_t width) const {
+  // The second four pixels of a step reach further than the first.
+  const int32_t last = reach_.LastShuffle(width) - kPixelsPerShuffle;
+  if (reach_.PixelsPerShuffle() < kPixelsPerShuffle || last < 0 || !HasByteShuffle()) return 0;
+  const int32_t steps = last / (2 * kPixelsPerShuffle) + 1;
+  RunShuffles(source + reach_.lowest, gray, steps);
+  return steps * 2 * kPixelsPerShuffle;
+}
+
+// The products are of an unsigned with a signed byte and are summed in pairs of signed 16 bits. So green comes twice,
+// its weight divided such that no weight exceeds 127 and no pair of them 128; 255 x 128 still fits.
+ZVK_BYTE_SHUFFLE void GrayReader::RunShuffles(const uint8_t *source, uint8_t *gray, int32_t steps) const {
+  constexpr int8_t kRed = 77, kGreen = 51, kBlue = 28, kMoreGreen = 100;
+  alignas(16) std::array<uint8_t, kShuffleBytes> order;
+  for (int32_t pixel = 0; pixel < kPixelsPerShuffle; ++pixel) {
+    const auto from = [&](int32_t offset) {
+      return static_cast<uint8_t>(pixel * reach_.pixelSize + offset - reach_.lowest);
+    };
+    uint8_t *bytes = order.data() + 4 * pixel;
+    bytes[0] = from(offsets_[0]);
+    bytes[1] = bytes[3] = from(offsets_[1]);
+    bytes[2] = from(offsets_[2]);
+  }
+  const __m128i colours = LoadBytes(order.data());
+  const __m128i weights = _mm_setr_epi8(kRed, kGreen, kBlue, kMoreGreen, kRed, kGreen, kBlue, kMoreGreen, kRed, kGreen,
+                                        kBlue, kMoreGreen, kRed, kGreen, kBlue, kMoreGreen);
+  const ptrdiff_t half = ptrdiff_t{reach_.pixelSize} * kPixelsPerShuffle;
+  for (int32_t step = 0; step < steps; ++step) {
+    const __m128i low = _mm_maddubs_epi16(_mm_shuffle_epi8(LoadBytes(source), colours), weights);
+    const __m128i high = _mm_maddubs_epi16(_mm_shuffle_epi8(LoadBytes(source + half), colours), weights);
+    // Up to 255 x 256, unsigned; the sum wraps into exactly that.
+    const __m128i sums = _mm_srli_epi16(_mm_hadd_epi16(low, high), 8);
+    _mm_storel_epi64(reinterpret_cast<__m128i *>(gray), _mm_packus_epi16(sums, sums));
+    source += 2 * half;
+    gray += 2 * kPixelsPerShuffle;
+  }
+}
+
+}  // namespace zvk

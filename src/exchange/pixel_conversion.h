@@ -1,0 +1,58 @@
+// The matrix of conversions: how the pixels of one record become pixels of another, settled once for any number of
+// rows. Memory blocks and strings, in both directions, all go through here.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <variant>
+
+#include "exchange/gray_reader.h"
+#include "exchange/sample_mover.h"
+#include "image/image_record.h"
+
+namespace zvk {
+
+// Pixels of red, green and blue into gray ones.
+class GrayConversion {
+ public:
+  // `gray` is the offset in the pixel that is written; `alpha` the way of alpha, if it is moved.
+  GrayConversion(int32_t sourcePixelSize, const std::array<int32_t, 3> &colours, int32_t destPixelSize, int32_t gray,
+                 const std::optional<SampleMove> &alpha);
+
+  void operator()(const uint8_t *source, uint8_t *dest, int32_t width) const;
+
+ private:
+  // Alpha is read into bytes of its own and written from there, like gray.
+  struct Alpha {
+    SampleMover read;
+    SampleMover write;
+  };
+
+  GrayReader readGray_;
+  SampleMover writeGray_;
+  std::optional<Alpha> alpha_;
+  PixelReach source_;
+  PixelReach dest_;
+};
+
+class PixelConversion {
+ public:
+  // How pixels of `source` become pixels of `dest`. Of both only the family, HasAlpha, PixelSize and the offsets count.
+  // Alpha is moved if both have it, complemented if `invertAlpha`; else the destination's alpha is not written. Filler
+  // never is. Empty if either has no family; empty after an "UnsupportedOperationException" between RGB and CMYK.
+  static std::optional<PixelConversion> Between(const ImageClassData &source, const ImageClassData &dest,
+                                                bool invertAlpha);
+
+  // Converts `width` pixels. Where the rows overlap it goes pixel after pixel, all samples of one read before any is
+  // written.
+  void ConvertRow(const uint8_t *source, uint8_t *dest, int32_t width) const;
+
+ private:
+  using Conversion = std::variant<SampleMover, GrayConversion>;
+  explicit PixelConversion(const Conversion &conversion) : conversion_(conversion) {}
+
+  Conversion conversion_;
+};
+
+}  // namespace zvk

@@ -1,0 +1,81 @@
+// Moves samples, byte for byte, from a row of pixels into a row of pixels of another layout: the inner loop of every
+// conversion that computes nothing.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <span>
+
+namespace zvk {
+
+// The way of one sample: its offset in the pixel that is read and in the one that is written, in bytes.
+struct SampleMove {
+  int32_t from;
+  int32_t to;
+  bool complement = false;  // stored as 255 - sample
+};
+
+// Which bytes of its row one side of a conversion uses.
+struct PixelReach {
+  int32_t pixelSize;  // distance between two pixels, 1 or more
+  int32_t lowest;     // offsets of the samples that are used
+  int32_t highest;
+
+  // Bytes from the first to the last sample of a pixel.
+  int32_t Span() const { return highest - lowest + 1; }
+  // How many pixels lie in 16 bytes from a pixel's first sample on; 0 if not even one.
+  int32_t PixelsPerShuffle() const;
+  // The last pixel of `width` from whose first sample on 16 bytes lie within the row's samples; negative: none.
+  int32_t LastShuffle(int32_t width) const;
+};
+
+// True if the samples of `width` pixels, one or more, of two rows have a byte in their range in common.
+bool RowsOverlap(const uint8_t *row, const PixelReach &reach, const uint8_t *otherRow, const PixelReach &otherReach,
+                 int32_t width);
+
+// The moves of one to five samples, settled at construction for any number of rows.
+class SampleMover {
+ public:
+  static constexpr size_t kMost = 5;
+
+  // The moves are made in their order: where two write the same byte the last one counts.
+  SampleMover(int32_t sourcePixelSize, int32_t destPixelSize, std::span<const SampleMove> moves);
+
+  // Moves the samples of `width` pixels. No other byte changes.
+  void operator()(const uint8_t *source, uint8_t *dest, int32_t width) const;
+
+  // The same in the plain order, which decides the bytes where the rows overlap: pixel after pixel, all samples of one
+  // read before any is written.
+  void MoveInOrder(const uint8_t *source, uint8_t *dest, int32_t width) const;
+
+  // The same several pixels at once, for rows that do not overlap. Returns how many pixels it has moved, from the first
+  // one on; those behind are to be moved yet, and may have been touched. 0 where the machine cannot, or where a shuffle
+  // would hold a single pixel.
+  int32_t MoveShuffled(const uint8_t *source, uint8_t *dest, int32_t width) const;
+
+ private:
+  // What becomes of 16 bytes of the row that is written, from a pixel's first sample on.
+  struct Shuffle {
+    alignas(16) std::array<uint8_t, 16> from;        // the byte of the other row; hexadecimal 80: zero
+    alignas(16) std::array<uint8_t, 16> complement;  // exclusive-ored with that
+    alignas(16) std::array<uint8_t, 16> keep;        // bits of the old byte that stay
+    int32_t pixels;
+    bool keepsNothing;
+  };
+
+  template <size_t kCount>
+  void MoveCountInOrder(const uint8_t *source, uint8_t *dest, int32_t width) const;
+  Shuffle MakeShuffle() const;
+  bool MovesWholePixels() const;
+  void ShuffleOver(const uint8_t *source, uint8_t *dest, int32_t steps) const;
+  void ShuffleInto(const uint8_t *source, uint8_t *dest, int32_t steps) const;
+
+  size_t count_;
+  std::array<SampleMove, kMost> moves_{};
+  PixelReach source_;
+  PixelReach dest_;
+  Shuffle shuffle_;
+  bool wholePixels_;
+};
+
+}  // namespace zvk
