@@ -17,12 +17,9 @@ constexpr int64_t kLargestSide = 32767;  // of a host picture
   throw UsageError("size '" + std::string(text) + "' " + problem);
 }
 
-// One side; empty for no digits at all. `text` is the whole argument, for messages.
+// One side of digits; empty for none. `text` is the whole argument, for messages.
 std::optional<int32_t> ParseSide(std::string_view digits, std::string_view text) {
   if (digits.empty()) return std::nullopt;
-  if (digits.find_first_not_of("0123456789") != std::string_view::npos) {
-    Fail(text, "is not understood; write WIDTHxHEIGHT, WIDTHx or xHEIGHT, as in 640x480");
-  }
   int32_t side = 0;
   if (std::from_chars(digits.data(), digits.data() + digits.size(), side).ec != std::errc()) {
     Fail(text, "is too large; a picture has at most " + std::to_string(kLargestSide) + " pixels each way");
@@ -40,7 +37,10 @@ int64_t InProportion(int64_t side, int64_t sourceSide, int64_t sourceOther) {
 
 SizeArgument ParseSize(std::string_view text) {
   const size_t cross = text.find('x');
-  if (cross == std::string_view::npos || text.size() == 1) {
+  const bool isForm = cross != std::string_view::npos && text.size() > 1 &&
+                      text.find_first_not_of("0123456789") == cross &&
+                      text.find_first_not_of("0123456789", cross + 1) == std::string_view::npos;
+  if (!isForm) {
     Fail(text, "is not understood; write WIDTHxHEIGHT, WIDTHx or xHEIGHT, as in 640x480");
   }
   return {ParseSide(text.substr(0, cross), text), ParseSide(text.substr(cross + 1), text)};

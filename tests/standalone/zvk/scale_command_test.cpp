@@ -213,12 +213,11 @@ TEST_F(ScaleCommand, TellsOnWishThatNothingIsLeft) {
 
 TEST_F(ScaleCommand, ShowsTheElapsedTimeOfLongWorkOnATerminalOnly) {
   WriteImage("in.png", 600, 3000, Noise);
-  const std::vector<std::string> arguments = {"scale", "in.png", "out.png", "3000x3000", "--filter", "lanczos8"};
-  const ProgramResult result = RunOnTerminal(arguments);
+  const ProgramResult result = RunOnTerminal({"scale", "in.png", "out.png", "3000x3000", "--filter", "lanczos8"});
   EXPECT_EQ(result.exitCode, 0);
   EXPECT_THAT(result.output, testing::ContainsRegex("^\r\x1b\\[Kscaling to 3000 x 3000, [0-9]+\\.[0-9] s\r\x1b\\[K"));
   EXPECT_THAT(result.output, testing::EndsWith("\r\x1b[K"));
-  Scale(arguments);
+  Scale({"in.png", "out.png", "3000x3000", "--filter", "lanczos8"});
 }
 
 TEST_F(ScaleCommand, NamesAFileThatIsNotThere) {
@@ -244,8 +243,8 @@ TEST_F(ScaleCommand, RefusesAFilterThatThereIsNot) {
 
 TEST_F(ScaleCommand, RefusesAFormatThatThereIsNot) {
   WriteNoise();
-  for (const std::string format : {"RBG", "Unknown", "", "1"}) {
-    const ProgramResult result = Fail({"scale", "in.png", "out.png", "2x2", "--format=" + format});
+  for (const std::string format : {"RBG", "Unknown", "1"}) {
+    const ProgramResult result = Fail({"scale", "in.png", "out.png", "2x2", "--format", format});
     EXPECT_EQ(result.exitCode, 2);
     EXPECT_THAT(result.errors, testing::StartsWith("zvk: unknown format '" + format + "'; choose one of RGB, RGBA, "));
   }
