@@ -1,0 +1,402 @@
+#include "image/views.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "image/file_storage.h"
+#include "image/image_formats.h"
+#include "image/image_storage.h"
+#include "tests/support/plugin_host.h"
+
+namespace zvk {
+namespace {
+
+using standalone::Object;
+using standalone::Owned;
+
+class Views : public testing::Test {
+ protected:
+  Owned<Object> New(int32_t width, int32_t height, int32_t format) {
+    auto image = host_.New("PictureZVK");
+    ImageConstructor(image, width, height, format);
+    return image;
+  }
+
+  // The same in a file of which a few rows are mapped at a time.
+  Owned<Object> NewInFile(int32_t width, int32_t height, int32_t format) {
+    auto image = host_.New("PictureZVK");
+    ImageConstructorFile(image, width, height, format, 0, nullptr);
+    EXPECT_TRUE(RecordOf(image)->Valid);
+    return image;
+  }
+
+  static ImageClassData &Record(const Owned<Object> &image) { return *RecordOf(image); }
+  static uint8_t *Row(const Owned<Object> &image, int32_t index) {
+    ImageClassData *record = RecordOf(image);
+    return record->GetRow(record, index);
+  }
+
+  PluginHost host_;
+};
+
+// --- channels ---
+
+TEST_F(Views, AChannelThatTheImageLacksIsNil) {
+  const auto rgb = New(4, 3, ImageFormatRGB);
+  EXPECT_EQ(AlphaChannel(rgb), nullptr);
+  EXPECT_EQ(GrayChannel(rgb), nullptr);
+  EXPECT_EQ(CyanChannel(rgb), nullptr);
+  const auto gray = New(4, 3, ImageFormatG);
+  EXPECT_EQ(RedChannel(gray), nullptr);
+  EXPECT_EQ(host_.TakeException(), std::nullopt);
+}
+
+TEST_F(Views, AChannelViewIsAGrayImageWithThePixelSizeOfItsParent) {
+  const auto source = New(4, 3, ImageFormatBGRA);
+  const auto view = Adopt(RedChannel(source));
+  ASSERT_TRUE(view);
+  const ImageClassData &record = Record(view);
+  EXPECT_EQ(record.ImageFormat, 11);
+  EXPECT_EQ(record.PixelSize, 4);
+  EXPECT_EQ(record.GrayOffset, 2);
+  EXPECT_EQ(record.ChannelCount, 1);
+  EXPECT_EQ(record.ChannelOffsets[0], 2);
+  EXPECT_TRUE(record.IsGray && record.HasGray);
+  EXPECT_FALSE(record.IsRGB || record.HasRed || record.OwnsBuffer);
+  EXPECT_EQ(record.Parent, source.Handle());
+  EXPECT_EQ(source->References(), 2);
+  EXPECT_EQ(view->References(), 1);
+  Row(view, 1)[3 * 4 + record.GrayOffset] = 77;
+  EXPECT_EQ(Row(source, 1)[3 * 4 + 2], 77);
+}
+
+TEST_F(Views, EachChannelHasItsOffset) {
+  const auto inks = New(2, 2, ImageFormatAKYMC);
+  const std::pair<REALobject (*)(REALobject), int32_t> cases[] = {
+      {AlphaChannel, 0}, {BlackChannel, 1}, {YellowChannel, 2}, {MagentaChannel, 3}, {CyanChannel, 4}};
+  for (const auto &[channel, offset] : cases) {
+    const auto view = Adopt(channel(inks));
+    ASSERT_TRUE(view);
+    EXPECT_EQ(Record(view).GrayOffset, offset);
+    EXPECT_EQ(Record(view).PixelSize, 5);
+  }
+  const auto colours = New(2, 2, ImageFormatXBGR);
+  EXPECT_EQ(Record(Adopt(BlueChannel(colours))).GrayOffset, 1);
+  EXPECT_EQ(Record(Adopt(GreenChannel(colours))).GrayOffset, 2);
+  EXPECT_EQ(Record(Adopt(RedChannel(colours))).GrayOffset, 3);
+}
+
+TEST_F(Views, AChannelOf16BitsStays16BitGray) {
+  const auto source = New(4, 3, ImageFormatGray16);
+  const auto view = Adopt(GrayChannel(source));
+  EXPECT_EQ(Record(view).ImageFormat, 41);
+  EXPECT_EQ(Record(view).BitsPerComponent, 16);
+}
+
+TEST_F(Views, ChannelGoesByTheListAndNotByTheNamedOffset) {
+  const auto source = New(4, 3, ImageFormatRGB);
+  SetRedOffset(source, 0, 2);
+  EXPECT_EQ(Record(Adopt(Channel(source, 0))).GrayOffset, 0);
+  EXPECT_EQ(Record(Adopt(RedChannel(source))).GrayOffset, 2);
+}
+
+TEST_F(Views, ABadChannelIndexRaises) {
+  const auto source = New(4, 3, ImageFormatG);
+  EXPECT_EQ(Channel(source, 2), nullptr);
+  EXPECT_EQ(host_.TakeException()->message,
+            "Parameter index to method Channel is too big. Range is 0 to 0, but value is 2.");
+  EXPECT_EQ(Channel(source, -1), nullptr);
+  EXPECT_EQ(host_.TakeException()->message,
+            "Parameter index to method Channel is too small. Range is 0 to 0, but value is -1.");
+  EXPECT_EQ(Channel(source, 1), nullptr);
+  EXPECT_EQ(host_.TakeException()->className, "OutOfBoundsException");
+}
+
+TEST_F(Views, AChannelViewDoesNotTakeTheMemoryBlockAndAClipDoes) {
+  const auto block = host_.NewMemoryBlock(100);
+  const auto source = host_.New("PictureZVK");
+  ImageConstructorMemory(source, block, 4, 3, ImageFormatRGB, 12);
+  const auto channel = Adopt(RedChannel(source));
+  EXPECT_EQ(Record(channel).MemoryTarget, nullptr);
+  EXPECT_EQ(block->References(), 2);
+  const auto clip = Adopt(ClipImage1(source));
+  EXPECT_EQ(Record(clip).MemoryTarget, block.Handle());
+  EXPECT_EQ(block->References(), 3);
+}
+
+TEST_F(Views, AViewHoldsTheTarget) {
+  const auto target = host_.NewMemoryBlock(1);
+  const auto source = New(4, 3, ImageFormatRGB);
+  REALLockObject(target);
+  Record(source).Target = target;
+  {
+    const auto channel = Adopt(RedChannel(source));
+    const auto colours = Adopt(RGBChannel(source));
+    const auto clip = Adopt(ClipImage1(source));
+    EXPECT_EQ(Record(channel).Target, target.Handle());
+    EXPECT_EQ(target->References(), 5);
+  }
+  EXPECT_EQ(target->References(), 2);
+}
+
+// --- the colours alone ---
+
+TEST_F(Views, TheColoursOfAnImageWithFiller) {
+  const auto source = New(4, 3, ImageFormatXBGR);
+  const auto view = Adopt(RGBChannel(source));
+  const ImageClassData &record = Record(view);
+  EXPECT_EQ(record.ImageFormat, 6);
+  EXPECT_EQ(record.PixelSize, 4);
+  EXPECT_EQ(record.ChannelCount, 3);
+  EXPECT_EQ(record.ChannelOffsets[0], 1);
+  EXPECT_EQ(record.ChannelOffsets[1], 2);
+  EXPECT_EQ(record.ChannelOffsets[2], 3);
+  EXPECT_EQ(record.RedOffset, 3);
+  EXPECT_EQ(record.BlueOffset, 1);
+  EXPECT_EQ(record.BitsPerComponent, 8);
+  EXPECT_TRUE(record.IsRGB);
+  EXPECT_FALSE(record.HasRed || record.HasGreen || record.HasBlue || record.HasAlpha);  // only the offsets are set
+  EXPECT_EQ(record.Parent, source.Handle());
+}
+
+TEST_F(Views, TheColoursOfEachFormatOrTheirAbsence) {
+  for (int32_t format = 1; format <= 41; ++format) {
+    if (format == 14) continue;
+    const auto source = New(2, 2, format);
+    const auto rgb = Adopt(RGBChannel(source));
+    const auto cmyk = Adopt(CMYKChannel(source));
+    const int32_t rgbFormat = format <= 5 ? 1 : format <= 10 ? 6 : 0;
+    const int32_t cmykFormat = format < 23 || format > 32 ? 0 : format <= 27 ? 23 : 28;
+    ASSERT_EQ(static_cast<bool>(rgb), rgbFormat != 0) << format;
+    ASSERT_EQ(static_cast<bool>(cmyk), cmykFormat != 0) << format;
+    if (rgb) {
+      EXPECT_EQ(Record(rgb).ImageFormat, rgbFormat);
+    }
+    if (cmyk) {
+      EXPECT_EQ(Record(cmyk).ImageFormat, cmykFormat);
+      EXPECT_EQ(Record(cmyk).ChannelCount, 4);
+    }
+  }
+}
+
+TEST_F(Views, TheInksInStorageOrder) {
+  const auto cmyk = Adopt(CMYKChannel(New(2, 2, ImageFormatACMYK)));
+  EXPECT_EQ(Record(cmyk).ChannelOffsets[0], 1);
+  EXPECT_EQ(Record(cmyk).ChannelOffsets[3], 4);
+  EXPECT_EQ(Record(cmyk).CyanOffset, 1);
+  EXPECT_FALSE(Record(cmyk).HasCyan || Record(cmyk).HasBlack);
+  const auto kymc = Adopt(CMYKChannel(New(2, 2, ImageFormatAKYMC)));
+  EXPECT_EQ(Record(kymc).ChannelOffsets[0], 1);
+  EXPECT_EQ(Record(kymc).BlackOffset, 1);
+  EXPECT_EQ(Record(kymc).CyanOffset, 4);
+}
+
+TEST_F(Views, ColoursOfAnUnknownFormatNumberAreNil) {
+  const auto source = New(2, 2, ImageFormatRGB);
+  Record(source).ImageFormat = 11;
+  EXPECT_EQ(RGBChannel(source), nullptr);
+}
+
+// --- rectangles ---
+
+struct Clipped {
+  int32_t x, y, width, height;
+  int32_t column, row, expectedWidth, expectedHeight;
+};
+
+TEST_F(Views, ARectangleIsTurnedRoundAndCut) {
+  const Clipped cases[] = {
+      {-5, -5, 10, 10, 0, 0, 5, 5}, {10, 10, -20, -20, 0, 0, 10, 10}, {5, 6, 100, 100, 5, 6, 15, 9},
+      {20, 0, 5, 5, 20, 0, 0, 5},   {23, 0, 5, 5, 23, 0, -3, 5},      {0, 17, 5, 5, 0, 17, 5, -2},
+      {0, 0, 20, 15, 0, 0, 20, 15}, {3, 4, 0, 0, 3, 4, 0, 0},         {-10, 0, 5, 5, 0, 0, -5, 5},
+  };
+  for (const Clipped &c : cases) {
+    const auto source = New(20, 15, ImageFormatG);
+    const auto view = Adopt(ClipImage5(source, c.x, c.y, c.width, c.height));
+    ASSERT_TRUE(view);
+    EXPECT_EQ(Record(view).GrayOffset, c.column) << c.x << " " << c.width;
+    EXPECT_EQ(Record(view).RowOffset, c.row);
+    EXPECT_EQ(Record(view).Width, c.expectedWidth) << c.x << " " << c.width;
+    EXPECT_EQ(Record(view).Height, c.expectedHeight);
+    EXPECT_EQ(Record(view).UnclippedHeight, 15);
+    EXPECT_EQ(Record(view).TotalSize, Record(source).TotalSize);
+    EXPECT_EQ(IsUsable(Record(view)), c.expectedWidth >= 0 && c.expectedHeight >= 1);
+  }
+}
+
+TEST_F(Views, AClipMovesTheNamedOffsetsAndNotTheList) {
+  const auto source = New(20, 15, ImageFormatRGB);
+  const auto view = Adopt(ClipImage5(source, 3, 0, 5, 5));
+  EXPECT_EQ(Record(view).RedOffset, 9);
+  EXPECT_EQ(Record(view).GreenOffset, 10);
+  EXPECT_EQ(Record(view).BlueOffset, 11);
+  EXPECT_EQ(Record(view).AlphaOffset, 0);
+  for (int32_t i = 0; i < 3; ++i) EXPECT_EQ(Record(view).ChannelOffsets[i], i);
+  EXPECT_EQ(Record(view).ImageFormat, 1);
+  EXPECT_TRUE(Record(view).IsRGB && Record(view).HasRed && Record(view).HasGreen && Record(view).HasBlue);
+  EXPECT_EQ(Record(Adopt(Channel(view, 0))).GrayOffset, 0);
+  EXPECT_EQ(Record(Adopt(RedChannel(view))).GrayOffset, 9);
+}
+
+TEST_F(Views, AClipOfAClipAddsUp) {
+  const auto source = New(20, 15, ImageFormatRGB);
+  const auto outer = Adopt(ClipImage5(source, 3, 2, 10, 10));
+  const auto inner = Adopt(ClipImage5(outer, 4, 5, 3, 3));
+  EXPECT_EQ(Record(inner).RedOffset, 21);
+  EXPECT_EQ(Record(inner).RowOffset, 7);
+  EXPECT_EQ(Record(inner).Parent, outer.Handle());
+  Row(inner, 1)[Record(inner).RedOffset + 2 * 3] = 99;
+  EXPECT_EQ(Row(source, 8)[9 * 3], 99);
+}
+
+// --- rows in reverse ---
+
+TEST_F(Views, AMirroredViewShowsTheRowsInReverseAndTwiceIsTheRightWayUp) {
+  const auto source = New(4, 5, ImageFormatG);
+  const auto mirrored = Adopt(GetMirroredView(source));
+  const auto twice = Adopt(GetMirroredView(mirrored));
+  for (int32_t y = 0; y < 5; ++y) {
+    EXPECT_EQ(Row(mirrored, y), Row(source, 4 - y));
+    EXPECT_EQ(Row(twice, y), Row(source, y));
+  }
+}
+
+TEST_F(Views, AClipOfAMirroredViewCountsFromItsOwnBottom) {
+  const auto source = New(4, 6, ImageFormatG);
+  const auto mirrored = Adopt(GetMirroredView(source));
+  const auto clip = Adopt(ClipImage5(mirrored, 0, 1, 4, 3));
+  // Storage rows 1 to 3 upwards, and not rows 4 to 2 as the mirrored image shows them.
+  EXPECT_EQ(Row(clip, 0), Row(source, 3));
+  EXPECT_EQ(Row(clip, 2), Row(source, 1));
+}
+
+// --- mapped files ---
+
+TEST_F(Views, AViewOfAFileHasABlockOfItsOwnAndLeavesTheFileToItsParent) {
+  auto source = NewInFile(10, 100, ImageFormatRGBA);
+  const auto view = Adopt(GreenChannel(source));
+  const ImageClassData &record = Record(view);
+  EXPECT_TRUE(record.IsMapping && record.IsMapped);
+  EXPECT_FALSE(record.RemoveFile);
+  EXPECT_EQ(record.FileHandle, Record(source).FileHandle);
+  EXPECT_EQ(record.MappedFirstRow, 0);
+  EXPECT_NE(record.Buffer, Record(source).Buffer);
+  Row(view, 99)[4 * 3 + 1] = 55;
+  EXPECT_EQ(Row(source, 99)[4 * 3 + 1], 55);
+  source.Reset();  // the view keeps it alive
+  EXPECT_EQ(Row(view, 99)[4 * 3 + 1], 55);
+}
+
+TEST_F(Views, AMirroredViewOfAFileStartsAtTheBottom) {
+  const auto source = NewInFile(10, 100, ImageFormatG);
+  Row(source, 99)[0] = 12;
+  const auto mirrored = Adopt(GetMirroredView(source));
+  EXPECT_EQ(Row(mirrored, 0)[0], 12);
+  EXPECT_EQ(Record(mirrored).GetRow, GetRowMappingMirrored);
+  EXPECT_EQ(Record(Adopt(GetMirroredView(mirrored))).GetRow, GetRowMapping);
+}
+
+TEST_F(Views, TheBlockSizeOfAViewIsItsOwn) {
+  const auto source = NewInFile(4096, 10000, ImageFormatG);
+  const auto view = Adopt(ClipImage1(source));
+  const int32_t before = Record(source).MappingBlockSize;
+  SetMemBlockSize(view, 0, 32000000);
+  EXPECT_EQ(Record(source).MappingBlockSize, before);
+  EXPECT_NE(Record(view).MappingBlockSize, before);
+}
+
+// --- row tables ---
+
+TEST_F(Views, AViewOfARowTableHasNoTableAndNoRows) {
+  uint8_t pixels[8] = {};
+  uint8_t *table[] = {pixels, pixels + 4};
+  const auto source = New(1, 2, ImageFormatRGBA);
+  ImageClassData &record = Record(source);
+  std::free(record.Buffer);
+  record.Buffer = nullptr;
+  record.OwnsBuffer = false;
+  record.RowTable = table;
+  record.GetRow = GetRowGDImage;
+  for (REALobject (*const make)(REALobject) : {RedChannel, RGBChannel, ClipImage1, GetMirroredView}) {
+    const auto view = Adopt(make(source));
+    ASSERT_TRUE(view);
+    EXPECT_EQ(Record(view).RowTable, nullptr);
+    EXPECT_EQ(Row(view, 0), nullptr);
+    EXPECT_FALSE(IsUsable(Record(view)));
+    EXPECT_EQ(ClipImage1(view), nullptr);
+    EXPECT_EQ(GetMirroredView(view), nullptr);
+  }
+}
+
+// --- images without rows ---
+
+TEST_F(Views, AnImageWithoutRowsHasNoViews) {
+  const auto closed = New(4, 4, ImageFormatCMYKA);
+  ImageDestructor(closed);
+  const auto fresh = host_.New("PictureZVK");
+  for (const auto *image : {&closed, &fresh}) {
+    EXPECT_EQ(AlphaChannel(*image), nullptr);
+    EXPECT_EQ(CMYKChannel(*image), nullptr);
+    EXPECT_EQ(ClipImage1(*image), nullptr);
+    EXPECT_EQ(ClipImage5(*image, 0, 0, 1, 1), nullptr);
+    EXPECT_EQ(GetMirroredView(*image), nullptr);
+    EXPECT_EQ(Clone(*image), nullptr);
+    EXPECT_EQ(GetMemory(*image, 0), nullptr);
+  }
+  EXPECT_EQ(Channel(closed, 0), nullptr);
+  EXPECT_EQ(host_.TakeException(), std::nullopt);
+  EXPECT_EQ(RedChannel(nullptr), nullptr);
+  EXPECT_EQ(Channel(nullptr, 0), nullptr);
+}
+
+// --- clone and memory ---
+
+TEST_F(Views, ACloneIsASecondOwnerOfTheSamePixels) {
+  const auto source = New(4, 3, ImageFormatBGRA);
+  const auto clone = Adopt(Clone(source));
+  ASSERT_TRUE(clone);
+  const ImageClassData &record = Record(clone);
+  EXPECT_EQ(record.Buffer, Record(source).Buffer);
+  EXPECT_TRUE(record.OwnsBuffer && record.Valid && record.HasAlpha && record.HasRed && record.IsRGB);
+  EXPECT_EQ(record.Parent, nullptr);
+  EXPECT_EQ(record.RedOffset, 2);
+  EXPECT_EQ(record.ChannelCount, 4);
+  EXPECT_EQ(record.ChannelOffsets[3], 3);
+  EXPECT_EQ(record.ImageFormat, ImageFormatBGRA);
+  EXPECT_EQ(record.TotalSize, Record(source).TotalSize);
+  EXPECT_EQ(source->References(), 1);
+  Record(clone).OwnsBuffer = false;  // one of the two must give up the buffer
+}
+
+TEST_F(Views, ACloneOfAFileOrOfNothingIsNil) {
+  EXPECT_EQ(Clone(NewInFile(10, 10, ImageFormatG)), nullptr);
+  EXPECT_EQ(Clone(New(10, 10, 14)), nullptr);
+  EXPECT_EQ(Clone(nullptr), nullptr);
+}
+
+TEST_F(Views, ACloneOfARefusedSizeAbandonsItsInstance) {
+  host_.AllowLeaks();
+  const auto block = host_.NewMemoryBlock(40);
+  const auto source = host_.New("PictureZVK");
+  ImageConstructorMemory(source, block, 4, 3, ImageFormatG, -4);
+  EXPECT_EQ(Clone(source), nullptr);
+  int32_t pictures = 0;
+  for (const auto &leak : host_->Leaks()) pictures += leak.what == "PictureZVK" ? leak.count : 0;
+  EXPECT_EQ(pictures, 2);  // the source and the abandoned one
+}
+
+TEST_F(Views, MemoryIsTheStartOfTheStorage) {
+  const auto source = New(10, 10, ImageFormatG);
+  const auto clip = Adopt(ClipImage5(source, 3, 3, 2, 2));
+  const auto memory = AdoptMemoryBlock(GetMemory(clip, 0));
+  ASSERT_TRUE(memory);
+  EXPECT_EQ(memory->Data(), Record(source).Buffer);
+  EXPECT_EQ(memory->Size(), standalone::MemoryBlock::kUnknownSize);
+}
+
+}  // namespace
+}  // namespace zvk
