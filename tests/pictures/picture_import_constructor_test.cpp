@@ -229,7 +229,7 @@ TEST(PictureConstructor, OnAHostOfNoKindABitmapsImageStaysThoughThereIsNoGDImage
 }
 
 TEST(PictureConstructor, OfTwoDescriptionsTheGDImageWinsAndOneReferenceIsTaken) {
-  PluginHost host({.applicationClass = ""});
+  PluginHost host({.kind = HostKind::Desktop, .applicationClass = ""});
   static uint8_t pixels[64];
   static standalone::BitmapContext context{pixels, 4, 4, 32, 16, 6};
   host->SetEntry(
