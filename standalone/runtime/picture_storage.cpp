@@ -136,7 +136,7 @@ BitmapStorage::BitmapStorage(int32_t width, int32_t height, BitmapLayout layout,
     : hasAlphaChannel_(layout.hasAlphaChannel) {
   const int64_t packed = (static_cast<int64_t>(width) * layout.bitsPerPixel + 7) / 8;
   const int64_t rowBytes = std::max<int64_t>(packed, layout.bytesPerRow);
-  if (rowBytes * height > PTRDIFF_MAX) throw std::bad_alloc();
+  if (height > 0 && rowBytes > PTRDIFF_MAX / height) throw std::bad_alloc();
   bytes_ = std::make_unique<Bytes>(static_cast<size_t>(rowBytes * height), fenced);
   std::memset(bytes_->Data(), 0xFF, bytes_->Size());
   context_ = {bytes_->Data(),
