@@ -152,6 +152,30 @@ OwnedGdImage ToPalette(gdImagePtr image, bool keepAlpha) {
   return palette;
 }
 
+// Leaves out the chunks of a PNG file that its decoder may pass over, as GD does not use them and the PNG library
+// writes to the standard error stream what it thinks of some (a colour profile, say). What is no chunk stays as it is.
+Bytes WithoutExtras(std::span<const uint8_t> bytes) {
+  constexpr size_t kSignature = 8;
+  constexpr size_t kChunkFrame = 12;  // length, type and check sum
+  Bytes kept(bytes.begin(), bytes.begin() + std::min(kSignature, bytes.size()));
+  bytes = bytes.subspan(kept.size());
+  while (bytes.size() >= kChunkFrame) {
+    const size_t length = size_t{bytes[0]} << 24 | size_t{bytes[1]} << 16 | size_t{bytes[2]} << 8 | size_t{bytes[3]};
+    if (length > bytes.size() - kChunkFrame) break;
+    const std::span<const uint8_t> chunk = bytes.first(kChunkFrame + length);
+    const bool mayBePassedOver = (chunk[4] & 0x20) != 0;
+    if (!mayBePassedOver || StartsWith(chunk, "tRNS", 4)) kept.insert(kept.end(), chunk.begin(), chunk.end());
+    bytes = bytes.subspan(chunk.size());
+  }
+  kept.insert(kept.end(), bytes.begin(), bytes.end());
+  return kept;
+}
+
+gdImagePtr DecodePng(int size, void *bytes) {
+  Bytes kept = WithoutExtras({static_cast<const uint8_t *>(bytes), static_cast<size_t>(size)});
+  return gdImageCreateFromPngPtr(static_cast<int>(kept.size()), kept.data());
+}
+
 void *EncodePng(gdImagePtr image, int *size, const SaveOptions &) { return gdImagePngPtr(image, size); }
 
 void *EncodeJpeg(gdImagePtr image, int *size, const SaveOptions &options) {
@@ -186,7 +210,7 @@ struct Format {
 using namespace std::literals;
 
 constexpr std::array<Format, 6> kFormats = {{
-    {"PNG", {"png"}, {"\x89PNG\r\n\x1A\n"sv}, IsLeftToDecoder, gdImageCreateFromPngPtr, EncodePng, INT_MAX},
+    {"PNG", {"png"}, {"\x89PNG\r\n\x1A\n"sv}, IsLeftToDecoder, DecodePng, EncodePng, INT_MAX},
     {"JPEG", {"jpg", "jpeg"}, {"\xFF\xD8\xFF"sv}, IsWholeJpeg, gdImageCreateFromJpegPtr, EncodeJpeg, 65500},
     {"GIF", {"gif"}, {"GIF87a"sv, "GIF89a"sv}, IsWholeGif, gdImageCreateFromGifPtr, EncodeGif, 65535},
     {"WebP", {"webp"}, {"RIFF"sv}, IsLeftToDecoder, gdImageCreateFromWebpPtr, EncodeWebp, 16383},

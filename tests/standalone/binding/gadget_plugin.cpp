@@ -165,10 +165,10 @@ REALmethodDefinition gadgetMethods[] = {
     Method(PickInteger, "Pick(a as integer) as integer"),
     Method(PickDouble, "Pick(a as double) as integer"),
     Method(PickColor, "Pick(a as color) as integer"),
+    Method(PickBlockAndFlag, "Pick(a as memoryblock, b as boolean = true) as integer"),
     Method(PickBlock, "Pick(a as memoryblock) as integer"),
     Method(PickTwo, "Pick(a as integer, b as integer) as integer"),
     Method(PickText, "Pick(a as string) as integer"),
-    Method(PickBlockAndFlag, "Pick(a as memoryblock, b as boolean = true) as integer"),
     Method(PickAny, "Pick(a as variant) as integer"),
     Method(Describe,
            "Describe(a as integer = -10000, b as boolean = True, c as double = 0.5, d as Gadget = nil, e as string = "

@@ -237,6 +237,40 @@ TEST_F(ImageFile, ColourKeyOfATrueColourFileBecomesAlpha) {
   EXPECT_TRUE(loaded.hasTransparency);
   EXPECT_EQ(loaded.image->tpixels[3][5] >> 24, 127);
   EXPECT_EQ(loaded.image->tpixels[3][6], keyed->tpixels[3][6]);
+  EXPECT_EQ(loaded.image->transparent, -1);
+}
+
+TEST_F(ImageFile, AnOpaqueEntryOfTheClearColoursValueStaysOpaque) {
+  const OwnedGdImage palette(gdImageCreate(2, 1));
+  gdImageColorAllocate(palette.get(), 9, 8, 7);
+  gdImageColorTransparent(palette.get(), gdImageColorAllocate(palette.get(), 9, 8, 7));
+  palette->pixels[0][1] = 1;
+  int size = 0;
+  void *const bytes = gdImageGifPtr(palette.get(), &size);
+  Write("a.gif", std::string(static_cast<char *>(bytes), static_cast<size_t>(size)));
+  gdFree(bytes);
+
+  const LoadedImage loaded = LoadImageFile(Path("a.gif"));
+  EXPECT_EQ(loaded.image->tpixels[0][0], 0x090807);
+  EXPECT_EQ(loaded.image->tpixels[0][1] >> 24, 127);
+  EXPECT_EQ(loaded.image->transparent, -1);
+}
+
+// A colour profile of nonsense, which the PNG library comments on, in a chunk right behind the header.
+TEST_F(ImageFile, ChunksThatTellNoPixelsAreLeftOutInSilence) {
+  SaveImageFile(TransparentGradient().get(), Path("a.png"), {.alpha = AlphaPlane::Keep});
+  std::string bytes = Read("a.png");
+  const size_t behindHeader = 8 + 25;
+  bytes.insert(behindHeader, std::string("\0\0\0\x04"
+                                         "iCCP"
+                                         "x\0\0y"
+                                         "\0\0\0\0",
+                                         16));
+  Write("a.png", bytes);
+  testing::internal::CaptureStderr();
+  ExpectSamePixels(LoadImageFile(Path("a.png")), TransparentGradient());
+  fflush(stderr);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
 TEST_F(ImageFile, ContentDecidesTheFormatAndNotTheName) {
@@ -276,6 +310,24 @@ TEST_F(ImageFile, TruncatedFilesAreRefusedInEveryFormatWithoutAWordOnTheErrorStr
   }
   fflush(stderr);
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+// The PNG library has something to say about the colour profile of one of these.
+TEST_F(ImageFile, WholeFilesAreReadWithoutAWordOnTheErrorStream) {
+  testing::internal::CaptureStderr();
+  for (const char *const name : {"astronaut.png", "coffee.png", "moon.png", "rocket.jpg", "hubble_deep_field.jpg"}) {
+    EXPECT_GT(LoadImageFile(std::string(PICTUREZVK_EXAMPLES) + "/" + name).image->sx, 0);
+  }
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST_F(ImageFile, ExtensionsThatCanBeSavedAreKnownInAnyCase) {
+  for (const char *const path : {"a.png", "a.JPG", "a.b.jpeg", "/a.c/b.gif", "a.webp", "a.Tif", "a.tiff", "a.bmp"}) {
+    EXPECT_TRUE(HasKnownImageExtension(path)) << path;
+  }
+  for (const char *const path : {"", "png", ".png", "a.", "a.png/", "a.png.txt", "a.pngx"}) {
+    EXPECT_FALSE(HasKnownImageExtension(path)) << path;
+  }
 }
 
 TEST_F(ImageFile, GifWithExtensionsAndMoreThanOneImageIsWhole) {
