@@ -6,37 +6,73 @@
 
 namespace zvk {
 
+namespace {
+
+// Finishes up to `Most` sums. The detour over whole numbers keeps each of its loops to one width of numbers.
+template <int32_t Most, class Sample>
+[[gnu::always_inline]] inline void FinishAll(const double *__restrict sums, int32_t count, double weightSum,
+                                             double rounding, Sample *__restrict values) {
+  int32_t whole[Most];
+  for (int32_t i = 0; i < count; ++i) whole[i] = Finish<Sample>(sums[i], weightSum, rounding);
+  for (int32_t i = 0; i < count; ++i) values[i] = static_cast<Sample>(whole[i]);
+}
+
+}  // namespace
+
+// --- columns ---
+
 template <int32_t SampleCount, ScaleValues Values, int32_t Rows, class Sample>
-ZVK_KERNEL_CLONES void SumColumns(const double *__restrict samples, int32_t firstColumn,
-                                  const ScaleTapList *__restrict lists, int32_t count, double rounding,
-                                  Sample *__restrict values) {
+ZVK_KERNEL_CLONES void SumColumns(const ColumnSums<Sample> &columns) {
   constexpr int32_t kSums = ValueCount(SampleCount, Values) * Rows;
-  for (int32_t x = 0; x < count; ++x) {
-    const ScaleTapList &list = lists[x];
+  Sample *__restrict values = columns.values;
+  for (int32_t x = 0; x < columns.count; ++x) {
+    const ScaleTapList list = columns.lists[x];
     double sums[kSums] = {};
+    // A weight that is 0 as a float is not skipped: it adds nothing.
     for (int32_t t = 0; t < list.TapCount; ++t) {
+      OneStepAtATime();
       const ScaleTap tap = list.Taps[t];
-      const ptrdiff_t column = tap.SourceIndex - firstColumn;
-      AddTap<SampleCount, Values, Rows>(samples + column * (SampleCount * Rows), tap.Weight, sums);
+      const ptrdiff_t column = tap.SourceIndex - columns.firstColumn;
+      AddTap<SampleCount, Values, Rows>(columns.samples + column * (SampleCount * Rows), tap.Weight, sums);
     }
-    const double weightSum = list.WeightSum;
-    for (int32_t i = 0; i < kSums; ++i) values[i] = Finish<Sample>(sums[i], weightSum, rounding);
+    FinishAll<kSums>(sums, kSums, list.WeightSum, columns.rounding, values);
     values += kSums;
   }
 }
+
+using enum ScaleValues;
+template void SumColumns<1, kSamples, 1>(const ColumnSums<uint8_t> &);
+template void SumColumns<1, kSamples, RowBatch(1, kSamples)>(const ColumnSums<uint8_t> &);
+template void SumColumns<2, kSamples, 1>(const ColumnSums<uint8_t> &);
+template void SumColumns<2, kSamples, RowBatch(2, kSamples)>(const ColumnSums<uint8_t> &);
+template void SumColumns<3, kSamples, 1>(const ColumnSums<uint8_t> &);
+template void SumColumns<3, kSamples, RowBatch(3, kSamples)>(const ColumnSums<uint8_t> &);
+template void SumColumns<4, kSamples, 1>(const ColumnSums<uint8_t> &);
+template void SumColumns<4, kSamples, RowBatch(4, kSamples)>(const ColumnSums<uint8_t> &);
+template void SumColumns<5, kSamples, 1>(const ColumnSums<uint8_t> &);
+template void SumColumns<5, kSamples, RowBatch(5, kSamples)>(const ColumnSums<uint8_t> &);
+template void SumColumns<3, kGrayOfColour, 1>(const ColumnSums<uint8_t> &);
+template void SumColumns<3, kGrayOfColour, RowBatch(3, kGrayOfColour)>(const ColumnSums<uint8_t> &);
+template void SumColumns<4, kGrayOfColour, 1>(const ColumnSums<uint8_t> &);
+template void SumColumns<4, kGrayOfColour, RowBatch(4, kGrayOfColour)>(const ColumnSums<uint8_t> &);
+template void SumColumns<1, kSamples, 1>(const ColumnSums<uint16_t> &);
+template void SumColumns<1, kSamples, RowBatch(1, kSamples)>(const ColumnSums<uint16_t> &);
+
+// --- rows ---
 
 namespace {
 
 // Samples summed at once: what the registers hold.
 constexpr int32_t kBlock = 32;
 
-// `count` samples at a byte offset of all rows; a count known at compile time makes the loops straight.
+// `count` samples, at most kBlock, at a byte offset of all rows. A constant count makes straight code.
 template <class Sample>
 [[gnu::always_inline]] inline void SumBlock(const uint8_t *const *__restrict rows, const double *__restrict weights,
                                             int32_t rowCount, double weightSum, double rounding, int64_t offset,
                                             int32_t count, Sample *__restrict values) {
   double sums[kBlock] = {};
   for (int32_t k = 0; k < rowCount; ++k) {
+    OneStepAtATime();
     const uint8_t *row = rows[k] + offset;
     const double weight = weights[k];
     for (int32_t i = 0; i < count; ++i) {
@@ -45,7 +81,7 @@ template <class Sample>
       sums[i] += sample * weight;
     }
   }
-  for (int32_t i = 0; i < count; ++i) values[i] = Finish<Sample>(sums[i], weightSum, rounding);
+  FinishAll<kBlock>(sums, count, weightSum, rounding, values);
 }
 
 }  // namespace
@@ -54,33 +90,18 @@ template <class Sample>
 ZVK_KERNEL_CLONES void SumRows(const uint8_t *const *__restrict rows, const double *__restrict weights,
                                int32_t rowCount, double weightSum, double rounding, int64_t count,
                                Sample *__restrict values) {
+  constexpr int64_t kSampleSize = sizeof(Sample);
   int64_t i = 0;
   for (; i + kBlock <= count; i += kBlock) {
-    SumBlock(rows, weights, rowCount, weightSum, rounding, i * int64_t{sizeof(Sample)}, kBlock, values + i);
+    SumBlock(rows, weights, rowCount, weightSum, rounding, i * kSampleSize, kBlock, values + i);
   }
   if (i < count) {
-    SumBlock(rows, weights, rowCount, weightSum, rounding, i * int64_t{sizeof(Sample)}, static_cast<int32_t>(count - i),
-             values + i);
+    const auto rest = static_cast<int32_t>(count - i);
+    SumBlock(rows, weights, rowCount, weightSum, rounding, i * kSampleSize, rest, values + i);
   }
 }
 
-// Every form that a pair needs, by one row and by a batch.
-#define ZVK_SUM_COLUMNS(sampleCount, kind, Sample)                                                                   \
-  template void SumColumns<sampleCount, ScaleValues::kind, 1, Sample>(const double *, int32_t, const ScaleTapList *, \
-                                                                      int32_t, double, Sample *);                    \
-  template void SumColumns<sampleCount, ScaleValues::kind, kRowBatch, Sample>(                                       \
-      const double *, int32_t, const ScaleTapList *, int32_t, double, Sample *)
-ZVK_SUM_COLUMNS(1, kSamples, uint8_t);
-ZVK_SUM_COLUMNS(2, kSamples, uint8_t);
-ZVK_SUM_COLUMNS(3, kSamples, uint8_t);
-ZVK_SUM_COLUMNS(4, kSamples, uint8_t);
-ZVK_SUM_COLUMNS(5, kSamples, uint8_t);
-ZVK_SUM_COLUMNS(3, kGrayOfColour, uint8_t);
-ZVK_SUM_COLUMNS(4, kGrayOfColour, uint8_t);
-ZVK_SUM_COLUMNS(1, kSamples, uint16_t);
-#undef ZVK_SUM_COLUMNS
-
-template void SumRows<uint8_t>(const uint8_t *const *, const double *, int32_t, double, double, int64_t, uint8_t *);
-template void SumRows<uint16_t>(const uint8_t *const *, const double *, int32_t, double, double, int64_t, uint16_t *);
+template void SumRows(const uint8_t *const *, const double *, int32_t, double, double, int64_t, uint8_t *);
+template void SumRows(const uint8_t *const *, const double *, int32_t, double, double, int64_t, uint16_t *);
 
 }  // namespace zvk

@@ -10,26 +10,22 @@
 
 namespace zvk {
 
-// Parts of gray in the resampler, which ScaleFast weighs otherwise.
-inline constexpr double kRedPart = 0.3;
-inline constexpr double kGreenPart = 0.59;
-inline constexpr double kBluePart = 0.11;
-
 // How many values the samples of a pixel make.
 constexpr int32_t ValueCount(int32_t sampleCount, ScaleValues values) {
   return values == ScaleValues::kGrayOfColour ? sampleCount - 2 : sampleCount;
 }
 
-// What a sample counts before its weight: red, green and blue their parts of gray where gray is made of them.
+// What a sample counts before its weight: red, green and blue their parts of gray (other ones than in ScaleFast) where
+// gray is made of them.
 template <ScaleValues Values>
 constexpr double SamplePart(int32_t sample) {
-  constexpr double kParts[] = {kRedPart, kGreenPart, kBluePart};
-  return Values == ScaleValues::kGrayOfColour && sample < 3 ? kParts[sample] : 1.0;
+  constexpr double kGrayParts[] = {0.3, 0.59, 0.11};
+  return Values == ScaleValues::kGrayOfColour && sample < 3 ? kGrayParts[sample] : 1.0;
 }
 
 // Adds one tap to the sums of `Rows` pixels. `samples` holds their samples, one kind after the other for all rows and
-// already multiplied by SamplePart; `sums` the values likewise. Rounding makes the order of the three parts of gray
-// matter.
+// already multiplied by SamplePart; `sums` the values likewise. As sums are rounded, the order of the three parts of
+// gray is part of the result.
 template <int32_t SampleCount, ScaleValues Values, int32_t Rows>
 [[gnu::always_inline]] inline void AddTap(const double *__restrict samples, double weight, double *__restrict sums) {
   if constexpr (Values == ScaleValues::kSamples) {
@@ -44,29 +40,41 @@ template <int32_t SampleCount, ScaleValues Values, int32_t Rows>
 }
 
 // A sum divided by the weights' sum, plus `rounding`, truncated and cut to what a sample holds. Not-a-number and what
-// is beyond 32 bits count as the most negative integer and give 0. Written as selections, which compilers turn into
+// is beyond 32 bits count as the most negative integer and so give 0. Written as selections, which compilers turn into
 // straight code for many values at once.
 template <class Sample>
-[[gnu::always_inline]] inline Sample Finish(double sum, double weightSum, double rounding) {
+[[gnu::always_inline]] inline int32_t Finish(double sum, double weightSum, double rounding) {
   constexpr double kLimit = std::numeric_limits<Sample>::max();
   double value = sum / weightSum + rounding;
   value = value < 2147483648.0 ? value : 0.0;
   value = value > 0.0 ? value : 0.0;
   value = value < kLimit ? value : kLimit;
-  return static_cast<Sample>(static_cast<int32_t>(value));
+  return static_cast<int32_t>(value);
 }
 
-// Rows that the horizontal pass takes at once where it may.
-inline constexpr int32_t kRowBatch = 8;
+// Rows that the horizontal pass takes at once where it may: so many that the sums of a pixel fill several registers.
+constexpr int32_t RowBatch(int32_t sampleCount, ScaleValues values) {
+  if (values == ScaleValues::kGrayOfColour) return 24;
+  if (sampleCount == 1) return 32;
+  return sampleCount == 2 ? 16 : 8;
+}
 
-// For each of `count` lists of taps, the finished values of `Rows` rows. `samples` holds columns of SampleCount x Rows
-// doubles as AddTap takes them, from `firstColumn` on; `values` gets columns of values x Rows. Made for 1 and kRowBatch
-// rows, for one to five samples as they are, and for gray of three and four.
+// A stretch of output columns.
+template <class Sample>
+struct ColumnSums {
+  const double *samples;      // source columns of samples x rows doubles, as AddTap takes them
+  int32_t firstColumn;        // the number of the first of these
+  const ScaleTapList *lists;  // one for each output column
+  int32_t count;
+  double rounding;
+  Sample *values;  // finished output columns of values x rows
+};
+
+// Made for 1 row and for a RowBatch, for one to five samples as they are, and for gray of three and four.
 template <int32_t SampleCount, ScaleValues Values, int32_t Rows, class Sample>
-void SumColumns(const double *samples, int32_t firstColumn, const ScaleTapList *lists, int32_t count, double rounding,
-                Sample *values);
+void SumColumns(const ColumnSums<Sample> &columns);
 
-// One finished row of `count` samples from `rowCount` rows of samples, which need not be aligned, by their weights.
+// One finished row of `count` samples out of `rowCount` rows of samples, which need not be aligned, by their weights.
 // Made for uint8_t and uint16_t.
 template <class Sample>
 void SumRows(const uint8_t *const *rows, const double *weights, int32_t rowCount, double weightSum, double rounding,

@@ -50,6 +50,9 @@ using SampleOf = std::conditional_t<Pair.SampleSize == 2, uint16_t, uint8_t>;
 template <const ScalePair &Pair>
 inline constexpr int32_t kValues = ValueCount(Pair.Read.count, Pair.Values);
 
+template <const ScalePair &Pair>
+inline constexpr int32_t kRowBatch = RowBatch(Pair.Read.count, Pair.Values);
+
 // Samples may be misaligned.
 template <class Sample>
 Sample Load(const uint8_t *address) {
@@ -142,8 +145,8 @@ class StagedColumns {
   explicit StagedColumns(const ScaleJob &job)
       : job_(job),
         columns_(std::max(kStretch, WidestList(job))),
-        samples_(columns_ * Pair.Read.count * kRowBatch),
-        values_(int64_t{job.Width} * kValues<Pair> * kRowBatch) {}
+        samples_(columns_ * Pair.Read.count * kRowBatch<Pair>),
+        values_(int64_t{job.Width} * kValues<Pair> * kRowBatch<Pair>) {}
 
   // False if there is no memory to work in.
   explicit operator bool() const { return samples_ && values_; }
@@ -155,8 +158,9 @@ class StagedColumns {
     for (int32_t x = 0; x < job_.Width;) {
       const Stretch stretch = StretchFrom(x);
       Stage<Rows>(rows, stretch);
-      SumColumns<Pair.Read.count, Pair.Values, Rows>(samples_.Get(), stretch.firstColumn, job_.Table + x, stretch.lists,
-                                                     rounding, values_.Get() + int64_t{x} * kValues<Pair> * Rows);
+      SumColumns<Pair.Read.count, Pair.Values, Rows, Sample>({samples_.Get(), stretch.firstColumn, job_.Table + x,
+                                                              stretch.lists, rounding,
+                                                              values_.Get() + int64_t{x} * kValues<Pair> * Rows});
       x += stretch.lists;
     }
     for (int32_t row = 0; row < Rows; ++row) WriteRow<Rows>(y + row, row);
@@ -314,9 +318,9 @@ void HorizontalPass(const ScaleJob &job, const ScaleRows &rows, double rounding)
     scale_detail::StagedColumns<Pair> columns(job);
     if (columns) {
       for (int32_t y = rows.First; y < rows.End;) {
-        if (!rows.Yields() && rows.End - y >= kRowBatch) {
-          columns.template MakeRows<kRowBatch>(y, rounding);
-          y += kRowBatch;
+        if (!rows.Yields() && rows.End - y >= scale_detail::kRowBatch<Pair>) {
+          columns.template MakeRows<scale_detail::kRowBatch<Pair>>(y, rounding);
+          y += scale_detail::kRowBatch<Pair>;
         } else {
           columns.template MakeRows<1>(y, rounding);
           rows.AfterRow();
