@@ -167,6 +167,13 @@ TEST_F(ScaleCommand, ReadsAndWritesEveryImageFormat) {
   }
 }
 
+TEST_F(ScaleCommand, ScalesTheExamplesWithoutAWord) {
+  for (const char *name : {"astronaut.png", "coffee.png", "moon.png", "rocket.jpg", "hubble_deep_field.jpg"}) {
+    Scale({std::string(PICTUREZVK_EXAMPLES) + "/" + name, "out.png", "60x"});
+    EXPECT_EQ(ReadImage("out.png")[0].size(), 60u);
+  }
+}
+
 TEST_F(ScaleCommand, MayReplaceItsInput) {
   WriteNoise();
   chmod(Path("in.png").c_str(), 0640);
