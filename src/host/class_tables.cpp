@@ -3,11 +3,17 @@
 
 #include <cstddef>
 #include <iterator>
+#include <type_traits>
 
+#include "exchange/raw_rows.h"
+#include "exchange/row_conversion.h"
+#include "exchange/row_strings.h"
 #include "host/registration.h"
+#include "image/file_storage.h"
 #include "image/image_factory.h"
 #include "image/image_formats.h"
 #include "image/image_storage.h"
+#include "image/views.h"
 #include "pictures/picture_export.h"
 #include "pictures/picture_import.h"
 #include "scaling/scale_engine.h"
@@ -59,6 +65,13 @@ REALmethodDefinition Method(Result (*handler)(Arguments...), const char *declara
   return {Address(handler), nullptr, declaration, flags, 0, nullptr};
 }
 
+// A method that can be assigned to: the setter takes the arguments, then the value.
+template <class Value, class... Arguments>
+REALmethodDefinition Assignable(Value (*handler)(Arguments...),
+                                std::type_identity_t<void (*)(Arguments..., Value)> setter, const char *declaration) {
+  return {Address(handler), Address(setter), declaration, kMethod, 0, nullptr};
+}
+
 REALconstant Constant(const char *name, int32_t number) {
   return {name, static_cast<uintptr_t>(number), 0, 0, nullptr};
 }
@@ -82,6 +95,7 @@ REALproperty pictureProperties[] = {
     ReadOnly("RowSize", "Integer", AT(RowSize)),
     ReadOnly("ImageFormat", "Integer", AT(ImageFormat)),
     Computed("ImageFormatString", "String", GetImageFormatString),
+    Checked("MappingBlockSize", AT(MappingBlockSize), SetMemBlockSize),
     ReadOnly("RowOffset", "Integer", AT(RowOffset)),
     Field("DebugPictureEnabled", "Boolean", AT(DebugPictureEnabled), kPictureProperty),
     Computed("DebugPicture", "Picture", GetDebugPicture, kPictureProperty),
@@ -108,6 +122,7 @@ REALproperty pictureProperties[] = {
     ReadOnly("Parent", "PictureZVK", AT(Parent)),
     Field("Factory", "PictureFactoryZVK", AT(Factory)),
     ReadOnly("Target", "Picture", AT(Target), kPictureProperty),
+    Computed("Memory", "Memoryblock", GetMemory),
     ReadOnly("MemoryTarget", "Memoryblock", AT(MemoryTarget)),
     Computed("TotalSize", "Int64", GetTotalSizeInt64),
 };
@@ -117,9 +132,23 @@ REALproperty pictureProperties[] = {
 REALmethodDefinition pictureMethods[] = {
     Method(CreatePictureLocal, "CreatePictureZVK(width as integer, height as integer, ImageFormat as integer) as PictureZVK"),
     Method(PictureScaleZVK, "Scale(source as PictureZVK, temp as PictureZVK, mode as integer, width as integer, height as integer) as boolean"),
+    Method(ImageConstructorFile, "Constructor(width as integer, height as integer, ImageFormat as integer, BlockSize as integer, FilePath as folderitem)"),
     Method(ImageConstructor, "Constructor(width as integer, height as integer, ImageFormat as integer)"),
     Method(ImageConstructorPicture, "Constructor(pic as picture, UseAlpha as boolean=false)", kPictureMethod),
     Method(ImageConstructorMemory, "Constructor(Buf as MemoryBlock, width as integer, height as integer, ImageFormat as integer, RowSize as integer)"),
+    Method(AlphaChannel, "AlphaChannel as PictureZVK"),
+    Method(RedChannel, "RedChannel as PictureZVK"),
+    Method(GreenChannel, "GreenChannel as PictureZVK"),
+    Method(BlueChannel, "BlueChannel as PictureZVK"),
+    Method(GrayChannel, "GrayChannel as PictureZVK"),
+    Method(CyanChannel, "CyanChannel as PictureZVK"),
+    Method(MagentaChannel, "MagentaChannel as PictureZVK"),
+    Method(YellowChannel, "YellowChannel as PictureZVK"),
+    Method(BlackChannel, "BlackChannel as PictureZVK"),
+    Method(Channel, "Channel(index as integer) as PictureZVK"),
+    Method(RGBChannel, "RGBChannels as PictureZVK"),
+    Method(CMYKChannel, "CMYKChannels as PictureZVK"),
+    Method(GetMirroredView, "MirroredView as PictureZVK"),
     Method(ImageDestructor, "Close"),
     Method(rbCopyPictureWithMask, "CopyPictureWithMask(x as integer, y as integer, w as integer, h as integer) as picture", kPictureMethod),
     Method(rbCopyPictureWithMaskAll, "CopyPictureWithMask as picture", kPictureMethod),
@@ -127,6 +156,13 @@ REALmethodDefinition pictureMethods[] = {
     Method(rbCopyPictureAll, "CopyPicture as picture", kPictureMethod),
     Method(rbCopyMask, "CopyMask(x as integer, y as integer, w as integer, h as integer) as picture", kPictureMethod),
     Method(rbCopyMaskAll, "CopyMask as picture", kPictureMethod),
+    Method(rbGetRow, "RawRow(index as integer) as memoryblock"),
+    Assignable(rbGetRowCopy, rbSetRow, "Row(index as integer) as memoryblock"),
+    Assignable(rbGetRowF, rbSetRowF, "RowInFormat(index as integer, ImageFormat as integer) as memoryblock"),
+    Assignable(rbGetRowFI, rbSetRowFI, "RowInFormat(index as integer, ImageFormat as integer, InvertAlpha as boolean) as memoryblock"),
+    Assignable(rbGetRowFS, rbSetRowFS, "RowStringInFormat(index as integer, ImageFormat as integer) as string"),
+    Assignable(rbGetAllFS, rbSetAllFS, "DataStringInFormat(ImageFormat as integer) as string"),
+    Method(Clone, "Clone as PictureZVK"),
     Method(rbDrawPictureRedToGrayChannel6, "DrawPictureRedToGrayChannel(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer)", kPictureMethod),
     Method(rbDrawPictureRedToGrayChannel8, "DrawPictureRedToGrayChannel(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer, SourceX as integer, SourceY as integer)", kPictureMethod),
     Method(rbDrawPictureGreenToGrayChannel6, "DrawPictureGreenToGrayChannel(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer)", kPictureMethod),
@@ -137,6 +173,8 @@ REALmethodDefinition pictureMethods[] = {
     Method(rbDrawPictureRGB4, "DrawPictureRGB(pic as picture, DestX as integer, DestY as integer)", kPictureMethod),
     Method(rbDrawPictureRGB6, "DrawPictureRGB(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer)", kPictureMethod),
     Method(rbDrawPictureRGB8, "DrawPictureRGB(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer, SourceX as integer, SourceY as integer)", kPictureMethod),
+    Method(ClipImage1, "ClipImage as PictureZVK"),
+    Method(ClipImage5, "ClipImage(x as integer, y as integer, width as integer, height as integer) as PictureZVK"),
 };
 
 REALconstant pictureConstants[] = {

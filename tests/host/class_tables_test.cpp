@@ -38,6 +38,7 @@ const std::vector<ExpectedProperty> kProperties = {
     {"RowSize", "Integer", Access::ReadOnly, offsetof(ImageClassData, RowSize)},
     {"ImageFormat", "Integer", Access::ReadOnly, offsetof(ImageClassData, ImageFormat)},
     {"ImageFormatString", "String", Access::Getter, 0},
+    {"MappingBlockSize", "Integer", Access::Setter, offsetof(ImageClassData, MappingBlockSize)},
     {"RowOffset", "Integer", Access::ReadOnly, offsetof(ImageClassData, RowOffset)},
     {"DebugPictureEnabled", "Boolean", Access::Field, offsetof(ImageClassData, DebugPictureEnabled), 0x40002},
     {"DebugPicture", "Picture", Access::Getter, 0, 0x40002},
@@ -63,6 +64,7 @@ const std::vector<ExpectedProperty> kProperties = {
     {"Parent", "PictureZVK", Access::ReadOnly, offsetof(ImageClassData, Parent)},
     {"Factory", "PictureFactoryZVK", Access::Field, offsetof(ImageClassData, Factory)},
     {"Target", "Picture", Access::ReadOnly, offsetof(ImageClassData, Target), 0x40002},
+    {"Memory", "Memoryblock", Access::Getter, 0},
     {"MemoryTarget", "Memoryblock", Access::ReadOnly, offsetof(ImageClassData, MemoryTarget)},
     {"TotalSize", "Int64", Access::Getter, 0},
 };
@@ -70,6 +72,7 @@ const std::vector<ExpectedProperty> kProperties = {
 struct ExpectedMethod {
   const char *declaration;
   uint32_t flags = 4;
+  bool assignable = false;
 };
 
 constexpr uint32_t kPicture = 0x40000;
@@ -78,10 +81,25 @@ const std::vector<ExpectedMethod> kMethods = {
     {"CreatePictureZVK(width as integer, height as integer, ImageFormat as integer) as PictureZVK"},
     {"Scale(source as PictureZVK, temp as PictureZVK, mode as integer, width as integer, height as integer) as "
      "boolean"},
+    {"Constructor(width as integer, height as integer, ImageFormat as integer, BlockSize as integer, FilePath as "
+     "folderitem)"},
     {"Constructor(width as integer, height as integer, ImageFormat as integer)"},
     {"Constructor(pic as picture, UseAlpha as boolean=false)", kPicture},
     {"Constructor(Buf as MemoryBlock, width as integer, height as integer, ImageFormat as integer, RowSize as "
      "integer)"},
+    {"AlphaChannel as PictureZVK"},
+    {"RedChannel as PictureZVK"},
+    {"GreenChannel as PictureZVK"},
+    {"BlueChannel as PictureZVK"},
+    {"GrayChannel as PictureZVK"},
+    {"CyanChannel as PictureZVK"},
+    {"MagentaChannel as PictureZVK"},
+    {"YellowChannel as PictureZVK"},
+    {"BlackChannel as PictureZVK"},
+    {"Channel(index as integer) as PictureZVK"},
+    {"RGBChannels as PictureZVK"},
+    {"CMYKChannels as PictureZVK"},
+    {"MirroredView as PictureZVK"},
     {"Close"},
     {"CopyPictureWithMask(x as integer, y as integer, w as integer, h as integer) as picture", kPicture},
     {"CopyPictureWithMask as picture", kPicture},
@@ -89,6 +107,13 @@ const std::vector<ExpectedMethod> kMethods = {
     {"CopyPicture as picture", kPicture},
     {"CopyMask(x as integer, y as integer, w as integer, h as integer) as picture", kPicture},
     {"CopyMask as picture", kPicture},
+    {"RawRow(index as integer) as memoryblock"},
+    {"Row(index as integer) as memoryblock", 4, true},
+    {"RowInFormat(index as integer, ImageFormat as integer) as memoryblock", 4, true},
+    {"RowInFormat(index as integer, ImageFormat as integer, InvertAlpha as boolean) as memoryblock", 4, true},
+    {"RowStringInFormat(index as integer, ImageFormat as integer) as string", 4, true},
+    {"DataStringInFormat(ImageFormat as integer) as string", 4, true},
+    {"Clone as PictureZVK"},
     {"DrawPictureRedToGrayChannel(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, "
      "DestHeight as integer)",
      kPicture},
@@ -114,6 +139,8 @@ const std::vector<ExpectedMethod> kMethods = {
     {"DrawPictureRGB(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer, "
      "SourceX as integer, SourceY as integer)",
      kPicture},
+    {"ClipImage as PictureZVK"},
+    {"ClipImage(x as integer, y as integer, width as integer, height as integer) as PictureZVK"},
 };
 
 const std::vector<const char *> kSharedMethods = {
@@ -149,7 +176,7 @@ TEST(ClassTables, Methods) {
     EXPECT_STREQ(method.declaration, kMethods[i].declaration);
     EXPECT_EQ(method.flags, kMethods[i].flags) << method.declaration;
     EXPECT_NE(method.function, nullptr) << method.declaration;
-    EXPECT_EQ(method.setterFunction, nullptr) << method.declaration;
+    EXPECT_EQ(method.setterFunction != nullptr, kMethods[i].assignable) << method.declaration;
   }
 }
 
