@@ -10,7 +10,7 @@
 #include "standalone/runtime/host.h"
 #include "standalone/runtime/memory_block.h"
 #include "standalone/runtime/picture.h"
-#include "tests/standalone/binding/gadget_plugin.h"
+#include "tests/standalone/binding/gadget_testing.h"
 
 namespace standalone {
 namespace {

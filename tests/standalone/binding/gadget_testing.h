@@ -1,30 +1,56 @@
-#include "tests/standalone/binding/gadget_plugin.h"
+// A small plug-in made by hand, linked into the tests: plain functions over a plain record, and tables that name them.
+// Its class "Gadget" has something of every type and kind of member, "Maker" has events.
+#pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <iterator>
 #include <string>
 
+#include "host/host_layouts.h"
 #include "standalone/runtime/memory_block.h"
+#include "standalone/runtime/objects.h"
 #include "standalone/runtime/strings.h"
 
 namespace standalone::gadgets {
-namespace {
 
-REALresolver resolver;
+// The data of a Gadget.
+struct GadgetData {
+  int32_t number;
+  uint8_t flag;
+  uint8_t neighbour;  // belongs to no property
+  int64_t wide;
+  double real;
+  uint32_t tint;
+  REALobject partner;
+  REALstring label;
+};
+
+extern REALclassDefinition gadgetDefinition;  // below, as it names the handlers
+
+// What the handlers saw last.
+inline std::string constructorRun;  // "plain" or "number"
+inline int32_t gotParam;            // third word of the accessors of the property "Double"
+
+inline GadgetData &DataOf(REALobject gadget) {
+  return *reinterpret_cast<GadgetData *>(reinterpret_cast<char *>(gadget) + gadgetDefinition.forSystemUse);
+}
+
+inline REALresolver resolver;
 
 template <class Signature>
 Signature *HostFunction(const char *name) {
   return reinterpret_cast<Signature *>(resolver(name));
 }
 
-REALstring NewString(const std::string &text) {
+inline REALstring NewString(const std::string &text) {
   return HostFunction<REALstring(const void *, int32_t)>("REALBuildString")(text.data(),
                                                                             static_cast<int32_t>(text.size()));
 }
 
-void LockObject(REALobject object) { HostFunction<void(REALobject)>("REALLockObject")(object); }
+inline void LockObject(REALobject object) { HostFunction<void(REALobject)>("REALLockObject")(object); }
 
-void Raise(const char *className, const char *message) {
+inline void Raise(const char *className, const char *message) {
   REALobject exception = HostFunction<REALobject(const char *)>("PluginNewInstance")(className);
   REALstring text = NewString(message);
   HostFunction<uint8_t(REALobject, const char *, REALstring)>("REALSetPropValueString")(exception, "Message", text);
@@ -34,26 +60,26 @@ void Raise(const char *className, const char *message) {
   HostFunction<void(REALstring)>("REALUnlockString")(text);
 }
 
-void ConstructPlain(REALobject instance) {
+inline void ConstructPlain(REALobject instance) {
   constructorRun = "plain";
   DataOf(instance).number = -1;
 }
 
-void ConstructNumber(REALobject instance, int32_t number) {
+inline void ConstructNumber(REALobject instance, int32_t number) {
   constructorRun = "number";
   DataOf(instance).number = number;
 }
 
-void ConstructText(REALobject, REALstring) { Raise("OutOfBoundsException", "no gadget is made of text"); }
+inline void ConstructText(REALobject, REALstring) { Raise("OutOfBoundsException", "no gadget is made of text"); }
 
-int32_t Number(REALobject instance) { return DataOf(instance).number; }
-int64_t Twice(REALobject, int64_t value) { return 2 * value; }
-double Half(REALobject, double value) { return value / 2; }
-uint8_t Negate(REALobject, uint8_t value) { return value == 0; }
-uint32_t Mix(REALobject, uint32_t color) { return color ^ 0xFFFFFF; }
-REALstring Shout(REALobject, REALstring text) { return NewString(TextOf(text) + "!"); }
-REALstring NoText(REALobject) { return nullptr; }
-int32_t Sum(REALobject, REALarray values) {
+inline int32_t Number(REALobject instance) { return DataOf(instance).number; }
+inline int64_t Twice(REALobject, int64_t value) { return 2 * value; }
+inline double Half(REALobject, double value) { return value / 2; }
+inline uint8_t Negate(REALobject, uint8_t value) { return value == 0; }
+inline uint32_t Mix(REALobject, uint32_t color) { return color ^ 0xFFFFFF; }
+inline REALstring Shout(REALobject, REALstring text) { return NewString(TextOf(text) + "!"); }
+inline REALstring NoText(REALobject) { return nullptr; }
+inline int32_t Sum(REALobject, REALarray values) {
   int32_t sum = 0;
   const int32_t last = HostFunction<int32_t(REALarray)>("RuntimeUBound")(values);
   for (int32_t i = 0; i <= last; ++i) {
@@ -61,41 +87,43 @@ int32_t Sum(REALobject, REALarray values) {
   }
   return sum;
 }
-REALobject Self(REALobject instance) {
+inline REALobject Self(REALobject instance) {
   LockObject(instance);
   return instance;
 }
-REALobject Nothing(REALobject) { return nullptr; }
-int32_t SizeOf(REALobject, REALobject block) { return block == nullptr ? -1 : ObjectAs<MemoryBlock>(block)->Size(); }
-void Fail(REALobject) { Raise("OutOfBoundsException", "it fails"); }
-REALobject FailWithResult(REALobject instance) {
+inline REALobject Nothing(REALobject) { return nullptr; }
+inline int32_t SizeOf(REALobject, REALobject block) {
+  return block == nullptr ? -1 : ObjectAs<MemoryBlock>(block)->Size();
+}
+inline void Fail(REALobject) { Raise("OutOfBoundsException", "it fails"); }
+inline REALobject FailWithResult(REALobject instance) {
   Raise("NilObjectException", "it fails late");
   LockObject(instance);
   return instance;
 }
 
-int32_t PickInteger(REALobject, int32_t) { return 1; }
-int32_t PickDouble(REALobject, double) { return 2; }
-int32_t PickColor(REALobject, uint32_t) { return 3; }
-int32_t PickBlock(REALobject, REALobject) { return 4; }
-int32_t PickTwo(REALobject, int32_t, int32_t) { return 5; }
-int32_t PickText(REALobject, REALstring) { return 6; }
-int32_t PickBlockAndFlag(REALobject, REALobject, uint8_t) { return 7; }
-int32_t PickAny(REALobject, REALobject) { return 8; }
+inline int32_t PickInteger(REALobject, int32_t) { return 1; }
+inline int32_t PickDouble(REALobject, double) { return 2; }
+inline int32_t PickColor(REALobject, uint32_t) { return 3; }
+inline int32_t PickBlock(REALobject, REALobject) { return 4; }
+inline int32_t PickTwo(REALobject, int32_t, int32_t) { return 5; }
+inline int32_t PickText(REALobject, REALstring) { return 6; }
+inline int32_t PickBlockAndFlag(REALobject, REALobject, uint8_t) { return 7; }
+inline int32_t PickAny(REALobject, REALobject) { return 8; }
 
-REALstring Describe(REALobject, int32_t a, uint8_t b, double c, REALobject d, REALstring e, uint32_t f) {
+inline REALstring Describe(REALobject, int32_t a, uint8_t b, double c, REALobject d, REALstring e, uint32_t f) {
   return NewString(std::to_string(a) + "," + (b != 0 ? "true" : "false") + "," + std::to_string(c) + "," +
                    (d == nullptr ? "nil" : "object") + "," + TextOf(e) + "," + std::to_string(f));
 }
 
-int32_t GetSlot(REALobject instance, int32_t index) { return DataOf(instance).number + index; }
-void SetSlot(REALobject instance, int32_t index, int32_t value) { DataOf(instance).number = value - index; }
+inline int32_t GetSlot(REALobject instance, int32_t index) { return DataOf(instance).number + index; }
+inline void SetSlot(REALobject instance, int32_t index, int32_t value) { DataOf(instance).number = value - index; }
 
-int32_t GetDouble(REALobject instance, int32_t param) {
+inline int32_t GetDouble(REALobject instance, int32_t param) {
   gotParam = param;
   return 2 * DataOf(instance).number;
 }
-void SetDouble(REALobject instance, int32_t param, int32_t value) {
+inline void SetDouble(REALobject instance, int32_t param, int32_t value) {
   gotParam = param;
   if (value % 2 != 0) {
     Raise("OutOfBoundsException", "odd");
@@ -103,24 +131,26 @@ void SetDouble(REALobject instance, int32_t param, int32_t value) {
   }
   DataOf(instance).number = value / 2;
 }
-REALstring GetTitle(REALobject instance, int32_t) { return NewString("gadget " + std::to_string(Number(instance))); }
+inline REALstring GetTitle(REALobject instance, int32_t) {
+  return NewString("gadget " + std::to_string(Number(instance)));
+}
 
-int32_t AddShared(int32_t a, int32_t b) { return a + b; }
-uint8_t IsShared() { return 1; }
-int32_t AddInstance(REALobject, int32_t, int32_t) { return -1; }
+inline int32_t AddShared(int32_t a, int32_t b) { return a + b; }
+inline uint8_t IsShared() { return 1; }
+inline int32_t AddInstance(REALobject, int32_t, int32_t) { return -1; }
 
-REALevent makerEvents[] = {
+inline REALevent makerEvents[] = {
     {"Make(Size as integer, Name as string, Ratio as double, Base as Gadget) as Gadget", 0, 0, nullptr},
     {"Count as Int64", 0, 0, nullptr}};
 
 // Asks the subclass; gives what it gets.
-REALobject AskMake(REALobject maker, int32_t size, REALstring name, double ratio, REALobject base) {
+inline REALobject AskMake(REALobject maker, int32_t size, REALstring name, double ratio, REALobject base) {
   using Handler = REALobject(REALobject, int32_t, REALstring, double, REALobject);
   auto *const handler = reinterpret_cast<Handler *>(
       HostFunction<void *(REALobject, uintptr_t)>("GetEventInstance")(maker, makerEvents[0].forSystemUse));
   return handler == nullptr ? nullptr : handler(maker, size, name, ratio, base);
 }
-int64_t AskCount(REALobject maker) {
+inline int64_t AskCount(REALobject maker) {
   using Handler = int64_t(REALobject);
   auto *const handler = reinterpret_cast<Handler *>(
       HostFunction<void *(REALobject, uintptr_t)>("GetEventInstance")(maker, makerEvents[1].forSystemUse));
@@ -128,24 +158,24 @@ int64_t AskCount(REALobject maker) {
 }
 
 template <class Result, class... Parameters>
-void *Address(Result (*function)(Parameters...)) {
+inline void *Address(Result (*function)(Parameters...)) {
   return reinterpret_cast<void *>(function);
 }
 
 template <class Result, class... Parameters>
-REALmethodDefinition Method(Result (*function)(Parameters...), const char *declaration, void *setter = nullptr) {
+inline REALmethodDefinition Method(Result (*function)(Parameters...), const char *declaration, void *setter = nullptr) {
   return {Address(function), setter, declaration, 4, 0, nullptr};
 }
 
-REALproperty Property(const char *name, const char *type, void *getter, void *setter, size_t param) {
+inline REALproperty Property(const char *name, const char *type, void *getter, void *setter, size_t param) {
   return {"", name, type, 6, getter, setter, static_cast<int32_t>(param), nullptr, 0, nullptr, 0, nullptr};
 }
 
-REALproperty Field(const char *name, const char *type, size_t position) {
+inline REALproperty Field(const char *name, const char *type, size_t position) {
   return Property(name, type, REALstandardAccessor, REALstandardAccessor, position);
 }
 
-REALmethodDefinition gadgetMethods[] = {
+inline REALmethodDefinition gadgetMethods[] = {
     Method(ConstructPlain, "Constructor"),
     Method(ConstructNumber, "Constructor(number as integer)"),
     Method(ConstructText, "Constructor(text as string)"),
@@ -177,7 +207,7 @@ REALmethodDefinition gadgetMethods[] = {
     Method(AddInstance, "Add(a as integer, b as integer) as integer"),
 };
 
-REALproperty gadgetProperties[] = {
+inline REALproperty gadgetProperties[] = {
     Field("Number", "Integer", offsetof(GadgetData, number)),
     Field("Flag", "Boolean", offsetof(GadgetData, flag)),
     Field("Wide", "Int64", offsetof(GadgetData, wide)),
@@ -190,22 +220,22 @@ REALproperty gadgetProperties[] = {
     Property("Title", "String", Address(GetTitle), nullptr, 0),
 };
 
-REALconstant gadgetConstants[] = {
+inline REALconstant gadgetConstants[] = {
     {"Seven = 7", 0, 0, 0, nullptr},
     {"Eleven = &h0000000B", 0, 0, 0, nullptr},
 };
 
-REALmethodDefinition gadgetSharedMethods[] = {
+inline REALmethodDefinition gadgetSharedMethods[] = {
     Method(AddShared, "Add(a as integer, b as integer) as integer"),
     Method(IsShared, "IsShared as boolean"),
 };
 
-REALmethodDefinition makerMethods[] = {
+inline REALmethodDefinition makerMethods[] = {
     Method(AskMake, "AskMake(size as integer, name as string, ratio as double, base as Gadget) as Gadget"),
     Method(AskCount, "AskCount as Int64"),
 };
 
-REALclassDefinition makerDefinition = [] {
+inline REALclassDefinition makerDefinition = [] {
   REALclassDefinition definition = {};
   definition.version = 12;
   definition.name = "Maker";
@@ -216,12 +246,7 @@ REALclassDefinition makerDefinition = [] {
   return definition;
 }();
 
-}  // namespace
-
-std::string constructorRun;
-int32_t gotParam;
-
-REALclassDefinition gadgetDefinition = [] {
+inline REALclassDefinition gadgetDefinition = [] {
   REALclassDefinition definition = {};
   definition.version = 12;
   definition.name = "Gadget";
@@ -237,11 +262,8 @@ REALclassDefinition gadgetDefinition = [] {
   return definition;
 }();
 
-GadgetData &DataOf(REALobject gadget) {
-  return *reinterpret_cast<GadgetData *>(reinterpret_cast<char *>(gadget) + gadgetDefinition.forSystemUse);
-}
-
-void GadgetMain(REALresolver given) {
+// The plug-in's entry.
+inline void GadgetMain(REALresolver given) {
   resolver = given;
   HostFunction<void(int32_t)>("RegisterPluginVersion")(12);
   const auto registerClass = HostFunction<void(REALclassDefinition *)>("PluginRegisterClass");
