@@ -296,8 +296,7 @@ class SummedRows {
   ZeroedBuffer<Sample> values_;
 };
 
-// True if images that were asked to hold so many bytes in a row and so many rows do, and reordering reads and writes
-// between the two cannot be noticed.
+// True if nobody can notice in what order rows of the one are read and rows of the other written.
 inline bool MayWorkOnWholeRows(const ImageClassData &from, const ImageClassData &to) {
   return HasFixedRows(from) && HasFixedRows(to) && !SharesStorage(from, to);
 }

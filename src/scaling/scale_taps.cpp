@@ -38,7 +38,8 @@ class Sampling {
     if (left < 0) left = 0;
     if (right >= sourceSize_) right = sourceSize_ - 1;
     double sum = 0.0;
-    for (int32_t index = left; index <= right && list.TapCount < capacity_ + kSpareTaps; ++index) {
+    // The capacity covers every window; that it is looked at all the same keeps rounding from ever writing beyond it.
+    for (int32_t index = left; index <= right && list.TapCount < capacity_; ++index) {
       double distance = centre - index - 0.5;
       if (shrinks_) distance *= scale_;
       const double weight = kernel_(std::abs(distance));
@@ -50,14 +51,10 @@ class Sampling {
   }
 
  private:
-  // A kernel that includes its end can find one tap more than the capacity, when the quotient that widens the window
-  // comes out just below a whole number: cubic from 177 columns to 9.
-  static constexpr int64_t kSpareTaps = 1;
-
   ScaleTap *AllocateTaps() const {
     constexpr int64_t kTapSize = sizeof(ScaleTap);
-    if (capacity_ > kLargestAllocation / kTapSize || capacity_ < 1) return nullptr;
-    return static_cast<ScaleTap *>(AllocateZeroed((capacity_ + kSpareTaps) * kTapSize));
+    return capacity_ <= kLargestAllocation / kTapSize ? static_cast<ScaleTap *>(AllocateZeroed(capacity_ * kTapSize))
+                                                      : nullptr;
   }
 
   double (*kernel_)(double);
