@@ -218,13 +218,31 @@ TEST_F(ScaleCommand, TellsOnWishThatNothingIsLeft) {
   EXPECT_EQ(failed.output, "references not given back: none\n");
 }
 
-TEST_F(ScaleCommand, ShowsTheElapsedTimeOfLongWorkOnATerminalOnly) {
-  WriteImage("in.png", 600, 3000, Noise);
-  const ProgramResult result = RunOnTerminal({"scale", "in.png", "out.png", "3000x3000", "--filter", "lanczos8"});
+class LongScaleCommand : public ScaleCommand {
+ protected:
+  LongScaleCommand() { WriteImage("in.bmp", 600, 1500, Noise); }
+  const std::vector<std::string> arguments_ = {"scale", "in.bmp", "out.bmp", "2000x2000", "--filter", "lanczos8"};
+};
+
+TEST_F(LongScaleCommand, ShowsTheElapsedTimeOnATerminal) {
+  const ProgramResult result = RunOnTerminal(arguments_, Pace::Slow);
   EXPECT_EQ(result.exitCode, 0);
-  EXPECT_THAT(result.output, testing::ContainsRegex("^\r\x1b\\[Kscaling to 3000 x 3000, [0-9]+\\.[0-9] s\r\x1b\\[K"));
+  EXPECT_THAT(result.output, testing::ContainsRegex("^\r\x1b\\[Kscaling to 2000 x 2000, [0-9]+\\.[0-9] s\r\x1b\\[K"));
   EXPECT_THAT(result.output, testing::EndsWith("\r\x1b[K"));
-  Scale({"in.png", "out.png", "3000x3000", "--filter", "lanczos8"});
+}
+
+TEST_F(LongScaleCommand, ShowsNothingWhereThereIsNoTerminal) {
+  const ProgramResult result = Run(arguments_, PICTUREZVK_ZVK, Pace::Slow);
+  EXPECT_EQ(result.exitCode, 0);
+  EXPECT_EQ(result.output, "");
+  EXPECT_EQ(result.errors, "");
+}
+
+TEST_F(ScaleCommand, ShowsNothingOfShortWorkOnATerminal) {
+  WriteNoise();
+  const ProgramResult result = RunOnTerminal({"scale", "in.png", "out.png", "9x9"}, Pace::Full);
+  EXPECT_EQ(result.exitCode, 0);
+  EXPECT_EQ(result.output, "");
 }
 
 TEST_F(ScaleCommand, NamesAFileThatIsNotThere) {

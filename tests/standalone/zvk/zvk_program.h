@@ -1,13 +1,14 @@
 // Runs the built program as a process of its own, in a folder of its own, and collects what it says.
 #pragma once
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <pty.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -15,6 +16,7 @@
 #include <iterator>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "standalone/gd/image_file.h"
@@ -44,9 +46,22 @@ inline std::string ReadToEnd(int descriptor) {
   _exit(127);
 }
 
-inline int ExitCodeOf(pid_t process) {
+// How much of the machine a program gets: all of it, or a tenth, so that short work takes long.
+enum class Pace { Full, Slow };
+
+// Waits for the end of the process and gives its exit code, -1 if it was killed.
+inline int ExitCodeOf(pid_t process, Pace pace) {
   int status = 0;
-  EXPECT_EQ(waitpid(process, &status, 0), process);
+  if (pace == Pace::Slow) {
+    while (waitpid(process, &status, WNOHANG) == 0) {
+      usleep(20'000);
+      kill(process, SIGSTOP);
+      usleep(180'000);
+      kill(process, SIGCONT);
+    }
+  } else {
+    EXPECT_EQ(waitpid(process, &status, 0), process);
+  }
   return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
@@ -98,7 +113,8 @@ class ZvkProgram : public testing::Test {
   }
 
   // Runs the program in the folder.
-  ProgramResult Run(const std::vector<std::string> &arguments, const std::string &program = PICTUREZVK_ZVK) const {
+  ProgramResult Run(const std::vector<std::string> &arguments, const std::string &program = PICTUREZVK_ZVK,
+                    Pace pace = Pace::Full) const {
     FILE *const output = std::tmpfile();
     FILE *const errors = std::tmpfile();
     const pid_t process = fork();
@@ -109,7 +125,7 @@ class ZvkProgram : public testing::Test {
       Become(program, arguments);
     }
     ProgramResult result;
-    result.exitCode = ExitCodeOf(process);
+    result.exitCode = ExitCodeOf(process, pace);
     for (const auto &[file, text] : {std::pair{output, &result.output}, std::pair{errors, &result.errors}}) {
       lseek(fileno(file), 0, SEEK_SET);
       *text = ReadToEnd(fileno(file));
@@ -118,8 +134,8 @@ class ZvkProgram : public testing::Test {
     return result;
   }
 
-  // Runs the program in the folder with a terminal for all its streams; `output` has everything.
-  ProgramResult RunOnTerminal(const std::vector<std::string> &arguments) const {
+  // Runs the program in the folder with a terminal for all its streams; `output` has everything, up to 4096 bytes.
+  ProgramResult RunOnTerminal(const std::vector<std::string> &arguments, Pace pace) const {
     int terminal = -1;
     const pid_t process = forkpty(&terminal, nullptr, nullptr, nullptr);
     if (process == 0) {
@@ -127,8 +143,8 @@ class ZvkProgram : public testing::Test {
       Become(PICTUREZVK_ZVK, arguments);
     }
     ProgramResult result;
+    result.exitCode = ExitCodeOf(process, pace);
     result.output = ReadToEnd(terminal);
-    result.exitCode = ExitCodeOf(process);
     close(terminal);
     return result;
   }
