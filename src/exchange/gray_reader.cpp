@@ -38,16 +38,14 @@ int32_t GrayReader::ReadShuffled(const uint8_t *source, uint8_t *gray, int32_t w
 // The products are of an unsigned with a signed byte and are summed in pairs of signed 16 bits. So green comes twice,
 // its weight divided such that no weight exceeds 127 and no pair of them 128; 255 x 128 still fits.
 ZVK_BYTE_SHUFFLE void GrayReader::RunShuffles(const uint8_t *source, uint8_t *gray, int32_t steps) const {
+  static_assert(4 * kPixelsPerShuffle == kShuffleBytes);
   constexpr int8_t kRed = 77, kGreen = 51, kBlue = 28, kMoreGreen = 100;
   alignas(16) std::array<uint8_t, kShuffleBytes> order;
+  auto next = order.begin();
   for (int32_t pixel = 0; pixel < kPixelsPerShuffle; ++pixel) {
-    const auto from = [&](int32_t offset) {
-      return static_cast<uint8_t>(pixel * reach_.pixelSize + offset - reach_.lowest);
-    };
-    uint8_t *bytes = order.data() + 4 * pixel;
-    bytes[0] = from(offsets_[0]);
-    bytes[1] = bytes[3] = from(offsets_[1]);
-    bytes[2] = from(offsets_[2]);
+    for (const int32_t offset : {offsets_[0], offsets_[1], offsets_[2], offsets_[1]}) {
+      *next++ = static_cast<uint8_t>(pixel * reach_.pixelSize + offset - reach_.lowest);
+    }
   }
   const __m128i colours = LoadBytes(order.data());
   const __m128i weights = _mm_setr_epi8(kRed, kGreen, kBlue, kMoreGreen, kRed, kGreen, kBlue, kMoreGreen, kRed, kGreen,
@@ -60,7 +58,7 @@ ZVK_BYTE_SHUFFLE void GrayReader::RunShuffles(const uint8_t *source, uint8_t *gr
     const __m128i sums = _mm_srli_epi16(_mm_hadd_epi16(low, high), 8);
     _mm_storel_epi64(reinterpret_cast<__m128i *>(gray), _mm_packus_epi16(sums, sums));
     source += 2 * half;
-    gray += 2 * kPixelsPerShuffle;
+    gray += ptrdiff_t{2} * kPixelsPerShuffle;
   }
 }
 
