@@ -7,10 +7,26 @@
 #include <string>
 #include <vector>
 
+#include "exchange/raw_rows.h"
+#include "exchange/row_conversion.h"
+#include "exchange/row_strings.h"
+#include "image/file_storage.h"
+#include "image/image_factory.h"
+#include "image/image_formats.h"
 #include "image/image_record.h"
+#include "image/image_storage.h"
+#include "image/views.h"
+#include "pictures/picture_export.h"
+#include "pictures/picture_import.h"
+#include "scaling/scale_engine.h"
 
 namespace zvk {
 namespace {
+
+template <class Result, class... Arguments>
+void *Address(Result (*function)(Arguments...)) {
+  return reinterpret_cast<void *>(function);
+}
 
 // How a property is reached.
 enum class Access { Field, ReadOnly, Setter, Getter };
@@ -21,15 +37,16 @@ struct ExpectedProperty {
   Access access;
   size_t position;
   uint32_t flags = 6;
+  void *accessor = nullptr;  // the getter or setter
 };
 
 const std::vector<ExpectedProperty> kProperties = {
     {"YieldTicks", "Integer", Access::Field, 0},
-    {"RedOffset", "Integer", Access::Setter, offsetof(ImageClassData, RedOffset)},
-    {"GreenOffset", "Integer", Access::Setter, offsetof(ImageClassData, GreenOffset)},
-    {"BlueOffset", "Integer", Access::Setter, offsetof(ImageClassData, BlueOffset)},
-    {"GrayOffset", "Integer", Access::Setter, offsetof(ImageClassData, GrayOffset)},
-    {"AlphaOffset", "Integer", Access::Setter, offsetof(ImageClassData, AlphaOffset)},
+    {"RedOffset", "Integer", Access::Setter, offsetof(ImageClassData, RedOffset), 6, Address(SetRedOffset)},
+    {"GreenOffset", "Integer", Access::Setter, offsetof(ImageClassData, GreenOffset), 6, Address(SetGreenOffset)},
+    {"BlueOffset", "Integer", Access::Setter, offsetof(ImageClassData, BlueOffset), 6, Address(SetBlueOffset)},
+    {"GrayOffset", "Integer", Access::Setter, offsetof(ImageClassData, GrayOffset), 6, Address(SetGrayOffset)},
+    {"AlphaOffset", "Integer", Access::Setter, offsetof(ImageClassData, AlphaOffset), 6, Address(SetAlphaOffset)},
     {"Width", "Integer", Access::ReadOnly, offsetof(ImageClassData, Width)},
     {"Height", "Integer", Access::ReadOnly, offsetof(ImageClassData, Height)},
     {"UnclippedHeight", "Integer", Access::ReadOnly, offsetof(ImageClassData, UnclippedHeight)},
@@ -37,11 +54,12 @@ const std::vector<ExpectedProperty> kProperties = {
     {"BitsPerComponent", "Integer", Access::ReadOnly, offsetof(ImageClassData, BitsPerComponent)},
     {"RowSize", "Integer", Access::ReadOnly, offsetof(ImageClassData, RowSize)},
     {"ImageFormat", "Integer", Access::ReadOnly, offsetof(ImageClassData, ImageFormat)},
-    {"ImageFormatString", "String", Access::Getter, 0},
-    {"MappingBlockSize", "Integer", Access::Setter, offsetof(ImageClassData, MappingBlockSize)},
+    {"ImageFormatString", "String", Access::Getter, 0, 6, Address(GetImageFormatString)},
+    {"MappingBlockSize", "Integer", Access::Setter, offsetof(ImageClassData, MappingBlockSize), 6,
+     Address(SetMemBlockSize)},
     {"RowOffset", "Integer", Access::ReadOnly, offsetof(ImageClassData, RowOffset)},
     {"DebugPictureEnabled", "Boolean", Access::Field, offsetof(ImageClassData, DebugPictureEnabled), 0x40002},
-    {"DebugPicture", "Picture", Access::Getter, 0, 0x40002},
+    {"DebugPicture", "Picture", Access::Getter, 0, 0x40002, Address(GetDebugPicture)},
     {"IsGray", "Boolean", Access::ReadOnly, offsetof(ImageClassData, IsGray)},
     {"IsRGB", "Boolean", Access::ReadOnly, offsetof(ImageClassData, IsRGB)},
     {"HasGreen", "Boolean", Access::ReadOnly, offsetof(ImageClassData, HasGreen)},
@@ -64,89 +82,99 @@ const std::vector<ExpectedProperty> kProperties = {
     {"Parent", "PictureZVK", Access::ReadOnly, offsetof(ImageClassData, Parent)},
     {"Factory", "PictureFactoryZVK", Access::Field, offsetof(ImageClassData, Factory)},
     {"Target", "Picture", Access::ReadOnly, offsetof(ImageClassData, Target), 0x40002},
-    {"Memory", "Memoryblock", Access::Getter, 0},
+    {"Memory", "Memoryblock", Access::Getter, 0, 6, Address(GetMemory)},
     {"MemoryTarget", "Memoryblock", Access::ReadOnly, offsetof(ImageClassData, MemoryTarget)},
-    {"TotalSize", "Int64", Access::Getter, 0},
+    {"TotalSize", "Int64", Access::Getter, 0, 6, Address(GetTotalSizeInt64)},
 };
 
 struct ExpectedMethod {
   const char *declaration;
+  void *handler;
   uint32_t flags = 4;
-  bool assignable = false;
+  void *setter = nullptr;
 };
 
 constexpr uint32_t kPicture = 0x40000;
 
 const std::vector<ExpectedMethod> kMethods = {
-    {"CreatePictureZVK(width as integer, height as integer, ImageFormat as integer) as PictureZVK"},
-    {"Scale(source as PictureZVK, temp as PictureZVK, mode as integer, width as integer, height as integer) as "
-     "boolean"},
+    {"CreatePictureZVK(width as integer, height as integer, ImageFormat as integer) as PictureZVK",
+     Address(CreatePictureLocal)},
+    {"Scale(source as PictureZVK, temp as PictureZVK, mode as integer, width as integer, height as integer) as boolean",
+     Address(PictureScaleZVK)},
     {"Constructor(width as integer, height as integer, ImageFormat as integer, BlockSize as integer, FilePath as "
-     "folderitem)"},
-    {"Constructor(width as integer, height as integer, ImageFormat as integer)"},
-    {"Constructor(pic as picture, UseAlpha as boolean=false)", kPicture},
-    {"Constructor(Buf as MemoryBlock, width as integer, height as integer, ImageFormat as integer, RowSize as "
-     "integer)"},
-    {"AlphaChannel as PictureZVK"},
-    {"RedChannel as PictureZVK"},
-    {"GreenChannel as PictureZVK"},
-    {"BlueChannel as PictureZVK"},
-    {"GrayChannel as PictureZVK"},
-    {"CyanChannel as PictureZVK"},
-    {"MagentaChannel as PictureZVK"},
-    {"YellowChannel as PictureZVK"},
-    {"BlackChannel as PictureZVK"},
-    {"Channel(index as integer) as PictureZVK"},
-    {"RGBChannels as PictureZVK"},
-    {"CMYKChannels as PictureZVK"},
-    {"MirroredView as PictureZVK"},
-    {"Close"},
-    {"CopyPictureWithMask(x as integer, y as integer, w as integer, h as integer) as picture", kPicture},
-    {"CopyPictureWithMask as picture", kPicture},
-    {"CopyPicture(x as integer, y as integer, w as integer, h as integer) as picture", kPicture},
-    {"CopyPicture as picture", kPicture},
-    {"CopyMask(x as integer, y as integer, w as integer, h as integer) as picture", kPicture},
-    {"CopyMask as picture", kPicture},
-    {"RawRow(index as integer) as memoryblock"},
-    {"Row(index as integer) as memoryblock", 4, true},
-    {"RowInFormat(index as integer, ImageFormat as integer) as memoryblock", 4, true},
-    {"RowInFormat(index as integer, ImageFormat as integer, InvertAlpha as boolean) as memoryblock", 4, true},
-    {"RowStringInFormat(index as integer, ImageFormat as integer) as string", 4, true},
-    {"DataStringInFormat(ImageFormat as integer) as string", 4, true},
-    {"Clone as PictureZVK"},
-    {"DrawPictureRedToGrayChannel(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, "
-     "DestHeight as integer)",
+     "folderitem)",
+     Address(ImageConstructorFile)},
+    {"Constructor(width as integer, height as integer, ImageFormat as integer)", Address(ImageConstructor)},
+    {"Constructor(pic as picture, UseAlpha as boolean=false)", Address(ImageConstructorPicture), kPicture},
+    {"Constructor(Buf as MemoryBlock, width as integer, height as integer, ImageFormat as integer, RowSize as integer)",
+     Address(ImageConstructorMemory)},
+    {"AlphaChannel as PictureZVK", Address(AlphaChannel)},
+    {"RedChannel as PictureZVK", Address(RedChannel)},
+    {"GreenChannel as PictureZVK", Address(GreenChannel)},
+    {"BlueChannel as PictureZVK", Address(BlueChannel)},
+    {"GrayChannel as PictureZVK", Address(GrayChannel)},
+    {"CyanChannel as PictureZVK", Address(CyanChannel)},
+    {"MagentaChannel as PictureZVK", Address(MagentaChannel)},
+    {"YellowChannel as PictureZVK", Address(YellowChannel)},
+    {"BlackChannel as PictureZVK", Address(BlackChannel)},
+    {"Channel(index as integer) as PictureZVK", Address(Channel)},
+    {"RGBChannels as PictureZVK", Address(RGBChannel)},
+    {"CMYKChannels as PictureZVK", Address(CMYKChannel)},
+    {"MirroredView as PictureZVK", Address(GetMirroredView)},
+    {"Close", Address(ImageDestructor)},
+    {"CopyPictureWithMask(x as integer, y as integer, w as integer, h as integer) as picture",
+     Address(rbCopyPictureWithMask), kPicture},
+    {"CopyPictureWithMask as picture", Address(rbCopyPictureWithMaskAll), kPicture},
+    {"CopyPicture(x as integer, y as integer, w as integer, h as integer) as picture", Address(rbCopyPicture),
      kPicture},
-    {"DrawPictureRedToGrayChannel(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, "
-     "DestHeight as integer, SourceX as integer, SourceY as integer)",
-     kPicture},
+    {"CopyPicture as picture", Address(rbCopyPictureAll), kPicture},
+    {"CopyMask(x as integer, y as integer, w as integer, h as integer) as picture", Address(rbCopyMask), kPicture},
+    {"CopyMask as picture", Address(rbCopyMaskAll), kPicture},
+    {"RawRow(index as integer) as memoryblock", Address(rbGetRow)},
+    {"Row(index as integer) as memoryblock", Address(rbGetRowCopy), 4, Address(rbSetRow)},
+    {"RowInFormat(index as integer, ImageFormat as integer) as memoryblock", Address(rbGetRowF), 4, Address(rbSetRowF)},
+    {"RowInFormat(index as integer, ImageFormat as integer, InvertAlpha as boolean) as memoryblock",
+     Address(rbGetRowFI), 4, Address(rbSetRowFI)},
+    {"RowStringInFormat(index as integer, ImageFormat as integer) as string", Address(rbGetRowFS), 4,
+     Address(rbSetRowFS)},
+    {"DataStringInFormat(ImageFormat as integer) as string", Address(rbGetAllFS), 4, Address(rbSetAllFS)},
+    {"Clone as PictureZVK", Address(Clone)},
+    {"DrawPictureRedToGrayChannel(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight "
+     "as integer)",
+     Address(rbDrawPictureRedToGrayChannel6), kPicture},
+    {"DrawPictureRedToGrayChannel(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight "
+     "as integer, SourceX as integer, SourceY as integer)",
+     Address(rbDrawPictureRedToGrayChannel8), kPicture},
     {"DrawPictureGreenToGrayChannel(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, "
      "DestHeight as integer)",
-     kPicture},
+     Address(rbDrawPictureGreenToGrayChannel6), kPicture},
     {"DrawPictureGreenToGrayChannel(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, "
      "DestHeight as integer, SourceX as integer, SourceY as integer)",
-     kPicture},
+     Address(rbDrawPictureGreenToGrayChannel8), kPicture},
     {"DrawPictureBlueToGrayChannel(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, "
      "DestHeight as integer)",
-     kPicture},
+     Address(rbDrawPictureBlueToGrayChannel6), kPicture},
     {"DrawPictureBlueToGrayChannel(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, "
      "DestHeight as integer, SourceX as integer, SourceY as integer)",
-     kPicture},
-    {"DrawPictureRGB(pic as picture)", kPicture},
-    {"DrawPictureRGB(pic as picture, DestX as integer, DestY as integer)", kPicture},
+     Address(rbDrawPictureBlueToGrayChannel8), kPicture},
+    {"DrawPictureRGB(pic as picture)", Address(rbDrawPictureRGB2), kPicture},
+    {"DrawPictureRGB(pic as picture, DestX as integer, DestY as integer)", Address(rbDrawPictureRGB4), kPicture},
     {"DrawPictureRGB(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer)",
-     kPicture},
+     Address(rbDrawPictureRGB6), kPicture},
     {"DrawPictureRGB(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer, "
      "SourceX as integer, SourceY as integer)",
-     kPicture},
-    {"ClipImage as PictureZVK"},
-    {"ClipImage(x as integer, y as integer, width as integer, height as integer) as PictureZVK"},
+     Address(rbDrawPictureRGB8), kPicture},
+    {"ClipImage as PictureZVK", Address(ClipImage1)},
+    {"ClipImage(x as integer, y as integer, width as integer, height as integer) as PictureZVK", Address(ClipImage5)},
 };
 
-const std::vector<const char *> kSharedMethods = {
-    "CalculateMemory(width as integer, height as integer, theImageFormat as integer) as Int64",
-    "CanAllocateImage(width as integer, height as integer, theImageFormat as integer) as boolean",
-    "CreatePictureZVK(width as integer, height as integer, theImageFormat as integer) as PictureZVK",
+const std::vector<ExpectedMethod> kSharedMethods = {
+    {"CalculateMemory(width as integer, height as integer, theImageFormat as integer) as Int64",
+     Address(CalculateMemory)},
+    {"CanAllocateImage(width as integer, height as integer, theImageFormat as integer) as boolean",
+     Address(CanAllocateImage)},
+    {"CreatePictureZVK(width as integer, height as integer, theImageFormat as integer) as PictureZVK",
+     Address(CreatePictureGlobal)},
 };
 
 TEST(ClassTables, Properties) {
@@ -161,10 +189,10 @@ TEST(ClassTables, Properties) {
     EXPECT_EQ(property.editor, nullptr);
     EXPECT_EQ(property.flags, expected.flags);
     EXPECT_EQ(property.param, static_cast<int32_t>(expected.position));
-    EXPECT_EQ(property.getter == REALstandardAccessor, expected.access != Access::Getter);
-    EXPECT_NE(property.getter, nullptr);
-    EXPECT_EQ(property.setter == REALstandardAccessor, expected.access == Access::Field);
-    EXPECT_EQ(property.setter == nullptr, expected.access == Access::ReadOnly || expected.access == Access::Getter);
+    EXPECT_EQ(property.getter, expected.access == Access::Getter ? expected.accessor : REALstandardAccessor);
+    EXPECT_EQ(property.setter, expected.access == Access::Field    ? REALstandardAccessor
+                               : expected.access == Access::Setter ? expected.accessor
+                                                                   : nullptr);
     EXPECT_EQ(property.enumCount + property.attributeCount, 0u);
   }
 }
@@ -175,19 +203,23 @@ TEST(ClassTables, Methods) {
     const REALmethodDefinition &method = PictureDefinition.methods[i];
     EXPECT_STREQ(method.declaration, kMethods[i].declaration);
     EXPECT_EQ(method.flags, kMethods[i].flags) << method.declaration;
-    EXPECT_NE(method.function, nullptr) << method.declaration;
-    EXPECT_EQ(method.setterFunction != nullptr, kMethods[i].assignable) << method.declaration;
+    EXPECT_EQ(method.function, kMethods[i].handler) << method.declaration;
+    EXPECT_EQ(method.setterFunction, kMethods[i].setter) << method.declaration;
   }
 }
 
 TEST(ClassTables, SharedMethods) {
   ASSERT_EQ(PictureDefinition.sharedMethodCount, kSharedMethods.size());
   for (size_t i = 0; i < kSharedMethods.size(); ++i) {
-    EXPECT_STREQ(PictureDefinition.sharedMethods[i].declaration, kSharedMethods[i]);
-    EXPECT_EQ(PictureDefinition.sharedMethods[i].flags, 4u);
+    const REALmethodDefinition &method = PictureDefinition.sharedMethods[i];
+    EXPECT_STREQ(method.declaration, kSharedMethods[i].declaration);
+    EXPECT_EQ(method.function, kSharedMethods[i].handler) << method.declaration;
+    EXPECT_EQ(method.setterFunction, nullptr) << method.declaration;
+    EXPECT_EQ(method.flags, 4u) << method.declaration;
   }
   ASSERT_EQ(PictureFactoryDefinition.sharedMethodCount, 1u);
   EXPECT_STREQ(PictureFactoryDefinition.sharedMethods[0].declaration, "SetFactory(factory as PictureFactoryZVK)");
+  EXPECT_EQ(PictureFactoryDefinition.sharedMethods[0].function, Address(SetFactory));
   EXPECT_EQ(PictureFactoryDefinition.sharedMethods[0].flags, 4u);
 }
 
@@ -247,7 +279,7 @@ TEST(ClassTables, TheTwoClasses) {
   EXPECT_EQ(PictureDefinition.superName, nullptr);
   EXPECT_EQ(PictureDefinition.dataSize, sizeof(ImageClassData));
   EXPECT_EQ(PictureDefinition.constructor, nullptr);
-  EXPECT_NE(PictureDefinition.destructor, nullptr);
+  EXPECT_EQ(PictureDefinition.destructor, Address(ImageDestructor));
   EXPECT_EQ(PictureDefinition.flags, 4u);
   EXPECT_EQ(PictureDefinition.eventCount, 0u);
   EXPECT_EQ(PictureDefinition.sharedPropertyCount, 0u);

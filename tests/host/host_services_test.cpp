@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "host/resources.h"
+#include "image/image_record.h"
 #include "tests/support/faults.h"
 #include "tests/support/plugin_host.h"
 
@@ -299,6 +300,20 @@ TEST(HostServicesOnAnOldHost, StringDataFailsWithoutMemoryAndDropsTheConvertedSt
   EXPECT_EQ(Read(string, kEncodingUTF16), std::nullopt);
 }
 
+TEST(HostServicesOnAnOldHost, StringDataIsCountedInBytesAndNotUpToAZero) {
+  PluginHost host({.version = 2010.0, .withheld = {"PluginGetStringData"}});
+  const std::string bytes("a\0b\0\0", 5);
+  const auto string = host.NewString(bytes, Encoding::Binary);
+  EXPECT_EQ(Read(string, kEncodingBinary), bytes);
+}
+
+TEST_F(HostServices, TheHostsOwnAnswerToStringDataIsHandedOn) {
+  host_->SetEntry(
+      "PluginGetStringData", +[](REALstring, uint32_t, REALstringData *) -> uint8_t { return 7; });
+  REALstringData data{};
+  EXPECT_EQ(REALGetStringData(nullptr, kEncodingUTF8, &data), 7);
+}
+
 // --- yield ---
 
 struct Yielder {
@@ -361,6 +376,35 @@ TEST_F(HostServices, TheFirstCallYieldsUnlessTheClockIsNearZero) {
   EXPECT_FALSE(yielder.Yields());
 }
 
+TEST_F(HostServices, TheTimeIsReadAgainInTheUnitOfTheCallEvenIfTheUnitHasChanged) {
+  host_->SetClock({.ticks = 100, .nanoseconds = 7000000});
+  static YieldData data;
+  data = {10, 0};
+  host_->onYield = [] { data.YieldTicks = -1; };
+  data.DoYield();
+  EXPECT_EQ(data.LastYieldTime, 100);
+}
+
+TEST_F(HostServices, AMillisecondCountThatDoesNotFitIsTheMostNegativeInteger) {
+  host_->SetClock({.nanoseconds = 2147483648u * uint64_t{1000000}});
+  Yielder yielder{{-50, 1000}};
+  EXPECT_TRUE(yielder.Yields());
+  EXPECT_EQ(yielder.data.LastYieldTime, INT32_MIN);
+  EXPECT_FALSE(yielder.Yields());
+}
+
+TEST_F(HostServices, AnImageWithoutYieldTicksNeverAsksForTheTime) {
+  host_->SetClock({.ticks = 100, .nanoseconds = 7000000});
+  ImageClassData image{};
+  YieldOn(image);
+  EXPECT_EQ(host_->Questions("TickCount"), 0);
+  EXPECT_EQ(host_->Questions("AudioGetCurrentHostTime"), 0);
+  EXPECT_EQ(host_->Calls("REALYieldToRB"), 0);
+  image.Yield.YieldTicks = 1;
+  YieldOn(image);
+  EXPECT_EQ(host_->Calls("REALYieldToRB"), 1);
+}
+
 TEST_F(HostServices, WithoutAPlatformsClocksTheMachinesOwnCount) {
   Yielder ticks{{1, 0}};
   Yielder milliseconds{{-1, 0}};
@@ -384,6 +428,67 @@ TEST_F(HostServices, WithoutREALYieldToRBOnlyTheTimeIsKept) {
   YieldData data{5, 0};
   data.DoYield();
   EXPECT_EQ(data.LastYieldTime, 77);
+}
+
+// --- entries by name ---
+
+std::vector<std::string> askedNames;
+
+TEST(HostEntries, AreAskedForByTheHostsNames) {
+  gResolver = [](const char *name) -> void * {
+    askedNames.emplace_back(name);
+    return nullptr;
+  };
+  const auto nameOf = [](auto &entry) {
+    askedNames.clear();
+    EXPECT_FALSE(entry.Resolves());
+    return askedNames.size() == 1 ? askedNames[0] : "";
+  };
+  EXPECT_EQ(nameOf(REALinRuntime), "REALinRuntime");
+  EXPECT_EQ(nameOf(REALRegisterClass), "PluginRegisterClass");
+  EXPECT_EQ(nameOf(REALnewInstance), "PluginNewInstance");
+  EXPECT_EQ(nameOf(REALLockObject), "REALLockObject");
+  EXPECT_EQ(nameOf(REALUnlockObject), "REALUnlockObject");
+  EXPECT_EQ(nameOf(REALLockString), "REALLockString");
+  EXPECT_EQ(nameOf(REALUnlockString), "REALUnlockString");
+  EXPECT_EQ(nameOf(originalREALBuildString), "REALBuildString");
+  EXPECT_EQ(nameOf(REALGetStringEncoding), "REALGetStringEncoding");
+  EXPECT_EQ(nameOf(REALSetStringEncoding), "REALSetStringEncoding");
+  EXPECT_EQ(nameOf(REALConvertString), "REALConvertString");
+  EXPECT_EQ(nameOf(PluginGetStringData), "PluginGetStringData");
+  EXPECT_EQ(nameOf(REALDisposeStringData), "PluginDisposeStringData");
+  EXPECT_EQ(nameOf(StringGetCString), "StringGetCString");
+  EXPECT_EQ(nameOf(REALRaiseException), "RuntimeRaiseException");
+  EXPECT_EQ(nameOf(REALSetPropValueString), "REALSetPropValueString");
+  EXPECT_EQ(nameOf(REALSetPropValueInt32), "REALSetPropValueInt");
+  EXPECT_EQ(nameOf(REALGetPropValueInt32), "REALGetPropValueInt");
+  EXPECT_EQ(nameOf(REALGetPropValueUInt8), "REALGetPropValueBool");
+  EXPECT_EQ(nameOf(REALYieldToRB), "REALYieldToRB");
+  EXPECT_EQ(nameOf(REALFSRefFromFolderItem), "REALFSRefFromFolderItem");
+  EXPECT_EQ(nameOf(REALFSSpecFromFolderItem), "REALFSSpecFromFolderItem");
+  EXPECT_EQ(nameOf(REALMemoryBlockGetPtr), "memoryBlockGetPtr");
+  EXPECT_EQ(nameOf(REALPtrToMemoryBlock), "PtrToMemoryBlock");
+  EXPECT_EQ(nameOf(REALNewMemoryBlockOriginal), "newMemoryBlock");
+  EXPECT_EQ(nameOf(REALGetArrayUBound), "RuntimeUBound");
+  EXPECT_EQ(nameOf(REALGetArrayInt), "RuntimeDirectReadIntArray");
+  EXPECT_EQ(nameOf(REALGetEventInstance), "GetEventInstance");
+  EXPECT_EQ(nameOf(REALGetClassRef), "pluginObjectType");
+  EXPECT_EQ(nameOf(REALLoadFrameworkMethod), "REALLoadGlobalMethod");
+  EXPECT_EQ(nameOf(REALLoadObjectMethod), "REALLoadObjectMethod");
+  EXPECT_EQ(nameOf(REALLockPictureDescription), "REALLockPictureDescription");
+  EXPECT_EQ(nameOf(lockPictureDescription), "lockPictureDescription");
+  EXPECT_EQ(nameOf(REALUnlockPictureDescription), "unlockPictureDescription");
+  EXPECT_EQ(nameOf(REALPictureClearCache), "REALPictureClearCache");
+  EXPECT_EQ(nameOf(REALGetPictureGraphics), "pluginPictureGraphicsGetter");
+  EXPECT_EQ(nameOf(REALGetPictureMask), "REALGetPictureMask");
+  EXPECT_EQ(nameOf(REALNewPicture), "newPicture");
+  EXPECT_EQ(nameOf(REALBuildPictureFromBuffer), "REALBuildPictureFromBuffer");
+}
+
+TEST(HostEntries, BeforeThereIsAResolverNothingResolves) {
+  ASSERT_EQ(gResolver, nullptr);
+  EXPECT_FALSE(REALnewInstance.Resolves());
+  EXPECT_EQ(REALnewInstance("Picture"), nullptr);
 }
 
 // --- platform functions, owners ---

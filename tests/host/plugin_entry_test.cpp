@@ -21,6 +21,7 @@ struct Listener {
   bool inRuntime = true;
   std::set<std::string> withheld;
   std::vector<std::string> asked;
+  std::vector<std::string> called;
   std::vector<int32_t> versionsTold;
   std::vector<REALclassDefinition *> classes;
 } listener;
@@ -30,16 +31,28 @@ void *Resolve(const char *name) {
   if (listener.withheld.count(name)) return nullptr;
   const std::string entry = name;
   if (entry == "RegisterPluginVersion") {
-    return reinterpret_cast<void *>(+[](int32_t version) { listener.versionsTold.push_back(version); });
+    return reinterpret_cast<void *>(+[](int32_t version) {
+      listener.called.emplace_back("RegisterPluginVersion");
+      listener.versionsTold.push_back(version);
+    });
   }
   if (entry == "REALGetRBVersion" && listener.version) {
-    return reinterpret_cast<void *>(+[]() -> double { return *listener.version; });
+    return reinterpret_cast<void *>(+[]() -> double {
+      listener.called.emplace_back("REALGetRBVersion");
+      return *listener.version;
+    });
   }
   if (entry == "REALinRuntime") {
-    return reinterpret_cast<void *>(+[]() -> uint8_t { return listener.inRuntime; });
+    return reinterpret_cast<void *>(+[]() -> uint8_t {
+      listener.called.emplace_back("REALinRuntime");
+      return listener.inRuntime;
+    });
   }
   if (entry == "PluginRegisterClass") {
-    return reinterpret_cast<void *>(+[](REALclassDefinition *definition) { listener.classes.push_back(definition); });
+    return reinterpret_cast<void *>(+[](REALclassDefinition *definition) {
+      listener.called.emplace_back("PluginRegisterClass");
+      listener.classes.push_back(definition);
+    });
   }
   return nullptr;
 }
@@ -81,6 +94,9 @@ TEST(PluginEntry, AsksAndTellsInTheToldOrder) {
   const std::vector<std::string> expected = {"RegisterPluginVersion", "REALGetRBVersion", "REALinRuntime",
                                              "PluginRegisterClass"};
   EXPECT_EQ(listener.asked, expected);
+  const std::vector<std::string> calls = {"REALGetRBVersion", "RegisterPluginVersion", "REALinRuntime",
+                                          "PluginRegisterClass", "PluginRegisterClass"};
+  EXPECT_EQ(listener.called, calls);
 }
 
 TEST(PluginEntry, InARunningApplicationThePageIsTheSystemsAndTheRandomSequenceStartsFromTheTime) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -211,8 +212,18 @@ TEST(Registration, Version9GetsTheSameDefinitionAddressWithOlderRecords) {
   CurrentREALControlVersion = 9;
   Sample &sample = NewSample();
   const REALclassDefinition &definition = sample.definition;
+  const auto properties = std::to_array(sample.properties);
+  const auto methods = std::to_array(sample.methods);
+  const auto constants = std::to_array(sample.constants);
   MyREALRegisterClass(&sample.definition);
   ASSERT_EQ(registered, &sample.definition);
+
+  // The newer tables are left as they were.
+  EXPECT_EQ(std::memcmp(sample.properties, properties.data(), sizeof sample.properties), 0);
+  EXPECT_EQ(std::memcmp(sample.methods, methods.data(), sizeof sample.methods), 0);
+  EXPECT_EQ(std::memcmp(sample.constants, constants.data(), sizeof sample.constants), 0);
+  EXPECT_STREQ(sample.events[0].declaration, "Opened");
+  EXPECT_EQ(sample.events[0].attributeCount, 1u);
 
   EXPECT_EQ(definition.version, 9u);
   EXPECT_STREQ(definition.name, "Sample");

@@ -130,6 +130,46 @@ TEST_P(ImageFactory, AfterBothFactoriesTheImageIsConstructed) {
   EXPECT_TRUE(Record(picture).OwnsBuffer);
 }
 
+TEST_P(ImageFactory, AnImageOfTheGlobalFactoryIsCheckedAndReleasedLikewise) {
+  const ImageClassData *record = WithBothFactories();
+  answers[0].closed = true;
+  answers[1].width = 19;
+  const ObjectReference picture = CreatePicture(record, 20, 10, ImageFormatG);
+  ASSERT_TRUE(picture);
+  EXPECT_EQ(answers[1].asked, 1);
+  EXPECT_EQ(Record(picture).Width, 20);
+  EXPECT_EQ(Record(picture).ImageFormat, ImageFormatG);
+  EXPECT_FALSE(host_.TakeException());
+}
+
+TEST_P(ImageFactory, WithoutAFactoryOfItsOwnAnImageAsksTheGlobalOne) {
+  WithBothFactories();
+  const auto other = host_.New("PictureZVK");
+  EXPECT_TRUE(CreatePicture(RecordOf(other), 20, 10, ImageFormatRGB));
+  EXPECT_EQ(answers[0].asked, 0);
+  EXPECT_EQ(answers[1].asked, 1);
+}
+
+TEST_P(ImageFactory, TheMethodAsksTheInstancesFactoryAndTheSharedMethodTheGlobalOne) {
+  WithBothFactories();
+  const auto local = Adopt(CreatePictureLocal(asking_, 20, 10, ImageFormatBGR));
+  EXPECT_EQ(answers[0].asked, 1);
+  EXPECT_EQ(answers[0].wished, (std::array<int32_t, 3>{20, 10, ImageFormatBGR}));
+  EXPECT_EQ(answers[1].asked, 0);
+  const auto global = Adopt(CreatePictureGlobal(19, 9, ImageFormatGA));
+  EXPECT_EQ(answers[0].asked, 1);
+  EXPECT_EQ(answers[1].asked, 1);
+  EXPECT_EQ(answers[1].wished, (std::array<int32_t, 3>{19, 9, ImageFormatGA}));
+  EXPECT_EQ(answers[1].factory, second_.Handle());
+  EXPECT_TRUE(local && global);
+}
+
+TEST_P(ImageFactory, WithoutNewInstanceTheResultIsNil) {
+  host_->Withhold("PluginNewInstance");
+  EXPECT_EQ(CreatePictureGlobal(20, 10, ImageFormatRGB), nullptr);
+  EXPECT_EQ(host_.TakeException(), std::nullopt);
+}
+
 TEST_P(ImageFactory, AnImageTwiceAsLargeIsAccepted) {
   const ImageClassData *record = WithBothFactories();
   answers[0].width = 40;
@@ -218,6 +258,17 @@ TEST_P(ImageFactory, TheGlobalFactoryLivesByTheSystemsReferenceAlone) {
   first.Reset();
   EXPECT_TRUE(CreatePicture(nullptr, 20, 10, ImageFormatRGB));
   EXPECT_EQ(answers[0].asked, 1);
+}
+
+TEST_P(ImageFactory, AFactoryThatOnlyTheSystemHoldsSurvivesBeingSetAgain) {
+  auto first = host_.New("First");
+  const REALobject handle = first.Handle();
+  SetFactory(handle);
+  first.Reset();
+  SetFactory(handle);
+  EXPECT_EQ(standalone::Object::From(handle)->References(), 1);
+  EXPECT_TRUE(CreatePicture(nullptr, 20, 10, ImageFormatRGB));
+  EXPECT_EQ(answers[0].factory, handle);
 }
 
 }  // namespace
