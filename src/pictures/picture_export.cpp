@@ -2,9 +2,11 @@
 
 #include <cstddef>
 #include <cstring>
+#include <utility>
 
 #include "host/host_services.h"
 #include "host/resources.h"
+#include "image/kernel_clones.h"
 #include "pictures/pixel_words.h"
 
 namespace zvk {
@@ -14,68 +16,84 @@ namespace {
 // The largest picture in either direction; an image may be far larger.
 constexpr int32_t kLargestPictureSide = 32767;
 
-// --- pixel readers: an image's pixel as 8-bit red, green and blue. They take the offsets as they stand at the row. ---
+// --- pixel readers: an image's pixel as 8-bit red, green and blue, by the offsets as they stand at the row. Each names
+// the pixel sizes for which the loop is worth a form of its own. ---
 
-struct Gray8Reader {
-  explicit Gray8Reader(const ImageClassData &image) : gray(image.GrayOffset) {}
-  Samples operator()(const uint8_t *pixel) const { return {pixel[gray], pixel[gray], pixel[gray]}; }
-  ptrdiff_t gray;
+template <int... kSizes>
+using PixelSizes = std::integer_sequence<int, kSizes...>;
+
+struct ByteReader {
+  using UsualSizes = PixelSizes<1, 2, 3, 4, 5>;
+  ptrdiff_t sample;
+  Samples operator()(const uint8_t *pixel) const { return {pixel[sample], pixel[sample], pixel[sample]}; }
 };
 
 struct Gray16Reader {
-  explicit Gray16Reader(const ImageClassData &image) : gray(image.GrayOffset) {}
+  using UsualSizes = PixelSizes<2>;
+  ptrdiff_t gray;
   Samples operator()(const uint8_t *pixel) const {
     uint16_t sample;
     std::memcpy(&sample, pixel + gray, sizeof sample);
     const auto high = static_cast<uint8_t>(sample >> 8);  // the low byte is dropped, not rounded
     return {high, high, high};
   }
-  ptrdiff_t gray;
 };
 
 struct RGBReader {
-  explicit RGBReader(const ImageClassData &image)
-      : red(image.RedOffset), green(image.GreenOffset), blue(image.BlueOffset) {}
-  Samples operator()(const uint8_t *pixel) const { return {pixel[red], pixel[green], pixel[blue]}; }
+  using UsualSizes = PixelSizes<3, 4>;
   ptrdiff_t red, green, blue;
+  Samples operator()(const uint8_t *pixel) const { return {pixel[red], pixel[green], pixel[blue]}; }
 };
 
 // Plain ink arithmetic, without colour management.
 struct CMYKReader {
-  explicit CMYKReader(const ImageClassData &image)
-      : cyan(image.CyanOffset), magenta(image.MagentaOffset), yellow(image.YellowOffset), black(image.BlackOffset) {}
+  using UsualSizes = PixelSizes<4, 5>;
+  ptrdiff_t cyan, magenta, yellow, black;
   Samples operator()(const uint8_t *pixel) const {
     const uint32_t white = 255u - pixel[black];
     const auto without = [white](uint32_t ink) { return static_cast<uint8_t>(white - ink * white / 255); };
     return {without(pixel[cyan]), without(pixel[magenta]), without(pixel[yellow])};
   }
-  ptrdiff_t cyan, magenta, yellow, black;
 };
 
-struct AlphaReader {
-  explicit AlphaReader(const ImageClassData &image) : alpha(image.AlphaOffset) {}
-  Samples operator()(const uint8_t *pixel) const { return {pixel[alpha], pixel[alpha], pixel[alpha]}; }
-  ptrdiff_t alpha;
-};
+ByteReader GrayOf(const ImageClassData &image) { return {image.GrayOffset}; }
+ByteReader AlphaOf(const ImageClassData &image) { return {image.AlphaOffset}; }
+Gray16Reader Gray16Of(const ImageClassData &image) { return {image.GrayOffset}; }
+RGBReader RGBOf(const ImageClassData &image) { return {image.RedOffset, image.GreenOffset, image.BlueOffset}; }
+CMYKReader CMYKOf(const ImageClassData &image) {
+  return {image.CyanOffset, image.MagentaOffset, image.YellowOffset, image.BlackOffset};
+}
 
 // --- loops ---
 
-template <class Reader, class Word>
-void WritePixels(const uint8_t *source, ptrdiff_t pixelSize, uint8_t *dest, int32_t count, Reader read) {
-  for (int32_t i = 0; i < count; ++i) {
-    Word::StoreOpaque(dest + 4 * static_cast<ptrdiff_t>(i), read(source));
-    source += pixelSize;
-  }
+// kPixelSize 0: as `anyPixelSize` says.
+template <class Reader, class Word, int kPixelSize>
+ZVK_KERNEL_CLONES void WritePixels(const uint8_t *source, ptrdiff_t anyPixelSize, uint8_t *dest, int32_t count,
+                                   Reader read) {
+  const ptrdiff_t pixelSize = kPixelSize != 0 ? kPixelSize : anyPixelSize;
+  for (ptrdiff_t i = 0; i < count; ++i) Word::StoreOpaque(dest + 4 * i, read(source + i * pixelSize));
+}
+
+template <class Reader, class Word, int... kSizes>
+void WriteRow(PixelSizes<kSizes...>, const uint8_t *source, ptrdiff_t pixelSize, uint8_t *dest, int32_t count,
+              Reader read) {
+  const bool usual =
+      ((pixelSize == kSizes && (WritePixels<Reader, Word, kSizes>(source, pixelSize, dest, count, read), true)) || ...);
+  if (!usual) WritePixels<Reader, Word, 0>(source, pixelSize, dest, count, read);
 }
 
 template <class Reader>
-void WriteRows(ImageClassData &image, const Rectangle &rectangle, PictureEditor &picture) {
-  VisitLayout(picture.Layout, [&]<class Word>(Word) {
+void WriteRows(ImageClassData &image, const Rectangle &rectangle, PictureEditor &picture,
+               Reader (*readerOf)(const ImageClassData &)) {
+  VisitPixelWord(picture.Layout, [&]<class Word>(Word) {
     YieldOn(image);
     for (int32_t i = 0; i < rectangle.height; ++i) {
-      const ptrdiff_t pixelSize = image.PixelSize;
-      const uint8_t *source = image.GetRow(&image, rectangle.y + i) + rectangle.x * pixelSize;
-      WritePixels<Reader, Word>(source, pixelSize, picture.RowAddress, rectangle.width, Reader(image));
+      if constexpr (Word::kKnown) {
+        const ptrdiff_t pixelSize = image.PixelSize;
+        const uint8_t *source = image.GetRow(&image, rectangle.y + i) + rectangle.x * pixelSize;
+        WriteRow<Reader, Word>(typename Reader::UsualSizes(), source, pixelSize, picture.RowAddress, rectangle.width,
+                               readerOf(image));
+      }
       picture.NextRow();
       YieldOn(image);
     }
@@ -103,18 +121,18 @@ REALobject CopyToPicture(ImageClassData &image, Rectangle rectangle,
 
 void WriteColours(ImageClassData &image, const Rectangle &rectangle, PictureEditor &picture) {
   if (image.IsGray && image.BitsPerComponent == 16) {
-    WriteRows<Gray16Reader>(image, rectangle, picture);
+    WriteRows(image, rectangle, picture, Gray16Of);
   } else if (image.IsGray) {
-    WriteRows<Gray8Reader>(image, rectangle, picture);
+    WriteRows(image, rectangle, picture, GrayOf);
   } else if (image.IsRGB) {
-    WriteRows<RGBReader>(image, rectangle, picture);
+    WriteRows(image, rectangle, picture, RGBOf);
   } else if (image.IsCMYK) {
-    WriteRows<CMYKReader>(image, rectangle, picture);
+    WriteRows(image, rectangle, picture, CMYKOf);
   }
 }
 
 void WriteAlpha(ImageClassData &image, const Rectangle &rectangle, PictureEditor &picture) {
-  WriteRows<AlphaReader>(image, rectangle, picture);
+  WriteRows(image, rectangle, picture, AlphaOf);
 }
 
 REALobject rbCopyPicture(REALobject instance, int32_t x, int32_t y, int32_t width, int32_t height) {

@@ -1,10 +1,12 @@
 #include "pictures/picture_import.h"
 
 #include <cstddef>
+#include <cstring>
 
 #include "host/host_services.h"
 #include "image/image_formats.h"
 #include "image/image_storage.h"
+#include "image/kernel_clones.h"
 #include "pictures/pixel_words.h"
 
 namespace zvk {
@@ -154,9 +156,10 @@ const uint8_t *SourcePixel(const PictureEditor &picture, const Transfer &transfe
   return picture.RowAddress + static_cast<ptrdiff_t>(transfer.sourceX) * picture.PixelBytes;
 }
 
-// Each pixel is read whole before any of it is stored: the image may lie over the very picture.
+// The three loops below do the same: each pixel is read whole before any of it is stored, and stored before the next is
+// read, as the image may lie over the very picture.
 template <class Word>
-void DrawColourRow(const uint8_t *source, uint8_t *dest, int32_t count, const ImageClassData &image) {
+void DrawColourPixels(const uint8_t *source, uint8_t *dest, int32_t count, const ImageClassData &image) {
   const ptrdiff_t pixelSize = image.PixelSize;
   const ptrdiff_t red = image.RedOffset, green = image.GreenOffset, blue = image.BlueOffset;
   for (int32_t i = 0; i < count; ++i) {
@@ -166,6 +169,51 @@ void DrawColourRow(const uint8_t *source, uint8_t *dest, int32_t count, const Im
     dest[blue] = samples.blue;
     source += 4;
     dest += pixelSize;
+  }
+}
+
+// Pixels of three bytes, green being the middle one.
+template <class Word, int kRed, int kBlue>
+ZVK_KERNEL_CLONES void DrawPackedPixels(const uint8_t *source, uint8_t *dest, int32_t count) {
+  for (ptrdiff_t i = 0; i < count; ++i) {
+    const Samples samples = Word::Load(source + 4 * i);
+    dest[3 * i + kRed] = samples.red;
+    dest[3 * i + 1] = samples.green;
+    dest[3 * i + kBlue] = samples.blue;
+  }
+}
+
+// Pixels of four bytes, at three different ones of which the samples go; the fourth is put back as it is.
+template <class Word>
+ZVK_KERNEL_CLONES void DrawPixelWords(const uint8_t *source, uint8_t *dest, int32_t count, int32_t red, int32_t green,
+                                      int32_t blue) {
+  const int32_t redShift = 8 * red, greenShift = 8 * green, blueShift = 8 * blue;
+  const uint32_t kept = ~(255u << redShift | 255u << greenShift | 255u << blueShift);
+  for (ptrdiff_t i = 0; i < count; ++i) {
+    const Samples samples = Word::Load(source + 4 * i);
+    uint32_t word;
+    std::memcpy(&word, dest + 4 * i, sizeof word);
+    word = (word & kept) | uint32_t{samples.red} << redShift | uint32_t{samples.green} << greenShift |
+           uint32_t{samples.blue} << blueShift;
+    std::memcpy(dest + 4 * i, &word, sizeof word);
+  }
+}
+
+template <class Word>
+void DrawColourRow(const uint8_t *source, uint8_t *dest, int32_t count, const ImageClassData &image) {
+  const int32_t red = image.RedOffset, green = image.GreenOffset, blue = image.BlueOffset;
+  if (image.PixelSize == 3 && green == red + 1 && blue == red + 2) {
+    DrawPackedPixels<Word, 0, 2>(source, dest + red, count);
+  } else if (image.PixelSize == 3 && green == blue + 1 && red == blue + 2) {
+    DrawPackedPixels<Word, 2, 0>(source, dest + blue, count);
+  } else if (image.PixelSize == 4 && red / 4 == green / 4 && red / 4 == blue / 4 && red != green && red != blue &&
+             green != blue) {
+    // The last pixel goes by bytes: its fourth one may lie behind a caller's memory.
+    DrawPixelWords<Word>(source, dest + red / 4 * 4, count - 1, red % 4, green % 4, blue % 4);
+    DrawColourPixels<Word>(source + 4 * (static_cast<ptrdiff_t>(count) - 1),
+                           dest + 4 * (static_cast<ptrdiff_t>(count) - 1), 1, image);
+  } else {
+    DrawColourPixels<Word>(source, dest, count, image);
   }
 }
 
@@ -182,7 +230,7 @@ void DrawGrayRow(const uint8_t *source, uint8_t *dest, int32_t count, const Imag
 
 template <uint8_t Samples::*kSample>
 void DrawGrayRows(ImageClassData &image, const Transfer &transfer, PictureEditor &picture) {
-  VisitLayout(picture.Layout, [&]<class Word>(Word) {
+  VisitPixelWord(picture.Layout, [&]<class Word>(Word) {
     for (int32_t i = 0; i < transfer.height; ++i) {
       uint8_t *dest = DestPixel(image, transfer, i);
       DrawGrayRow<Word, kSample>(SourcePixel(picture, transfer), dest, transfer.width, image);
@@ -203,7 +251,7 @@ void DrawToGrayChannel(REALobject instance, REALobject picture, const Transfer &
 
 void DrawColours(ImageClassData &image, const Transfer &transfer, PictureEditor &picture) {
   YieldOn(image);
-  VisitLayout(picture.Layout, [&]<class Word>(Word) {
+  VisitPixelWord(picture.Layout, [&]<class Word>(Word) {
     if constexpr (Word::kKnown) {
       for (int32_t i = 0; i < transfer.height; ++i) {
         uint8_t *dest = DestPixel(image, transfer, i);

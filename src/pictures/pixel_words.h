@@ -23,12 +23,9 @@ struct PixelWord {
   static Samples Load(const uint8_t *pixel) { return {pixel[kRed], pixel[kGreen], pixel[kBlue]}; }
 
   static void StoreOpaque(uint8_t *pixel, Samples samples) {
-    uint8_t bytes[4];
-    bytes[kRed] = samples.red;
-    bytes[kGreen] = samples.green;
-    bytes[kBlue] = samples.blue;
-    bytes[kAlpha] = kOpaque;
-    std::memcpy(pixel, bytes, sizeof bytes);
+    const uint32_t word = uint32_t{samples.red} << 8 * kRed | uint32_t{samples.green} << 8 * kGreen |
+                          uint32_t{samples.blue} << 8 * kBlue | uint32_t{kOpaque} << 8 * kAlpha;
+    std::memcpy(pixel, &word, sizeof word);
   }
 };
 
@@ -36,16 +33,15 @@ using AlphaLastWord = PixelWord<0, 1, 2, 3, 255>;   // layouts 1, 3, 5
 using AlphaFirstWord = PixelWord<1, 2, 3, 0, 255>;  // layouts 2, 4, 6
 using GDWord = PixelWord<2, 1, 0, 3, 0>;            // layout 8: GD's alpha 0 is opaque
 
-// A layout that nobody knows: reads as zero samples and is not written.
+// A layout that nobody knows: reads as zero samples, and is never written.
 struct UnknownWord {
   static constexpr bool kKnown = false;
   static Samples Load(const uint8_t *) { return {0, 0, 0}; }
-  static void StoreOpaque(uint8_t *, Samples) {}
 };
 
 // Calls the visitor once with the word of the layout, which it takes as the type of its argument.
 template <class Visitor>
-decltype(auto) VisitLayout(int32_t layout, Visitor &&visitor) {
+decltype(auto) VisitPixelWord(int32_t layout, Visitor &&visitor) {
   switch (layout) {
     case 1:
     case 3:

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <ostream>
 #include <vector>
 
 #include "host/host_services.h"
@@ -67,6 +68,10 @@ struct BitmapCase {
   int32_t format;
   std::vector<int32_t> offsets;  // red, green, blue, alpha
 };
+
+void PrintTo(const BitmapCase &bitmap, std::ostream *out) {
+  *out << "alpha info " << bitmap.alphaInfo << (bitmap.useAlpha ? ", with alpha" : "");
+}
 
 class PictureConstructorOverBitmap : public testing::TestWithParam<BitmapCase> {};
 

@@ -107,14 +107,55 @@ TEST_P(ImportFromEveryLayout, ASourcePositionCutsOutAPart) {
 
 TEST_P(ImportFromEveryLayout, APictureDrawnIntoTheImageOverItIsReadAsTheLoopGoes) {
   if (GetParam() == 3 || GetParam() == 4) return;  // no image can be made over these
-  auto picture = Ramp(4);
+  auto picture = Ramp(100);
   const uint8_t alpha = picture->GetPixel(2, 0).alpha;
   auto image = host_.New("PictureZVK");
   ImageConstructorPicture(image, picture, true);
   ASSERT_TRUE(RecordOf(image)->Valid);
   // Each pixel is stored before the next is read, so the first one runs through to the right.
   rbDrawPictureRGB4(image, picture, 1, 0);
-  for (int32_t x = 0; x < 4; ++x) EXPECT_EQ(picture->GetPixel(x, 0), (Pixel{10, 11, 12, alpha}));
+  for (int32_t x = 0; x < 100; ++x) EXPECT_EQ(picture->GetPixel(x, 0), (Pixel{10, 11, 12, alpha}));
+}
+
+TEST_P(ImportFromEveryLayout, APictureDrawnIntoAnImageOfOtherPixelsInItsMemoryIsReadAsTheLoopGoes) {
+  for (const int32_t format : {ImageFormatRGB, ImageFormatBGR, ImageFormatRGBX, ImageFormatXBGR}) {
+    for (int32_t start = 0; start < 12; ++start) {
+      auto picture = NewFilledPicture(host_, 100, 1, GetParam());
+      auto image = host_.NewMemoryBlock(1);
+      auto over = host_.New("PictureZVK");
+      ImageConstructorMemory(over, image, 90, 1, format, 400);
+      ImageClassData &record = *RecordOf(over);
+      record.Buffer = picture->Storage().Row(0) + start;
+
+      // The same, pixel by pixel, on a twin.
+      auto twin = NewFilledPicture(host_, 100, 1, GetParam());
+      for (int32_t x = 0; x < 90; ++x) {
+        const Pixel pixel = twin->GetPixel(x, 0);
+        uint8_t *dest = twin->Storage().Row(0) + start + x * record.PixelSize;
+        dest[record.RedOffset] = pixel.red;
+        dest[record.GreenOffset] = pixel.green;
+        dest[record.BlueOffset] = pixel.blue;
+      }
+      rbDrawPictureRGB2(over, picture);
+      for (int32_t x = 0; x < 100; ++x) ASSERT_EQ(BytesAt(*picture, x, 0), BytesAt(*twin, x, 0)) << format << start;
+    }
+  }
+}
+
+TEST_P(ImportFromEveryLayout, OffsetsThatFallTogetherKeepTheLastSampleStored) {
+  auto picture = Ramp(40);
+  for (const int32_t format : {ImageFormatRGB, ImageFormatRGBX}) {
+    auto image = BlackImage(40, format);
+    ImageClassData &record = *RecordOf(image);
+    SetRedOffset(image, 0, 1);
+    SetGreenOffset(image, 0, 1);
+    SetBlueOffset(image, 0, 1);
+    rbDrawPictureRGB2(image, picture);
+    for (int32_t x = 0; x < 40; ++x) {
+      EXPECT_EQ(*SampleAt(record, x, 0, 0), 0);
+      EXPECT_EQ(*SampleAt(record, x, 0, 1), picture->GetPixel(x, 0).blue);
+    }
+  }
 }
 
 // --- rectangles: an image of 12 x 12 black pixels, a picture of 10 x 10 ---

@@ -37,7 +37,7 @@ struct Numbers {
   const bool near = Between(0, 3) != 0;
 
   int32_t Position() const { return near ? Between(-3, 5) : Wild(); }
-  int32_t Size() const { return near ? Between(-4, 16) : Wild(); }
+  int32_t Size() const { return near ? Between(-4, Between(0, 2) == 0 ? 150 : 16) : Wild(); }
 
   static int32_t Wild() {
     switch (Between(0, 3)) {
@@ -53,16 +53,19 @@ struct Numbers {
   }
 };
 
+// Mostly small; at times long enough for the loops that take many pixels at once.
+int32_t AnySide() { return Between(0, 3) != 0 ? Between(1, 12) : Between(12, 150); }
+
 int32_t AnyFormat() {
   const int32_t format = Between(1, 40);
   return format < 14 ? format : format + 1;
 }
 
 // An image of any format over memory that ends right behind its last pixel, with spare bytes between pixels and between
-// rows, offsets that may point at the next pixel, and the rows either way up.
+// rows, offsets that may stand in any order, fall together or point at the next pixel, and the rows either way up.
 struct AnyImage {
   explicit AnyImage(PluginHost &host) {
-    const int32_t width = Between(1, 12), height = Between(1, 12), format = AnyFormat();
+    const int32_t width = AnySide(), height = Between(1, 12), format = AnyFormat();
     image = host.New("PictureZVK");
     ImageConstructor(image, 1, 1, format);
     const int32_t pixelSize = RecordOf(image)->PixelSize + (Between(0, 3) == 0 ? Between(1, 3) : 0);
@@ -78,6 +81,11 @@ struct AnyImage {
          {&created.RedOffset, &created.GreenOffset, &created.BlueOffset, &created.GrayOffset, &created.AlphaOffset,
           &created.CyanOffset, &created.MagentaOffset, &created.YellowOffset, &created.BlackOffset}) {
       *offset += shift;
+    }
+    if (created.BitsPerComponent == 8 && Between(0, 3) == 0) {
+      created.RedOffset = shift + Between(0, pixelSize - 1);
+      created.GreenOffset = shift + Between(0, pixelSize - 1);
+      created.BlueOffset = shift + Between(0, pixelSize - 1);
     }
     if (Between(0, 2) == 0) created.GetRow = GetRowLinearMirrored;
     std::mt19937 random(static_cast<uint32_t>(Between(0, 1000000)));
@@ -211,8 +219,7 @@ std::vector<std::pair<int32_t, int32_t>> Pairs(int32_t dest, int32_t size, int32
 void CheckImport(PluginHost &host, int32_t layout) {
   const AnyImage image(host);
   ImageClassData &record = image.record();
-  auto picture =
-      NewFilledPicture(host, Between(1, 12), Between(1, 12), layout, static_cast<uint32_t>(Between(0, 9999)));
+  auto picture = NewFilledPicture(host, AnySide(), Between(1, 12), layout, static_cast<uint32_t>(Between(0, 9999)));
   const Numbers numbers;
   const int32_t x = numbers.Position(), y = numbers.Position(), width = numbers.Size(), height = numbers.Size();
   const int32_t sourceX = numbers.Position(), sourceY = numbers.Position();
