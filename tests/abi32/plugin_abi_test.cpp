@@ -34,28 +34,32 @@ class Plugin : public testing::TestWithParam<double> {
   Plugin() : host_({.version = GetParam()}) { host_.Load(PICTUREZVK_LIBRARY); }
   ~Plugin() override {
     EXPECT_EQ(standalone::Describe(host_.Leaks()), "");
-    EXPECT_TRUE(host_.Misdeeds().empty());
+    for (const std::string &misdeed : host_.Misdeeds()) ADD_FAILURE() << misdeed;
   }
 
   const RegisteredClass &Pictures() { return *host_.Classes().Get("PictureZVK").Definition(); }
 
-  // A method's handler by the declaration's beginning.
+  // The handler of the one method whose declaration begins so.
   template <class Function>
   Function *Handler(const std::string &beginning) {
-    for (const auto &method : Pictures().methods) {
-      if (method.declaration.rfind(beginning, 0) == 0) return reinterpret_cast<Function *>(method.function);
-    }
-    ADD_FAILURE() << "no method " << beginning;
-    return nullptr;
+    return Only<Function>(Pictures().methods, beginning);
   }
 
   template <class Function>
   Function *SharedHandler(const std::string &beginning) {
-    for (const auto &method : Pictures().sharedMethods) {
-      if (method.declaration.rfind(beginning, 0) == 0) return reinterpret_cast<Function *>(method.function);
+    return Only<Function>(Pictures().sharedMethods, beginning);
+  }
+
+  template <class Function, class Methods>
+  static Function *Only(const Methods &methods, const std::string &beginning) {
+    Function *found = nullptr;
+    for (const auto &method : methods) {
+      if (method.declaration.rfind(beginning, 0) != 0) continue;
+      EXPECT_EQ(found, nullptr) << "more than one method " << beginning;
+      found = reinterpret_cast<Function *>(method.function);
     }
-    ADD_FAILURE() << "no shared method " << beginning;
-    return nullptr;
+    EXPECT_NE(found, nullptr) << "no method " << beginning;
+    return found;
   }
 
   const standalone::RegisteredProperty &Property(const std::string &name) {
@@ -80,7 +84,8 @@ class Plugin : public testing::TestWithParam<double> {
   Owned<Object> New() { return Owned<Object>::Adopt(host_.Classes().NewInstance("PictureZVK")); }
   Owned<Object> New(int32_t width, int32_t height, int32_t format) {
     auto image = New();
-    Handler<void(REALobject, int32_t, int32_t, int32_t)>("Constructor(width")(image, width, height, format);
+    Handler<void(REALobject, int32_t, int32_t, int32_t)>(
+        "Constructor(width as integer, height as integer, ImageFormat as integer)")(image, width, height, format);
     return image;
   }
   Owned<Object> NewOver(const Owned<MemoryBlock> &block, int32_t width, int32_t height, int32_t format,
