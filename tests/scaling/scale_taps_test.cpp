@@ -1,0 +1,247 @@
+#include "scaling/scale_taps.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <utility>
+#include <vector>
+
+#include "tests/support/faults.h"
+#include "tests/support/plugin_host.h"
+
+namespace zvk {
+namespace {
+
+using Taps = std::vector<std::pair<int32_t, float>>;
+
+Taps TapsOf(const ScaleTapList &list) {
+  Taps taps;
+  for (int32_t i = 0; i < list.TapCount; ++i) taps.emplace_back(list.Taps[i].SourceIndex, list.Taps[i].Weight);
+  return taps;
+}
+
+// A built table of its own.
+struct Built : ScaleTapTable {
+  Built(const ScaleFilter &filter, const ScaleAxis &axis, int32_t count, double scale, int32_t sourceSize)
+      : ScaleTapTable(count) {
+    Build(filter, axis, count, scale, sourceSize, nullptr);
+  }
+  const ScaleTapList &operator[](int32_t index) const { return Lists()[index]; }
+};
+
+TEST(ScaleTaps, TriangleFromTwoToFour) {
+  for (const ScaleAxis *axis : {&kHorizontalAxis, &kVerticalAxis}) {
+    const Built table(kTriangleFilter, *axis, 4, 2.0, 2);
+    EXPECT_EQ(TapsOf(table[0]), (Taps{{0, 0.75f}}));
+    EXPECT_EQ(table[0].WeightSum, 0.75f);
+    EXPECT_EQ(TapsOf(table[1]), (Taps{{0, 0.75f}, {1, 0.25f}}));
+    EXPECT_EQ(table[1].WeightSum, 1.0f);
+    EXPECT_EQ(TapsOf(table[2]), (Taps{{0, 0.25f}, {1, 0.75f}}));
+    EXPECT_EQ(TapsOf(table[3]), (Taps{{1, 0.75f}}));
+  }
+}
+
+TEST(ScaleTaps, TriangleFromFourToTwoWidensTheWindow) {
+  const Built table(kTriangleFilter, kHorizontalAxis, 2, 0.5, 4);
+  EXPECT_EQ(TapsOf(table[0]), (Taps{{0, 0.75f}, {1, 0.75f}, {2, 0.25f}}));
+  EXPECT_EQ(table[0].WeightSum, 1.75f);
+  EXPECT_EQ(TapsOf(table[1]), (Taps{{1, 0.25f}, {2, 0.75f}, {3, 0.75f}}));
+}
+
+TEST(ScaleTaps, TriangleOverOnePixelHasOneTapAtEveryPosition) {
+  const Built table(kTriangleFilter, kHorizontalAxis, 5, 5.0, 1);
+  for (int32_t i = 0; i < 5; ++i) {
+    ASSERT_EQ(table[i].TapCount, 1);
+    EXPECT_EQ(table[i].Taps[0].SourceIndex, 0);
+  }
+}
+
+TEST(ScaleTaps, AScaleOfOneDoesNotWiden) {
+  const Built box(kBoxFilter, kHorizontalAxis, 3, 1.0, 3);
+  for (int32_t i = 0; i < 3; ++i) EXPECT_EQ(TapsOf(box[i]), (Taps{{i, 1.0f}}));
+  // The candidates at a distance of 1 are exactly 0.
+  const Built triangle(kTriangleFilter, kVerticalAxis, 3, 1.0, 3);
+  for (int32_t i = 0; i < 3; ++i) EXPECT_EQ(TapsOf(triangle[i]), (Taps{{i, 1.0f}}));
+  const Built poly3(kPoly3Filter, kHorizontalAxis, 3, 1.0, 3);
+  for (int32_t i = 0; i < 3; ++i) EXPECT_EQ(TapsOf(poly3[i]), (Taps{{i, 1.0f}}));
+}
+
+TEST(ScaleTaps, AWeightWithinRoundingOfZeroStaysInTheList) {
+  const Built table(kCubicFilter, kHorizontalAxis, 3, 1.0, 3);
+  const auto tiny = static_cast<float>(1.3333333333333333 - 2.3333333333333335 + 1.0);
+  ASSERT_EQ(table[1].TapCount, 3);
+  EXPECT_EQ(table[1].Taps[0].Weight, tiny);
+  EXPECT_EQ(table[1].Taps[1].Weight, 1.0f);
+  EXPECT_EQ(table[1].Taps[2].Weight, tiny);
+}
+
+TEST(ScaleTaps, BoxTakesASampleOnTheEdgeOnBothSides) {
+  const Built table(kBoxFilter, kHorizontalAxis, 3, 1.5, 2);
+  EXPECT_EQ(TapsOf(table[0]), (Taps{{0, 1.0f}}));
+  EXPECT_EQ(TapsOf(table[1]), (Taps{{0, 1.0f}, {1, 1.0f}}));
+  EXPECT_EQ(table[1].WeightSum, 2.0f);
+  EXPECT_EQ(TapsOf(table[2]), (Taps{{1, 1.0f}}));
+}
+
+TEST(ScaleTaps, TheSumIsOfTheUnroundedWeights) {
+  // From 10 positions to 7: sums of rounded and of unrounded weights differ somewhere.
+  const double scale = 7.0 / 10.0;
+  const Built table(kLanczos8Filter, kHorizontalAxis, 7, scale, 10);
+  bool differs = false;
+  for (int32_t i = 0; i < 7; ++i) {
+    double unrounded = 0.0;
+    float rounded = 0.0f;
+    for (int32_t j = 0; j < 10; ++j) {
+      const double distance = std::abs(((i + 0.5) / scale - j - 0.5) * scale);
+      if (distance >= 8.0) continue;
+      unrounded += kLanczos8Filter.FilterKernel(distance);
+      rounded += static_cast<float>(kLanczos8Filter.FilterKernel(distance));
+    }
+    EXPECT_EQ(table[i].WeightSum, static_cast<float>(unrounded));
+    differs |= table[i].WeightSum != rounded;
+  }
+  EXPECT_TRUE(differs);
+}
+
+TEST(ScaleTaps, AnEmptyAxisGivesEmptyLists) {
+  const Built table(kLanczos3Filter, kHorizontalAxis, 3, std::numeric_limits<double>::infinity(), 0);
+  for (int32_t i = 0; i < 3; ++i) {
+    EXPECT_NE(table[i].Taps, nullptr);
+    EXPECT_EQ(table[i].TapCount, 0);
+    EXPECT_EQ(table[i].WeightSum, 0.0f);
+  }
+}
+
+TEST(ScaleTaps, Capacities) {
+  struct Expected {
+    const ScaleFilter &filter;
+    const ScaleAxis &axis;
+    double scale;
+    size_t taps;
+  };
+  for (const Expected &expected : {
+           Expected{kBoxFilter, kHorizontalAxis, 1.0, 2},
+           {kBoxFilter, kVerticalAxis, 1.0, 3},
+           {kLanczos8Filter, kHorizontalAxis, 3.7, 18},
+           {kPoly3Filter, kVerticalAxis, 2.0, 10},
+           {kBoxFilter, kHorizontalAxis, 0.2, 6},        // window 2.5: 2 x (2 + 1)
+           {kBoxFilter, kVerticalAxis, 0.2, 7},          // trunc(5 + 2)
+           {kLanczos3Filter, kHorizontalAxis, 0.4, 16},  // window 7.5: 2 x (7 + 1)
+           {kLanczos3Filter, kVerticalAxis, 0.4, 17},    // trunc(15 + 2)
+           {kPoly3Filter, kHorizontalAxis, 0.25, 34},    // window 16, twice as wide as the kernel
+           {kPoly3Filter, kVerticalAxis, 0.25, 34},
+       }) {
+    faults::Heap heap;
+    ScaleTapTable table(1);
+    table.Build(expected.filter, expected.axis, 1, expected.scale, 50, nullptr);
+    const auto allocations = heap.Allocations();
+    ASSERT_EQ(allocations.size(), 2u);
+    EXPECT_EQ(allocations[1].count * allocations[1].size, expected.taps * sizeof(ScaleTap));
+  }
+}
+
+TEST(ScaleTaps, AListNeverOutgrowsItsCapacity) {
+  // Windows whose widened width comes out just below a whole number are where rounding could add a candidate.
+  for (const ScaleFilter *filter : {&kBoxFilter, &kCubicFilter, &kLanczos3Filter}) {
+    for (const int32_t count : {9, 12, 15, 18, 21}) {
+      const int32_t size = count * 59 / 3;
+      const Built table(*filter, kHorizontalAxis, count, static_cast<double>(count) / size, size);
+      const double window = filter->FilterWindow / (static_cast<double>(count) / size);
+      for (int32_t i = 0; i < count; ++i) EXPECT_LE(table[i].TapCount, 2 * (static_cast<int32_t>(window) + 1));
+    }
+  }
+}
+
+TEST(ScaleTaps, ARefusedCapacityGivesNoTapsAndAsksForNoMemory) {
+  // 8 / 5e-8 is a window of 160000000, so a list of more than 2 GiB; the second window fits no 32-bit integer.
+  for (const double scale : {5e-8, 1e-9}) {
+    for (const ScaleAxis *axis : {&kHorizontalAxis, &kVerticalAxis}) {
+      faults::Heap heap;
+      ScaleTapTable table(1);
+      table.Build(kLanczos8Filter, *axis, 1, scale, 20000000, nullptr);
+      EXPECT_EQ(heap.CallocCalls(), 1);
+      EXPECT_EQ(table.Lists()[0].Taps, nullptr);
+      EXPECT_EQ(table.Lists()[0].TapCount, 0);
+      EXPECT_EQ(table.Lists()[0].WeightSum, 0.0f);
+    }
+  }
+}
+
+TEST(ScaleTaps, AFailedAllocationGivesOnePositionWithoutTaps) {
+  faults::Heap heap;
+  ScaleTapTable table(3);
+  heap.FailCallocAt(2);
+  table.Build(kTriangleFilter, kHorizontalAxis, 3, 1.0, 3, nullptr);
+  EXPECT_EQ(TapsOf(table.Lists()[0]), (Taps{{0, 1.0f}}));
+  EXPECT_EQ(table.Lists()[1].Taps, nullptr);
+  EXPECT_EQ(table.Lists()[1].TapCount, 0);
+  EXPECT_EQ(table.Lists()[1].WeightSum, 0.0f);
+  EXPECT_EQ(TapsOf(table.Lists()[2]), (Taps{{2, 1.0f}}));
+}
+
+TEST(ScaleTaps, ARebuiltListForgetsWhatItWas) {
+  faults::Heap heap;
+  ScaleTapTable table(3);
+  table.Build(kTriangleFilter, kHorizontalAxis, 3, 1.0, 3, nullptr);
+  table.FreeTaps();
+  heap.FailCallocAt(1);
+  table.Build(kTriangleFilter, kVerticalAxis, 2, 1.0, 3, nullptr);
+  EXPECT_EQ(table.Lists()[0].TapCount, 0);
+  EXPECT_EQ(table.Lists()[0].WeightSum, 0.0f);
+  EXPECT_EQ(TapsOf(table.Lists()[1]), (Taps{{1, 1.0f}}));
+  EXPECT_EQ(table.Lists()[2].Taps, nullptr);
+}
+
+TEST(ScaleTaps, AllMemoryComesBack) {
+  faults::Heap heap;
+  {
+    ScaleTapTable table(3);
+    table.Build(kMitchellFilter, kHorizontalAxis, 3, 0.5, 6, nullptr);
+    EXPECT_EQ(heap.Outstanding(), 4u);
+    table.FreeTaps();
+    EXPECT_EQ(heap.Outstanding(), 1u);
+    EXPECT_EQ(table.Lists()[0].Taps, nullptr);
+    table.Build(kMitchellFilter, kHorizontalAxis, 3, 0.5, 6, nullptr);
+    table.Replace(5);
+    EXPECT_EQ(heap.Outstanding(), 1u);
+    table.Build(kMitchellFilter, kVerticalAxis, 5, 0.5, 10, nullptr);
+    EXPECT_EQ(heap.Outstanding(), 6u);
+  }
+  EXPECT_EQ(heap.Outstanding(), 0u);
+}
+
+TEST(ScaleTaps, ATableThatIsRefusedOrCannotBeHadIsFalse) {
+  faults::Heap heap;
+  EXPECT_FALSE(ScaleTapTable(INT32_MAX));
+  EXPECT_FALSE(ScaleTapTable(0));
+  EXPECT_EQ(heap.CallocCalls(), 0);
+  heap.FailCallocAt(1);
+  EXPECT_FALSE(ScaleTapTable(3));
+  ScaleTapTable table(3);
+  EXPECT_TRUE(table);
+  heap.FailCallocAt(1);
+  table.Replace(4);
+  EXPECT_FALSE(table);
+}
+
+TEST(ScaleTaps, TheImageIsGivenTimeAfterEachEntry) {
+  PluginHost host;
+  static uint32_t ticks;
+  ticks = 100;
+  host->SetEntry(
+      "TickCount", +[]() -> uint32_t { return ++ticks; });
+  ImageClassData image{};
+  image.Yield.YieldTicks = 1;
+  int32_t yields = 0;
+  host->onYield = [&] { ++yields; };
+  ScaleTapTable table(7);
+  table.Build(kTriangleFilter, kHorizontalAxis, 7, 1.0, 7, &image);
+  EXPECT_EQ(yields, 7);
+  table.FreeTaps();
+  table.Build(kTriangleFilter, kHorizontalAxis, 7, 1.0, 7, nullptr);
+  EXPECT_EQ(yields, 7);
+}
+
+}  // namespace
+}  // namespace zvk
