@@ -195,11 +195,14 @@ TEST_F(HostServices, LongUTF32IsFreedAgain) {
   faults::Heap heap;
   const auto string = Build(UTF32(std::vector<uint32_t>(1000, 'y')), kEncodingUTF32);
   EXPECT_EQ(string->Bytes(), std::string(1000, 'y'));
+  int found = 0;
   for (const auto &allocation : heap.Allocations()) {
-    if (allocation.count * allocation.size != 2004) continue;
+    if (!allocation.zeroed || allocation.count * allocation.size != 2004) continue;
+    ++found;
     const auto freed = heap.Freed();
     EXPECT_NE(std::find(freed.begin(), freed.end(), allocation.address), freed.end());
   }
+  EXPECT_EQ(found, 1);
 }
 
 TEST_F(HostServices, AHostThatThrowsBadAllocIsAnOutOfMemoryException) {
