@@ -20,15 +20,17 @@ constexpr char kLibraryName[] = "libPictureZVK.so";
 constexpr char kImageClass[] = "PictureZVK";
 constexpr char kFactoryClass[] = "PictureFactoryZVK";
 
+// Beside this program, as in a build, or where both have been installed.
 std::string FindPlugin() {
   std::error_code error;
-  const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
-  const std::string beside = (program.parent_path() / kLibraryName).string();
-  for (const std::string &path : {beside, std::string(ZVK_INSTALLED_PLUGIN)}) {
+  const std::filesystem::path folder = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+  const std::string beside = (folder / kLibraryName).string();
+  const std::string installed = (folder / ZVK_LIBRARY_FOLDER / kLibraryName).lexically_normal().string();
+  for (const std::string &path : {beside, installed}) {
     if (std::filesystem::exists(path, error)) return path;
   }
-  throw std::runtime_error("no plug-in at " + beside +
-                           " or " ZVK_INSTALLED_PLUGIN "; build it, or name one with --plugin PATH");
+  throw std::runtime_error("no plug-in at " + beside + " or " + installed +
+                           "; build it, or name one with --plugin PATH");
 }
 
 // Loads the plug-in into the running host and gives its class of images.
@@ -52,8 +54,8 @@ const ClassBinding &LoadPlugin(Host &host, const std::string &wantedPath) {
 void AddPluginOptions(CLI::App &command, PluginOptions &options) {
   command
       .add_option("--plugin", options.path,
-                  std::string("The plug-in to use [default: ") + kLibraryName +
-                      " beside this\nprogram, else " ZVK_INSTALLED_PLUGIN "]")
+                  "The plug-in to use [default: " + std::string(kLibraryName) +
+                      " beside this\nprogram, else in " ZVK_LIBRARY_FOLDER " from there]")
       ->type_name("PATH");
   command.add_flag("--leaks", options.reportsLeaks, "Tell at the end which references were not given back");
 }

@@ -117,7 +117,8 @@ void AddScaleCommand(CLI::App &program) {
       ->type_name("NAME");
   AddPluginOptions(command, request->plugin);
   command.footer(
-      "Names of filters and formats are taken in any case. The alpha of IN is dropped.\n"
+      "Names of filters and formats are taken in any case. The plug-in's other formats, CMYK and\n"
+      "the like, are refused, as it does not scale colours into them. The alpha of IN is dropped.\n"
       "On a terminal a progress line shows the elapsed time of work over a second.\n"
       "\n"
       "Examples:\n"

@@ -2,12 +2,15 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <filesystem>
 #include <functional>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "standalone/runtime/folder_item.h"
 #include "tests/end_to_end/loaded_plugin.h"
 
 namespace standalone {
@@ -113,6 +116,21 @@ TEST_P(FactoryOnEveryHost, ATempImageOfAnotherFormatIsGivenBackAndAskedForAgain)
   });
   ExpectScaleWorks(factory);
   EXPECT_THAT(requests_, ElementsAre(tempRequest_, tempRequest_, tempRequest_));
+}
+
+TEST_P(FactoryOnEveryHost, ATempImageInAFileIsGivenBackAndScaleRefuses) {
+  const std::string path = testing::TempDir() + "factory_" + std::to_string(getpid());
+  const Value factory = NewFactory("Filing", requests_, [&](const Request &request) {
+    const Owned<FolderItem> file = Owned<FolderItem>::Adopt(FolderItem::Make(path));
+    Value image = Images().New({request.width, request.height, request.format, 4096, file});
+    EXPECT_TRUE(image.Get("IsMapping").AsBoolean());
+    return image;
+  });
+  const Value source = NewImage(40, 30, "RGB");
+  source.Set("Factory", factory);
+  EXPECT_FALSE(NewImage(25, 50, "RGB").Call("Scale", {source, nullptr, 1, 25, 50}).AsBoolean());
+  EXPECT_THAT(requests_, ElementsAre(tempRequest_));
+  EXPECT_FALSE(std::filesystem::exists(path)) << "it went with its image";
 }
 
 TEST_P(FactoryOnEveryHost, ASubclassWithoutTheEventIsPassedOver) {

@@ -93,16 +93,32 @@ TEST_F(PluginChoice, NamesAPluginThatIsNone) {
 }
 
 TEST_F(PluginChoice, LooksBesideTheProgramFirst) {
-  std::filesystem::copy_file(PICTUREZVK_ZVK, Path("zvk"));
+  std::filesystem::create_directories(Path("bin"));
+  std::filesystem::copy_file(PICTUREZVK_ZVK, Path("bin/zvk"));
   WriteImage("in.png", 2, 2, [](int, int) { return 0x123456; });
-  const ProgramResult missing = Run({"scale", "in.png", "out.png", "1x1"}, Path("zvk"));
+  const ProgramResult missing = Run({"scale", "in.png", "out.png", "1x1"}, Path("bin/zvk"));
   EXPECT_EQ(missing.exitCode, 1);
-  EXPECT_THAT(missing.errors, StartsWith("zvk: no plug-in at " + Path("libPictureZVK.so") + " or /"));
+  EXPECT_THAT(missing.errors, StartsWith("zvk: no plug-in at " + Path("bin/libPictureZVK.so") + " or " + Path("lib")));
   EXPECT_THAT(missing.errors, HasSubstr("; build it, or name one with --plugin PATH\n"));
   EXPECT_FALSE(Names().contains("out.png"));
 
-  std::filesystem::copy_file(PICTUREZVK_LIBRARY, Path("libPictureZVK.so"));
-  EXPECT_EQ(Run({"scale", "in.png", "out.png", "1x1"}, Path("zvk")).exitCode, 0);
+  std::filesystem::copy_file(PICTUREZVK_LIBRARY, Path("bin/libPictureZVK.so"));
+  EXPECT_EQ(Run({"scale", "in.png", "out.png", "1x1"}, Path("bin/zvk")).exitCode, 0);
+  EXPECT_EQ(ReadImage("out.png"), Colours({{0x123456}}));
+}
+
+// Where it is installed is told by the message of a program that finds none.
+TEST_F(PluginChoice, LooksWhereItIsInstalledNext) {
+  std::filesystem::create_directories(Path("bin"));
+  std::filesystem::copy_file(PICTUREZVK_ZVK, Path("bin/zvk"));
+  WriteImage("in.png", 2, 2, [](int, int) { return 0x123456; });
+  const std::string message = Run({"scale", "in.png", "out.png", "1x1"}, Path("bin/zvk")).errors;
+  const size_t start = message.find(" or ") + 4;
+  const std::filesystem::path installed = message.substr(start, message.find(';') - start);
+  ASSERT_THAT(installed.string(), StartsWith(Path("lib")));
+  std::filesystem::create_directories(installed.parent_path());
+  std::filesystem::copy_file(PICTUREZVK_LIBRARY, installed);
+  EXPECT_EQ(Run({"scale", "in.png", "out.png", "1x1"}, Path("bin/zvk")).errors, "");
   EXPECT_EQ(ReadImage("out.png"), Colours({{0x123456}}));
 }
 
