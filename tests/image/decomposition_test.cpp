@@ -110,12 +110,12 @@ TEST(Decomposition, FormsThatAreOnlyCompatibleStay) {
   EXPECT_EQ(Decomposed(U"\xFB01\xB2\xA0\xFF21\x2460"), U"\xFB01\xB2\xA0\xFF21\x2460");
 }
 
-// Every character there is, alone and between marks of low and high classes.
+// Every character of the planes in which any decomposes, between marks of high and low classes.
 TEST(Decomposition, DecomposedTextStaysAsItIs) {
-  for (char32_t character = 1; character <= 0x10FFFF; ++character) {
+  for (char32_t character = 1; character <= 0x2FFFF; ++character) {
     const std::u32string once = Decomposed({character, 0x345, character, 0x334, 0x301});
     ASSERT_EQ(Decomposed(once), once) << std::hex << static_cast<uint32_t>(character);
-    ASSERT_FALSE(once.empty());
+    ASSERT_GE(once.size(), 5u);
   }
 }
 

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <initializer_list>
@@ -38,7 +38,7 @@ uint8_t AnswerReference(REALobject, FSRef *reference, HFSUniStr255 *name) {
   }
   reference->path = answers.parent;
   name->length = static_cast<uint16_t>(answers.nameLength >= 0 ? answers.nameLength : answers.name.size());
-  std::memcpy(name->unicode, answers.name.data(), answers.name.size() * sizeof(uint16_t));
+  std::ranges::copy(answers.name, name->unicode);
   return answers.hasParent;
 }
 
@@ -219,6 +219,7 @@ TEST_F(FolderPath, AMalformedPathIsNoneAndNoOtherWayIsTried) {
            "/\xED\xA0\x80",      // half a surrogate pair
            "/\xED\xBF\xBF",      //
            "/\xF4\x90\x80\x80",  // beyond the last character
+           "/\xF8\x90\x80\x80",  // no lead
            "/\xF8\x88\x80\x80\x80",
            "/\xFF",
        }) {
