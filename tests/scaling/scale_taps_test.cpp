@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "tests/support/faults.h"
+#include "tests/support/naive_scale.h"
 #include "tests/support/plugin_host.h"
 
 namespace zvk {
@@ -20,6 +21,9 @@ Taps TapsOf(const ScaleTapList &list) {
   for (int32_t i = 0; i < list.TapCount; ++i) taps.emplace_back(list.Taps[i].SourceIndex, list.Taps[i].Weight);
   return taps;
 }
+
+constexpr const ScaleFilter *kFilters[] = {&kTriangleFilter, &kBoxFilter,   &kLanczos3Filter, &kLanczos8Filter,
+                                           &kMitchellFilter, &kPoly3Filter, &kCubicFilter};
 
 // A built table of its own.
 struct Built : ScaleTapTable {
@@ -141,14 +145,19 @@ TEST(ScaleTaps, Capacities) {
   }
 }
 
-TEST(ScaleTaps, AListNeverOutgrowsItsCapacity) {
+TEST(ScaleTaps, NoTapIsLostToTheCapacity) {
   // Windows whose widened width comes out just below a whole number are where rounding could add a candidate.
-  for (const ScaleFilter *filter : {&kBoxFilter, &kCubicFilter, &kLanczos3Filter}) {
+  for (int32_t mode = 1; mode <= 7; ++mode) {
     for (const int32_t count : {9, 12, 15, 18, 21}) {
       const int32_t size = count * 59 / 3;
-      const Built table(*filter, kHorizontalAxis, count, static_cast<double>(count) / size, size);
-      const double window = filter->FilterWindow / (static_cast<double>(count) / size);
-      for (int32_t i = 0; i < count; ++i) EXPECT_LE(table[i].TapCount, 2 * (static_cast<int32_t>(window) + 1));
+      const double scale = static_cast<double>(count) / size;
+      const Built columns(*kFilters[mode - 1], kHorizontalAxis, count, scale, size);
+      const Built rows(*kFilters[mode - 1], kVerticalAxis, count, scale, size);
+      for (int32_t i = 0; i < count; ++i) {
+        const auto taps = static_cast<int32_t>(naive::TapsAt(mode, true, i, scale, size).positions.size());
+        EXPECT_EQ(columns[i].TapCount, taps);
+        EXPECT_EQ(rows[i].TapCount, taps);
+      }
     }
   }
 }

@@ -1,0 +1,289 @@
+#include "scaling/scale_passes.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <vector>
+
+#include "scaling/scale_engine.h"
+#include "tests/scaling/scale_testing.h"
+#include "tests/support/faults.h"
+#include "tests/support/plugin_host.h"
+
+namespace zvk {
+namespace {
+
+constexpr int32_t kTriangle = 1;
+constexpr int32_t kLanczos3 = 3;
+
+Outcome ScaleOutcome(const TestImage &dest, const TestImage &source, const TestImage &temp, int32_t mode, int32_t width,
+                     int32_t height) {
+  return OutcomeOf(dest, source, temp, [&] {
+    return PictureScaleZVK(dest.Object(), source.Object(), temp.Object(), mode, width, height) != 0;
+  });
+}
+
+void ExpectNaive(const TestImage &dest, const TestImage &source, const TestImage &temp, int32_t mode, int32_t width,
+                 int32_t height) {
+  ASSERT_TRUE(ScaleOutcome(dest, source, temp, mode, width, height) ==
+              NaiveOutcome(dest, source, temp, mode, width, height))
+      << source.Record().ImageFormat << " to " << dest.Record().ImageFormat << ", filter " << mode << ", "
+      << source.Record().Width << " x " << source.Record().Height << " to " << width << " x " << height;
+}
+
+// --- every pair ---
+
+class ScalePassesOfFilter : public testing::TestWithParam<int32_t> {};
+INSTANTIATE_TEST_SUITE_P(Filters, ScalePassesOfFilter, testing::Range(1, 8));
+
+TEST_P(ScalePassesOfFilter, AllFormatsGiveTheNaiveBytes) {
+  // Row counts on both sides of every batch; sizes up and down in either direction.
+  constexpr int32_t kSizes[][4] = {{13, 9, 7, 21}, {5, 35, 11, 4}, {3, 25, 3, 25}, {40, 2, 9, 3}};
+  uint32_t seed = 0;
+  for (int32_t sourceFormat = 1; sourceFormat <= 41; ++sourceFormat) {
+    for (int32_t destFormat = 1; destFormat <= 41; ++destFormat) {
+      if (sourceFormat == 14 || destFormat == 14) continue;
+      const auto &[sourceWidth, sourceHeight, width, height] = kSizes[++seed % 4];
+      TestImage source(sourceWidth, sourceHeight, sourceFormat), dest(width + 2, height + 1, destFormat);
+      source.FillNoise(seed);
+      dest.FillNoise(seed + 1);
+      ExpectNaive(dest, source, MakeTemp(dest, source, width).FillNoise(7), GetParam(), width, height);
+    }
+  }
+}
+
+TEST_P(ScalePassesOfFilter, WideRowsAreStagedInStretches) {
+  for (const auto &[sourceWidth, width] : {std::pair{1500, 400}, {700, 1}, {300, 900}, {257, 257}, {5000, 3}}) {
+    TestImage source(sourceWidth, 9, ImageFormatRGB), dest(width, 2, ImageFormatRGB);
+    source.FillNoise(static_cast<uint32_t>(width));
+    ExpectNaive(dest, source, MakeTemp(dest, source, width), GetParam(), width, 2);
+  }
+}
+
+// --- the order of row fetches ---
+
+TEST(ScalePasses, RowsOfAMappedSourceAreFetchedOnceEach) {
+  TestImage source(6, 5, ImageFormatRGB), dest(3, 4, ImageFormatRGB);
+  source.FillNoise(1).Map();
+  const TestImage temp = MakeTemp(dest, source, 3);
+  fetches.clear();
+  ASSERT_TRUE(PictureScaleZVK(dest.Object(), source.Object(), temp.Object(), kTriangle, 3, 4));
+  std::vector<Fetch> expected;
+  for (int32_t y = 0; y < 5; ++y) expected.push_back({&source.Record(), y});
+  EXPECT_EQ(fetches, expected);
+}
+
+TEST(ScalePasses, RowsOfAMappedTempAreFetchedForEveryPixelAndForEveryTap) {
+  TestImage source(2, 2, ImageFormatG), dest(2, 4, ImageFormatG);
+  source.FillNoise(1);
+  TestImage temp = MakeTemp(dest, source, 2);
+  temp.Map();
+  const ImageClassData *record = &temp.Record();
+  fetches.clear();
+  ASSERT_TRUE(PictureScaleZVK(dest.Object(), source.Object(), temp.Object(), kTriangle, 2, 4));
+  // Two columns of two rows written; then the rows that each of the four output rows takes, for each of two columns.
+  const std::vector<Fetch> expected = {{record, 0}, {record, 0}, {record, 1}, {record, 1}, {record, 0}, {record, 0},
+                                       {record, 0}, {record, 1}, {record, 0}, {record, 1}, {record, 0}, {record, 1},
+                                       {record, 0}, {record, 1}, {record, 1}, {record, 1}};
+  EXPECT_EQ(fetches, expected);
+}
+
+TEST(ScalePasses, RowsOfAMappedDestinationAreFetchedForEveryPixel) {
+  TestImage source(2, 2, ImageFormatG), dest(3, 2, ImageFormatG);
+  dest.Map();
+  const TestImage temp = MakeTemp(dest, source, 3);
+  const ImageClassData *record = &dest.Record();
+  fetches.clear();
+  ASSERT_TRUE(PictureScaleZVK(dest.Object(), source.Object(), temp.Object(), kTriangle, 3, 2));
+  const std::vector<Fetch> expected = {{record, 0}, {record, 0}, {record, 0}, {record, 1}, {record, 1}, {record, 1}};
+  EXPECT_EQ(fetches, expected);
+}
+
+TEST(ScalePasses, AllMappedImagesAreFetchedInTheNaiveOrder) {
+  for (const auto &[sourceFormat, destFormat] : {std::pair{ImageFormatRGBA, ImageFormatGA},
+                                                 {ImageFormatGray16, ImageFormatGray16},
+                                                 {ImageFormatG, ImageFormatRGB}}) {
+    TestImage source(9, 7, sourceFormat), dest(5, 11, destFormat);
+    source.FillNoise(3).Map();
+    dest.Map();
+    TestImage temp = MakeTemp(dest, source, 5);
+    temp.Map();
+    fetches.clear();
+    const Outcome outcome = ScaleOutcome(dest, source, temp, kLanczos3, 5, 11);
+    const std::vector<Fetch> fetched = fetches;
+    fetches.clear();
+    EXPECT_TRUE(outcome == NaiveOutcome(dest, source, temp, kLanczos3, 5, 11));
+    EXPECT_EQ(fetched, fetches);
+  }
+}
+
+// --- nil rows ---
+
+uint8_t *NoRow2(ImageClassData *record, int32_t row) { return row == 2 ? nullptr : GetRowLinear(record, row); }
+
+TEST(ScalePasses, ANilRowDropsItsPixelsOrTapsSilently) {
+  for (const bool mapped : {false, true}) {
+    TestImage source(6, 6, ImageFormatRGB), dest(5, 5, ImageFormatRGB);
+    source.FillNoise(5);
+    dest.FillNoise(6);
+    TestImage temp = MakeTemp(dest, source, 5).FillNoise(8);
+    temp.Record().GetRow = NoRow2;
+    temp.Record().IsMapping = mapped;
+    const Outcome withoutTempRow = ScaleOutcome(dest, source, temp, kLanczos3, 5, 5);
+    EXPECT_TRUE(withoutTempRow.result);
+    EXPECT_TRUE(withoutTempRow == NaiveOutcome(dest, source, temp, kLanczos3, 5, 5));
+
+    temp.Record().GetRow = GetRowLinear;
+    dest.Record().GetRow = NoRow2;
+    dest.Record().IsMapping = mapped;
+    const Outcome withoutDestRow = ScaleOutcome(dest, source, temp, kLanczos3, 5, 5);
+    EXPECT_TRUE(withoutDestRow.result);
+    EXPECT_TRUE(withoutDestRow == NaiveOutcome(dest, source, temp, kLanczos3, 5, 5));
+  }
+}
+
+// --- shared storage ---
+
+TEST(ScalePasses, SourceAndDestinationMayBeTheSameImage) {
+  for (const auto &[width, height] : {std::pair{12, 9}, {5, 4}}) {
+    TestImage image(12, 9, ImageFormatRGBA);
+    image.FillNoise(1);
+    ExpectNaive(image, image, MakeTemp(image, image, width), kLanczos3, width, height);
+  }
+}
+
+TEST(ScalePasses, ATempOverTheSourceSeesWhatItHasOverwritten) {
+  for (const ptrdiff_t position : {0, 1, 4, 40, 123}) {
+    TestImage source(12, 9, ImageFormatRGB, 64), dest(7, 6, ImageFormatRGB);
+    source.FillNoise(2);
+    const TestImage temp(source, position, 7, 9, ImageFormatScaling4, 50);
+    ExpectNaive(dest, source, temp, kLanczos3, 7, 6);
+  }
+}
+
+TEST(ScalePasses, ATempOverTheDestinationSeesWhatItHasOverwritten) {
+  for (const ptrdiff_t position : {0, 1, 30, 111}) {
+    TestImage source(12, 9, ImageFormatRGB), dest(12, 30, ImageFormatRGB, 64);
+    source.FillNoise(2);
+    dest.FillNoise(3);
+    const TestImage temp(dest, position, 12, 9, ImageFormatScaling4, 64);
+    ExpectNaive(dest, source, temp, kLanczos3, 12, 17);
+  }
+}
+
+// --- rows ---
+
+TEST(ScalePasses, ARunCoversItsRowsAndNoOthers) {
+  TestImage source(20, 50, ImageFormatRGB), dest(9, 40, ImageFormatRGB);
+  source.FillNoise(1);
+  dest.FillNoise(2);
+  TestImage temp = MakeTemp(dest, source, 9).FillNoise(3);
+  const Bytes tempBefore = temp.Storage(), destBefore = dest.Storage();
+  const Outcome whole = NaiveOutcome(dest, source, temp, kLanczos3, 9, 40);
+
+  ScaleTapTable columns(9);
+  columns.Build(kLanczos3Filter, kHorizontalAxis, 9, 9.0 / 20, 20, nullptr);
+  ScaleJob job{&source.Record(), &dest.Record(), 40, 9, &temp.Record(), columns.Lists()};
+  const int32_t end = 33;
+  HorizontalPass<RGB_to_RGB>(job, {4, end, nullptr}, kRoundToNearest);
+  for (int32_t y = 0; y < 50; ++y) {
+    const auto *row = reinterpret_cast<const char *>(y >= 4 && y < end ? whole.temp.data() : tempBefore.data());
+    const ptrdiff_t position = temp.Pixel(0, y) - temp.Storage().data();
+    ASSERT_EQ(std::memcmp(temp.Pixel(0, y), row + position, 36), 0) << y;
+  }
+
+  temp.Storage() = whole.temp;
+  ScaleTapTable rows(40);
+  rows.Build(kLanczos3Filter, kVerticalAxis, 40, 40.0 / 50, 50, nullptr);
+  job.Table = rows.Lists();
+  VerticalPass<RGB_to_RGB>(job, {11, end, nullptr});
+  for (int32_t y = 0; y < 40; ++y) {
+    const auto *row = reinterpret_cast<const char *>(y >= 11 && y < end ? whole.dest.data() : destBefore.data());
+    const ptrdiff_t position = dest.Pixel(0, y) - dest.Storage().data();
+    ASSERT_EQ(std::memcmp(dest.Pixel(0, y), row + position, 27), 0) << y;
+  }
+}
+
+TEST(ScalePasses, WithoutTheHalfTheHorizontalPassTruncates) {
+  // 10 and 13 make 11.5, in all three ways of running.
+  for (const bool mapped : {false, true}) {
+    TestImage source(2, 33, ImageFormatG), dest(1, 33, ImageFormatG);
+    for (int32_t y = 0; y < 33; ++y) source.SetRow(y, {10, 13});
+    TestImage temp = MakeTemp(dest, source, 1);
+    if (mapped) temp.Map();
+    ScaleTapTable table(1);
+    table.Build(kBoxFilter, kHorizontalAxis, 1, 0.5, 2, nullptr);
+    const ScaleJob job{&source.Record(), &dest.Record(), 33, 1, &temp.Record(), table.Lists()};
+    const int32_t end = 33;
+    HorizontalPass<G_to_G>(job, {0, end, nullptr}, 0.0);
+    for (int32_t y = 0; y < end; ++y) EXPECT_EQ(*temp.Pixel(0, y), 11);
+    HorizontalPass<G_to_G>(job, {0, end, nullptr}, kRoundToNearest);
+    for (int32_t y = 0; y < end; ++y) EXPECT_EQ(*temp.Pixel(0, y), 12);
+  }
+}
+
+TEST(ScalePasses, ARunOfNoRowsDoesNothing) {
+  TestImage source(2, 2, ImageFormatG), dest(2, 2, ImageFormatG);
+  source.FillNoise(1);
+  TestImage temp = MakeTemp(dest, source, 2).FillNoise(2);
+  const Bytes before = temp.Storage(), destBefore = dest.Storage();
+  ScaleTapTable table(2);
+  table.Build(kBoxFilter, kHorizontalAxis, 2, 1.0, 2, nullptr);
+  const ScaleJob job{&source.Record(), &dest.Record(), 2, 2, &temp.Record(), table.Lists()};
+  const int32_t end = 0;
+  HorizontalPass<G_to_G>(job, {1, end, nullptr}, kRoundToNearest);
+  VerticalPass<G_to_G>(job, {1, end, nullptr});
+  EXPECT_EQ(temp.Storage(), before);
+  EXPECT_EQ(dest.Storage(), destBefore);
+}
+
+// --- time for the host ---
+
+TEST(ScalePasses, WhatHappensInAYieldIsSeenByTheNextRow) {
+  PluginHost host;
+  static uint32_t ticks;
+  ticks = 100;
+  host->SetEntry(
+      "TickCount", +[]() -> uint32_t { return ++ticks; });
+  TestImage source(3, 40, ImageFormatG), dest(3, 40, ImageFormatG);
+  TestImage temp = MakeTemp(dest, source, 3);
+  dest.Record().Yield.YieldTicks = 1;
+  int32_t yields = 0;
+  host->onYield = [&] {
+    ++yields;
+    // Only the row that comes next changes.
+    if (yields < 40) *source.Pixel(1, yields) = static_cast<uint8_t>(yields);
+  };
+  ScaleTapTable table(3);
+  table.Build(kTriangleFilter, kHorizontalAxis, 3, 1.0, 3, nullptr);
+  const ScaleJob job{&source.Record(), &dest.Record(), 40, 3, &temp.Record(), table.Lists()};
+  const int32_t end = 40;
+  HorizontalPass<G_to_G>(job, {0, end, &dest.Record()}, kRoundToNearest);
+  EXPECT_EQ(yields, 40);
+  for (int32_t y = 0; y < 40; ++y) EXPECT_EQ(*temp.Pixel(1, y), y) << y;
+}
+
+// --- memory to work in ---
+
+TEST(ScalePasses, WithoutMemoryToWorkInTheBytesAreTheSame) {
+  for (const auto &[sourceFormat, destFormat] :
+       {std::pair{ImageFormatRGB, ImageFormatRGB}, {ImageFormatGray16, ImageFormatGray16}}) {
+    TestImage source(30, 40, sourceFormat), dest(11, 13, destFormat);
+    source.FillNoise(4);
+    const TestImage temp = MakeTemp(dest, source, 11);
+    const Outcome expected = NaiveOutcome(dest, source, temp, kLanczos3, 11, 13);
+    // The table and its eleven lists come first, then the two of the horizontal pass; the second table replaces the
+    // first, and with its thirteen lists comes before the three of the vertical pass.
+    for (const int nth : {13, 14, 29, 30, 31}) {
+      faults::Heap heap;
+      heap.FailCallocAt(nth);
+      EXPECT_TRUE(ScaleOutcome(dest, source, temp, kLanczos3, 11, 13) == expected) << nth;
+      int failed = 0;
+      for (const auto &allocation : heap.Allocations()) failed += allocation.zeroed && allocation.address == nullptr;
+      EXPECT_EQ(failed, 1) << nth;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace zvk
