@@ -209,7 +209,7 @@ void DrawColourRow(const uint8_t *source, uint8_t *dest, int32_t count, const Im
   } else if (image.PixelSize == 4 && red / 4 == green / 4 && red / 4 == blue / 4 && red != green && red != blue &&
              green != blue) {
     // The last pixel goes by bytes: its fourth one may lie behind a caller's memory.
-    DrawPixelWords<Word>(source, dest + red / 4 * 4, count - 1, red % 4, green % 4, blue % 4);
+    DrawPixelWords<Word>(source, dest + (red - red % 4), count - 1, red % 4, green % 4, blue % 4);
     DrawColourPixels<Word>(source + 4 * (static_cast<ptrdiff_t>(count) - 1),
                            dest + 4 * (static_cast<ptrdiff_t>(count) - 1), 1, image);
   } else {

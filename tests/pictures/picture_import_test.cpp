@@ -158,6 +158,26 @@ TEST_P(ImportFromEveryLayout, OffsetsThatFallTogetherKeepTheLastSampleStored) {
   }
 }
 
+TEST_P(ImportFromEveryLayout, OffsetsBeyondThePixelSizeDrawIntoAClippedView) {
+  auto picture = Ramp(40);
+  for (const int32_t format : {ImageFormatRGB, ImageFormatBGR, ImageFormatARGB}) {
+    auto image = BlackImage(42, format);
+    ImageClassData &record = *RecordOf(image);
+    const int32_t offsets[] = {record.RedOffset, record.GreenOffset, record.BlueOffset};
+    record.Width = 40;
+    record.RedOffset += 2 * record.PixelSize;
+    record.GreenOffset += 2 * record.PixelSize;
+    record.BlueOffset += 2 * record.PixelSize;
+    rbDrawPictureRGB2(image, picture);
+    for (int32_t x = 0; x < 42; ++x) {
+      const Pixel expected = x < 2 ? Pixel{0, 0, 0} : picture->GetPixel(x - 2, 0);
+      EXPECT_EQ(*SampleAt(record, x, 0, offsets[0]), expected.red);
+      EXPECT_EQ(*SampleAt(record, x, 0, offsets[1]), expected.green);
+      EXPECT_EQ(*SampleAt(record, x, 0, offsets[2]), expected.blue);
+    }
+  }
+}
+
 // --- rectangles: an image of 12 x 12 black pixels, a picture of 10 x 10 ---
 
 class ImportRectangle : public testing::Test {
