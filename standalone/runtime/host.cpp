@@ -108,9 +108,10 @@ void Host::Load(const std::string &path) {
       LoadedPaths().contains(canonical) ? OpenPrivateCopy(place) : dlopen(place.c_str(), RTLD_NOW | RTLD_LOCAL);
   void *const entry = library == nullptr ? nullptr : dlsym(library, "REALPluginMain");
   if (entry == nullptr) {
-    const char *const reason = dlerror();
+    const char *const error = dlerror();
+    const std::string reason = error == nullptr ? "it cannot be read" : error;  // gone after the next call
     if (library != nullptr) dlclose(library);
-    throw HostError("cannot load the plug-in " + path + ": " + (reason == nullptr ? "it cannot be read" : reason));
+    throw HostError("cannot load the plug-in " + path + ": " + reason);
   }
   LoadedPaths().insert(canonical);
   try {
