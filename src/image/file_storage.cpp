@@ -45,7 +45,8 @@ uint8_t *MapBlockWith(ImageClassData *record, int32_t row) {
   record->IsMapped = true;
   record->MappedFirstRow = first;
   record->MappedLastRow = first + record->MappedRowCount - 1;
-  return record->Buffer + static_cast<ptrdiff_t>(row - first) * record->RowSize;
+  // A block at address zero counts as mapped, but its rows would look like rows somewhere.
+  return block != nullptr ? record->Buffer + static_cast<ptrdiff_t>(row - first) * record->RowSize : nullptr;
 }
 
 // Decides the length of the block and the rows in it from the length that is wanted.

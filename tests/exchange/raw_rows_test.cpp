@@ -11,6 +11,7 @@
 #include "image/image_formats.h"
 #include "image/views.h"
 #include "tests/exchange/exchange_testing.h"
+#include "tests/support/file_faults.h"
 
 namespace zvk {
 namespace {
@@ -306,6 +307,28 @@ TEST_F(RawRows, ARowOfAnImageInAFileIsAWholePage) {
   for (int32_t y = 49; y >= 0; --y) {
     EXPECT_EQ(Taken(rbGetRowCopy(image, y)), std::vector<uint8_t>(rowSize, static_cast<uint8_t>(y + 1)));
   }
+  ImageDestructor(image);
+  Record(image).RemoveFile = false;  // the instance ends without a second file step
+}
+
+TEST_F(RawRows, WritingMapsAFileWhoseFirstMappingFailed) {
+  const auto image = host_.New("PictureZVK");
+  const auto block = host_.NewMemoryBlock(std::vector<uint8_t>(65536, 5));
+  {
+    faults::Files files;
+    files.FailAll(faults::FileCall::kMap);
+    ImageConstructorFile(image, 10, 50, ImageFormatG, 0, nullptr);
+    ASSERT_FALSE(Record(image).Valid);
+    EXPECT_EQ(rbGetRow(image, 0), nullptr);
+    EXPECT_EQ(rbGetRowCopy(image, 0), nullptr);
+    EXPECT_EQ(files.Records(faults::FileCall::kMap).size(), 1u);
+    rbSetRow(image, 7, block);
+    EXPECT_EQ(files.Records(faults::FileCall::kMap).size(), 2u);
+  }
+  rbSetRow(image, 7, block);
+  EXPECT_EQ(RowBytes(image, 7), std::vector<uint8_t>(static_cast<size_t>(Record(image).RowSize), 5));
+  EXPECT_FALSE(Record(image).Valid);
+  ExpectNothingRaised();
   ImageDestructor(image);
   Record(image).RemoveFile = false;  // the instance ends without a second file step
 }

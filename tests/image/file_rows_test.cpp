@@ -199,6 +199,35 @@ TEST_F(FileRows, ARowAboveTheFirstIsNilAndTheBlockIsGone) {
   ExpectBlock(0, 4095, 16777216);
 }
 
+TEST_F(FileRows, RowMinusOneOfAnUnmappedImageIsNilWithoutACallOfTheSystem) {
+  ConstructTall();
+  Row(-5);
+  ExpectUnmapped();
+  const Files files;
+  EXPECT_EQ(Row(-1), nullptr);  // first and last row are -1 as well
+  EXPECT_TRUE(files.Records().empty());
+}
+
+TEST_F(FileRows, ABlockThatReachesPastTheFileMovesARowAboveTheFirstToTheTop) {
+  Construct(10, 3, ImageFormatG, 1);  // blocks of 5 rows: the last place of one is row -2
+  const uint8_t *row = Row(-1);
+  ExpectBlock(0, 4, 20480);
+  EXPECT_EQ(record_->Buffer - row, 4096);
+  EXPECT_EQ(Row(-2), nullptr);
+  ExpectUnmapped();
+}
+
+TEST_F(FileRows, ABlockAtAddressZeroGivesNoRow) {
+  ConstructTall();
+  Files files;
+  files.MapAtZero();
+  EXPECT_EQ(Row(5000), nullptr);
+  EXPECT_TRUE(record_->IsMapped);
+  EXPECT_EQ(record_->MappedFirstRow, 4998);
+  SetMemBlockSize(image_, 0, 0);
+  EXPECT_EQ(files.Records(FileCall::kUnmap).size(), 1u);  // the block before it, and none at zero
+}
+
 TEST_F(FileRows, ARowPastTheEndMapsTheLastBlockAndLiesBeyondIt) {
   ConstructTall();
   const uint8_t *row = Row(100003);

@@ -297,9 +297,19 @@ TEST_F(FileStorage, AFileInAFolderThatIsNotThereIsQuietlyNotValid) {
   ExpectOnlyTheFormat();
 }
 
+TEST_F(FileStorage, AFolderInThePlaceOfTheFileIsLeftAlone) {
+  std::filesystem::create_directory(folder_.In("image"));
+  const auto item = NewItem("image");
+  ImageConstructorFile(image_, 10, 10, ImageFormatG, 0, item);
+  ExpectNothingRaised();
+  ExpectOnlyTheFormat();
+  EXPECT_EQ(item->References(), 1);
+  EXPECT_TRUE(std::filesystem::remove(folder_.In("image")));
+}
+
 TEST_F(FileStorage, AFileThatDoesNotReachItsLengthIsTruncatedClosedAndDeleted) {
-  enum Failure { kTruncate, kSeek, kWrite, kShortWrite };
-  for (const Failure failure : {kTruncate, kSeek, kWrite, kShortWrite}) {
+  enum Failure { kTruncate, kSeek, kShortSeek, kWrite, kShortWrite };
+  for (const Failure failure : {kTruncate, kSeek, kShortSeek, kWrite, kShortWrite}) {
     SCOPED_TRACE(failure);
     const auto item = NewItem("image");
     const size_t descriptors = OpenDescriptors();
@@ -307,6 +317,7 @@ TEST_F(FileStorage, AFileThatDoesNotReachItsLengthIsTruncatedClosedAndDeleted) {
       Files files;
       if (failure == kTruncate) files.FailAt(FileCall::kTruncate, 1, ENOSPC);
       if (failure == kSeek) files.FailAt(FileCall::kSeek, 1);
+      if (failure == kShortSeek) files.ShortenSeeks();
       if (failure == kWrite) files.FailAt(FileCall::kWrite, 1, ENOSPC);
       if (failure == kShortWrite) files.ShortenWrites();
       const faults::Heap heap;
@@ -330,6 +341,25 @@ TEST_F(FileStorage, AFileThatDoesNotReachItsLengthIsTruncatedClosedAndDeleted) {
     EXPECT_EQ(OpenDescriptors(), descriptors);
     EXPECT_TRUE(folder_.IsEmpty());
   }
+}
+
+TEST_F(FileStorage, AFileThatWasThereOrATemporaryOneIsDeletedAsWell) {
+  std::ofstream(folder_.In("image")) << std::string(100000, 'x');
+  Files files;
+  files.ShortenWrites();
+  files.SetTemporaryName(folder_.In("temporary"));
+  const auto item = NewItem("image");
+  for (REALobject place : {item.Handle(), REALobject{}}) {
+    ImageConstructorFile(image_, 10, 10, ImageFormatG, 0, place);
+    ExpectNothingRaised();
+    ExpectOnlyTheFormat();
+  }
+  const std::vector<FileRecord> opened = files.Records(FileCall::kOpen), deleted = files.Records(FileCall::kUnlink);
+  ASSERT_EQ(opened.size(), 2u);
+  ASSERT_EQ(deleted.size(), 2u);
+  EXPECT_EQ(opened[1].path, folder_.In("temporary"));
+  for (const size_t file : {0, 1}) EXPECT_EQ(deleted[file].path, opened[file].path);
+  EXPECT_TRUE(folder_.IsEmpty());
 }
 
 TEST_F(FileStorage, AFailedFirstMappingLeavesTheFileToClose) {
@@ -360,6 +390,24 @@ TEST_F(FileStorage, AFailedFirstMappingLeavesTheFileToClose) {
   EXPECT_EQ(OpenDescriptors(), descriptors);
   EXPECT_EQ(LengthOf(folder_.In("image")), -1);
   EXPECT_EQ(item->References(), 1);
+}
+
+TEST_F(FileStorage, AFirstBlockAtAddressZeroLeavesTheFileToCloseToo) {
+  {
+    Files files;
+    files.MapAtZero();
+    Construct(10, 10, ImageFormatG, 0);
+    ExpectNothingRaised();
+    EXPECT_FALSE(record_->Valid);
+    EXPECT_TRUE(record_->IsMapped);
+    EXPECT_EQ(record_->Buffer, nullptr);
+    EXPECT_EQ(record_->MappedFirstRow, 0);
+    EXPECT_EQ(record_->MappedLastRow, 9);
+    ImageDestructor(image_);
+    EXPECT_TRUE(files.Records(FileCall::kUnmap).empty());
+    EXPECT_EQ(files.Records(FileCall::kUnlink).size(), 1u);
+  }
+  EXPECT_TRUE(folder_.IsEmpty());
 }
 
 TEST_F(FileStorage, ARowThatWrapsToZeroCannotBeMapped) {

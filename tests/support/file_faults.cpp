@@ -48,6 +48,16 @@ void Files::ShortenWrites() {
   shortenWrites_ = true;
 }
 
+void Files::ShortenSeeks() {
+  std::scoped_lock lock(mutex_);
+  shortenSeeks_ = true;
+}
+
+void Files::MapAtZero() {
+  std::scoped_lock lock(mutex_);
+  mapAtZero_ = true;
+}
+
 void Files::SetTemporaryName(const std::string &name) {
   std::scoped_lock lock(mutex_);
   temporaryName_ = name;
@@ -79,6 +89,16 @@ bool Files::ShortensWrites() const {
   return shortenWrites_;
 }
 
+bool Files::ShortensSeeks() const {
+  std::scoped_lock lock(mutex_);
+  return shortenSeeks_;
+}
+
+bool Files::MapsAtZero() const {
+  std::scoped_lock lock(mutex_);
+  return mapAtZero_;
+}
+
 std::optional<std::string> Files::TemporaryName() const {
   std::scoped_lock lock(mutex_);
   return temporaryName_;
@@ -86,7 +106,9 @@ std::optional<std::string> Files::TemporaryName() const {
 
 }  // namespace faults
 
+using faults::activeFiles;
 using faults::FileCall;
+using faults::Files;
 using faults::Refused;
 
 // The linker's names: a call of f arrives at __wrap_f, and __real_f is the system's. The calls that take an offset or a
@@ -126,7 +148,10 @@ int Truncate(Real real, int descriptor, Offset size) {
 template <class Real, class Offset>
 Offset Seek(Real real, int descriptor, Offset offset, int origin) {
   const bool refused = Refused({.call = FileCall::kSeek, .descriptor = descriptor, .offset = offset});
-  return refused ? -1 : real(descriptor, offset, origin);
+  if (refused) return -1;
+  const Offset place = real(descriptor, offset, origin);
+  const Files *files = activeFiles;
+  return files != nullptr && files->ShortensSeeks() ? place - 1 : place;
 }
 
 template <class Real, class Offset>
@@ -134,7 +159,10 @@ void *Map(Real real, void *hint, size_t size, int protection, int flags, int des
   const bool refused =
       descriptor != -1 &&
       Refused({.call = FileCall::kMap, .descriptor = descriptor, .size = static_cast<int64_t>(size), .offset = offset});
-  return refused ? MAP_FAILED : real(hint, size, protection, flags, descriptor, offset);
+  if (refused) return MAP_FAILED;
+  const Files *files = activeFiles;
+  if (descriptor != -1 && files != nullptr && files->MapsAtZero()) return nullptr;
+  return real(hint, size, protection, flags, descriptor, offset);
 }
 
 }  // namespace
@@ -172,7 +200,7 @@ off64_t __wrap_lseek64(int descriptor, off64_t offset, int origin) {
 
 ssize_t __wrap_write(int descriptor, const void *bytes, size_t size) {
   if (Refused({.call = FileCall::kWrite, .descriptor = descriptor, .size = static_cast<int64_t>(size)})) return -1;
-  const faults::Files *files = faults::activeFiles;
+  const Files *files = activeFiles;
   if (files != nullptr && files->ShortensWrites()) return static_cast<ssize_t>(size) - 1;
   return __real_write(descriptor, bytes, size);
 }
@@ -197,7 +225,7 @@ int __wrap_unlink(const char *path) {
 
 char *__wrap_tmpnam(char *buffer) {
   if (Refused({.call = FileCall::kTemporaryName})) return nullptr;
-  const faults::Files *files = faults::activeFiles;
+  const Files *files = activeFiles;
   const std::optional<std::string> name = files != nullptr ? files->TemporaryName() : std::nullopt;
   return name ? std::strcpy(buffer, name->c_str()) : __real_tmpnam(buffer);
 }

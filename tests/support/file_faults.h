@@ -42,6 +42,10 @@ class Files {
   void FailAll(FileCall call, int error = EIO);
   // Lets write answer one byte less than it was given, without writing, from now on.
   void ShortenWrites();
+  // Lets lseek answer one byte less than where it has gone, from now on.
+  void ShortenSeeks();
+  // Lets mmap answer address zero, without mapping, from now on.
+  void MapAtZero();
   // Lets tmpnam answer `name` from now on.
   void SetTemporaryName(const std::string &name);
 
@@ -52,6 +56,8 @@ class Files {
   // What the wrapped calls ask; not for tests.
   bool Refuses(FileRecord record);
   bool ShortensWrites() const;
+  bool ShortensSeeks() const;
+  bool MapsAtZero() const;
   std::optional<std::string> TemporaryName() const;
 
  private:
@@ -64,6 +70,8 @@ class Files {
   mutable std::mutex mutex_;
   std::map<FileCall, Plan> plans_;
   bool shortenWrites_ = false;
+  bool shortenSeeks_ = false;
+  bool mapAtZero_ = false;
   std::optional<std::string> temporaryName_;
   std::vector<FileRecord> records_;
 };

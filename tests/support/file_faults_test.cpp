@@ -79,6 +79,24 @@ TEST(FileFaults, WritesCanFallShortByOneByte) {
   EXPECT_EQ(close(file), 0);
 }
 
+TEST(FileFaults, SeeksCanFallShortByOneByte) {
+  const int file = open("/dev/zero", O_RDONLY);
+  Files files;
+  files.ShortenSeeks();
+  EXPECT_EQ(lseek(file, 0, SEEK_SET), -1);
+  EXPECT_EQ(close(file), 0);
+}
+
+TEST(FileFaults, MappingsOfFilesCanLandAtAddressZero) {
+  Files files;
+  files.MapAtZero();
+  EXPECT_EQ(mmap(nullptr, 4096, PROT_READ, MAP_SHARED, 77, 0), nullptr);
+  EXPECT_EQ(files.Records(FileCall::kMap).size(), 1u);
+  void *mapping = mmap(nullptr, 4096, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  EXPECT_NE(mapping, nullptr);
+  EXPECT_EQ(munmap(mapping, 4096), 0);
+}
+
 TEST(FileFaults, TheTemporaryNameIsWhatTheTestSays) {
   char buffer[L_tmpnam] = "unchanged";
   Files files;
