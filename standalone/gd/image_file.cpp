@@ -1,9 +1,6 @@
 #include "standalone/gd/image_file.h"
 
 #include <dlfcn.h>
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -18,6 +15,8 @@
 #include <unordered_map>
 #include <utility>
 #include <vector>
+
+#include "standalone/files/part_file.h"
 
 namespace standalone {
 namespace {
@@ -41,12 +40,6 @@ void SilenceLibraries() {
   }();
   static_cast<void>(done);
 }
-
-[[noreturn]] void Fail(const std::string &path, const std::string &problem) {
-  throw ImageFileError(path + ": " + problem);
-}
-
-std::string SystemError(int number) { return std::generic_category().message(number); }
 
 bool StartsWith(std::span<const uint8_t> bytes, std::string_view magic, size_t position = 0) {
   return bytes.size() >= position + magic.size() &&
@@ -251,20 +244,14 @@ std::string FormatNames() {
 }
 
 Bytes ReadFile(const std::string &path) {
-  struct stat status;
-  if (stat(path.c_str(), &status) != 0) {
-    const int number = errno;
-    if (number == ENOENT) Fail(path, "no such file; check the path");
-    Fail(path, "cannot be read (" + SystemError(number) + "); check the path");
-  }
-  if (S_ISDIR(status.st_mode)) Fail(path, "is a folder; name an image file in it");
-  if (status.st_size > INT_MAX) Fail(path, "is too large; image files may have up to 2 GiB");
+  const int64_t size = SizeOfFile(path);
+  if (size > INT_MAX) FailOnFile(path, "is too large; image files may have up to 2 GiB");
   std::ifstream file(path, std::ios::binary);
-  if (!file) Fail(path, "cannot be opened (" + SystemError(errno) + "); check who may read it");
-  Bytes bytes(static_cast<size_t>(status.st_size));
+  if (!file) FailOnFile(path, "cannot be opened (" + SystemError(errno) + "); check who may read it");
+  Bytes bytes(static_cast<size_t>(size));
   file.read(reinterpret_cast<char *>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-  if (!file) Fail(path, "cannot be read whole; get a new copy of it");
-  if (bytes.empty()) Fail(path, "is empty; name an image file");
+  if (!file) FailOnFile(path, "cannot be read whole; get a new copy of it");
+  if (bytes.empty()) FailOnFile(path, "is empty; name an image file");
   return bytes;
 }
 
@@ -301,86 +288,18 @@ OwnedGdImage OpaqueCopy(gdImagePtr image) {
   return copy;
 }
 
-// A new file beside the target that takes its place by Commit, or goes away.
-class PartFile {
- public:
-  explicit PartFile(std::string target) : target_(std::move(target)) {
-    const std::filesystem::path folder = std::filesystem::path(target_).parent_path();
-    for (int attempt = 0; descriptor_ < 0; ++attempt) {
-      path_ = (folder / (".zvk-" + std::to_string(getpid()) + "-" + std::to_string(attempt) + ".part")).string();
-      descriptor_ = open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-      if (descriptor_ < 0 && errno != EEXIST) {
-        Fail(target_,
-             "cannot be written (" + SystemError(errno) + "); check that its folder exists and who may write there");
-      }
-    }
-  }
-
-  PartFile(const PartFile &) = delete;
-  PartFile &operator=(const PartFile &) = delete;
-
-  ~PartFile() {
-    if (descriptor_ >= 0) close(descriptor_);
-    if (!path_.empty()) unlink(path_.c_str());
-  }
-
-  void Write(std::span<const uint8_t> bytes) {
-    while (!bytes.empty()) {
-      const ssize_t count = write(descriptor_, bytes.data(), bytes.size());
-      if (count < 0 && errno == EINTR) continue;
-      if (count < 0) FailToWrite(errno);
-      bytes = bytes.subspan(static_cast<size_t>(count));
-    }
-  }
-
-  // Keeps the permissions of a file that is replaced.
-  void Commit() {
-    struct stat status;
-    if (stat(target_.c_str(), &status) == 0 && fchmod(descriptor_, status.st_mode & 07777) != 0) FailToWrite(errno);
-    if (close(std::exchange(descriptor_, -1)) != 0) FailToWrite(errno);
-    if (rename(path_.c_str(), target_.c_str()) != 0) FailToWrite(errno);
-    path_.clear();
-  }
-
- private:
-  [[noreturn]] void FailToWrite(int number) const {
-    Fail(target_, "cannot be written (" + SystemError(number) + "); what was there before is unchanged");
-  }
-
-  std::string target_;
-  std::string path_;
-  int descriptor_ = -1;
-};
-
-// The path behind symbolic links, so that the file they lead to is replaced and not the link.
-std::string WritablePath(const std::string &path) {
-  std::error_code error;
-  const std::filesystem::path resolved = std::filesystem::weakly_canonical(path, error);
-  const std::string target = error ? path : resolved.string();
-  struct stat status;
-  if (stat(target.c_str(), &status) == 0) {
-    if (S_ISDIR(status.st_mode)) Fail(path, "is a folder; name a file in it");
-    if (!S_ISREG(status.st_mode)) Fail(path, "is not a regular file; name another one");
-    if (access(target.c_str(), W_OK) != 0)
-      Fail(path, "is write-protected; name another file or change its permissions");
-  }
-  return target;
-}
-
 }  // namespace
 
 LoadedImage LoadImageFile(const std::string &path) {
   SilenceLibraries();
   Bytes bytes = ReadFile(path);
   const Format *const format = RecogniseFormat(bytes);
-  if (format == nullptr) Fail(path, "is not an image that can be read; known are " + FormatNames());
+  if (format == nullptr) FailOnFile(path, "is not an image that can be read; known are " + FormatNames());
   OwnedGdImage image;
   if (format->isWhole(bytes)) image.reset(format->decode(static_cast<int>(bytes.size()), bytes.data()));
-  if (image == nullptr) {
-    Fail(path, "is a " + std::string(format->name) + " file that is cut short or damaged; get a whole copy of it");
-  }
+  if (image == nullptr) FailOnDamage(path, format->name);
   if (image->trueColor == 0) {
-    if (gdImagePaletteToTrueColor(image.get()) == 0) Fail(path, "there is not enough memory for its pixels");
+    if (gdImagePaletteToTrueColor(image.get()) == 0) FailOnFile(path, "there is not enough memory for its pixels");
     image->transparent = -1;
   }
   ResolveColourKey(image.get());
@@ -391,30 +310,29 @@ LoadedImage LoadImageFile(const std::string &path) {
 void SaveImageFile(gdImagePtr image, const std::string &path, const SaveOptions &options) {
   SilenceLibraries();
   const Format *const format = FormatOfExtension(path);
-  if (format == nullptr) Fail(path, "no known image extension; use one of " + KnownImageExtensions());
+  if (format == nullptr) FailOnFile(path, "no known image extension; use one of " + KnownImageExtensions());
   if (options.quality != -1 && (options.quality < 1 || options.quality > 100)) {
-    Fail(path, "a quality of " + std::to_string(options.quality) + " is out of range; use 1 to 100");
+    FailOnFile(path, "a quality of " + std::to_string(options.quality) + " is out of range; use 1 to 100");
   }
   if (std::max(image->sx, image->sy) > format->largestSide) {
-    Fail(path, "a " + std::string(format->name) + " file holds up to " + std::to_string(format->largestSide) +
-                   " pixels in each direction; use another format or a smaller image");
+    FailOnFile(path, "a " + std::string(format->name) + " file holds up to " + std::to_string(format->largestSide) +
+                         " pixels in each direction; use another format or a smaller image");
   }
-  const std::string target = WritablePath(path);
+  PartFile file(path);
 
   const bool hasTransparency = HasTransparency(image);
   const bool keepAlpha = hasTransparency && options.alpha == AlphaPlane::Keep;
   const OwnedGdImage opaque = hasTransparency && !keepAlpha ? OpaqueCopy(image) : nullptr;
-  if (hasTransparency && !keepAlpha && opaque == nullptr) Fail(path, "there is not enough memory to write it");
+  if (hasTransparency && !keepAlpha && opaque == nullptr) FailOnFile(path, "there is not enough memory to write it");
   gdImagePtr const pixels = opaque != nullptr ? opaque.get() : image;
   const int savedFlag = std::exchange(pixels->saveAlphaFlag, keepAlpha ? 1 : 0);
   int size = 0;
   const std::unique_ptr<void, void (*)(void *)> encoded(format->encode(pixels, &size, options), gdFree);
   pixels->saveAlphaFlag = savedFlag;
   if (encoded == nullptr || size <= 0) {
-    Fail(path, "could not be put into the " + std::string(format->name) + " format; use another one");
+    FailOnFile(path, "could not be put into the " + std::string(format->name) + " format; use another one");
   }
 
-  PartFile file(target);
   file.Write({static_cast<const uint8_t *>(encoded.get()), static_cast<size_t>(size)});
   file.Commit();
 }

@@ -8,9 +8,10 @@
 
 #include <cstdint>
 #include <memory>
-#include <stdexcept>
 #include <string>
 #include <string_view>
+
+#include "standalone/files/file_error.h"
 
 namespace standalone {
 
@@ -18,12 +19,6 @@ struct DestroyGdImage {
   void operator()(gdImagePtr image) const { gdImageDestroy(image); }
 };
 using OwnedGdImage = std::unique_ptr<gdImage, DestroyGdImage>;
-
-// A file that cannot be read or written. The message is one line that names the file and the way out.
-class ImageFileError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
 
 struct LoadedImage {
   OwnedGdImage

@@ -1,0 +1,148 @@
+// PNG rows. The library leaves by longjmp, so each of its calls runs in Guarded, where nothing needs to be destroyed.
+
+#include <png.h>
+
+#include <cerrno>
+#include <csetjmp>
+#include <new>
+#include <utility>
+#include <vector>
+
+#include "standalone/files/part_file.h"
+#include "standalone/rows/row_codecs.h"
+
+namespace standalone {
+namespace {
+
+[[noreturn]] void LeaveLibrary(png_structp png, png_const_charp) { png_longjmp(png, 1); }
+void IgnoreWarning(png_structp, png_const_charp) {}
+
+// True if the library did the work, false if it gave up. `work` holds nothing that has a destructor.
+template <class Work>
+bool Guarded(png_structp png, const Work &work) {
+  if (setjmp(png_jmpbuf(png)) != 0) return false;
+  work();
+  return true;
+}
+
+// --- reading ---
+
+struct ReadState {
+  ReadState() : png(png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, LeaveLibrary, IgnoreWarning)) {
+    if (png != nullptr) info = png_create_info_struct(png);
+  }
+  ReadState(const ReadState &) = delete;
+  ReadState &operator=(const ReadState &) = delete;
+  ~ReadState() { png_destroy_read_struct(&png, &info, nullptr); }
+
+  png_structp png;
+  png_infop info = nullptr;
+};
+
+class PngRowReader : public RowReader {
+ public:
+  PngRowReader(const std::string &path, OwnedStream stream) : RowReader(path), stream_(std::move(stream)) {
+    header_.format = "PNG";
+    if (state_.info == nullptr) throw std::bad_alloc();
+    if (!Guarded(state_.png, [this] { ReadHeader(); })) FailOnDamage();
+    const png_byte colourType = png_get_color_type(state_.png, state_.info);
+    const bool hasClearColours = png_get_valid(state_.png, state_.info, PNG_INFO_tRNS) != 0;
+    SetHeader("PNG", png_get_image_width(state_.png, state_.info), png_get_image_height(state_.png, state_.info),
+              (colourType & PNG_COLOR_MASK_COLOR) == 0, (colourType & PNG_COLOR_MASK_ALPHA) != 0 || hasClearColours);
+    if (png_get_interlace_type(state_.png, state_.info) != PNG_INTERLACE_NONE) {
+      throw NotByRowsError(path + ": is an interlaced PNG file, whose rows are not stored one after another; save it " +
+                           "without interlacing");
+    }
+    if (!Guarded(state_.png, [this] { ChooseForm(); })) FailOnDamage();
+    if (header_.hasAlpha) pixels_.resize(size_t{4} * header_.width);
+  }
+
+  void ReadRow(std::span<uint8_t> row) override {
+    uint8_t *const target = header_.hasAlpha ? pixels_.data() : row.data();
+    const bool isLast = ++rowsRead_ == header_.height;
+    const bool isRead = Guarded(state_.png, [&] {
+      png_read_row(state_.png, target, nullptr);
+      if (isLast) png_read_end(state_.png, nullptr);
+    });
+    if (!isRead) FailOnDamage();
+    if (header_.hasAlpha) DropAlpha(pixels_, row);
+  }
+
+ private:
+  void ReadHeader() {
+    png_set_user_limits(state_.png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
+    png_init_io(state_.png, stream_.get());
+    png_read_info(state_.png, state_.info);
+  }
+
+  // 8 bits a sample, three samples or, with alpha, four.
+  void ChooseForm() {
+    png_set_expand(state_.png);
+    png_set_strip_16(state_.png);
+    png_set_gray_to_rgb(state_.png);
+    png_read_update_info(state_.png, state_.info);
+  }
+
+  OwnedStream stream_;
+  ReadState state_;
+  std::vector<uint8_t> pixels_;  // a row with alpha
+  int32_t rowsRead_ = 0;
+};
+
+// --- writing ---
+
+struct WriteState {
+  WriteState() : png(png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, LeaveLibrary, IgnoreWarning)) {
+    if (png != nullptr) info = png_create_info_struct(png);
+  }
+  WriteState(const WriteState &) = delete;
+  WriteState &operator=(const WriteState &) = delete;
+  ~WriteState() { png_destroy_write_struct(&png, &info); }
+
+  png_structp png;
+  png_infop info = nullptr;
+};
+
+class PngRowWriter : public RowWriter {
+ public:
+  PngRowWriter(const std::string &path, int32_t width, int32_t height) : file_(path) {
+    if (state_.info == nullptr) throw std::bad_alloc();
+    Write([&] {
+      png_set_user_limits(state_.png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
+      png_init_io(state_.png, file_.Stream());
+      png_set_IHDR(state_.png, state_.info, static_cast<png_uint_32>(width), static_cast<png_uint_32>(height), 8,
+                   PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+      png_write_info(state_.png, state_.info);
+    });
+  }
+
+  void WriteRow(std::span<const uint8_t> row) override {
+    Write([&] { png_write_row(state_.png, row.data()); });
+  }
+
+  void Finish() override {
+    Write([&] { png_write_end(state_.png, nullptr); });
+    file_.Commit();
+  }
+
+ private:
+  template <class Work>
+  void Write(const Work &work) {
+    if (!Guarded(state_.png, work)) file_.FailToWrite(errno);
+  }
+
+  PartFile file_;
+  WriteState state_;
+};
+
+}  // namespace
+
+std::unique_ptr<RowReader> OpenPngRows(const std::string &path, OwnedStream stream) {
+  return std::make_unique<PngRowReader>(path, std::move(stream));
+}
+
+std::unique_ptr<RowWriter> CreatePngRows(const std::string &path, int32_t width, int32_t height) {
+  return std::make_unique<PngRowWriter>(path, width, height);
+}
+
+}  // namespace standalone

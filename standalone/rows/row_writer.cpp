@@ -1,0 +1,61 @@
+#include "standalone/rows/row_writer.h"
+
+#include <algorithm>
+#include <array>
+#include <climits>
+#include <filesystem>
+#include <string_view>
+
+#include "standalone/rows/row_codecs.h"
+
+namespace standalone {
+namespace {
+
+struct WritableFormat {
+  std::string_view extension;
+  const char *name;
+  int32_t largestSide;  // pixels that the format can hold in one direction
+  std::unique_ptr<RowWriter> (*create)(const std::string &path, int32_t width, int32_t height);
+};
+
+constexpr std::array<WritableFormat, 5> kFormats = {{
+    {"png", "PNG", INT_MAX, CreatePngRows},
+    {"jpg", "JPEG", 65500, CreateJpegRows},
+    {"jpeg", "JPEG", 65500, CreateJpegRows},
+    {"tif", "TIFF", INT_MAX, CreateTiffRows},
+    {"tiff", "TIFF", INT_MAX, CreateTiffRows},
+}};
+
+const WritableFormat *FormatOf(const std::string &path) {
+  std::string extension = std::filesystem::path(path).extension().string();
+  std::transform(extension.begin(), extension.end(), extension.begin(),
+                 [](char letter) { return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + 32) : letter; });
+  for (const WritableFormat &format : kFormats) {
+    if (!extension.empty() && extension.substr(1) == format.extension) return &format;
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+std::unique_ptr<RowWriter> CreateRows(const std::string &path, int32_t width, int32_t height) {
+  const WritableFormat *const format = FormatOf(path);
+  if (format == nullptr) {
+    FailOnFile(path, "no image extension that can be written row by row; use one of " + KnownRowExtensions());
+  }
+  if (std::max(width, height) > format->largestSide) {
+    FailOnFile(path, "a " + std::string(format->name) + " file holds up to " + std::to_string(format->largestSide) +
+                         " pixels in each direction; use another format or a smaller image");
+  }
+  return format->create(path, width, height);
+}
+
+bool HasKnownRowExtension(const std::string &path) { return FormatOf(path) != nullptr; }
+
+std::string KnownRowExtensions() {
+  std::string list;
+  for (const WritableFormat &format : kFormats) list += (list.empty() ? "" : ", ") + std::string(format.extension);
+  return list;
+}
+
+}  // namespace standalone
