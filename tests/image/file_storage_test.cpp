@@ -147,6 +147,7 @@ TEST_F(FileStorage, WithoutAnItemATemporaryFileServes) {
   ImageConstructorFile(image_, 10, 10, ImageFormatG, 0, nullptr);
   ASSERT_TRUE(record_->Valid);
   EXPECT_EQ(record_->FileItem, nullptr);
+  EXPECT_EQ(host_->Questions("REALLockObject"), 0);
   const std::string path = record_->FilePath;
   EXPECT_EQ(path.rfind(P_tmpdir "/", 0), 0u) << path;
   EXPECT_EQ(LengthOf(path), 45056);
