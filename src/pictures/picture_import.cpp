@@ -206,10 +206,11 @@ void DrawColourRow(const uint8_t *source, uint8_t *dest, int32_t count, const Im
     DrawPackedPixels<Word, 0, 2>(source, dest + red, count);
   } else if (image.PixelSize == 3 && green == blue + 1 && red == blue + 2) {
     DrawPackedPixels<Word, 2, 0>(source, dest + blue, count);
-  } else if (image.PixelSize == 4 && red / 4 == green / 4 && red / 4 == blue / 4 && red != green && red != blue &&
+  } else if (image.PixelSize == 4 && red >> 2 == green >> 2 && red >> 2 == blue >> 2 && red != green && red != blue &&
              green != blue) {
-    // The last pixel goes by bytes: its fourth one may lie behind a caller's memory.
-    DrawPixelWords<Word>(source, dest + (red - red % 4), count - 1, red % 4, green % 4, blue % 4);
+    // Shifts and masks, as an offset that wrapped in a clip is below zero. The last pixel goes by bytes: its fourth one
+    // may lie behind a caller's memory.
+    DrawPixelWords<Word>(source, dest + (red & ~3), count - 1, red & 3, green & 3, blue & 3);
     DrawColourPixels<Word>(source + 4 * (static_cast<ptrdiff_t>(count) - 1),
                            dest + 4 * (static_cast<ptrdiff_t>(count) - 1), 1, image);
   } else {

@@ -164,6 +164,83 @@ TEST(Snapshot, OnAHostOfNoKindTheCopyIsReachedAsAGDImage) {
   EXPECT_TRUE(IsFree(*picture));
 }
 
+TEST(Snapshot, WithoutANewPictureAHostOfNoKindIsAskedForTheGDImageOfThePictureItself) {
+  PluginHost host({.withheld = {"newPicture"}, .applicationClass = ""});
+  auto picture = host.NewPicture(MakeStorage(5, 4, kGD));
+  PictureReader reader;
+  ASSERT_TRUE(reader.GetPictureEditor(picture, 1, 0));
+  EXPECT_EQ(reader.Picture, picture.Handle());
+  EXPECT_EQ(Locks(host), 2);
+  EXPECT_EQ(picture->References(), 2);
+  EXPECT_EQ(picture->LocksHeld(), 1);
+}
+
+TEST(Snapshot, OfAPictureWithAlphaIsNotTakenOnAHostOfNoKindEither) {
+  PluginHost host({.applicationClass = ""});
+  host->SetEntry(
+      "REALGetPropValueBool", +[](REALobject, const char *, uint8_t *value) -> uint8_t { return *value = 1; });
+  auto picture = host.NewPicture(MakeStorage(5, 4, kGD));
+  PictureReader reader;
+  ASSERT_TRUE(reader.GetPictureEditor(picture, 1, 0));
+  EXPECT_EQ(reader.Picture, picture.Handle());
+  EXPECT_EQ(reader.Layout, 8);
+  EXPECT_FALSE(reader.AlphaRoute);
+  EXPECT_EQ(host->Calls("newPicture"), 0);
+}
+
+// What a drawing method was called with.
+REALobject drawnInto, drawnImage;
+std::vector<int32_t> drawnNumbers;
+std::string askedDeclaration;
+
+void NoteDrawing(REALobject graphics, REALobject image, int32_t x, int32_t y, int32_t width, int32_t height,
+                 int32_t sourceX, int32_t sourceY, int32_t sourceWidth, int32_t sourceHeight) {
+  drawnInto = graphics;
+  drawnImage = image;
+  drawnNumbers = {x, y, width, height, sourceX, sourceY, sourceWidth, sourceHeight};
+}
+
+TEST(Snapshot, IsDrawnAtItsOwnSizeIntoAPictureOfDepth32WhoseGraphicsAreGivenBackFirst) {
+  PluginHost host({.kind = HostKind::Desktop});
+  static int32_t depth;
+  static REALobject made, graphics;
+  static std::vector<std::string> calls;
+  host->SetEntry(
+      "newPicture", +[](int32_t width, int32_t height, int32_t wantedDepth) -> REALobject {
+        depth = wantedDepth;
+        return made = Picture::Make(width, height)->Handle();
+      });
+  host->SetEntry(
+      "pluginPictureGraphicsGetter", +[](REALobject picture) -> REALobject {
+        return graphics = standalone::Graphics::Make(*standalone::ObjectAs<Picture>(picture))->Handle();
+      });
+  host->SetEntry(
+      "REALLoadObjectMethod", +[](REALobject, const char *declaration) -> void * {
+        askedDeclaration = declaration;
+        return reinterpret_cast<void *>(NoteDrawing);
+      });
+  host->SetEntry(
+      "REALLockObject", +[](REALobject object) {
+        calls.emplace_back(object == made ? "hold picture" : "hold another");
+        standalone::Object::From(object)->Lock();
+      });
+  host->SetEntry(
+      "REALUnlockObject", +[](REALobject object) {
+        calls.emplace_back(object == graphics ? "drop graphics" : object == made ? "drop picture" : "drop another");
+        standalone::Object::From(object)->Unlock();
+      });
+  auto picture = DrawnPicture(host, 5, 4);
+  PictureReader reader;
+  ASSERT_TRUE(reader.GetPictureEditor(picture, 1, 0));
+  EXPECT_EQ(depth, 32);
+  EXPECT_EQ(askedDeclaration, kDrawPicture);
+  EXPECT_EQ(drawnInto, graphics);
+  EXPECT_EQ(drawnImage, picture.Handle());
+  EXPECT_EQ(drawnNumbers, (std::vector<int32_t>{0, 0, 5, 4, 0, 0, 5, 4}));
+  // The editor takes its reference before the maker's is dropped.
+  EXPECT_EQ(calls, (std::vector<std::string>{"drop graphics", "hold picture", "drop picture"}));
+}
+
 // --- masks ---
 
 class MaskOfEveryLayout : public testing::TestWithParam<int32_t> {

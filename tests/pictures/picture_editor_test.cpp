@@ -264,6 +264,35 @@ TEST(PictureEditor, AGDImageThatIsNoTrueColourImageIsRefusedAndItsLockGivenBack)
   paletteImage.paletteRows = nullptr;
 }
 
+TEST(PictureEditor, ABitmapIsAsLargeAsItsContextWhateverTheDescriptionSays) {
+  PluginHost host({.kind = HostKind::Desktop});
+  uint8_t pixels[32] = {};
+  standalone::BitmapContext context{pixels, 3, 2, 32, 16, 6};
+  auto picture = NewOddPicture(host, 8, &context);  // described as 5 x 4
+  PictureReader reader;
+  ASSERT_TRUE(reader.GetPictureEditor(picture, 1, 0));
+  EXPECT_EQ(reader.Width, 3);
+  EXPECT_EQ(reader.Height, 2);
+  EXPECT_EQ(reader.RowBytes, 16);
+  EXPECT_EQ(reader.BaseAddress, pixels);
+}
+
+TEST(PictureEditor, AGDImageIsAsLargeAsItsDescriptionSays) {
+  PluginHost host;
+  uint8_t *rows[4] = {};
+  GDImage image{};
+  image.width = 3;
+  image.height = 2;
+  image.trueColor = 1;
+  image.trueColorRows = rows;
+  auto picture = NewOddPicture(host, 10, &image);  // described as 5 x 4
+  PictureReader reader;
+  ASSERT_TRUE(reader.GetPictureEditor(picture, 1, 0));
+  EXPECT_EQ(reader.Width, 5);
+  EXPECT_EQ(reader.Height, 4);
+  EXPECT_EQ(reader.RowBytes, 20);
+}
+
 // --- classification ---
 
 TEST(HostClassification, AnApplicationMakesADesktop) {
@@ -392,7 +421,45 @@ TEST(FailedLock, IsWhatAMissingEntryCountsAs) {
   EXPECT_TRUE(IsFree(*picture));
 }
 
+TEST(FailedLock, OfAPictureWithAlphaIsGivenBackAndTheGDImageIsTriedNext) {
+  PluginHost host({.version = 2011.0, .applicationClass = ""});
+  host->SetEntry(
+      "REALGetPropValueBool", +[](REALobject, const char *, uint8_t *value) -> uint8_t { return *value = 1; });
+  auto picture = NewOddPicture(host, 0, nullptr);
+  PictureReader reader;
+  EXPECT_FALSE(reader.GetPictureEditor(picture, 1, 0));
+  EXPECT_EQ(Locks(host), 2);
+  EXPECT_EQ(Unlocks(host), 2);
+  EXPECT_EQ(host->Calls("newPicture"), 0);
+}
+
 // --- release and render ---
+
+TEST(PictureEditor, ReleaseGivesTheLockBackThenClearsTheCacheThenDropsTheReference) {
+  PluginHost host;
+  static std::vector<std::string> calls;
+  host->SetEntry(
+      "unlockPictureDescription", +[](REALobject picture) {
+        calls.emplace_back("unlock");
+        standalone::ObjectAs<Picture>(picture)->UnlockDescription();
+      });
+  host->SetEntry(
+      "REALPictureClearCache", +[](REALobject) { calls.emplace_back("clear"); });
+  host->SetEntry(
+      "REALUnlockObject", +[](REALobject picture) {
+        calls.emplace_back("drop");
+        standalone::ObjectAs<Picture>(picture)->Unlock();
+      });
+  auto picture = host.NewPicture(MakeStorage(5, 4, kGD));
+  PictureWriter writer;
+  ASSERT_TRUE(writer.GetPictureEditor(picture, 0, 1));
+  writer.ReleasePicture();
+  EXPECT_EQ(calls, (std::vector<std::string>{"unlock", "clear", "drop"}));
+  calls.clear();
+  ASSERT_TRUE(writer.GetPictureEditor(picture, 1, 0));
+  writer.ReleasePicture();
+  EXPECT_EQ(calls, (std::vector<std::string>{"unlock", "drop"}));
+}
 
 TEST(PictureEditor, AReleasedPixMapIsUnlocked) {
   PluginHost host;

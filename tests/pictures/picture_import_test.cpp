@@ -10,6 +10,7 @@
 
 #include "host/host_services.h"
 #include "image/image_formats.h"
+#include "image/views.h"
 #include "tests/pictures/picture_testing.h"
 
 namespace zvk {
@@ -176,6 +177,49 @@ TEST_P(ImportFromEveryLayout, OffsetsBeyondThePixelSizeDrawIntoAClippedView) {
       EXPECT_EQ(*SampleAt(record, x, 0, offsets[2]), expected.blue);
     }
   }
+}
+
+TEST_P(ImportFromEveryLayout, APictureDrawnToTheLeftAndUpIntoTheImageOverItIsMoved) {
+  if (GetParam() == 3 || GetParam() == 4) return;  // no image can be made over these
+  auto picture = NewFilledPicture(host_, 100, 3, GetParam());
+  auto before = NewFilledPicture(host_, 100, 3, GetParam());
+  auto image = host_.New("PictureZVK");
+  ImageConstructorPicture(image, picture, true);
+  ASSERT_TRUE(RecordOf(image)->Valid);
+  // What is read has not been written yet.
+  rbDrawPictureRGB8(image, picture, 0, 0, 100, 3, 3, 1);
+  for (int32_t y = 0; y < 3; ++y) {
+    for (int32_t x = 0; x < 100; ++x) {
+      Pixel expected = before->GetPixel(x, y);
+      if (x < 97 && y < 2) {
+        const Pixel moved = before->GetPixel(x + 3, y + 1);
+        expected = {moved.red, moved.green, moved.blue, expected.alpha};
+      }
+      ASSERT_EQ(picture->GetPixel(x, y), expected) << x << ", " << y;
+    }
+  }
+}
+
+TEST(DrawPicture, OffsetsThatWrappedBelowZeroInAClipNameBytesInFrontOfTheRow) {
+  PluginHost host;
+  auto picture = host.NewPicture(MakeStorage(3, 1, kGD));
+  for (int32_t x = 0; x < 3; ++x) {
+    const auto red = static_cast<uint8_t>(10 * x + 10);
+    picture->SetPixel(x, 0, {red, static_cast<uint8_t>(red + 1), static_cast<uint8_t>(red + 2)});
+  }
+  auto block = host.NewMemoryBlock(Bytes(32, 99));
+  auto image = host.New("PictureZVK");
+  ImageConstructorMemory(image, block, 1 << 30, 2, ImageFormatXRGB, 16);
+  // 1 + (2^30 - 3) x 4 wraps to -11.
+  auto clip = Adopt(ClipImage5(image, (1 << 30) - 3, 1, 3, 1));
+  ASSERT_TRUE(clip);
+  ASSERT_EQ(RecordOf(clip)->RedOffset, -11);
+  rbDrawPictureRGB2(clip, picture);
+  Bytes expected(32, 99);
+  for (int32_t x = 0; x < 3; ++x) {
+    for (int32_t i = 0; i < 3; ++i) expected[16 - 11 + 4 * x + i] = static_cast<uint8_t>(10 * x + 10 + i);
+  }
+  EXPECT_EQ(Bytes(block->Data(), block->Data() + 32), expected);
 }
 
 // --- rectangles: an image of 12 x 12 black pixels, a picture of 10 x 10 ---
