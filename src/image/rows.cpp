@@ -47,7 +47,8 @@ bool TableTouches(const ImageClassData &table, const ByteRange &range) {
 
 bool SharesStorage(const ImageClassData &a, const ImageClassData &b) {
   if (&a == &b) return true;
-  if (a.IsMapping || b.IsMapping) return a.IsMapping && b.IsMapping && a.FileHandle == b.FileHandle;
+  // Another image may have the same file open, or lie over a block of memory that is a view's mapping of it.
+  if (!HasFixedRows(a) || !HasFixedRows(b)) return true;
   if (a.RowTable != nullptr && b.RowTable != nullptr) return a.RowTable == b.RowTable;
   if (a.RowTable != nullptr) return TableTouches(a, LinearRange(b));
   if (b.RowTable != nullptr) return TableTouches(b, LinearRange(a));

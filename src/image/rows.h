@@ -9,7 +9,8 @@ namespace zvk {
 inline bool HasFixedRows(const ImageClassData &image) { return !image.IsMapping; }
 
 // True if rows of the two images may have a byte in common. Both must be usable. Only images that share nothing may be
-// worked on in forms that reorder or buffer reads and writes. Two row tables are taken to be the same rows or none.
+// worked on in forms that reorder or buffer reads and writes. A mapped file may share with anything. Two row tables are
+// taken to be the same rows or none.
 bool SharesStorage(const ImageClassData &a, const ImageClassData &b);
 
 }  // namespace zvk

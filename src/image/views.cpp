@@ -63,9 +63,10 @@ struct NewView {
 
   explicit operator bool() const { return view != nullptr; }
 
-  // Ties the view to the image that it came from, and hands it to the caller.
-  REALobject Finish() {
+  // Ties the view to the image that it came from and, for a clip, to the caller's block under that one; hands it out.
+  REALobject Finish(REALobject memoryTarget = nullptr) {
     KeepReference(view->Parent, parent);
+    KeepReference(view->MemoryTarget, memoryTarget);
     KeepReference(view->Target, source->Target);
     LinkStorage(*view, *source);
     return instance.Release();
@@ -199,12 +200,12 @@ constexpr ColourOrder kCMYKOrders[] = {
 REALobject ColoursAlone(REALobject source, uint8_t ImageClassData::*family, const ColourOrder (&orders)[2]) {
   const ImageClassData *record = RecordOf(source);
   if (record == nullptr || !(record->*family)) return nullptr;
+  NewView made(source);
+  if (!made) return nullptr;
   const auto *found = std::find_if(std::begin(orders), std::end(orders), [&](const ColourOrder &candidate) {
     return record->ImageFormat >= candidate.firstFormat && record->ImageFormat <= candidate.lastFormat;
   });
   if (found == std::end(orders)) return nullptr;
-  NewView made(source);
-  if (!made) return nullptr;
   ImageClassData &view = *made.view;
   CopyGeometry(view, *record);
   view.*family = true;
@@ -255,8 +256,7 @@ REALobject ClipImage5(REALobject source, int32_t x, int32_t y, int32_t width, in
   view.ChannelCount = record.ChannelCount;
   // These are not moved: a channel by its place in this list starts at column 0 of the parent.
   std::copy(std::begin(record.ChannelOffsets), std::end(record.ChannelOffsets), std::begin(view.ChannelOffsets));
-  KeepReference(view.MemoryTarget, record.MemoryTarget);
-  return made.Finish();
+  return made.Finish(record.MemoryTarget);
 }
 
 // --- rows in reverse ---
