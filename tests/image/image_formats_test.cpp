@@ -156,6 +156,12 @@ TEST_F(ImageFormats, ARefusedFormatKeepsItsNumberAndTheSizes) {
   }
 }
 
+TEST_F(ImageFormats, ARefusedSizeIsLookedAtBeforeTheFormat) {
+  ImageClassData record{};
+  EXPECT_FALSE(InitImageClassData(&record, 0, 4, 14));
+  EXPECT_EQ(record.ImageFormat, 0);
+}
+
 TEST_F(ImageFormats, CalculateMemoryRoundsRowsTo64) {
   EXPECT_EQ(CalculateMemory(100, 100, 14), 0);
   EXPECT_EQ(CalculateMemory(1, 1, ImageFormatG), 64);
@@ -251,6 +257,19 @@ TEST_F(ImageFormats, AnOffsetOutsideThePixelRaisesAndChangesNothing) {
                                         ". Range is 0 to 2, but value is " + std::to_string(value) + ".");
     }
   }
+}
+
+TEST_F(ImageFormats, AnOffsetOfAnImageWithoutPixelsHasNoRange) {
+  const auto image = host_.New("PictureZVK");
+  SetRedOffset(image, 0, 0);
+  EXPECT_EQ(host_.TakeException()->message,
+            "Parameter value to method RedOffset is too big. Range is 0 to -1, but value is 0.");
+}
+
+TEST_F(ImageFormats, NoImageHasNoNameAndTakesNoOffset) {
+  EXPECT_EQ(GetImageFormatString(nullptr, 0), nullptr);
+  SetRedOffset(nullptr, 0, -1);
+  EXPECT_FALSE(host_.TakeException());
 }
 
 }  // namespace

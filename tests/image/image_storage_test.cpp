@@ -16,6 +16,7 @@
 
 #include "image/image_formats.h"
 #include "tests/support/faults.h"
+#include "tests/support/file_faults.h"
 #include "tests/support/plugin_host.h"
 
 namespace zvk {
@@ -166,6 +167,36 @@ TEST_F(ImageStorage, ARowSizeOfZeroIsAccepted) {
   EXPECT_EQ(record_->TotalSize, 0);
 }
 
+TEST_F(ImageStorage, ABlockWithARefusedFormatOrSizeIsQuietlyNotHeld) {
+  auto block = host_.NewMemoryBlock(40);
+  // A row size that would be refused as well, were it looked at.
+  ImageConstructorMemory(image_, block, 10, INT32_MAX, 14, INT32_MAX);
+  ExpectNothingRaised();
+  ExpectNoStorage();
+  EXPECT_EQ(record_->ImageFormat, 14);
+  EXPECT_EQ(record_->Height, INT32_MAX);
+  ImageConstructorMemory(image_, block, 10, 0, ImageFormatG, 10);
+  ExpectNothingRaised();
+  ExpectNoStorage();
+  EXPECT_EQ(block->References(), 1);
+}
+
+TEST_F(ImageStorage, TheLargestBlockIsOneByteBelow2GiB) {
+  auto block = host_.NewMemoryBlock(40);
+  ImageConstructorMemory(image_, block, 10, 1, ImageFormatG, INT32_MAX);
+  ExpectNothingRaised();
+  EXPECT_TRUE(record_->Valid);
+  EXPECT_EQ(record_->TotalSize, 2147483647);
+}
+
+TEST_F(ImageStorage, AnyNegativeSizeIsLetThrough) {
+  auto block = host_.NewMemoryBlock(40);
+  ImageConstructorMemory(image_, block, 10, INT32_MAX, ImageFormatG, INT32_MIN);
+  ExpectNothingRaised();
+  EXPECT_TRUE(record_->Valid);
+  EXPECT_EQ(record_->TotalSize, -4611686016279904256);
+}
+
 TEST_F(ImageStorage, ANilBlockRaisesBeforeTheFormatIsLookedAt) {
   ImageConstructorMemory(image_, nullptr, 10, 10, 14, 10);
   ExpectRaised("NilObjectException", "Memoryblock is nil.");
@@ -193,6 +224,18 @@ TEST_F(ImageStorage, ABlockWithoutAddressRaisesAndLocksNothing) {
   ImageConstructorMemory(image_, block, 10, 10, ImageFormatG, 10);
   ExpectRaised("NilObjectException", "Memoryblock is nil.");
   ExpectNoStorage();
+  EXPECT_EQ(block->References(), 1);
+}
+
+TEST_F(ImageStorage, ABlockAtNoAddressRaisesAndLocksNothing) {
+  host_->SetEntry(
+      "memoryBlockGetPtr", +[](REALobject) -> void * { return nullptr; });
+  auto block = host_.NewMemoryBlock(100);
+  ImageConstructorMemory(image_, block, 10, 10, ImageFormatG, 10);
+  ExpectRaised("NilObjectException", "Memoryblock is nil.");
+  ExpectNoStorage();
+  EXPECT_EQ(record_->Width, 10);
+  EXPECT_EQ(record_->MemoryTarget, nullptr);
   EXPECT_EQ(block->References(), 1);
 }
 
@@ -310,6 +353,69 @@ TEST_F(ImageStorage, TheDestructorGivesUpTheFourReferences) {
     EXPECT_EQ(held[i]->References(), 1) << i;
     EXPECT_EQ(record_->*fields[i], nullptr) << i;
   }
+}
+
+// What the destructor gave back to the host, in order.
+std::vector<REALobject> unlocked;
+
+TEST_F(ImageStorage, TheReferencesAreGivenUpInTheirOrder) {
+  unlocked.clear();
+  host_->SetEntry(
+      "REALUnlockObject", +[](REALobject object) { unlocked.push_back(object); });
+  std::vector<standalone::Owned<standalone::MemoryBlock>> held;
+  std::vector<REALobject> expected;
+  for (const auto field :
+       {&ImageClassData::Parent, &ImageClassData::MemoryTarget, &ImageClassData::FileItem, &ImageClassData::Target}) {
+    held.push_back(host_.NewMemoryBlock(1));
+    expected.push_back(held.back());
+    record_->*field = held.back();
+  }
+  ImageDestructor(image_);
+  EXPECT_EQ(unlocked, expected);
+}
+
+TEST_F(ImageStorage, ThePathIsFreed) {
+  char *const path = strdup("somewhere");
+  record_->FilePath = path;
+  const faults::Heap heap;
+  ImageDestructor(image_);
+  EXPECT_EQ(record_->FilePath, nullptr);
+  const auto freed = heap.Freed();
+  EXPECT_EQ(std::count(freed.begin(), freed.end(), static_cast<const void *>(path)), 1);
+}
+
+TEST_F(ImageStorage, AMappingWithoutABaseIsNotUnmapped) {
+  record_->IsMapped = true;
+  record_->MappingBlockSize = 4096;
+  const faults::Files files;
+  ImageDestructor(image_);
+  EXPECT_FALSE(record_->IsMapped);
+  EXPECT_TRUE(files.Records().empty());
+}
+
+TEST_F(ImageStorage, AFileIsRemovedOnlyByAMappedImageThatOpenedIt) {
+  record_->RemoveFile = true;
+  record_->FileHandle = 12345;
+  const faults::Files files;
+  ImageDestructor(image_);
+  EXPECT_TRUE(files.Records().empty());
+  EXPECT_EQ(record_->FileHandle, 12345);
+}
+
+TEST_F(ImageStorage, TheHostClosesWhatTheProgramDidNot) {
+  ImageConstructor(image_, 10, 10, ImageFormatG);
+  const void *buffer = record_->Buffer;
+  const faults::Heap heap;
+  image_.Reset();
+  const auto freed = heap.Freed();
+  EXPECT_EQ(std::count(freed.begin(), freed.end(), buffer), 1);
+}
+
+TEST_F(ImageStorage, NothingIsMadeOrClosedWithoutAnInstance) {
+  ImageConstructor(nullptr, 10, 10, ImageFormatG);
+  ImageDestructor(nullptr);
+  EXPECT_EQ(GetTotalSizeInt64(nullptr, 0), 0);
+  ExpectNothingRaised();
 }
 
 TEST_F(ImageStorage, TheDestructorUnmapsTruncatesClosesAndDeletesABackingFile) {

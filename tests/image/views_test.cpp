@@ -2,14 +2,18 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "image/file_storage.h"
 #include "image/image_formats.h"
 #include "image/image_storage.h"
+#include "tests/support/faults.h"
+#include "tests/support/file_faults.h"
 #include "tests/support/plugin_host.h"
 
 namespace zvk {
@@ -143,6 +147,57 @@ TEST_F(Views, AViewHoldsTheTarget) {
   EXPECT_EQ(target->References(), 2);
 }
 
+// What was locked, in order.
+std::vector<REALobject> locked;
+
+TEST_F(Views, AClipLocksParentBlockAndTargetInThisOrder) {
+  host_.AllowLeaks();  // nothing is really locked
+  locked.clear();
+  host_->SetEntry(
+      "REALLockObject", +[](REALobject object) { locked.push_back(object); });
+  host_->SetEntry(
+      "REALUnlockObject", +[](REALobject) {});
+  const auto block = host_.NewMemoryBlock(100);
+  const auto target = host_.NewMemoryBlock(1);
+  const auto source = New(4, 3, ImageFormatRGB);
+  Record(source).MemoryTarget = block;
+  Record(source).Target = target;
+  const auto clip = Adopt(ClipImage1(source));
+  EXPECT_EQ(locked, (std::vector<REALobject>{source, block, target}));
+  locked.clear();
+  const auto colours = Adopt(RGBChannel(source));
+  EXPECT_EQ(locked, (std::vector<REALobject>{source, target}));
+  locked.clear();
+  const auto mirrored = Adopt(GetMirroredView(clip));
+  EXPECT_EQ(locked, (std::vector<REALobject>{clip, block, target}));
+}
+
+TEST_F(Views, WithoutNewInstanceThereAreNoViews) {
+  const auto rgb = New(4, 3, ImageFormatRGB);
+  const auto cmyk = New(4, 3, ImageFormatCMYK);
+  host_->SetEntry(
+      "PluginNewInstance", +[](const char *) -> REALobject { return nullptr; });
+  EXPECT_EQ(RedChannel(rgb), nullptr);
+  EXPECT_EQ(Channel(rgb, 0), nullptr);
+  EXPECT_EQ(RGBChannel(rgb), nullptr);
+  EXPECT_EQ(CMYKChannel(cmyk), nullptr);
+  EXPECT_EQ(ClipImage1(rgb), nullptr);
+  EXPECT_EQ(ClipImage5(rgb, 0, 0, 1, 1), nullptr);
+  EXPECT_EQ(GetMirroredView(rgb), nullptr);
+  EXPECT_EQ(Clone(rgb), nullptr);
+  EXPECT_EQ(host_.TakeException(), std::nullopt);
+  EXPECT_EQ(rgb->References(), 1);
+}
+
+TEST_F(Views, AViewOfAnImageThatIsNotValidIsNotValid) {
+  const auto source = New(4, 3, ImageFormatRGB);
+  Record(source).Valid = false;
+  EXPECT_FALSE(Record(Adopt(RedChannel(source))).Valid);
+  EXPECT_FALSE(Record(Adopt(RGBChannel(source))).Valid);
+  EXPECT_FALSE(Record(Adopt(ClipImage1(source))).Valid);
+  EXPECT_EQ(Clone(source), nullptr);
+}
+
 // --- the colours alone ---
 
 TEST_F(Views, TheColoursOfAnImageWithFiller) {
@@ -185,12 +240,15 @@ TEST_F(Views, TheColoursOfEachFormatOrTheirAbsence) {
 
 TEST_F(Views, TheInksInStorageOrder) {
   const auto cmyk = Adopt(CMYKChannel(New(2, 2, ImageFormatACMYK)));
-  EXPECT_EQ(Record(cmyk).ChannelOffsets[0], 1);
-  EXPECT_EQ(Record(cmyk).ChannelOffsets[3], 4);
+  for (int32_t i = 0; i < 4; ++i) EXPECT_EQ(Record(cmyk).ChannelOffsets[i], 1 + i);
   EXPECT_EQ(Record(cmyk).CyanOffset, 1);
+  EXPECT_EQ(Record(cmyk).MagentaOffset, 2);
+  EXPECT_EQ(Record(cmyk).YellowOffset, 3);
+  EXPECT_EQ(Record(cmyk).BlackOffset, 4);
+  EXPECT_EQ(Record(cmyk).AlphaOffset, 0);
   EXPECT_FALSE(Record(cmyk).HasCyan || Record(cmyk).HasBlack);
   const auto kymc = Adopt(CMYKChannel(New(2, 2, ImageFormatAKYMC)));
-  EXPECT_EQ(Record(kymc).ChannelOffsets[0], 1);
+  for (int32_t i = 0; i < 4; ++i) EXPECT_EQ(Record(kymc).ChannelOffsets[i], 1 + i);
   EXPECT_EQ(Record(kymc).BlackOffset, 1);
   EXPECT_EQ(Record(kymc).CyanOffset, 4);
 }
@@ -198,7 +256,21 @@ TEST_F(Views, TheInksInStorageOrder) {
 TEST_F(Views, ColoursOfAnUnknownFormatNumberAreNil) {
   const auto source = New(2, 2, ImageFormatRGB);
   Record(source).ImageFormat = 11;
+  const int64_t made = host_->Calls("PluginNewInstance");
   EXPECT_EQ(RGBChannel(source), nullptr);
+  EXPECT_EQ(host_->Calls("PluginNewInstance"), made + 1);  // made, and given back
+  EXPECT_EQ(source->References(), 1);
+}
+
+TEST_F(Views, AClipOfTheColoursAloneHasNoFlagsToGoByAndLosesTheOffsets) {
+  const auto source = New(4, 3, ImageFormatXBGR);
+  const auto colours = Adopt(RGBChannel(source));
+  const auto clip = Adopt(ClipImage5(colours, 1, 0, 2, 2));
+  EXPECT_TRUE(Record(clip).IsRGB);
+  EXPECT_EQ(Record(clip).RedOffset, 0);
+  EXPECT_EQ(Record(clip).GreenOffset, 0);
+  EXPECT_EQ(Record(clip).BlueOffset, 0);
+  EXPECT_EQ(Record(clip).ChannelOffsets[0], 1);
 }
 
 // --- rectangles ---
@@ -251,6 +323,38 @@ TEST_F(Views, AClipOfAClipAddsUp) {
   EXPECT_EQ(Record(inner).Parent, outer.Handle());
   Row(inner, 1)[Record(inner).RedOffset + 2 * 3] = 99;
   EXPECT_EQ(Row(source, 8)[9 * 3], 99);
+}
+
+TEST_F(Views, AClipOfASourceOfNegativeSizeStaysNegative) {
+  const auto source = New(20, 15, ImageFormatG);
+  const auto beyond = Adopt(ClipImage5(source, 23, 0, 5, 5));
+  EXPECT_EQ(Record(beyond).Width, -3);
+  const auto again = Adopt(ClipImage1(beyond));  // -3 turns to 3 from -3, cut at 0, and 0 lies beyond -3
+  EXPECT_EQ(Record(again).Width, -3);
+  EXPECT_EQ(Record(again).Height, 5);
+}
+
+TEST_F(Views, AClipOfAllNineChannelsMovesEach) {
+  constexpr int32_t ImageClassData::*kOffsets[] = {
+      &ImageClassData::RedOffset,     &ImageClassData::GreenOffset,  &ImageClassData::BlueOffset,
+      &ImageClassData::GrayOffset,    &ImageClassData::AlphaOffset,  &ImageClassData::CyanOffset,
+      &ImageClassData::MagentaOffset, &ImageClassData::YellowOffset, &ImageClassData::BlackOffset};
+  constexpr uint8_t ImageClassData::*kFlags[] = {
+      &ImageClassData::HasRed,     &ImageClassData::HasGreen,  &ImageClassData::HasBlue,
+      &ImageClassData::HasGray,    &ImageClassData::HasAlpha,  &ImageClassData::HasCyan,
+      &ImageClassData::HasMagenta, &ImageClassData::HasYellow, &ImageClassData::HasBlack};
+  for (int i = 0; i < 9; ++i) {
+    const auto source = New(20, 15, ImageFormatScaling5);
+    ImageClassData *record = RecordOf(source);
+    ASSERT_NE(record, nullptr);
+    record->*kFlags[i] = true;
+    for (int j = 0; j < 9; ++j) record->*kOffsets[j] = 3;
+    const auto clip = Adopt(ClipImage5(source, 4, 0, 5, 5));
+    for (int j = 0; j < 9; ++j) {
+      EXPECT_EQ(Record(clip).*kFlags[j], i == j);
+      EXPECT_EQ(Record(clip).*kOffsets[j], i == j ? 23 : 0) << i << " " << j;
+    }
+  }
 }
 
 // --- rows in reverse ---
@@ -307,6 +411,56 @@ TEST_F(Views, TheBlockSizeOfAViewIsItsOwn) {
   SetMemBlockSize(view, 0, 32000000);
   EXPECT_EQ(Record(source).MappingBlockSize, before);
   EXPECT_NE(Record(view).MappingBlockSize, before);
+}
+
+TEST_F(Views, AViewWhoseBlockCannotBeMappedIsThereAllTheSame) {
+  const auto source = NewInFile(10, 100, ImageFormatG);
+  faults::Files files;
+  files.FailAll(faults::FileCall::kMap);
+  const auto view = Adopt(GrayChannel(source));
+  ASSERT_TRUE(view);
+  EXPECT_TRUE(Record(view).Valid && Record(view).IsMapping);
+  EXPECT_FALSE(Record(view).IsMapped);
+  EXPECT_EQ(Record(view).Buffer, nullptr);
+  EXPECT_EQ(GetMemory(view, 0), nullptr);
+}
+
+TEST_F(Views, AMirroredViewOfAFileMapsTheTopAndThenTheBottom) {
+  const auto source = NewInFile(10, 10000, ImageFormatG);
+  const faults::Files files;
+  const auto mirrored = Adopt(GetMirroredView(source));
+  const auto maps = files.Records(faults::FileCall::kMap);
+  ASSERT_EQ(maps.size(), 2u);
+  EXPECT_EQ(maps[0].offset, 0);
+  EXPECT_EQ(maps[1].offset, (10000 - 4096) * 4096);
+}
+
+TEST_F(Views, TheMemoryOfAFileIsItsPresentBlock) {
+  const auto source = NewInFile(10, 10000, ImageFormatG);
+  Row(source, 9999);
+  const auto memory = AdoptMemoryBlock(GetMemory(source, 0));
+  EXPECT_EQ(memory->Data(), Row(source, 10000 - 4096));
+}
+
+TEST_F(Views, ThreadsMayWalkViewsOfOneFileAtTheSameTime) {
+  const auto source = NewInFile(10, 10000, ImageFormatGA);
+  const auto gray = Adopt(GrayChannel(source));
+  const auto alpha = Adopt(AlphaChannel(source));
+  const auto walk = [](ImageClassData *view, int32_t step) {
+    for (int32_t row = 0; row < 10000; ++row) {
+      view->GetRow(view, row)[view->GrayOffset] = static_cast<uint8_t>(row * step);
+    }
+  };
+  std::thread first(walk, &Record(gray), 3);
+  std::thread second(walk, &Record(alpha), 7);
+  first.join();
+  second.join();
+  int32_t wrong = 0;
+  for (int32_t row = 0; row < 10000; ++row) {
+    const uint8_t *pixel = Row(source, row);
+    wrong += pixel[0] != static_cast<uint8_t>(row * 3) || pixel[1] != static_cast<uint8_t>(row * 7);
+  }
+  EXPECT_EQ(wrong, 0);
 }
 
 // --- row tables ---
@@ -387,6 +541,57 @@ TEST_F(Views, ACloneOfARefusedSizeAbandonsItsInstance) {
   int32_t pictures = 0;
   for (const auto &leak : host_->Leaks()) pictures += leak.what == "PictureZVK" ? leak.count : 0;
   EXPECT_EQ(pictures, 2);  // the source and the abandoned one
+}
+
+TEST_F(Views, ACloneGoesByTheSizeIn32Bits) {
+  const auto block = host_.NewMemoryBlock(40);
+  const auto source = host_.New("PictureZVK");
+  // 2 x -2147483647 is -4294967294, and 2 in 32 bits.
+  ImageConstructorMemory(source, block, 4, 2, ImageFormatG, -2147483647);
+  const auto clone = Adopt(Clone(source));
+  ASSERT_TRUE(clone);
+  EXPECT_EQ(Record(clone).MemoryTarget, nullptr);
+  EXPECT_EQ(Record(clone).TotalSize, -4294967294);
+  Record(clone).OwnsBuffer = false;  // the buffer is the block's
+}
+
+TEST_F(Views, ACloneOfAClipHasItsPlaceAndNotItsParent) {
+  const auto source = New(20, 15, ImageFormatACMYK);
+  const auto clip = Adopt(ClipImage5(source, 3, 4, 5, 6));
+  const auto mirrored = Adopt(GetMirroredView(clip));
+  const auto clone = Adopt(Clone(mirrored));
+  const ImageClassData &record = Record(clone);
+  EXPECT_EQ(record.Width, 5);
+  EXPECT_EQ(record.Height, 6);
+  EXPECT_EQ(record.UnclippedHeight, 15);
+  EXPECT_EQ(record.RowOffset, 4);
+  EXPECT_EQ(record.RowSize, 128);
+  EXPECT_EQ(record.TotalSize, 1920);
+  EXPECT_EQ(record.PixelSize, 5);
+  EXPECT_EQ(record.BitsPerComponent, 8);
+  EXPECT_EQ(record.AlphaOffset, 15);
+  EXPECT_EQ(record.CyanOffset, 16);
+  EXPECT_EQ(record.BlackOffset, 19);
+  EXPECT_EQ(record.ChannelCount, 5);
+  EXPECT_EQ(record.ChannelOffsets[4], 4);
+  EXPECT_TRUE(record.IsCMYK && record.HasCyan && record.HasMagenta && record.HasYellow && record.HasBlack);
+  EXPECT_FALSE(record.IsGray || record.IsRGB || record.HasRed || record.HasGray);
+  EXPECT_EQ(record.GetRow, GetRowLinearMirrored);
+  EXPECT_EQ(record.MappingBase, nullptr);
+  EXPECT_EQ(record.MappedRowCount, 0);
+  EXPECT_EQ(record.Parent, nullptr);
+  Record(clone).OwnsBuffer = false;  // one of the two must give up the buffer
+}
+
+TEST_F(Views, ClosingACloneFreesTheBufferUnderItsSource) {
+  const auto source = New(4, 3, ImageFormatG);
+  const auto clone = Adopt(Clone(source));
+  const void *buffer = Record(source).Buffer;
+  Record(source).OwnsBuffer = false;
+  const faults::Heap heap;
+  ImageDestructor(clone);
+  const auto freed = heap.Freed();
+  EXPECT_EQ(std::count(freed.begin(), freed.end(), buffer), 1);
 }
 
 TEST_F(Views, MemoryIsTheStartOfTheStorage) {
