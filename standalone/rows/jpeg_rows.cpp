@@ -18,6 +18,7 @@ namespace standalone {
 namespace {
 
 constexpr int kQuality = 90;
+constexpr UINT16 kDotsPerInch = 96;  // as whole pictures are saved
 
 // What the library reaches when it gives up.
 struct ErrorManager : jpeg_error_mgr {
@@ -133,6 +134,10 @@ class JpegRowWriter : public RowWriter {
       jpeg.in_color_space = JCS_RGB;
       jpeg_set_defaults(&jpeg);
       jpeg_set_quality(&jpeg, kQuality, TRUE);
+      // Colours in full, as whole pictures of this quality are saved.
+      jpeg.comp_info[0].h_samp_factor = jpeg.comp_info[0].v_samp_factor = 1;
+      jpeg.density_unit = 1;
+      jpeg.X_density = jpeg.Y_density = kDotsPerInch;
       jpeg_start_compress(&jpeg, TRUE);
     });
   }

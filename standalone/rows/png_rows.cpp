@@ -14,6 +14,8 @@
 namespace standalone {
 namespace {
 
+constexpr png_uint_32 kDotsPerMetre = 3780;  // 96 to the inch, as whole pictures are saved
+
 [[noreturn]] void LeaveLibrary(png_structp png, png_const_charp) { png_longjmp(png, 1); }
 void IgnoreWarning(png_structp, png_const_charp) {}
 
@@ -112,6 +114,7 @@ class PngRowWriter : public RowWriter {
       png_init_io(state_.png, file_.Stream());
       png_set_IHDR(state_.png, state_.info, static_cast<png_uint_32>(width), static_cast<png_uint_32>(height), 8,
                    PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+      png_set_pHYs(state_.png, state_.info, kDotsPerMetre, kDotsPerMetre, PNG_RESOLUTION_METER);
       png_write_info(state_.png, state_.info);
     });
   }

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "standalone/binding/class_binding.h"
+#include "standalone/zvk/info_command.h"
 #include "standalone/zvk/messages.h"
 #include "standalone/zvk/scale_command.h"
 
@@ -18,6 +19,7 @@ constexpr char kNoMemory[] = "there is not enough memory; free some, or take a s
 using AddCommand = void (*)(CLI::App &program);
 constexpr AddCommand kCommands[] = {
     standalone::AddScaleCommand,
+    standalone::AddInfoCommand,
 };
 
 int Report(const std::string &message, int exitCode) {

@@ -88,14 +88,15 @@ int32_t PluginSession::Choose(std::string_view what, std::string_view prefix, st
   throw UsageError("unknown " + std::string(what) + " '" + std::string(name) + "'; choose one of " + names);
 }
 
-void PluginSession::RunWithProgress(const std::string &what, const std::function<void()> &work) {
+void PluginSession::RunWithProgress(const std::string &what,
+                                    const std::function<void(const MoveProgress &move)> &work) {
   ProgressLine progress(STDERR_FILENO, what);
   struct Watch {
     Host &host;
     ~Watch() { host.onYield = nullptr; }
   } const watch{host_};
   host_.onYield = [&progress] { progress.Update(); };
-  work();
+  work(host_.onYield);
 }
 
 }  // namespace standalone

@@ -43,8 +43,10 @@ class PluginSession {
   // stand for. Throws UsageError that lists the names there are.
   int32_t Choose(std::string_view what, std::string_view prefix, std::string_view name) const;
 
-  // Does the work, with a progress line on the standard error stream that moves whenever an image yields to the host.
-  void RunWithProgress(const std::string &what, const std::function<void()> &work);
+  // Does the work, with a progress line on the standard error stream that moves whenever an image yields to the host,
+  // or the work itself calls its argument.
+  using MoveProgress = std::function<void()>;
+  void RunWithProgress(const std::string &what, const std::function<void(const MoveProgress &move)> &work);
 
  private:
   Host host_;

@@ -9,6 +9,7 @@ namespace standalone {
 namespace {
 
 constexpr std::chrono::seconds kPatience{1};
+constexpr std::chrono::milliseconds kPause{100};
 constexpr char kStartOfClearLine[] = "\r\x1b[K";
 
 }  // namespace
@@ -26,12 +27,14 @@ ProgressLine::~ProgressLine() {
 
 void ProgressLine::Update() {
   if (!isTerminal_) return;
-  const std::chrono::duration<double> elapsed = clock_() - start_;
-  if (elapsed < kPatience) return;
+  const std::chrono::steady_clock::time_point now = clock_();
+  const std::chrono::duration<double> elapsed = now - start_;
+  if (elapsed < kPatience || (isShown_ && now - shown_ < kPause)) return;
   char seconds[32];
   std::snprintf(seconds, sizeof seconds, ", %.1f s", elapsed.count());
   Write(kStartOfClearLine + what_ + seconds);
   isShown_ = true;
+  shown_ = now;
 }
 
 void ProgressLine::Write(const std::string &text) const {

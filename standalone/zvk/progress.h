@@ -18,7 +18,7 @@ class ProgressLine {
   ProgressLine &operator=(const ProgressLine &) = delete;
   ~ProgressLine();
 
-  // Brings the line up to date; to be called while the work goes on, as often as the line shall move.
+  // Brings the line up to date, ten times a second at most; to be called as often as one likes while the work goes on.
   void Update();
 
  private:
@@ -29,6 +29,7 @@ class ProgressLine {
   std::string what_;
   Clock clock_;
   std::chrono::steady_clock::time_point start_;
+  std::chrono::steady_clock::time_point shown_ = {};
   bool isShown_ = false;
 };
 

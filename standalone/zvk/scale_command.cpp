@@ -1,23 +1,30 @@
 #include "standalone/zvk/scale_command.h"
 
 #include <CLI/CLI.hpp>
+#include <charconv>
 #include <cstdint>
 #include <memory>
 #include <new>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 #include <utility>
 
 #include "standalone/gd/gd_picture.h"
+#include "standalone/rows/row_reader.h"
+#include "standalone/rows/row_writer.h"
 #include "standalone/runtime/picture.h"
 #include "standalone/zvk/messages.h"
 #include "standalone/zvk/plugin_session.h"
+#include "standalone/zvk/scale_in_files.h"
+#include "standalone/zvk/scale_job.h"
 #include "standalone/zvk/size_argument.h"
 
 namespace standalone {
 namespace {
 
-constexpr int32_t kMillisecondsBetweenYields = 100;
+// Three of them, one for each image, are well below what a small machine has in memory.
+constexpr char kDefaultBlock[] = "67108864";
 
 struct ScaleRequest {
   std::string input;
@@ -25,67 +32,80 @@ struct ScaleRequest {
   std::string size;
   std::string filter = "lanczos3";
   std::string format = "RGB";
+  bool isInFile = false;
+  std::string block = kDefaultBlock;
   PluginOptions plugin;
 };
-
-std::string Text(Size size) { return std::to_string(size.width) + " x " + std::to_string(size.height); }
 
 Value NewImage(const PluginSession &session, Size size, int32_t format) {
   const Arguments arguments = {size.width, size.height, format};
   if (!session.Images().Call("CanAllocateImage", arguments).AsBoolean()) {
     const int64_t bytes = session.Images().Call("CalculateMemory", arguments).AsInt64();
     throw std::runtime_error("a result of " + Text(size) + " pixels takes " + std::to_string(bytes) +
-                             " bytes, more than an image can have; take a smaller size");
+                             " bytes, more than an image can have; take a smaller size, or add --in-file");
   }
   return session.Images().New(arguments);
 }
 
-// `source` has colours.
-[[noreturn]] void ExplainRefusal(const Value &source, const Value &result, const ScaleRequest &request) {
-  if (!result.Get("IsRGB").AsBoolean() && !result.Get("IsGray").AsBoolean()) {
-    throw std::runtime_error("an RGB picture cannot be scaled into " + request.format +
-                             "; take a format of red, green and blue or of gray, such as RGB or G");
-  }
+void ScaleImage(const Value &source, const Value &result, const ScaleJob &job) {
+  const HighByteOfGray highByte(result);
+  if (ScaleWhole(source, nullptr, result, job.filter)) return;
+  RefuseUnsuitable(result, job);
   const Size between = {result.Get("Width").AsInteger(), source.Get("Height").AsInteger()};
   throw std::runtime_error("there is not enough memory for the " + Text(between) +
-                           " pixels between the two steps of scaling; take a smaller width");
+                           " pixels between the two steps of scaling; take a smaller width, or add --in-file");
 }
 
-void ScaleImage(const Value &source, const Value &result, int32_t filter, const ScaleRequest &request) {
-  // Eight bits of gray go to the byte at the gray offset. Of a 16-bit sample that must be the high one, the second.
-  const bool isWide = result.Get("BitsPerComponent").AsInteger() == 16;
-  if (isWide) result.Set("GrayOffset", 1);
-  const Arguments arguments = {source, nullptr, filter, result.Get("Width"), result.Get("Height")};
-  if (!result.Call("Scale", arguments).AsBoolean()) ExplainRefusal(source, result, request);
-  if (isWide) result.Set("GrayOffset", 0);
-}
-
-void Scale(const ScaleRequest &request) {
-  const SizeArgument wanted = ParseSize(request.size);
-  if (!HasKnownImageExtension(request.output)) {
-    throw UsageError(request.output + ": no known image extension; use one of " + KnownImageExtensions());
-  }
-  PluginSession session(request.plugin);
-  const int32_t filter = session.Choose("filter", "Scale", request.filter);
-  const int32_t format = session.Choose("format", "ImageFormat", request.format);
-
-  LoadedPicture original = LoadPicture(request.input);
-  if (original.hasTransparency) {
-    PrintMessage(request.input +
-                 ": has transparent pixels; their colours are used as they stand and their alpha is dropped");
-  }
-  const Size size = CompleteSize(wanted, {original.picture->Width(), original.picture->Height()});
-  const Value result = NewImage(session, size, format);
+void ScaleInMemory(PluginSession &session, const ScaleJob &job) {
+  LoadedPicture original = LoadPicture(job.input);
+  if (original.hasTransparency) NoteTransparency(job);
+  const Size size = CompleteSize(job.size, {original.picture->Width(), original.picture->Height()});
+  const Value result = NewImage(session, size, job.format);
   result.Set("YieldTicks", -kMillisecondsBetweenYields);
 
   Value picture;
-  session.RunWithProgress("scaling to " + Text(size), [&] {
+  session.RunWithProgress("scaling to " + Text(size), [&](const PluginSession::MoveProgress &) {
     // The original is no longer needed when the result becomes a picture.
-    ScaleImage(session.Images().New({std::move(original.picture)}), result, filter, request);
+    ScaleImage(session.Images().New({std::move(original.picture)}), result, job);
     picture = result.Call("CopyPicture");
   });
   if (picture.IsNil()) throw std::bad_alloc();
-  SavePicture(*picture.As<Picture>(), request.output);
+  SavePicture(*picture.As<Picture>(), job.output);
+}
+
+int32_t ParseBlock(const std::string &text) {
+  int32_t bytes = 0;
+  const char *const end = text.data() + text.size();
+  const std::from_chars_result read = std::from_chars(text.data(), end, bytes);
+  if (read.ec != std::errc() || read.ptr != end || bytes < 1) {
+    throw UsageError("block '" + text + "' is not understood; write a number of bytes from 1 to 2147483647");
+  }
+  return bytes;
+}
+
+void RefuseUnknownExtension(const ScaleRequest &request) {
+  if (request.isInFile && !HasKnownRowExtension(request.output)) {
+    throw UsageError(request.output + ": no image extension that --in-file can write; use one of " +
+                     KnownRowExtensions());
+  }
+  if (!HasKnownImageExtension(request.output)) {
+    throw UsageError(request.output + ": no known image extension; use one of " + KnownImageExtensions());
+  }
+}
+
+void Scale(const ScaleRequest &request) {
+  const SizeArgument size = ParseSize(request.size, request.isInFile ? kLargestRowSide : kLargestPictureSide);
+  const int32_t block = ParseBlock(request.block);
+  RefuseUnknownExtension(request);
+  PluginSession session(request.plugin);
+  const int32_t filter = session.Choose("filter", "Scale", request.filter);
+  const int32_t format = session.Choose("format", "ImageFormat", request.format);
+  const ScaleJob job = {request.input, request.output, size, filter, format, request.format};
+  if (request.isInFile) {
+    ScaleInFiles(session, job, block);
+  } else {
+    ScaleInMemory(session, job);
+  }
 }
 
 }  // namespace
@@ -101,7 +121,8 @@ void AddScaleCommand(CLI::App &program) {
              "Image file to write, in the format of its extension:\n" + KnownImageExtensions() +
                  ".\nIt appears whole or not at all, and may be the same file as IN");
   positional("SIZE", request->size,
-             "WIDTHxHEIGHT in pixels, 1 to 32767 each way;\nWIDTHx or xHEIGHT keeps the proportions");
+             "WIDTHxHEIGHT in pixels, 1 to 32767 each way (up to 100000000\nwith --in-file); WIDTHx or xHEIGHT keeps "
+             "the proportions");
   command
       .add_option("--filter", request->filter,
                   "Resampling filter: triangle, box, lanczos3, lanczos8,\nmitchell, poly3 or cubic [default: " +
@@ -115,17 +136,34 @@ void AddScaleCommand(CLI::App &program) {
                   "3of4 or 4of4. The file gets 8 bits a channel and no alpha\n[default: " +
                       request->format + "]")
       ->type_name("NAME");
+  CLI::Option *const inFile = command.add_flag(
+      "--in-file", request->isInFile,
+      "For pictures larger than memory: keep all pixels in temporary\nfiles, and read and write the pictures row by "
+      "row. IN and OUT\nare PNG, JPEG or TIFF. The result is the same");
+  command
+      .add_option(
+          "--block", request->block,
+          "With --in-file: how many bytes of each temporary file are in\nmemory at a time, 1 to 2147483647. Less "
+          "than 16777216 is taken\nas that. Each pixel of the result is made from a column of the\nintermediate "
+          "image: WIDTH of 4 bytes by the rows that the filter\nlooks at (lanczos3: 6 times the shrinking). If a "
+          "block does not\nhold them, it is moved to and fro for every pixel, which takes\nvery long [default: " +
+              request->block + "]")
+      ->type_name("BYTES")
+      ->needs(inFile);
   AddPluginOptions(command, request->plugin);
   command.footer(
       "Names of filters and formats are taken in any case. The plug-in's other formats, CMYK and\n"
       "the like, are refused, as it does not scale colours into them. The alpha of IN is dropped.\n"
-      "On a terminal a progress line shows the elapsed time of work over a second.\n"
+      "On a terminal a progress line shows the elapsed time of work over a second. Temporary files are\n"
+      "in the folder TMPDIR, else in /tmp, and are gone afterwards, also if the work failed; they take\n"
+      "3 bytes for each pixel of IN and OUT, and 4 for each of WIDTH by the height of IN.\n"
       "\n"
       "Examples:\n"
       "  zvk scale photo.jpg small.jpg 640x480\n"
       "  zvk scale photo.jpg wide.png 1920x --filter mitchell\n"
       "  zvk scale photo.jpg gray.png x300 --format G\n"
       "  zvk scale photo.jpg photo.jpg 50x50 --filter box --leaks\n"
+      "  zvk scale satellite.tif overview.png 6000x --in-file\n"
       "\n"
       "Exit codes:\n"
       "  0  done\n"

@@ -11,18 +11,16 @@
 namespace standalone {
 namespace {
 
-constexpr int64_t kLargestSide = 32767;  // of a host picture
-
 [[noreturn]] void Fail(std::string_view text, const std::string &problem) {
   throw UsageError("size '" + std::string(text) + "' " + problem);
 }
 
 // One side of digits; empty for none. `text` is the whole argument, for messages.
-std::optional<int32_t> ParseSide(std::string_view digits, std::string_view text) {
+std::optional<int32_t> ParseSide(std::string_view digits, std::string_view text, int32_t largestSide) {
   if (digits.empty()) return std::nullopt;
   int32_t side = 0;
   if (std::from_chars(digits.data(), digits.data() + digits.size(), side).ec != std::errc()) {
-    Fail(text, "is too large; a picture has at most " + std::to_string(kLargestSide) + " pixels each way");
+    Fail(text, "is too large; a picture has at most " + std::to_string(largestSide) + " pixels each way");
   }
   if (side == 0) Fail(text, "has a side of 0; width and height start at 1");
   return side;
@@ -35,7 +33,9 @@ int64_t InProportion(int64_t side, int64_t sourceSide, int64_t sourceOther) {
 
 }  // namespace
 
-SizeArgument ParseSize(std::string_view text) {
+std::string Text(Size size) { return std::to_string(size.width) + " x " + std::to_string(size.height); }
+
+SizeArgument ParseSize(std::string_view text, int32_t largestSide) {
   const size_t cross = text.find('x');
   const bool isForm = cross != std::string_view::npos && text.size() > 1 &&
                       text.find_first_not_of("0123456789") == cross &&
@@ -43,15 +43,15 @@ SizeArgument ParseSize(std::string_view text) {
   if (!isForm) {
     Fail(text, "is not understood; write WIDTHxHEIGHT, WIDTHx or xHEIGHT, as in 640x480");
   }
-  return {ParseSide(text.substr(0, cross), text), ParseSide(text.substr(cross + 1), text)};
+  return {ParseSide(text.substr(0, cross), text, largestSide), ParseSide(text.substr(cross + 1), text, largestSide)};
 }
 
-Size CompleteSize(const SizeArgument &wanted, Size source) {
+Size CompleteSize(const SizeArgument &wanted, Size source, int32_t largestSide) {
   const int64_t width = wanted.width ? *wanted.width : InProportion(*wanted.height, source.height, source.width);
   const int64_t height = wanted.height ? *wanted.height : InProportion(*wanted.width, source.width, source.height);
-  if (width > kLargestSide || height > kLargestSide) {
+  if (std::max(width, height) > largestSide) {
     throw std::runtime_error("a result of " + std::to_string(width) + " x " + std::to_string(height) +
-                             " pixels is too large; a picture has at most " + std::to_string(kLargestSide) +
+                             " pixels is too large; a picture has at most " + std::to_string(largestSide) +
                              " pixels each way");
   }
   return {static_cast<int32_t>(width), static_cast<int32_t>(height)};

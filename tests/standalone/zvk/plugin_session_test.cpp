@@ -52,10 +52,10 @@ TEST(PluginSession, ListsTheChoicesForANameThatIsNone) {
 TEST(PluginSession, LetsWorkBeWatchedAndStopsWatchingAtItsEnd) {
   PluginSession session({.path = PICTUREZVK_LIBRARY});
   bool isWatched = false;
-  session.RunWithProgress("testing", [&] { isWatched = static_cast<bool>(Host::Current().onYield); });
+  session.RunWithProgress("testing", [&](const auto &) { isWatched = static_cast<bool>(Host::Current().onYield); });
   EXPECT_TRUE(isWatched);
   EXPECT_FALSE(Host::Current().onYield);
-  EXPECT_THROW(session.RunWithProgress("testing", [] { throw std::runtime_error("stop"); }), std::runtime_error);
+  EXPECT_THROW(session.RunWithProgress("testing", [](const auto &) { throw std::runtime_error("stop"); }), std::runtime_error);
   EXPECT_FALSE(Host::Current().onYield);
 }
 

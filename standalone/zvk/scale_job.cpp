@@ -1,0 +1,32 @@
+#include "standalone/zvk/scale_job.h"
+
+#include <stdexcept>
+
+#include "standalone/zvk/messages.h"
+
+namespace standalone {
+
+void NoteTransparency(const ScaleJob &job) {
+  PrintMessage(job.input + ": has transparent pixels; their colours are used as they stand and their alpha is dropped");
+}
+
+void RefuseUnsuitable(const Value &result, const ScaleJob &job) {
+  if (result.Get("IsRGB").AsBoolean() || result.Get("IsGray").AsBoolean()) return;
+  throw std::runtime_error("an RGB picture cannot be scaled into " + job.formatName +
+                           "; take a format of red, green and blue or of gray, such as RGB or G");
+}
+
+HighByteOfGray::HighByteOfGray(const Value &result)
+    : result_(result), isWide_(result.Get("BitsPerComponent").AsInteger() == 16) {
+  if (isWide_) result_.Set("GrayOffset", 1);
+}
+
+HighByteOfGray::~HighByteOfGray() {
+  if (isWide_) result_.Set("GrayOffset", 0);
+}
+
+bool ScaleWhole(const Value &source, const Value &temp, const Value &result, int32_t filter) {
+  return result.Call("Scale", {source, temp, filter, result.Get("Width"), result.Get("Height")}).AsBoolean();
+}
+
+}  // namespace standalone

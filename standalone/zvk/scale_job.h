@@ -1,0 +1,49 @@
+// What the two ways of scaling a file, in memory and through temporary files, have in common.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "standalone/binding/value.h"
+#include "standalone/zvk/plugin_session.h"
+#include "standalone/zvk/size_argument.h"
+
+namespace standalone {
+
+// A command line that has been understood.
+struct ScaleJob {
+  std::string input;
+  std::string output;
+  SizeArgument size;
+  int32_t filter;
+  int32_t format;  // of the result
+  std::string formatName;
+};
+
+constexpr int32_t kMillisecondsBetweenYields = 100;
+
+// Tells that the colours of the file are dropped from what has alpha.
+void NoteTransparency(const ScaleJob &job);
+
+// Throws std::runtime_error if the result has a format that colours cannot be scaled into.
+void RefuseUnsuitable(const Value &result, const ScaleJob &job);
+
+// Eight bits of gray go to the byte at the gray offset. Of a 16-bit sample that must be the high one, the second: while
+// this object lives, the result's gray is that byte.
+class HighByteOfGray {
+ public:
+  explicit HighByteOfGray(const Value &result);
+  HighByteOfGray(const HighByteOfGray &) = delete;
+  HighByteOfGray &operator=(const HighByteOfGray &) = delete;
+  ~HighByteOfGray();
+
+ private:
+  const Value &result_;
+  bool isWide_;
+};
+
+// The whole result from the whole source by way of a temp image, or of one of the plug-in's own if it is nil. False if
+// the plug-in refuses.
+bool ScaleWhole(const Value &source, const Value &temp, const Value &result, int32_t filter);
+
+}  // namespace standalone
