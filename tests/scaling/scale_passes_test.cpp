@@ -60,6 +60,41 @@ TEST_P(ScalePassesOfFilter, WideRowsAreStagedInStretches) {
   }
 }
 
+TEST(ScalePasses, ListsMayLieAnywhereInTheSource) {
+  // Lists that begin left of the one before, none of which a filter makes at the edge of a stretch; and empty ones.
+  constexpr int32_t kFirst[] = {700, 690, 0, 5, 3, 400, 143, 900, 901, 899, 0, 555};
+  constexpr int32_t kTaps[] = {10, 20, 256, 1, 0, 2, 257, 3, 1, 9, 0, 300};
+  constexpr int32_t kWidth = 12;
+  std::vector<naive::Taps> taps(kWidth);
+  std::vector<std::vector<ScaleTap>> storage(kWidth);
+  std::vector<ScaleTapList> lists;
+  for (int32_t x = 0; x < kWidth; ++x) {
+    taps[x].weightSum = 0.5f * static_cast<float>(kTaps[x]);
+    for (int32_t t = 0; t < kTaps[x]; ++t) {
+      const float weight = 0.2f + 0.1f * static_cast<float>((t + x) % 7);
+      taps[x].positions.push_back(kFirst[x] + t);
+      taps[x].weights.push_back(weight);
+      storage[x].push_back({weight, kFirst[x] + t});
+    }
+    lists.push_back({storage[x].data(), kTaps[x], taps[x].weightSum});
+  }
+  TestImage source(1000, 19, ImageFormatRGBA), dest(kWidth, 1, ImageFormatRGBA);
+  source.FillNoise(1);
+  const TestImage temp = MakeTemp(dest, source, kWidth);
+  naive::PassOverColumns(*naive::PairFor(source.Record(), dest.Record()), source.Record(), temp.Record(), taps);
+  const Bytes expected = temp.Storage();
+  TestImage(temp).FillNoise(2);
+  const Bytes margins = temp.Storage();
+  const ScaleJob job{&source.Record(), &dest.Record(), 1, kWidth, &temp.Record(), lists.data()};
+  const int32_t end = 19;
+  HorizontalPass<RGBA_to_RGBA>(job, {0, end, nullptr}, kRoundToNearest);
+  for (int32_t y = 0; y < end; ++y) {
+    const ptrdiff_t position = temp.Pixel(0, y) - temp.Storage().data();
+    EXPECT_EQ(temp.Row(y, kWidth), Bytes(&expected[position], &expected[position] + 4 * kWidth)) << y;
+  }
+  EXPECT_EQ(std::memcmp(temp.Storage().data(), margins.data(), TestImage::kMargin), 0);
+}
+
 // --- the order of row fetches ---
 
 TEST(ScalePasses, RowsOfAMappedSourceAreFetchedOnceEach) {

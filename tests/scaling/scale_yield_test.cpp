@@ -1,0 +1,111 @@
+// Code of the host that runs in a yield of a pass may give an image other storage. From the next row on, the pass
+// must reach its rows as that storage wants it.
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <functional>
+#include <utility>
+
+#include "scaling/scale_engine.h"
+#include "scaling/scale_passes.h"
+#include "tests/scaling/scale_testing.h"
+#include "tests/support/plugin_host.h"
+
+namespace zvk {
+namespace {
+
+// Stands in for a mapped block of one row: an address holds only until the next fetch.
+uint8_t *OnlyRow(ImageClassData *record, int32_t row) {
+  static Bytes block;
+  const uint8_t *stored = GetRowLinear(record, row);
+  block.assign(stored, stored + record->RowSize);
+  return block.data();
+}
+
+class ScaleYield : public testing::Test {
+ protected:
+  ScaleYield() {
+    static uint32_t ticks;
+    ticks = 100;
+    host_->SetEntry(
+        "TickCount", +[]() -> uint32_t { return ++ticks; });
+    host_->onYield = [this] {
+      if (++yields_ == yieldToActIn_) act_();
+    };
+  }
+
+  // Has `act` run in the yield of `image` with the given number, counted from 1.
+  void ActInYield(const TestImage &image, int32_t number, std::function<void()> act) {
+    image.Record().Yield.YieldTicks = 1;
+    yieldToActIn_ = number;
+    act_ = std::move(act);
+  }
+
+  PluginHost host_;
+  int32_t yields_ = 0;
+  int32_t yieldToActIn_ = 0;
+  std::function<void()> act_;
+};
+
+TEST_F(ScaleYield, ATempThatBecomesAFileIsReadRowByRow) {
+  constexpr int32_t kLanczos3 = 3;
+  TestImage source(6, 20, ImageFormatRGB), dest(5, 15, ImageFormatRGB);
+  source.FillNoise(1);
+  TestImage temp = MakeTemp(dest, source, 5);
+  const Outcome expected = NaiveOutcome(dest, source, temp, kLanczos3, 5, 15);
+  // The destination is given time once, for 5 columns' lists, 20 rows and 15 rows' lists; then for each row of its own.
+  ActInYield(dest, 1 + 5 + 20 + 15 + 4, [&] { temp.Map(OnlyRow); });
+  ASSERT_TRUE(PictureScaleZVK(dest.Object(), source.Object(), temp.Object(), kLanczos3, 5, 15));
+  EXPECT_TRUE(temp.Record().IsMapping);
+  EXPECT_EQ(dest.Storage(), expected.dest);
+}
+
+TEST_F(ScaleYield, ASourceThatComesToLieUnderTheTempSeesWhatIsOverwritten) {
+  TestImage source(3, 5, ImageFormatG), dest(3, 5, ImageFormatG), temp(3, 5, ImageFormatScaling1);
+  for (int32_t y = 0; y < 5; ++y) {
+    source.SetRow(y, {1, 2, 3});
+    temp.SetRow(y, {7, 8, 9});
+  }
+  // Each column takes its neighbour to the left.
+  ScaleTap taps[] = {{1.0f, 0}, {1.0f, 0}, {1.0f, 1}};
+  const ScaleTapList lists[] = {{&taps[0], 1, 1.0f}, {&taps[1], 1, 1.0f}, {&taps[2], 1, 1.0f}};
+  ActInYield(dest, 2, [&] { source.Record().Buffer = temp.Record().Buffer; });
+  const ScaleJob job{&source.Record(), &dest.Record(), 5, 3, &temp.Record(), lists};
+  const int32_t end = 5;
+  HorizontalPass<G_to_G>(job, {0, end, &dest.Record()}, kRoundToNearest);
+  EXPECT_EQ(yields_, 5);
+  for (int32_t y = 0; y < 2; ++y) EXPECT_EQ(temp.Row(y, 3), (Bytes{1, 1, 2})) << y;
+  for (int32_t y = 2; y < 5; ++y) EXPECT_EQ(temp.Row(y, 3), (Bytes{7, 7, 7})) << y;
+}
+
+TEST_F(ScaleYield, ASourceThatGrowsIsReadToItsNewEnd) {
+  TestImage source(3, 40, ImageFormatG), dest(3, 1, ImageFormatG), temp(3, 40, ImageFormatScaling1);
+  source.FillNoise(1);
+  source.Record().Height = 4;
+  ScaleTapTable table(3);
+  table.Build(kTriangleFilter, kHorizontalAxis, 3, 1.0, 3, nullptr);
+  ActInYield(dest, 2, [&] {
+    source.Record().Height = 39;
+    dest.Record().Yield.YieldTicks = 0;  // and the rest may be made at once
+  });
+  const ScaleJob job{&source.Record(), &dest.Record(), 1, 3, &temp.Record(), table.Lists()};
+  HorizontalPass<G_to_G>(job, {0, source.Record().Height, &dest.Record()}, kRoundToNearest);
+  EXPECT_EQ(yields_, 2);
+  for (int32_t y = 0; y < 39; ++y) EXPECT_EQ(temp.Row(y, 3), source.Row(y, 3)) << y;
+  EXPECT_EQ(temp.Row(39, 3), (Bytes{0, 0, 0}));
+}
+
+TEST_F(ScaleYield, OffsetsThatMoveCountFromTheNextRowOn) {
+  TestImage source(1, 4, ImageFormatRGB), dest(1, 4, ImageFormatRGB), temp(1, 4, ImageFormatScaling4);
+  for (int32_t y = 0; y < 4; ++y) source.SetRow(y, {10, 20, 30});
+  ScaleTapTable table(1);
+  table.Build(kTriangleFilter, kHorizontalAxis, 1, 1.0, 1, nullptr);
+  ActInYield(dest, 2, [&] { source.Record().RedOffset = 2; });
+  const ScaleJob job{&source.Record(), &dest.Record(), 4, 1, &temp.Record(), table.Lists()};
+  const int32_t end = 4;
+  HorizontalPass<RGB_to_RGB>(job, {0, end, &dest.Record()}, kRoundToNearest);
+  for (int32_t y = 0; y < 4; ++y) EXPECT_EQ(temp.Row(y, 1), (Bytes{y < 2 ? uint8_t{10} : uint8_t{30}, 20, 30, 0})) << y;
+}
+
+}  // namespace
+}  // namespace zvk
