@@ -1,6 +1,6 @@
-// The two passes of the resampler, compiled for each pair. Each has two forms, chosen once for a run: one in the told
-// order of reads, writes and row fetches, for files that are mapped block by block and for images that share storage;
-// and one that works on whole rows, for all others. Both give the same bytes.
+// The two passes of the resampler, compiled for each pair. Each has two forms: one in the told order of reads, writes
+// and row fetches, for files that are mapped block by block and for images that share storage; and one that works on
+// whole rows, for all others, as long as they stay so. Both give the same bytes.
 #pragma once
 
 #include <algorithm>
@@ -34,8 +34,11 @@ struct ScaleRows {
 
   // While true, other code of the host may run after each row, so no work on the next one can be done ahead.
   bool Yields() const { return YieldImage != nullptr && YieldImage->Yield.YieldTicks != 0; }
-  void AfterRow() const {
-    if (YieldImage != nullptr) YieldOn(*YieldImage);
+  // True if such code may have run: it may have closed an image and constructed it anew, in a file say.
+  bool AfterRow() const {
+    if (!Yields()) return false;
+    YieldOn(*YieldImage);
+    return true;
   }
 };
 
@@ -94,11 +97,11 @@ void HorizontalRow(const ScaleJob &job, int32_t y, double rounding) {
     for (int32_t t = 0; t < list.TapCount; ++t) {
       const ScaleTap tap = list.Taps[t];
       if (tap.Weight == 0.0f) continue;
-      double samples[Pair.Read.count];
+      double samples[Pair.Read.count] = {};
       ReadPixel<Pair>(source, sourceRow + ptrdiff_t{tap.SourceIndex} * source.PixelSize, samples, 1);
       AddTap<Pair.Read.count, Pair.Values, 1>(samples, tap.Weight, sums);
     }
-    SampleOf<Pair> values[kValues<Pair>];
+    SampleOf<Pair> values[kValues<Pair>] = {};
     for (int32_t i = 0; i < kValues<Pair>; ++i) values[i] = Finish<SampleOf<Pair>>(sums[i], list.WeightSum, rounding);
     // The temp row is fetched for every pixel.
     uint8_t *tempRow = temp.GetRow(&temp, y);
@@ -124,7 +127,7 @@ void VerticalRow(const ScaleJob &job, int32_t y) {
         sums[i] += Load<SampleOf<Pair>>(pixel + Pair.TempBytes[i]) * double{tap.Weight};
       }
     }
-    SampleOf<Pair> values[kValues<Pair>];
+    SampleOf<Pair> values[kValues<Pair>] = {};
     for (int32_t i = 0; i < kValues<Pair>; ++i) {
       values[i] = Finish<SampleOf<Pair>>(sums[i], list.WeightSum, kRoundToNearest);
     }
@@ -312,24 +315,26 @@ inline bool Holds(const ImageClassData &image, int32_t width, int32_t pixelSize,
 // quotient before it is truncated.
 template <const ScalePair &Pair>
 void HorizontalPass(const ScaleJob &job, const ScaleRows &rows, double rounding) {
-  if (scale_detail::Holds(*job.Temp, job.Width, Pair.Stride, rows.End) &&
-      scale_detail::MayWorkOnWholeRows(*job.Source, *job.Temp)) {
+  const auto mayWorkOnWholeRows = [&] {
+    return scale_detail::Holds(*job.Temp, job.Width, Pair.Stride, rows.End) &&
+           scale_detail::MayWorkOnWholeRows(*job.Source, *job.Temp);
+  };
+  int32_t y = rows.First;
+  if (mayWorkOnWholeRows()) {
     scale_detail::StagedColumns<Pair> columns(job);
-    if (columns) {
-      for (int32_t y = rows.First; y < rows.End;) {
-        if (!rows.Yields() && rows.End - y >= scale_detail::kRowBatch<Pair>) {
-          columns.template MakeRows<scale_detail::kRowBatch<Pair>>(y, rounding);
-          y += scale_detail::kRowBatch<Pair>;
-        } else {
-          columns.template MakeRows<1>(y, rounding);
-          rows.AfterRow();
-          ++y;
-        }
+    bool hostRan = false;
+    while (columns && y < rows.End && (!hostRan || mayWorkOnWholeRows())) {
+      if (!rows.Yields() && rows.End - y >= scale_detail::kRowBatch<Pair>) {
+        columns.template MakeRows<scale_detail::kRowBatch<Pair>>(y, rounding);
+        y += scale_detail::kRowBatch<Pair>;
+        hostRan = false;
+      } else {
+        columns.template MakeRows<1>(y++, rounding);
+        hostRan = rows.AfterRow();
       }
-      return;
     }
   }
-  for (int32_t y = rows.First; y < rows.End; ++y) {
+  for (; y < rows.End; ++y) {
     scale_detail::HorizontalRow<Pair>(job, y, rounding);
     rows.AfterRow();
   }
@@ -338,18 +343,20 @@ void HorizontalPass(const ScaleJob &job, const ScaleRows &rows, double rounding)
 // Resamples temp rows into rows of the destination.
 template <const ScalePair &Pair>
 void VerticalPass(const ScaleJob &job, const ScaleRows &rows) {
-  if (scale_detail::Holds(*job.Dest, job.Width, job.Dest->PixelSize, rows.End) &&
-      scale_detail::MayWorkOnWholeRows(*job.Temp, *job.Dest)) {
+  const auto mayWorkOnWholeRows = [&] {
+    return scale_detail::Holds(*job.Dest, job.Width, job.Dest->PixelSize, rows.End) &&
+           scale_detail::MayWorkOnWholeRows(*job.Temp, *job.Dest);
+  };
+  int32_t y = rows.First;
+  if (mayWorkOnWholeRows()) {
     scale_detail::SummedRows<Pair> summed(job);
-    if (summed) {
-      for (int32_t y = rows.First; y < rows.End; ++y) {
-        summed.MakeRow(y);
-        rows.AfterRow();
-      }
-      return;
+    bool hostRan = false;
+    while (summed && y < rows.End && (!hostRan || mayWorkOnWholeRows())) {
+      summed.MakeRow(y++);
+      hostRan = rows.AfterRow();
     }
   }
-  for (int32_t y = rows.First; y < rows.End; ++y) {
+  for (; y < rows.End; ++y) {
     scale_detail::VerticalRow<Pair>(job, y);
     rows.AfterRow();
   }
