@@ -24,6 +24,7 @@ template <int32_t Most, class Sample>
 template <int32_t SampleCount, ScaleValues Values, int32_t Rows, class Sample>
 ZVK_KERNEL_CLONES void SumColumns(const ColumnSums<Sample> &columns) {
   constexpr int32_t kSums = ValueCount(SampleCount, Values) * Rows;
+  constexpr ptrdiff_t kColumn = ptrdiff_t{SampleCount} * Rows;
   Sample *__restrict values = columns.values;
   for (int32_t x = 0; x < columns.count; ++x) {
     const ScaleTapList list = columns.lists[x];
@@ -33,7 +34,7 @@ ZVK_KERNEL_CLONES void SumColumns(const ColumnSums<Sample> &columns) {
       OneStepAtATime();
       const ScaleTap tap = list.Taps[t];
       const ptrdiff_t column = tap.SourceIndex - columns.firstColumn;
-      AddTap<SampleCount, Values, Rows>(columns.samples + column * (SampleCount * Rows), tap.Weight, sums);
+      AddTap<SampleCount, Values, Rows>(columns.samples + column * kColumn, tap.Weight, sums);
     }
     FinishAll<kSums>(sums, kSums, list.WeightSum, columns.rounding, values);
     values += kSums;
