@@ -99,6 +99,8 @@ TEST_F(Views, AChannelOf16BitsStays16BitGray) {
   const auto view = Adopt(GrayChannel(source));
   EXPECT_EQ(Record(view).ImageFormat, 41);
   EXPECT_EQ(Record(view).BitsPerComponent, 16);
+  // Two bytes a pixel alone do not make 16 bits.
+  EXPECT_EQ(Record(Adopt(GrayChannel(New(4, 3, ImageFormatGA)))).ImageFormat, 11);
 }
 
 TEST_F(Views, ChannelGoesByTheListAndNotByTheNamedOffset) {
@@ -503,6 +505,9 @@ TEST_F(Views, AnImageWithoutRowsHasNoViews) {
   }
   EXPECT_EQ(Channel(closed, 0), nullptr);
   EXPECT_EQ(host_.TakeException(), std::nullopt);
+  EXPECT_EQ(Channel(fresh, 0), nullptr);  // an image that has no channel to count
+  EXPECT_EQ(host_.TakeException()->message,
+            "Parameter index to method Channel is too big. Range is 0 to -1, but value is 0.");
   EXPECT_EQ(RedChannel(nullptr), nullptr);
   EXPECT_EQ(Channel(nullptr, 0), nullptr);
 }
