@@ -21,25 +21,35 @@ bool Overlap(const ByteRange &a, const ByteRange &b) {
   return before(a.first, b.end) && before(b.first, a.end);
 }
 
-// Bytes that a row may reach from its address on: the offsets of a clip may lead beyond PixelSize, and a caller's
-// RowSize may be shorter than the pixels.
-int64_t RowExtent(const ImageClassData &image) {
-  int32_t offset = 0;
-  for (const ChannelField &channel : kChannels) offset = std::max(offset, image.*channel.offset);
-  return std::max(std::abs(int64_t{image.RowSize}), offset + int64_t{image.Width} * image.PixelSize);
+// Bytes that a row may reach, from its address: the offsets of a clip may lead beyond PixelSize, or below zero where
+// they have wrapped, and a caller's RowSize may be shorter than the pixels.
+struct RowReach {
+  int64_t first;
+  int64_t end;
+};
+
+RowReach ReachOf(const ImageClassData &image) {
+  int32_t lowest = 0;
+  int32_t highest = 0;
+  for (const ChannelField &channel : kChannels) {
+    lowest = std::min(lowest, image.*channel.offset);
+    highest = std::max(highest, image.*channel.offset);
+  }
+  return {lowest, std::max(std::abs(int64_t{image.RowSize}), highest + int64_t{image.Width} * image.PixelSize)};
 }
 
 // The bytes that the rows of an image with a Buffer span, gaps and all; rows may run backwards.
 ByteRange LinearRange(const ImageClassData &image) {
   const int64_t top = int64_t{image.RowOffset} * image.RowSize;
   const int64_t bottom = (int64_t{image.RowOffset} + image.Height - 1) * image.RowSize;
-  return {image.Buffer + std::min(top, bottom), image.Buffer + std::max(top, bottom) + RowExtent(image)};
+  const RowReach reach = ReachOf(image);
+  return {image.Buffer + std::min(top, bottom) + reach.first, image.Buffer + std::max(top, bottom) + reach.end};
 }
 
 bool TableTouches(const ImageClassData &table, const ByteRange &range) {
-  const int64_t extent = RowExtent(table);
+  const RowReach reach = ReachOf(table);
   return std::any_of(table.RowTable, table.RowTable + table.Height, [&](const uint8_t *row) {
-    return row != nullptr && Overlap({row, row + extent}, range);
+    return row != nullptr && Overlap({row + reach.first, row + reach.end}, range);
   });
 }
 

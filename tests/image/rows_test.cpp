@@ -72,6 +72,18 @@ TEST(Rows, TheOffsetOfAClipReachesBeyondTheRow) {
   EXPECT_FALSE(Shared(clip, Gray(60, 10, 1)));
 }
 
+TEST(Rows, AnOffsetBelowZeroReachesInFrontOfTheRow) {
+  ImageClassData clip = Gray(100, 10, 1);
+  clip.GrayOffset = -5;
+  EXPECT_TRUE(Shared(clip, Gray(86, 10, 1)));
+  EXPECT_FALSE(Shared(clip, Gray(85, 10, 1)));
+  uint8_t *rows[] = {clip.Buffer};
+  clip.Buffer = nullptr;
+  clip.RowTable = rows;
+  EXPECT_TRUE(Shared(clip, Gray(86, 10, 1)));
+  EXPECT_FALSE(Shared(clip, Gray(85, 10, 1)));
+}
+
 TEST(Rows, ARowTableSharesWithItsOwnTableAndWithTheMemoryOfItsRows) {
   uint8_t *rows[] = {memory.data() + 100, nullptr, memory.data() + 300};
   uint8_t *otherRows[] = {memory.data() + 1000};
