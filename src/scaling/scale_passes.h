@@ -227,7 +227,8 @@ class StagedColumns {
     uint8_t *tempRow = job_.Temp->GetRow(job_.Temp, y);
     if (tempRow == nullptr) return;
     const Sample *values = values_.Get() + row;
-    for (int32_t x = 0; x < job_.Width; ++x) {
+    const int32_t width = job_.Width;
+    for (int32_t x = 0; x < width; ++x) {
       WriteTempPixel<Pair>(tempRow + ptrdiff_t{x} * Pair.Stride, values, Rows);
       values += kValues<Pair> * Rows;
     }
@@ -281,9 +282,11 @@ class SummedRows {
   }
 
   void Write(uint8_t *destRow) const {
-    const ImageClassData &dest = *job_.Dest;
+    // Copies, as the compiler must take every byte that is written for a change of the record.
+    const ImageClassData dest = *job_.Dest;
+    const int32_t width = job_.Width;
     const Sample *pixelValues = values_.Get();
-    for (int32_t x = 0; x < job_.Width; ++x) {
+    for (int32_t x = 0; x < width; ++x) {
       for (const ScaleWrite &write : Pair.Write) {
         Store(destRow + dest.*write.channel, pixelValues[Pair.TempBytes[write.value] / Pair.SampleSize]);
       }
