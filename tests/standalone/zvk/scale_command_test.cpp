@@ -303,14 +303,14 @@ TEST_F(ScaleCommand, RefusesAResultBeyondTheMemoryOfAnImage) {
   WriteNoise();
   ExpectFailure({"scale", "in.png", "out.png", "30000x30000"}, 1,
                 "a result of 30000 x 30000 pixels takes 2701440000 bytes, more than an image can have; take a smaller "
-                "size");
+                "size, or add --in-file");
 }
 
 TEST_F(ScaleCommand, RefusesAnIntermediateResultBeyondTheMemoryOfAnImage) {
   WriteImage("in.png", 1, 30000, [](int, int) { return 0; });
   ExpectFailure({"scale", "in.png", "out.png", "20000x1"}, 1,
                 "there is not enough memory for the 20000 x 30000 pixels between the two steps of scaling; take a "
-                "smaller width");
+                "smaller width, or add --in-file");
 }
 
 TEST_F(ScaleCommand, TellsWhichFormatsColoursCannotBeScaledInto) {
