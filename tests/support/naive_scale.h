@@ -260,22 +260,24 @@ inline void PassOverColumns(const Pair &pair, ImageClassData &source, ImageClass
     const uint8_t *sourceRow = source.GetRow(&source, y);
     for (size_t x = 0; x < table.size(); ++x) {
       const Taps &taps = table[x];
-      std::vector<double> sums(pair.tempBytes.size(), 0.0);
+      double sums[5] = {};
       for (size_t t = 0; t < taps.positions.size(); ++t) {
         const double w = taps.weights[t];
         if (w == 0.0) continue;
         const uint8_t *pixel = sourceRow + ptrdiff_t{taps.positions[t]} * source.PixelSize;
-        std::vector<double> samples;
-        for (const int32_t offset : pair.sourceOffsets) samples.push_back(Sample(pixel + offset, pair.wide));
+        double samples[5] = {};
+        for (size_t c = 0; c < pair.sourceOffsets.size(); ++c) {
+          samples[c] = Sample(pixel + pair.sourceOffsets[c], pair.wide);
+        }
         if (pair.makesGray) {
           sums[0] += (samples[2] * 0.11 * w) + ((samples[1] * 0.59 * w) + (samples[0] * 0.3 * w));
-          if (sums.size() == 2) sums[1] += samples[3] * w;
+          if (pair.tempBytes.size() == 2) sums[1] += samples[3] * w;
         } else {
-          for (size_t c = 0; c < sums.size(); ++c) sums[c] += samples[c] * w;
+          for (size_t c = 0; c < pair.tempBytes.size(); ++c) sums[c] += samples[c] * w;
         }
       }
       uint8_t pixel[5] = {};
-      for (size_t c = 0; c < sums.size(); ++c) {
+      for (size_t c = 0; c < pair.tempBytes.size(); ++c) {
         PutSample(pixel + pair.tempBytes[c], Finished(sums[c], taps.weightSum, rounding, pair.wide), pair.wide);
       }
       uint8_t *tempRow = temp.GetRow(&temp, y);
