@@ -33,7 +33,7 @@ template <int32_t SampleCount, ScaleValues Values, int32_t Rows>
   } else {
     const double *red = samples;
     const double *green = samples + Rows;
-    const double *blue = samples + 2 * Rows;
+    const double *blue = green + Rows;
     for (int32_t i = 0; i < Rows; ++i) sums[i] += blue[i] * weight + (green[i] * weight + red[i] * weight);
     for (int32_t i = Rows; i < (SampleCount - 2) * Rows; ++i) sums[i] += samples[i + 2 * Rows] * weight;
   }

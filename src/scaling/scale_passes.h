@@ -70,7 +70,7 @@ void Store(uint8_t *address, Sample sample) {
 
 // The samples of one source pixel, as AddTap takes them, each `step` doubles from the one before.
 template <const ScalePair &Pair>
-void ReadPixel(const ImageClassData &source, const uint8_t *pixel, double *samples, int32_t step) {
+void ReadPixel(const ImageClassData &source, const uint8_t *pixel, double *samples, ptrdiff_t step) {
   for (int32_t i = 0; i < Pair.Read.count; ++i) {
     samples[i * step] = Load<SampleOf<Pair>>(pixel + source.*Pair.Read[i]) * SamplePart<Pair.Values>(i);
   }
@@ -78,7 +78,7 @@ void ReadPixel(const ImageClassData &source, const uint8_t *pixel, double *sampl
 
 // A whole temp pixel from its values, each `step` from the one before.
 template <const ScalePair &Pair>
-void WriteTempPixel(uint8_t *pixel, const SampleOf<Pair> *values, int32_t step) {
+void WriteTempPixel(uint8_t *pixel, const SampleOf<Pair> *values, ptrdiff_t step) {
   uint8_t bytes[Pair.Stride] = {};
   for (int32_t i = 0; i < Pair.TempBytes.count; ++i) Store(bytes + Pair.TempBytes[i], values[i * step]);
   std::memcpy(pixel, bytes, Pair.Stride);
@@ -218,7 +218,7 @@ class StagedColumns {
     for (int32_t column = stretch.firstColumn; column < stretch.endColumn; ++column) {
       const ptrdiff_t position = ptrdiff_t{column} * source.PixelSize;
       for (int32_t row = 0; row < Rows; ++row) ReadPixel<Pair>(source, rows[row] + position, samples + row, Rows);
-      samples += Pair.Read.count * Rows;
+      samples += ptrdiff_t{Pair.Read.count} * Rows;
     }
   }
 
@@ -230,7 +230,7 @@ class StagedColumns {
     const int32_t width = job_.Width;
     for (int32_t x = 0; x < width; ++x) {
       WriteTempPixel<Pair>(tempRow + ptrdiff_t{x} * Pair.Stride, values, Rows);
-      values += kValues<Pair> * Rows;
+      values += ptrdiff_t{kValues<Pair>} * Rows;
     }
   }
 
