@@ -1,4 +1,4 @@
-// The two passes of the resampler, compiled for each pair. Each has two forms: one in the told order of reads, writes
+// The two passes of the resampler, compiled for each pair. Each has two forms: one in a fixed order of reads, writes
 // and row fetches, for files that are mapped block by block and for images that share storage; and one that works on
 // whole rows, for all others, as long as they stay so. Both give the same bytes.
 #pragma once
@@ -84,7 +84,7 @@ void WriteTempPixel(uint8_t *pixel, const SampleOf<Pair> *values, ptrdiff_t step
   std::memcpy(pixel, bytes, Pair.Stride);
 }
 
-// --- in the told order ---
+// --- pixel by pixel ---
 
 template <const ScalePair &Pair>
 void HorizontalRow(const ScaleJob &job, int32_t y, double rounding) {

@@ -51,7 +51,7 @@ TEST(ScaleFilters, BoxKeepsADistanceOfExactlyHalf) {
   EXPECT_EQ(kBoxFilter.FilterKernel(std::nextafter(0.5, 1.0)), 0.0);
 }
 
-TEST(ScaleFilters, KernelsEndWhereTheyAreToldTo) {
+TEST(ScaleFilters, KernelsEndAtTheirBounds) {
   EXPECT_NE(kTriangleFilter.FilterKernel(std::nextafter(1.0, 0.0)), 0.0);
   EXPECT_NE(kLanczos3Filter.FilterKernel(2.9), 0.0);
   EXPECT_EQ(kLanczos3Filter.FilterKernel(3.0), 0.0);
