@@ -63,7 +63,7 @@ std::unique_ptr<RowReader> OpenRows(const std::string &path) {
   for (const ReadableFormat &format : kFormats) {
     if (std::string_view(start.data(), count).starts_with(format.magic)) return format.open(path, std::move(stream));
   }
-  throw NotByRowsError(path + ": is not an image that can be read row by row; known are PNG, JPEG and TIFF");
+  throw NotByRowsError(path + ": is not an image that can be read row by row; take a PNG, JPEG or TIFF file");
 }
 
 }  // namespace standalone

@@ -44,7 +44,7 @@ class RowReader {
   int32_t Height() const { return header_.height; }
 
   // The next row from the top: Width() pixels of 3 bytes into `row`, which has room for them. Each of the Height() rows
-  // is read once. Of 16 bits a sample the high 8 are taken. Alpha is dropped, the colours stay as they are. Throws
+  // is read once. 16 bits a sample become 8. Alpha is dropped, the colours stay as they are. Throws
   // ImageFileError if the file is damaged; with the last row all of it has been looked at.
   virtual void ReadRow(std::span<uint8_t> row) = 0;
 

@@ -120,7 +120,7 @@ class TiffRowReader : public RowReader {
                      (extraKinds[0] == EXTRASAMPLE_ASSOCALPHA || extraKinds[0] == EXTRASAMPLE_UNASSALPHA);
   }
 
-  // What each sample value of up to 8 bits stands for; of 16 bits the high 8 are looked up.
+  // What each sample value of up to 8 bits stands for; 16 bits are made 8 before.
   void MakeTables() {
     const uint32_t largest = (1u << std::min<uint16_t>(form_.bits, 8)) - 1;
     if (form_.photometric == PHOTOMETRIC_PALETTE) {
@@ -180,14 +180,15 @@ class TiffRowReader : public RowReader {
     return tileRow_.data() + y % tileHeight_ * samples_.size();
   }
 
-  // Samples of 16 bits come in the machine's order, smaller ones from the high bits of their byte down.
+  // Samples of 16 bits come in the machine's order, smaller ones from the high bits of their byte down. Of 16 bits
+  // colours are rounded and gray is cut, as whole pictures are read.
   template <class Sample>
   void Convert(const uint8_t *samples, uint8_t *target) const {
     const auto sampleAt = [&](size_t index) -> uint8_t {
       if constexpr (sizeof(Sample) == 2) {
         uint16_t sample;
         std::memcpy(&sample, samples + index * 2, sizeof sample);
-        return static_cast<uint8_t>(sample >> 8);
+        return static_cast<uint8_t>(form_.Colours() == 3 ? (sample + 128) / 257 : sample >> 8);
       } else if (form_.bits == 8) {
         return samples[index];
       }

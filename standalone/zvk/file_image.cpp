@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -37,7 +38,17 @@ class FreshFile {
   }
 
   const std::string &Path() const { return path_; }
-  int Descriptor() const { return descriptor_; }
+
+  // Takes the room of the whole file on the disk: a pixel that found none would end the program. First it is looked
+  // whether there is any, so that a disk is not filled to its last byte in vain.
+  void TakeRoom() const {
+    struct stat status;
+    struct statvfs disk;
+    if (fstat(descriptor_, &status) != 0 || fstatvfs(descriptor_, &disk) != 0) Fail(errno);
+    const auto bytes = static_cast<uint64_t>(status.st_size);
+    if (bytes / disk.f_frsize >= disk.f_bavail) Fail(ENOSPC);
+    if (const int problem = posix_fallocate(descriptor_, 0, status.st_size); problem != 0) Fail(problem);
+  }
 
   [[noreturn]] void Fail(int number) const {
     throw std::runtime_error("no temporary file can be made in " + folder_ + " (" + SystemError(number) +
@@ -57,10 +68,7 @@ Value NewFileImage(const PluginSession &session, Size size, int32_t format, int3
   const Value image = session.Images().New(
       {size.width, size.height, format, blockSize, Owned<FolderItem>::Adopt(FolderItem::Make(file.Path()))});
   if (!image.Get("Valid").AsBoolean()) file.Fail(ENOSPC);
-  // A file that the disk has no room for would end the program at the first pixel that does not fit.
-  struct stat status;
-  if (fstat(file.Descriptor(), &status) != 0) file.Fail(errno);
-  if (const int problem = posix_fallocate(file.Descriptor(), 0, status.st_size); problem != 0) file.Fail(problem);
+  file.TakeRoom();
   return image;
 }
 

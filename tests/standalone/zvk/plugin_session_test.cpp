@@ -52,10 +52,13 @@ TEST(PluginSession, ListsTheChoicesForANameThatIsNone) {
 TEST(PluginSession, LetsWorkBeWatchedAndStopsWatchingAtItsEnd) {
   PluginSession session({.path = PICTUREZVK_LIBRARY});
   bool isWatched = false;
-  session.RunWithProgress("testing", [&](const auto &) { isWatched = static_cast<bool>(Host::Current().onYield); });
+  session.RunWithProgress("testing", [&](const PluginSession::MoveProgress &move) {
+    isWatched = static_cast<bool>(Host::Current().onYield) && static_cast<bool>(move);
+  });
   EXPECT_TRUE(isWatched);
   EXPECT_FALSE(Host::Current().onYield);
-  EXPECT_THROW(session.RunWithProgress("testing", [](const auto &) { throw std::runtime_error("stop"); }), std::runtime_error);
+  EXPECT_THROW(session.RunWithProgress("testing", [](const auto &) { throw std::runtime_error("stop"); }),
+               std::runtime_error);
   EXPECT_FALSE(Host::Current().onYield);
 }
 

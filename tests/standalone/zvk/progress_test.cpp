@@ -65,6 +65,16 @@ TEST_F(Progress, ShowsTheElapsedTimeFromASecondOnInTheSameLine) {
   EXPECT_EQ(Written(), "\r\x1b[Kcounting, 1.0 s\r\x1b[Kcounting, 1.1 s\r\x1b[Kcounting, 62.1 s");
 }
 
+TEST_F(Progress, MovesTenTimesASecondAtMost) {
+  ProgressLine line(terminal_, "counting", Clock());
+  Pass(milliseconds(1000));
+  for (int i = 0; i < 150; ++i) {
+    line.Update();
+    Pass(milliseconds(1));
+  }
+  EXPECT_EQ(Written(), "\r\x1b[Kcounting, 1.0 s\r\x1b[Kcounting, 1.1 s");
+}
+
 TEST_F(Progress, TakesTheLineAwayAtTheEnd) {
   {
     ProgressLine line(terminal_, "counting", Clock());

@@ -79,7 +79,8 @@ TEST_F(ScaleCommand, TellsAllItsArgumentsChoicesAndDefaults) {
   EXPECT_EQ(result.errors, "");
   EXPECT_THAT(result.output, AllOf(HasSubstr("scale [OPTIONS] IN OUT SIZE"), HasSubstr("WIDTHxHEIGHT"),
                                    HasSubstr("--filter"), HasSubstr("[default: lanczos3]"), HasSubstr("--format"),
-                                   HasSubstr("[default: RGB]"), HasSubstr("--plugin"), HasSubstr("--leaks"),
+                                   HasSubstr("[default: RGB]"), HasSubstr("--in-file"), HasSubstr("--block"),
+                                   HasSubstr("[default: 67108864]"), HasSubstr("--plugin"), HasSubstr("--leaks"),
                                    HasSubstr("Examples:\n  zvk scale "), HasSubstr("Exit codes:")));
   EXPECT_THAT(result.output,
               AllOf(HasSubstr("triangle"), HasSubstr("box"), HasSubstr("lanczos3"), HasSubstr("lanczos8"),

@@ -60,6 +60,15 @@ TEST(ParseSize, RefusesANumberBeyond32Bits) {
   }
 }
 
+TEST(ParseSize, TellsTheLargestSideThatItIsGiven) {
+  try {
+    ParseSize("2147483648x", 100000000);
+    FAIL();
+  } catch (const UsageError &error) {
+    EXPECT_STREQ(error.what(), "size '2147483648x' is too large; a picture has at most 100000000 pixels each way");
+  }
+}
+
 TEST(CompleteSize, KeepsASizeThatIsWhole) { EXPECT_EQ(CompleteSize({30, 7}, {1, 1000}), (Size{30, 7})); }
 
 TEST(CompleteSize, KeepsTheProportionsForAMissingSide) {
@@ -82,6 +91,12 @@ TEST(CompleteSize, MakesAMissingSideOneAtLeast) {
 TEST(CompleteSize, GoesUpToTheLargestPicture) {
   EXPECT_EQ(CompleteSize({32767, 32767}, {1, 1}), (Size{32767, 32767}));
   EXPECT_EQ(CompleteSize({32767, std::nullopt}, {5, 5}), (Size{32767, 32767}));
+}
+
+TEST(CompleteSize, GoesUpToTheLargestSideThatItIsGiven) {
+  EXPECT_EQ(CompleteSize({100000000, 32768}, {1, 1}, 100000000), (Size{100000000, 32768}));
+  EXPECT_THROW(CompleteSize({100000001, 1}, {1, 1}, 100000000), std::runtime_error);
+  EXPECT_THROW(CompleteSize({1, 11}, {1, 1}, 10), std::runtime_error);
 }
 
 TEST(CompleteSize, RefusesMoreThanAPictureCanHave) {

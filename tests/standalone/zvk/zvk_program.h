@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 #include <pty.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -27,6 +28,7 @@ struct ProgramResult {
   int exitCode = -1;  // -1: killed
   std::string output;
   std::string errors;
+  int64_t peakMemory = 0;  // bytes
 };
 
 // What can be read from the descriptor until nobody holds its other end.
@@ -49,20 +51,22 @@ inline std::string ReadToEnd(int descriptor) {
 // How much of the machine a program gets: all of it, or a tenth, so that short work takes long.
 enum class Pace { Full, Slow };
 
-// Waits for the end of the process and gives its exit code, -1 if it was killed.
-inline int ExitCodeOf(pid_t process, Pace pace) {
+// Waits for the end of the process and notes its exit code, -1 if it was killed, and the memory that it had.
+inline void AwaitEnd(pid_t process, Pace pace, ProgramResult &result) {
   int status = 0;
+  rusage usage = {};
   if (pace == Pace::Slow) {
-    while (waitpid(process, &status, WNOHANG) == 0) {
+    while (wait4(process, &status, WNOHANG, &usage) == 0) {
       usleep(20'000);
       kill(process, SIGSTOP);
       usleep(180'000);
       kill(process, SIGCONT);
     }
   } else {
-    EXPECT_EQ(waitpid(process, &status, 0), process);
+    EXPECT_EQ(wait4(process, &status, 0, &usage), process);
   }
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  result.peakMemory = usage.ru_maxrss * int64_t{1024};
 }
 
 // The opaque colours of an image, row by row, as 0xRRGGBB.
@@ -125,7 +129,7 @@ class ZvkProgram : public testing::Test {
       Become(program, arguments);
     }
     ProgramResult result;
-    result.exitCode = ExitCodeOf(process, pace);
+    AwaitEnd(process, pace, result);
     for (const auto &[file, text] : {std::pair{output, &result.output}, std::pair{errors, &result.errors}}) {
       lseek(fileno(file), 0, SEEK_SET);
       *text = ReadToEnd(fileno(file));
@@ -143,7 +147,7 @@ class ZvkProgram : public testing::Test {
       Become(PICTUREZVK_ZVK, arguments);
     }
     ProgramResult result;
-    result.exitCode = ExitCodeOf(process, pace);
+    AwaitEnd(process, pace, result);
     result.output = ReadToEnd(terminal);
     close(terminal);
     return result;
