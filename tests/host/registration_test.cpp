@@ -167,9 +167,10 @@ struct Sample {
   REALclassDefinition definition{};
 };
 
-// A sample that lives as long as the process, as the host keeps pointers into what was registered.
+// A sample that is never destroyed, as the host keeps pointers into what was registered, and a leak checker looks for
+// the older tables through it.
 Sample &NewSample() {
-  static std::vector<std::unique_ptr<Sample>> samples;
+  static auto &samples = *new std::vector<std::unique_ptr<Sample>>;
   return *samples.emplace_back(std::make_unique<Sample>());
 }
 
