@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "exchange/byte_shuffle.h"
+#include "image/luma.h"
 
 namespace zvk {
 
@@ -19,7 +20,7 @@ void GrayReader::ReadPlain(const uint8_t *source, uint8_t *gray, int32_t width) 
   const ptrdiff_t pixelSize = reach_.pixelSize;
   const uint8_t *red = source + offsets_[0], *green = source + offsets_[1], *blue = source + offsets_[2];
   for (int32_t x = 0; x < width; ++x) {
-    gray[x] = static_cast<uint8_t>((77 * *red + 151 * *green + 28 * *blue) >> 8);
+    gray[x] = static_cast<uint8_t>(Luma(*red, *green, *blue));
     red += pixelSize;
     green += pixelSize;
     blue += pixelSize;

@@ -54,6 +54,31 @@ struct Layout {
     for (size_t i = 0; i < channelCount; ++i) offsets[i] = image.*channels[i];
     return offsets;
   }
+
+  // True if the pixels of both images are these channels and nothing else, in the same storage order, so that samples
+  // which are all treated alike can be walked as one run of bytes: from FirstOffset(image) of the first pixel on,
+  // channelCount bytes for each pixel.
+  static constexpr bool PackedAlike(const ImageClassData &a, const ImageClassData &b) {
+    if (a.PixelSize != channelCount || b.PixelSize != channelCount) return false;
+    const auto offsetsOfA = OffsetsOf(a);
+    const auto offsetsOfB = OffsetsOf(b);
+    const int64_t firstOfA = FirstOffset(a);
+    const int64_t firstOfB = FirstOffset(b);
+    uint32_t seen = 0;
+    for (size_t i = 0; i < channelCount; ++i) {
+      const int64_t place = offsetsOfA[i] - firstOfA;
+      if (place >= int64_t{channelCount} || place != offsetsOfB[i] - firstOfB) return false;
+      seen |= 1U << place;
+    }
+    return seen == (1U << channelCount) - 1;
+  }
+
+  static constexpr int32_t FirstOffset(const ImageClassData &image) {
+    const auto offsets = OffsetsOf(image);
+    int32_t first = offsets[0];
+    for (const int32_t offset : offsets) first = offset < first ? offset : first;
+    return first;
+  }
 };
 
 // Calls `visit` once, with the layout of the first family in kOrder that the image says it has. Only the family flags

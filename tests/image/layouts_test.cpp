@@ -76,5 +76,44 @@ TEST(Layouts, TheFlagsOfTheColoursAreNotAskedFor) {
   EXPECT_EQ((Visits<Gray, RGB, CMYK>(image)), (std::vector<Visit>{{RGB, false, {0, 1, 2}}}));
 }
 
+template <ColourFamily kFamily, bool kAlpha>
+bool PackedAlike(const ImageClassData &a, const ImageClassData &b) {
+  const bool alike = Layout<kFamily, kAlpha>::PackedAlike(a, b);
+  EXPECT_EQ(alike, (Layout<kFamily, kAlpha>::PackedAlike(b, a)));
+  return alike;
+}
+
+TEST(Layouts, PixelsOfTheSameChannelsInTheSameOrderArePackedAlike) {
+  EXPECT_TRUE((PackedAlike<Gray, false>(Record(ImageFormatG), Record(ImageFormatG))));
+  EXPECT_TRUE((PackedAlike<RGB, true>(Record(ImageFormatARGB), Record(ImageFormatARGB))));
+  EXPECT_TRUE((PackedAlike<CMYK, false>(Record(ImageFormatKYMC), Record(ImageFormatKYMC))));
+  EXPECT_FALSE((PackedAlike<RGB, false>(Record(ImageFormatRGB), Record(ImageFormatBGR))));
+  EXPECT_FALSE((PackedAlike<RGB, true>(Record(ImageFormatRGBA), Record(ImageFormatARGB))));
+}
+
+TEST(Layouts, FillerAndOtherSizesAreNotPacked) {
+  EXPECT_FALSE((PackedAlike<RGB, false>(Record(ImageFormatRGBX), Record(ImageFormatRGBX))));
+  EXPECT_FALSE((PackedAlike<RGB, false>(Record(ImageFormatRGB), Record(ImageFormatRGBX))));
+  EXPECT_FALSE((PackedAlike<Gray, false>(Record(ImageFormatGray16), Record(ImageFormatGray16))));
+}
+
+TEST(Layouts, AClipIsPackedLikeItsImage) {
+  const ImageClassData image = Record(ImageFormatBGR);
+  ImageClassData clip = image;
+  for (ChannelOffset channel : Layout<RGB, false>::channels) clip.*channel += 15;
+  EXPECT_TRUE((PackedAlike<RGB, false>(image, clip)));
+  EXPECT_EQ((Layout<RGB, false>::FirstOffset(image)), 0);
+  EXPECT_EQ((Layout<RGB, false>::FirstOffset(clip)), 15);
+}
+
+TEST(Layouts, TwoChannelsInOnePlaceAreNotPacked) {
+  ImageClassData image = Record(ImageFormatRGB);
+  image.GreenOffset = image.RedOffset;
+  EXPECT_FALSE((PackedAlike<RGB, false>(image, image)));
+  image.GreenOffset = 0x7FFFFFFF;
+  image.BlueOffset = -0x7FFFFFFF;
+  EXPECT_FALSE((PackedAlike<RGB, false>(image, image)));
+}
+
 }  // namespace
 }  // namespace zvk

@@ -1,0 +1,48 @@
+// The common course of every operation that reads one image and writes another one, its dest: what is refused, where a
+// nil dest comes from, who is given time, and who owns the result. A filter is a kernel that is run in this frame.
+#pragma once
+
+#include <cstdint>
+#include <type_traits>
+
+#include "host/resources.h"
+#include "image/image_record.h"
+
+namespace zvk {
+
+// The size of the image that is made for a nil dest: the source's, or the source's with its sides exchanged.
+enum class NewDest : uint8_t { SameSize, ExchangedSides };
+
+// The dest of one call with the reference that the caller of the filter will own; empty if the filter is refused: the
+// source is not usable or has 16-bit samples, there is no image for a nil dest, or the dest is not usable. Yields once
+// on the source, then once on the dest. A dest of the caller's may have any size and format.
+ObjectReference FilterDest(REALobject instance, REALobject dest, NewDest newDest);
+
+// Runs kernel(source, dest), both records, and returns dest with its reference; nil if the filter is refused, or if the
+// kernel returns a bool that is false. A dest that the kernel leaves alone is returned unchanged.
+template <class Kernel>
+REALobject RunFilter(REALobject instance, REALobject dest, NewDest newDest, Kernel &&kernel) {
+  ObjectReference result = FilterDest(instance, dest, newDest);
+  if (!result) return nullptr;
+  ImageClassData &source = *RecordOf(instance);
+  ImageClassData &target = *RecordOf(result.Get());
+  if constexpr (std::is_void_v<std::invoke_result_t<Kernel, ImageClassData &, ImageClassData &>>) {
+    kernel(source, target);
+  } else {
+    if (!kernel(source, target)) return nullptr;
+  }
+  return result.Release();
+}
+
+// Calls visit(sourceRow, destRow) for each row of the source, from the top; the row of dest is fetched before that of
+// the source. A pair of rows of which one cannot be had (a block that cannot be mapped) is left out.
+template <class Visitor>
+void ForEachRowPair(ImageClassData &source, ImageClassData &dest, Visitor &&visit) {
+  for (int32_t y = 0; y < source.Height; ++y) {
+    uint8_t *destRow = dest.GetRow(&dest, y);
+    const uint8_t *sourceRow = source.GetRow(&source, y);
+    if (destRow != nullptr && sourceRow != nullptr) visit(sourceRow, destRow);
+  }
+}
+
+}  // namespace zvk
