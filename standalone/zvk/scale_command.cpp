@@ -4,16 +4,13 @@
 #include <charconv>
 #include <cstdint>
 #include <memory>
-#include <new>
 #include <stdexcept>
 #include <string>
 #include <system_error>
-#include <utility>
 
-#include "standalone/gd/gd_picture.h"
 #include "standalone/rows/row_reader.h"
 #include "standalone/rows/row_writer.h"
-#include "standalone/runtime/picture.h"
+#include "standalone/zvk/image_io.h"
 #include "standalone/zvk/messages.h"
 #include "standalone/zvk/plugin_session.h"
 #include "standalone/zvk/scale_in_files.h"
@@ -57,20 +54,15 @@ void ScaleImage(const Value &source, const Value &result, const ScaleJob &job) {
 }
 
 void ScaleInMemory(PluginSession &session, const ScaleJob &job) {
-  LoadedPicture original = LoadPicture(job.input);
-  if (original.hasTransparency) NoteTransparency(job);
-  const Size size = CompleteSize(job.size, {original.picture->Width(), original.picture->Height()});
+  Value original = LoadImage(session, job.input);
+  const Size size = CompleteSize(job.size, SizeOf(original));
   const Value result = NewImage(session, size, job.format);
   result.Set("YieldTicks", -kMillisecondsBetweenYields);
 
-  Value picture;
-  session.RunWithProgress("scaling to " + Text(size), [&](const PluginSession::MoveProgress &) {
-    // The original is no longer needed when the result becomes a picture.
-    ScaleImage(session.Images().New({std::move(original.picture)}), result, job);
-    picture = result.Call("CopyPicture");
-  });
-  if (picture.IsNil()) throw std::bad_alloc();
-  SavePicture(*picture.As<Picture>(), job.output);
+  session.RunWithProgress("scaling to " + Text(size),
+                          [&](const PluginSession::MoveProgress &) { ScaleImage(original, result, job); });
+  original = nullptr;  // its memory is free when the result becomes a picture
+  SaveImage(result, job.output);
 }
 
 int32_t ParseBlock(const std::string &text) {
@@ -83,20 +75,18 @@ int32_t ParseBlock(const std::string &text) {
   return bytes;
 }
 
-void RefuseUnknownExtension(const ScaleRequest &request) {
+void RefuseOutput(const ScaleRequest &request) {
   if (request.isInFile && !HasKnownRowExtension(request.output)) {
     throw UsageError(request.output + ": no image extension that --in-file can write; use one of " +
                      KnownRowExtensions());
   }
-  if (!HasKnownImageExtension(request.output)) {
-    throw UsageError(request.output + ": no known image extension; use one of " + KnownImageExtensions());
-  }
+  RefuseUnknownExtension(request.output);
 }
 
 void Scale(const ScaleRequest &request) {
   const SizeArgument size = ParseSize(request.size, request.isInFile ? kLargestRowSide : kLargestPictureSide);
   const int32_t block = ParseBlock(request.block);
-  RefuseUnknownExtension(request);
+  RefuseOutput(request);
   PluginSession session(request.plugin);
   const int32_t filter = session.Choose("filter", "Scale", request.filter);
   const int32_t format = session.Choose("format", "ImageFormat", request.format);
@@ -113,16 +103,14 @@ void Scale(const ScaleRequest &request) {
 void AddScaleCommand(CLI::App &program) {
   const auto request = std::make_shared<ScaleRequest>();
   CLI::App &command = *program.add_subcommand("scale", "Scale an image file into another one");
-  const auto positional = [&command](const char *name, std::string &value, const std::string &description) {
-    command.add_option(name, value, description)->required()->type_name("");
-  };
-  positional("IN", request->input, "Image file to read, whatever its name: PNG, JPEG, GIF, WebP, TIFF or BMP");
-  positional("OUT", request->output,
-             "Image file to write, in the format of its extension:\n" + KnownImageExtensions() +
-                 ".\nIt appears whole or not at all, and may be the same file as IN");
-  positional("SIZE", request->size,
-             "WIDTHxHEIGHT in pixels, 1 to 32767 each way (up to 100000000\nwith --in-file); WIDTHx or xHEIGHT keeps "
-             "the proportions");
+  AddInputArgument(command, request->input);
+  AddOutputArgument(command, request->output);
+  command
+      .add_option("SIZE", request->size,
+                  "WIDTHxHEIGHT in pixels, 1 to 32767 each way (up to 100000000\nwith --in-file); WIDTHx or xHEIGHT "
+                  "keeps the proportions")
+      ->required()
+      ->type_name("");
   command
       .add_option("--filter", request->filter,
                   "Resampling filter: triangle, box, lanczos3, lanczos8,\nmitchell, poly3 or cubic [default: " +

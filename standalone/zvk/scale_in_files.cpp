@@ -9,6 +9,7 @@
 #include "standalone/rows/row_writer.h"
 #include "standalone/runtime/memory_block.h"
 #include "standalone/zvk/file_image.h"
+#include "standalone/zvk/image_io.h"
 
 namespace standalone {
 namespace {
@@ -64,7 +65,7 @@ void ScaleInFiles(PluginSession &session, const ScaleJob &job, int32_t blockSize
   {
     const Value source = NewFileImage(session, sourceSize, images.Constant("ImageFormatRGB").AsInteger(), blockSize);
     ReadRows(session, *reader, source);
-    if (reader->HasSeenTransparency()) NoteTransparency(job);
+    if (reader->HasSeenTransparency()) NoteTransparency(job.input);
 
     // Between the two steps colours take four bytes a pixel, gray takes one. The plug-in's own choice of an image for
     // that is never one in a file.

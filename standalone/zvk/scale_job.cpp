@@ -2,13 +2,7 @@
 
 #include <stdexcept>
 
-#include "standalone/zvk/messages.h"
-
 namespace standalone {
-
-void NoteTransparency(const ScaleJob &job) {
-  PrintMessage(job.input + ": has transparent pixels; their colours are used as they stand and their alpha is dropped");
-}
 
 void RefuseUnsuitable(const Value &result, const ScaleJob &job) {
   if (result.Get("IsRGB").AsBoolean() || result.Get("IsGray").AsBoolean()) return;

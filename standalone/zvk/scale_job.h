@@ -22,9 +22,6 @@ struct ScaleJob {
 
 constexpr int32_t kMillisecondsBetweenYields = 100;
 
-// Tells that the colours of the file are dropped from what has alpha.
-void NoteTransparency(const ScaleJob &job);
-
 // Throws std::runtime_error if the result has a format that colours cannot be scaled into.
 void RefuseUnsuitable(const Value &result, const ScaleJob &job);
 
