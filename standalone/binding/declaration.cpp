@@ -214,6 +214,13 @@ ConstantDeclaration ParseConstant(std::string_view text) {
   return constant;
 }
 
+Literal ParseLiteral(std::string_view text) {
+  Reader reader(text);
+  Literal literal = reader.ReadLiteral();
+  reader.ExpectEnd();
+  return literal;
+}
+
 Type ParseType(std::string_view text) {
   Reader reader(text);
   Type type = reader.ReadType();

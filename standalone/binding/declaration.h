@@ -68,6 +68,10 @@ MethodDeclaration ParseMethod(std::string_view text);
 // Reads "NAME = literal"; a type between ("NAME as type = literal") is allowed. Throws DeclarationError.
 ConstantDeclaration ParseConstant(std::string_view text);
 
+// Reads a value as declarations write it: nil, true, false, a decimal number, a "text", or digits behind &h, &o, &b or
+// &c (a colour). Throws DeclarationError.
+Literal ParseLiteral(std::string_view text);
+
 // Reads the type of a property: one word, or a dotted class name. Throws DeclarationError.
 Type ParseType(std::string_view text);
 

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "standalone/binding/class_binding.h"
+#include "standalone/zvk/filter_command.h"
 #include "standalone/zvk/info_command.h"
 #include "standalone/zvk/messages.h"
 #include "standalone/zvk/scale_command.h"
@@ -19,6 +20,7 @@ constexpr char kNoMemory[] = "there is not enough memory; free some, or take a s
 using AddCommand = void (*)(CLI::App &program);
 constexpr AddCommand kCommands[] = {
     standalone::AddScaleCommand,
+    standalone::AddFilterCommand,
     standalone::AddInfoCommand,
 };
 
@@ -28,7 +30,7 @@ int Report(const std::string &message, int exitCode) {
 }
 
 int Run(int argc, char **argv) {
-  CLI::App program("Scales pictures with the PictureZVK plug-in, run by a stand-alone host.", "zvk");
+  CLI::App program("Scales and filters pictures with the PictureZVK plug-in, run by a stand-alone host.", "zvk");
   program.set_version_flag("--version", "zvk " ZVK_VERSION, "Print the version and exit");
   program.set_help_flag("-h,--help", "Print this help and exit");
   program.require_subcommand(1);

@@ -133,6 +133,21 @@ TEST(ConstantDeclaration, RefusesANameWithoutAValue) {
   EXPECT_EQ(ConstantError("A = 7 8"), "expected the end at column 7 of \"A = 7 8\"");
 }
 
+TEST(LiteralText, IsReadAsDeclarationsWriteIt) {
+  EXPECT_EQ(std::get<int64_t>(ParseLiteral(" -12 ")), -12);
+  EXPECT_EQ(std::get<double>(ParseLiteral("-.5")), -0.5);
+  EXPECT_EQ(std::get<bool>(ParseLiteral("TRUE")), true);
+  EXPECT_EQ(std::get<Color>(ParseLiteral("&cFF8000")), Color{0xFF8000});
+  EXPECT_EQ(std::get<std::string>(ParseLiteral("\"a \"\"b\"\"\"")), "a \"b\"");
+  EXPECT_TRUE(std::holds_alternative<std::monostate>(ParseLiteral("nil")));
+}
+
+TEST(LiteralText, RefusesWhatIsNoneOrMoreThanOne) {
+  for (const char *text : {"", "abc", "1 2", "1,2", "0.5x", "--1", "nils", "inf"}) {
+    EXPECT_THROW(ParseLiteral(text), DeclarationError) << text;
+  }
+}
+
 TEST(TypeText, IsTheNameInTheHostLanguage) {
   EXPECT_EQ(ParseType("integer").Text(), "Integer");
   EXPECT_EQ(ParseType("int32").Text(), "Integer");
