@@ -2,20 +2,18 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <charconv>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
-#include <system_error>
 #include <vector>
 
 #include "standalone/zvk/filter_forms.h"
 #include "standalone/zvk/image_io.h"
-#include "standalone/zvk/messages.h"
 #include "standalone/zvk/plugin_session.h"
 #include "standalone/zvk/written_values.h"
 
@@ -28,19 +26,9 @@ struct FilterRequest {
   std::string output;
   std::vector<std::string> words;
   bool listsFilters = false;
-  std::optional<std::string> seed;
+  std::optional<uint32_t> seed;
   PluginOptions plugin;
 };
-
-uint32_t ParseSeed(const std::string &text) {
-  uint32_t seed = 0;
-  const char *const end = text.data() + text.size();
-  const std::from_chars_result read = std::from_chars(text.data(), end, seed);
-  if (read.ec != std::errc() || read.ptr != end) {
-    throw UsageError("seed '" + text + "' is not understood; write a whole number from 0 to 4294967295");
-  }
-  return seed;
-}
 
 // A line for each form of each filter, or of the one that is named.
 void ListFilters(const FilterRequest &request) {
@@ -128,7 +116,7 @@ void Filter(const FilterRequest &request) {
   RefuseUnknownExtension(request.output);
   const PluginSession session(request.plugin);
   // After the plug-in, which seeds them with the time when it is loaded.
-  if (request.seed) std::srand(ParseSeed(*request.seed));
+  if (request.seed) std::srand(*request.seed);
   SaveImage(Filtered(session, request), request.output);
 }
 
@@ -153,6 +141,7 @@ void AddFilterCommand(CLI::App &program) {
       .add_option("--seed", request->seed,
                   "Start the random numbers of filters that use them at this one,\n0 to 4294967295; the same N gives "
                   "the same picture [default: the\ntime]")
+      ->check(CLI::Range(uint32_t{0}, std::numeric_limits<uint32_t>::max()))
       ->type_name("N");
   AddPluginOptions(command, request->plugin);
   command.footer(

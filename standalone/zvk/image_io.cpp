@@ -24,7 +24,7 @@ void AddInputArgument(CLI::App &command, std::string &path) {
 void AddOutputArgument(CLI::App &command, std::string &path) {
   AddPathArgument(command, "OUT", path,
                   "Image file to write, in the format of its extension:\n" + KnownImageExtensions() +
-                      ".\nIt appears whole or not at all, and may be the same file as IN");
+                      ".\nIt appears whole or not at all, and may be one that is read");
 }
 
 void RefuseUnknownExtension(const std::string &path) {

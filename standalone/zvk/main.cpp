@@ -10,6 +10,7 @@
 #include "standalone/zvk/info_command.h"
 #include "standalone/zvk/messages.h"
 #include "standalone/zvk/scale_command.h"
+#include "standalone/zvk/sheet_command.h"
 
 namespace {
 
@@ -21,6 +22,7 @@ using AddCommand = void (*)(CLI::App &program);
 constexpr AddCommand kCommands[] = {
     standalone::AddScaleCommand,
     standalone::AddFilterCommand,
+    standalone::AddSheetCommand,
     standalone::AddInfoCommand,
 };
 
