@@ -1,48 +1,12 @@
 #include "exchange/pixel_conversion.h"
 
-#include <algorithm>
+#include <array>
 #include <cstddef>
 
 #include "host/host_services.h"
 #include "image/layouts.h"
 
 namespace zvk {
-
-// --- gray from red, green and blue ---
-
-GrayConversion::GrayConversion(int32_t sourcePixelSize, const std::array<int32_t, 3> &colours, int32_t destPixelSize,
-                               int32_t gray, const std::optional<SampleMove> &alpha)
-    : readGray_(sourcePixelSize, colours),
-      writeGray_(1, destPixelSize, std::array{SampleMove{0, gray}}),
-      source_{sourcePixelSize, std::ranges::min(colours), std::ranges::max(colours)},
-      dest_{destPixelSize, gray, gray} {
-  if (!alpha) return;
-  alpha_ = Alpha{SampleMover(sourcePixelSize, 1, std::array{SampleMove{alpha->from, 0, alpha->complement}}),
-                 SampleMover(1, destPixelSize, std::array{SampleMove{0, alpha->to}})};
-  source_ = {sourcePixelSize, std::min(source_.lowest, alpha->from), std::max(source_.highest, alpha->from)};
-  dest_ = {destPixelSize, std::min(gray, alpha->to), std::max(gray, alpha->to)};
-}
-
-void GrayConversion::operator()(const uint8_t *source, uint8_t *dest, int32_t width) const {
-  if (width < 1) return;
-  constexpr int32_t kMostAtOnce = 1024;
-  // One at a time where the order decides the bytes: rows overlap, or a sample lies among those of the next pixel.
-  const bool inOrder = RowsOverlap(source, source_, dest, dest_, width) || dest_.Span() > dest_.pixelSize;
-  const int32_t atOnce = inOrder ? 1 : kMostAtOnce;
-  std::array<uint8_t, kMostAtOnce> gray, alpha;
-  for (int32_t left = width; left > 0;) {
-    const int32_t count = std::min(left, atOnce);
-    readGray_(source, gray.data(), count);
-    if (alpha_) alpha_->read(source, alpha.data(), count);
-    writeGray_(gray.data(), dest, count);
-    if (alpha_) alpha_->write(alpha.data(), dest, count);
-    source += ptrdiff_t{count} * source_.pixelSize;
-    dest += ptrdiff_t{count} * dest_.pixelSize;
-    left -= count;
-  }
-}
-
-// --- the matrix ---
 
 namespace {
 

@@ -2,39 +2,15 @@
 // rows. Memory blocks and strings, in both directions, all go through here.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <optional>
 #include <variant>
 
-#include "exchange/gray_reader.h"
-#include "exchange/sample_mover.h"
+#include "image/gray_conversion.h"
 #include "image/image_record.h"
+#include "image/sample_mover.h"
 
 namespace zvk {
-
-// Pixels of red, green and blue into gray ones.
-class GrayConversion {
- public:
-  // `gray` is the offset in the pixel that is written; `alpha` the way of alpha, if it is moved.
-  GrayConversion(int32_t sourcePixelSize, const std::array<int32_t, 3> &colours, int32_t destPixelSize, int32_t gray,
-                 const std::optional<SampleMove> &alpha);
-
-  void operator()(const uint8_t *source, uint8_t *dest, int32_t width) const;
-
- private:
-  // Alpha is read into bytes of its own and written from there, like gray.
-  struct Alpha {
-    SampleMover read;
-    SampleMover write;
-  };
-
-  GrayReader readGray_;
-  SampleMover writeGray_;
-  std::optional<Alpha> alpha_;
-  PixelReach source_;
-  PixelReach dest_;
-};
 
 class PixelConversion {
  public:

@@ -1,9 +1,9 @@
-#include "exchange/gray_reader.h"
+#include "image/gray_reader.h"
 
 #include <algorithm>
 #include <cstddef>
 
-#include "exchange/byte_shuffle.h"
+#include "image/byte_shuffle.h"
 #include "image/luma.h"
 
 namespace zvk {

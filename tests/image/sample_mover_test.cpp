@@ -1,4 +1,4 @@
-#include "exchange/sample_mover.h"
+#include "image/sample_mover.h"
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@
 #include <random>
 #include <vector>
 
-#include "exchange/byte_shuffle.h"
+#include "image/byte_shuffle.h"
 #include "tests/support/fence.h"
 
 namespace zvk {
@@ -20,7 +20,7 @@ void MoveNaively(int32_t sourcePixelSize, int32_t destPixelSize, const std::vect
     std::vector<int> samples;
     for (const SampleMove &move : moves) {
       const int sample = source[x * sourcePixelSize + move.from];
-      samples.push_back(move.complement ? 255 - sample : sample);
+      samples.push_back(move.zero ? 0 : move.complement ? 255 - sample : sample);
     }
     for (size_t i = 0; i < moves.size(); ++i) {
       dest[x * destPixelSize + moves[i].to] = static_cast<uint8_t>(samples[i]);
@@ -56,6 +56,11 @@ const std::vector<Case> kCases{
     {"offsets beyond the pixel", 4, 3, {{40, 30}, {41, 31}, {42, 32}}},
     {"the last of two moves to a byte counts", 3, 3, {{0, 0}, {1, 0}, {2, 2}}},
     {"large pixels", 7, 6, {{6, 5}, {0, 0}}},
+    {"one byte into the last of four, zeros before it",
+     1,
+     4,
+     {{0, 0, false, true}, {0, 1, false, true}, {0, 2, false, true}, {0, 3}}},
+    {"whole pixels but for a zero, which is not complemented", 2, 2, {{0, 0, true, true}, {1, 1}}},
     {"a pixel as large as a shuffle", 16, 4, {{0, 0}}, false},
     {"samples too far apart to be shuffled", 4, 4, {{0, 0}, {40, 1}}, false},
     {"samples that lie among those of the next pixel", 2, 2, {{0, 0}, {1, 3}}, false},

@@ -13,6 +13,7 @@ struct SampleMove {
   int32_t from;
   int32_t to;
   bool complement = false;  // stored as 255 - sample
+  bool zero = false;        // stored as 0 whatever is read
 };
 
 // Which bytes of its row one side of a conversion uses.

@@ -1,11 +1,11 @@
-#include "exchange/sample_mover.h"
+#include "image/sample_mover.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
 #include <functional>
 
-#include "exchange/byte_shuffle.h"
+#include "image/byte_shuffle.h"
 
 namespace zvk {
 
@@ -38,6 +38,9 @@ PixelReach ReachOf(int32_t pixelSize, std::span<const SampleMove> moves, int32_t
   return {pixelSize, lowest.*offset, highest.*offset};
 }
 
+// What is exclusive-ored with the sample.
+uint8_t FlippedBits(const SampleMove &move) { return move.complement && !move.zero ? 0xFF : 0; }
+
 }  // namespace
 
 SampleMover::SampleMover(int32_t sourcePixelSize, int32_t destPixelSize, std::span<const SampleMove> moves)
@@ -61,8 +64,9 @@ SampleMover::Shuffle SampleMover::MakeShuffle() const {
   for (int32_t pixel = 0; pixel < shuffle.pixels; ++pixel) {
     for (const SampleMove &move : std::span(moves_).first(count_)) {
       const auto byte = static_cast<size_t>(pixel * dest_.pixelSize + move.to - dest_.lowest);
-      shuffle.from[byte] = static_cast<uint8_t>(pixel * source_.pixelSize + move.from - source_.lowest);
-      shuffle.complement[byte] = move.complement ? 0xFF : 0;
+      shuffle.from[byte] =
+          move.zero ? kZero : static_cast<uint8_t>(pixel * source_.pixelSize + move.from - source_.lowest);
+      shuffle.complement[byte] = FlippedBits(move);
       shuffle.keep[byte] = 0;
     }
   }
@@ -78,7 +82,7 @@ bool SampleMover::MovesWholePixels() const {
   return source_.pixelSize == dest_.pixelSize && dest_.Span() == dest_.pixelSize &&
          count_ == static_cast<size_t>(dest_.pixelSize) && shuffle_.keepsNothing &&
          std::ranges::all_of(std::span(moves_).first(count_), [this](const SampleMove &move) {
-           return move.from - source_.lowest == move.to - dest_.lowest && !move.complement;
+           return move.from - source_.lowest == move.to - dest_.lowest && !move.complement && !move.zero;
          });
 }
 
@@ -99,16 +103,17 @@ void SampleMover::operator()(const uint8_t *source, uint8_t *dest, int32_t width
 template <size_t kCount>
 void SampleMover::MoveCountInOrder(const uint8_t *source, uint8_t *dest, int32_t width) const {
   std::array<ptrdiff_t, kCount> from, to;
-  std::array<uint8_t, kCount> complement;
+  std::array<uint8_t, kCount> kept, flipped;
   for (size_t i = 0; i < kCount; ++i) {
     from[i] = moves_[i].from;
     to[i] = moves_[i].to;
-    complement[i] = moves_[i].complement ? 0xFF : 0;
+    kept[i] = moves_[i].zero ? 0 : 0xFF;
+    flipped[i] = FlippedBits(moves_[i]);
   }
   const ptrdiff_t sourcePixelSize = source_.pixelSize, destPixelSize = dest_.pixelSize;
   for (int32_t x = 0; x < width; ++x) {
     std::array<uint8_t, kCount> samples;
-    for (size_t i = 0; i < kCount; ++i) samples[i] = source[from[i]] ^ complement[i];
+    for (size_t i = 0; i < kCount; ++i) samples[i] = (source[from[i]] & kept[i]) ^ flipped[i];
     for (size_t i = 0; i < kCount; ++i) dest[to[i]] = samples[i];
     source += sourcePixelSize;
     dest += destPixelSize;

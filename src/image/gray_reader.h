@@ -4,7 +4,7 @@
 #include <array>
 #include <cstdint>
 
-#include "exchange/sample_mover.h"
+#include "image/sample_mover.h"
 
 namespace zvk {
 

@@ -1,4 +1,4 @@
-#include "exchange/gray_reader.h"
+#include "image/gray_reader.h"
 
 #include <gtest/gtest.h>
 
@@ -6,7 +6,7 @@
 #include <numeric>
 #include <vector>
 
-#include "exchange/byte_shuffle.h"
+#include "image/byte_shuffle.h"
 #include "tests/support/fence.h"
 
 namespace zvk {
