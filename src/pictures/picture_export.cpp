@@ -90,9 +90,11 @@ void WriteRows(ImageClassData &image, const Rectangle &rectangle, PictureEditor 
     for (int32_t i = 0; i < rectangle.height; ++i) {
       if constexpr (Word::kKnown) {
         const ptrdiff_t pixelSize = image.PixelSize;
-        const uint8_t *source = image.GetRow(&image, rectangle.y + i) + rectangle.x * pixelSize;
-        WriteRow<Reader, Word>(typename Reader::UsualSizes(), source, pixelSize, picture.RowAddress, rectangle.width,
-                               readerOf(image));
+        const uint8_t *row = image.GetRow(&image, rectangle.y + i);
+        if (row != nullptr) {
+          WriteRow<Reader, Word>(typename Reader::UsualSizes(), row + rectangle.x * pixelSize, pixelSize,
+                                 picture.RowAddress, rectangle.width, readerOf(image));
+        }
       }
       picture.NextRow();
       YieldOn(image);

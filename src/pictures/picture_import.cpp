@@ -1,12 +1,11 @@
 #include "pictures/picture_import.h"
 
 #include <cstddef>
-#include <cstring>
 
 #include "host/host_services.h"
 #include "image/image_formats.h"
 #include "image/image_storage.h"
-#include "image/kernel_clones.h"
+#include "pictures/pixel_rows.h"
 #include "pictures/pixel_words.h"
 
 namespace zvk {
@@ -147,77 +146,6 @@ bool DrawFitted(ImageClassData &image, REALobject picture, const Transfer &trans
   return true;
 }
 
-// The first pixels of the transfer's row i, in the image and under the picture's cursor.
-uint8_t *DestPixel(ImageClassData &image, const Transfer &transfer, int32_t i) {
-  return image.GetRow(&image, transfer.destY + i) + static_cast<ptrdiff_t>(transfer.destX) * image.PixelSize;
-}
-
-const uint8_t *SourcePixel(const PictureEditor &picture, const Transfer &transfer) {
-  return picture.RowAddress + static_cast<ptrdiff_t>(transfer.sourceX) * picture.PixelBytes;
-}
-
-// The three loops below do the same: each pixel is read whole before any of it is stored, and stored before the next is
-// read, as the image may lie over the very picture.
-template <class Word>
-void DrawColourPixels(const uint8_t *source, uint8_t *dest, int32_t count, const ImageClassData &image) {
-  const ptrdiff_t pixelSize = image.PixelSize;
-  const ptrdiff_t red = image.RedOffset, green = image.GreenOffset, blue = image.BlueOffset;
-  for (int32_t i = 0; i < count; ++i) {
-    const Samples samples = Word::Load(source);
-    dest[red] = samples.red;
-    dest[green] = samples.green;
-    dest[blue] = samples.blue;
-    source += 4;
-    dest += pixelSize;
-  }
-}
-
-// Pixels of three bytes, green being the middle one.
-template <class Word, int kRed, int kBlue>
-ZVK_KERNEL_CLONES void DrawPackedPixels(const uint8_t *source, uint8_t *dest, int32_t count) {
-  for (ptrdiff_t i = 0; i < count; ++i) {
-    const Samples samples = Word::Load(source + 4 * i);
-    dest[3 * i + kRed] = samples.red;
-    dest[3 * i + 1] = samples.green;
-    dest[3 * i + kBlue] = samples.blue;
-  }
-}
-
-// Pixels of four bytes, at three different ones of which the samples go; the fourth is put back as it is.
-template <class Word>
-ZVK_KERNEL_CLONES void DrawPixelWords(const uint8_t *source, uint8_t *dest, int32_t count, int32_t red, int32_t green,
-                                      int32_t blue) {
-  const int32_t redShift = 8 * red, greenShift = 8 * green, blueShift = 8 * blue;
-  const uint32_t kept = ~(255u << redShift | 255u << greenShift | 255u << blueShift);
-  for (ptrdiff_t i = 0; i < count; ++i) {
-    const Samples samples = Word::Load(source + 4 * i);
-    uint32_t word;
-    std::memcpy(&word, dest + 4 * i, sizeof word);
-    word = (word & kept) | uint32_t{samples.red} << redShift | uint32_t{samples.green} << greenShift |
-           uint32_t{samples.blue} << blueShift;
-    std::memcpy(dest + 4 * i, &word, sizeof word);
-  }
-}
-
-template <class Word>
-void DrawColourRow(const uint8_t *source, uint8_t *dest, int32_t count, const ImageClassData &image) {
-  const int32_t red = image.RedOffset, green = image.GreenOffset, blue = image.BlueOffset;
-  if (image.PixelSize == 3 && green == red + 1 && blue == red + 2) {
-    DrawPackedPixels<Word, 0, 2>(source, dest + red, count);
-  } else if (image.PixelSize == 3 && green == blue + 1 && red == blue + 2) {
-    DrawPackedPixels<Word, 2, 0>(source, dest + blue, count);
-  } else if (image.PixelSize == 4 && red >> 2 == green >> 2 && red >> 2 == blue >> 2 && red != green && red != blue &&
-             green != blue) {
-    // Shifts and masks, as an offset that wrapped in a clip is below zero. The last pixel goes by bytes: its fourth one
-    // may lie behind a caller's memory.
-    DrawPixelWords<Word>(source, dest + (red & ~3), count - 1, red & 3, green & 3, blue & 3);
-    DrawColourPixels<Word>(source + 4 * (static_cast<ptrdiff_t>(count) - 1),
-                           dest + 4 * (static_cast<ptrdiff_t>(count) - 1), 1, image);
-  } else {
-    DrawColourPixels<Word>(source, dest, count, image);
-  }
-}
-
 template <class Word, uint8_t Samples::*kSample>
 void DrawGrayRow(const uint8_t *source, uint8_t *dest, int32_t count, const ImageClassData &image) {
   const ptrdiff_t pixelSize = image.PixelSize;
@@ -233,8 +161,9 @@ template <uint8_t Samples::*kSample>
 void DrawGrayRows(ImageClassData &image, const Transfer &transfer, PictureEditor &picture) {
   VisitPixelWord(picture.Layout, [&]<class Word>(Word) {
     for (int32_t i = 0; i < transfer.height; ++i) {
-      uint8_t *dest = DestPixel(image, transfer, i);
-      DrawGrayRow<Word, kSample>(SourcePixel(picture, transfer), dest, transfer.width, image);
+      if (uint8_t *dest = DestPixel(image, transfer, i); dest != nullptr) {
+        DrawGrayRow<Word, kSample>(SourcePixel(picture, transfer), dest, transfer.width, image);
+      }
       picture.NextRow();
     }
   });
@@ -255,8 +184,10 @@ void DrawColours(ImageClassData &image, const Transfer &transfer, PictureEditor 
   VisitPixelWord(picture.Layout, [&]<class Word>(Word) {
     if constexpr (Word::kKnown) {
       for (int32_t i = 0; i < transfer.height; ++i) {
-        uint8_t *dest = DestPixel(image, transfer, i);
-        DrawColourRow<Word>(SourcePixel(picture, transfer), dest, transfer.width, image);
+        if (uint8_t *dest = DestPixel(image, transfer, i); dest != nullptr) {
+          const uint8_t *source = SourcePixel(picture, transfer);
+          StoreRow(dest, transfer.width, image, [=](ptrdiff_t x, Samples) { return Word::Load(source + 4 * x); });
+        }
         picture.NextRow();
         YieldOn(image);
       }

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <type_traits>
 
 #include "pictures/picture_editor.h"
 
@@ -19,12 +20,13 @@ struct Samples {
 template <int kRed, int kGreen, int kBlue, int kAlpha, uint8_t kOpaque>
 struct PixelWord {
   static constexpr bool kKnown = true;
+  static constexpr int kRedShift = 8 * kRed, kGreenShift = 8 * kGreen, kBlueShift = 8 * kBlue;
 
   static Samples Load(const uint8_t *pixel) { return {pixel[kRed], pixel[kGreen], pixel[kBlue]}; }
 
   static void StoreOpaque(uint8_t *pixel, Samples samples) {
-    const uint32_t word = uint32_t{samples.red} << 8 * kRed | uint32_t{samples.green} << 8 * kGreen |
-                          uint32_t{samples.blue} << 8 * kBlue | uint32_t{kOpaque} << 8 * kAlpha;
+    const uint32_t word = uint32_t{samples.red} << kRedShift | uint32_t{samples.green} << kGreenShift |
+                          uint32_t{samples.blue} << kBlueShift | uint32_t{kOpaque} << 8 * kAlpha;
     std::memcpy(pixel, &word, sizeof word);
   }
 };
@@ -37,6 +39,22 @@ using GDWord = PixelWord<2, 1, 0, 3, 0>;            // layout 8: GD's alpha 0 is
 struct UnknownWord {
   static constexpr bool kKnown = false;
   static Samples Load(const uint8_t *) { return {0, 0, 0}; }
+};
+
+// A word of any known layout, told at run time.
+struct ShiftedWord {
+  template <class Word>
+  explicit ShiftedWord(Word) : red(Word::kRedShift), green(Word::kGreenShift), blue(Word::kBlueShift) {}
+
+  Samples Load(const uint8_t *pixel) const {
+    uint32_t word;
+    std::memcpy(&word, pixel, sizeof word);
+    return {static_cast<uint8_t>(word >> red), static_cast<uint8_t>(word >> green), static_cast<uint8_t>(word >> blue)};
+  }
+
+  int red;
+  int green;
+  int blue;
 };
 
 // Calls the visitor once with the word of the layout, which it takes as the type of its argument.
@@ -56,6 +74,21 @@ decltype(auto) VisitPixelWord(int32_t layout, Visitor &&visitor) {
     default:
       return visitor(UnknownWord());
   }
+}
+
+// Calls the visitor once with the words of two pictures: both of one type where the pictures are laid out alike, else
+// both ShiftedWord. No call if either layout is unknown.
+template <class Visitor>
+void VisitPixelWords(int32_t layout, int32_t otherLayout, Visitor &&visitor) {
+  VisitPixelWord(layout, [&]<class Word>(Word word) {
+    VisitPixelWord(otherLayout, [&]<class OtherWord>(OtherWord otherWord) {
+      if constexpr (Word::kKnown && std::is_same_v<Word, OtherWord>) {
+        visitor(word, otherWord);
+      } else if constexpr (Word::kKnown && OtherWord::kKnown) {
+        visitor(ShiftedWord(word), ShiftedWord(otherWord));
+      }
+    });
+  });
 }
 
 }  // namespace zvk

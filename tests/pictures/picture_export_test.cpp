@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
@@ -456,6 +457,23 @@ TEST(CopyPicture, IsNotDrawnIntoACopyWhereThereIsNoBitmap) {
   auto image = NewImage(host, 4, 4, ImageFormatRGBA);
   EXPECT_EQ(rbCopyPictureAll(image), nullptr);
   EXPECT_EQ(host->Calls("newPicture"), 1);
+}
+
+TEST(CopyPicture, ARowThatCannotBeHadIsLeftAsTheNewPictureIs) {
+  PluginHost host;
+  auto image = NewImage(host, 4, 3, ImageFormatRGB);
+  ImageClassData &record = *RecordOf(image);
+  std::fill_n(record.Buffer, record.TotalSize, 200);
+  record.GetRow = [](ImageClassData *image, int32_t index) {
+    return index == 1 ? nullptr : GetRowLinear(image, index);
+  };
+  auto picture = AdoptPicture(rbCopyPictureAll(image));
+  ASSERT_TRUE(picture);
+  for (int32_t x = 0; x < 4; ++x) {
+    EXPECT_EQ(picture->GetPixel(x, 0), (Pixel{200, 200, 200}));
+    EXPECT_EQ(picture->GetPixel(x, 1), (Pixel{0, 0, 0}));
+    EXPECT_EQ(picture->GetPixel(x, 2), (Pixel{200, 200, 200}));
+  }
 }
 
 TEST(CopyPicture, NewPicturesAreAskedForWithADepthOf32) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <memory>
@@ -458,6 +459,25 @@ TEST(DrawPicture, AnUnknownLayoutDrawsNoColoursAndZeroGray) {
     DrawGray(*RecordOf(gray), {0, 0, 2, 2, 0, 0}, reader, PictureColour::Green);
     const uint8_t *row = SampleAt(*RecordOf(gray), 0, 1, 0);
     EXPECT_EQ(Bytes(row, row + 4), expected);
+  }
+}
+
+TEST(DrawPicture, ARowThatCannotBeHadIsLeftOut) {
+  PluginHost host;
+  auto picture = NewFilledPicture(host, 4, 3, kGD);
+  for (const int32_t format : {ImageFormatRGB, ImageFormatG}) {
+    auto image = NewImage(host, 4, 3, format);
+    ImageClassData &record = *RecordOf(image);
+    record.GetRow = [](ImageClassData *image, int32_t index) {
+      return index == 1 ? nullptr : GetRowLinear(image, index);
+    };
+    const Bytes before = StorageOf(record);
+    rbDrawPictureRGB2(image, picture);
+    rbDrawPictureRedToGrayChannel6(image, picture, 0, 0, 4, 3);
+    EXPECT_EQ(*SampleAt(record, 3, 0, 0), picture->GetPixel(3, 0).red);
+    EXPECT_EQ(*SampleAt(record, 3, 2, 0), picture->GetPixel(3, 2).red);
+    EXPECT_TRUE(std::equal(record.Buffer + record.RowSize, record.Buffer + 2 * record.RowSize,
+                           before.begin() + record.RowSize));
   }
 }
 
