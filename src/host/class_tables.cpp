@@ -14,6 +14,8 @@
 #include "image/image_formats.h"
 #include "image/image_storage.h"
 #include "image/views.h"
+#include "pictures/gworld_export.h"
+#include "pictures/masked_drawing.h"
 #include "pictures/picture_export.h"
 #include "pictures/picture_import.h"
 #include "scaling/scale_engine.h"
@@ -173,8 +175,17 @@ REALmethodDefinition pictureMethods[] = {
     Method(rbDrawPictureRGB4, "DrawPictureRGB(pic as picture, DestX as integer, DestY as integer)", kPictureMethod),
     Method(rbDrawPictureRGB6, "DrawPictureRGB(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer)", kPictureMethod),
     Method(rbDrawPictureRGB8, "DrawPictureRGB(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer, SourceX as integer, SourceY as integer)", kPictureMethod),
+    Method(rbDrawMaskedPictureRGB2, "DrawMaskedPictureRGB(pic as picture, InvertMask as boolean=False)", kPictureMethod),
+    Method(rbDrawMaskedPictureRGB4, "DrawMaskedPictureRGB(pic as picture, DestX as integer, DestY as integer, InvertMask as boolean=False)", kPictureMethod),
+    Method(rbDrawMaskedPictureRGB6, "DrawMaskedPictureRGB(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer, InvertMask as boolean=False)", kPictureMethod),
+    Method(rbDrawMaskedPictureRGB8, "DrawMaskedPictureRGB(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer, SourceX as integer, SourceY as integer, InvertMask as boolean=False)", kPictureMethod),
+    Method(rbDrawPictureApplyMaskRGB2, "DrawMaskedPictureApplyMaskRGB(pic as picture, InvertMask as boolean=False)", kPictureMethod),
+    Method(rbDrawPictureApplyMaskRGB4, "DrawMaskedPictureApplyMaskRGB(pic as picture, DestX as integer, DestY as integer, InvertMask as boolean=False)", kPictureMethod),
+    Method(rbDrawPictureApplyMaskRGB6, "DrawMaskedPictureApplyMaskRGB(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer, InvertMask as boolean=False)", kPictureMethod),
+    Method(rbDrawPictureApplyMaskRGB8, "DrawMaskedPictureApplyMaskRGB(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer, SourceX as integer, SourceY as integer, InvertMask as boolean=False)", kPictureMethod),
     Method(ClipImage1, "ClipImage as PictureZVK"),
     Method(ClipImage5, "ClipImage(x as integer, y as integer, width as integer, height as integer) as PictureZVK"),
+    Method(CopyGWorld, "CopyGWorld as variant"),
 };
 
 REALconstant pictureConstants[] = {

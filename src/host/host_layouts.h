@@ -190,6 +190,14 @@ struct HFSUniStr255 {
   uint16_t unicode[255];
 };
 
+// A rectangle of the QuickDraw platform, in pixels.
+struct Rect {
+  int16_t top;
+  int16_t left;
+  int16_t bottom;
+  int16_t right;
+};
+
 // The handler of the event "NewPictureZVK" that a host program gives to its subclass of the factory.
 using REALeventNewPicture = REALobject (*)(REALobject factory, int32_t width, int32_t height, int32_t format);
 

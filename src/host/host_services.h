@@ -79,6 +79,13 @@ inline constinit PlatformEntry<size_t(void *context)> CGBitmapContextGetHeight{"
 inline constinit PlatformEntry<size_t(void *context)> CGBitmapContextGetBytesPerRow{"CGBitmapContextGetBytesPerRow"};
 inline constinit PlatformEntry<uint32_t(void *context)> CGBitmapContextGetAlphaInfo{"CGBitmapContextGetAlphaInfo"};
 inline constinit PlatformEntry<void(void *pixMap)> UnlockPixels{"UnlockPixels"};
+inline constinit PlatformEntry<int16_t(void **world, int16_t depth, const Rect *, void *colourTable, void *nil, uint32_t flags)> NewGWorld{"NewGWorld"};
+inline constinit PlatformEntry<void(void *world)> DisposeGWorld{"DisposeGWorld"};
+inline constinit PlatformEntry<void *(void *world)> GetGWorldPixMap{"GetGWorldPixMap"};
+inline constinit PlatformEntry<uint8_t(void *pixMap)> LockPixels{"LockPixels"};
+inline constinit PlatformEntry<int32_t(void *pixMap)> GetPixRowBytes{"GetPixRowBytes"};
+inline constinit PlatformEntry<void *(void *pixMap)> GetPixBaseAddr{"GetPixBaseAddr"};
+inline constinit PlatformEntry<void *(int16_t number)> GetCTable{"GetCTable"};
 // clang-format on
 
 // Text encodings by the host's numeric codes.

@@ -16,6 +16,8 @@
 #include "image/image_record.h"
 #include "image/image_storage.h"
 #include "image/views.h"
+#include "pictures/gworld_export.h"
+#include "pictures/masked_drawing.h"
 #include "pictures/picture_export.h"
 #include "pictures/picture_import.h"
 #include "scaling/scale_engine.h"
@@ -164,8 +166,28 @@ const std::vector<ExpectedMethod> kMethods = {
     {"DrawPictureRGB(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer, "
      "SourceX as integer, SourceY as integer)",
      Address(rbDrawPictureRGB8), kPicture},
+    {"DrawMaskedPictureRGB(pic as picture, InvertMask as boolean=False)", Address(rbDrawMaskedPictureRGB2), kPicture},
+    {"DrawMaskedPictureRGB(pic as picture, DestX as integer, DestY as integer, InvertMask as boolean=False)",
+     Address(rbDrawMaskedPictureRGB4), kPicture},
+    {"DrawMaskedPictureRGB(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as "
+     "integer, InvertMask as boolean=False)",
+     Address(rbDrawMaskedPictureRGB6), kPicture},
+    {"DrawMaskedPictureRGB(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as "
+     "integer, SourceX as integer, SourceY as integer, InvertMask as boolean=False)",
+     Address(rbDrawMaskedPictureRGB8), kPicture},
+    {"DrawMaskedPictureApplyMaskRGB(pic as picture, InvertMask as boolean=False)", Address(rbDrawPictureApplyMaskRGB2),
+     kPicture},
+    {"DrawMaskedPictureApplyMaskRGB(pic as picture, DestX as integer, DestY as integer, InvertMask as boolean=False)",
+     Address(rbDrawPictureApplyMaskRGB4), kPicture},
+    {"DrawMaskedPictureApplyMaskRGB(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, "
+     "DestHeight as integer, InvertMask as boolean=False)",
+     Address(rbDrawPictureApplyMaskRGB6), kPicture},
+    {"DrawMaskedPictureApplyMaskRGB(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, "
+     "DestHeight as integer, SourceX as integer, SourceY as integer, InvertMask as boolean=False)",
+     Address(rbDrawPictureApplyMaskRGB8), kPicture},
     {"ClipImage as PictureZVK", Address(ClipImage1)},
     {"ClipImage(x as integer, y as integer, width as integer, height as integer) as PictureZVK", Address(ClipImage5)},
+    {"CopyGWorld as variant", Address(CopyGWorld)},
 };
 
 const std::vector<ExpectedMethod> kSharedMethods = {
