@@ -204,12 +204,13 @@ Value ClassBinding::NewWithoutConstructor() const {
 }
 
 Value ClassBinding::New(const Arguments &arguments) const {
-  const auto constructors = FindMethods(kConstructor, [](const BoundMethod &method) { return !method.isShared; });
+  const auto constructors = FindMethods(kConstructor, [](const BoundMethod &) { return true; });
   if (constructors.empty()) {
     if (!arguments.empty()) throw BindingError(Name() + " has no Constructor, so it takes no arguments");
     return NewWithoutConstructor();
   }
   const BoundMethod &constructor = Choose(constructors, kConstructor, arguments, nullptr);
+  if (constructor.isShared) return Invoke(constructor, nullptr, arguments, nullptr);
   Value instance = NewWithoutConstructor();
   Invoke(constructor, instance.AsObject(), arguments, nullptr);
   return instance;

@@ -85,7 +85,8 @@ class ClassBinding {
   // The superclass; nil at the top.
   const ClassBinding *Super() const;
 
-  // A new instance, and its Constructor run on it. A class without any takes no arguments.
+  // A new instance, and its Constructor run on it; a shared Constructor makes the instance itself. A class without any
+  // takes no arguments.
   Value New(const Arguments &arguments = {}) const;
   // A new instance as the host makes it before any Constructor.
   Value NewWithoutConstructor() const;

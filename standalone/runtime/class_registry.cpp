@@ -172,6 +172,12 @@ const Class &ClassRegistry::Define(std::string name, const Class *super, Class::
   return Add(std::move(name), super, std::move(maker));
 }
 
+void ClassRegistry::Describe(std::string_view name, RegisteredClass members) {
+  const auto found = classes_.find(name);
+  if (found == classes_.end()) throw ClassError("there is no class " + std::string(name));
+  found->second->definition_ = std::make_unique<RegisteredClass>(std::move(members));
+}
+
 const Class &ClassRegistry::Register(REALclassDefinition *definition) {
   auto read = std::make_unique<RegisteredClass>(ReadDefinition(*definition));
   const Class *const super = read->superName.empty() ? nullptr : &Get(read->superName);

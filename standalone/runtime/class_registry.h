@@ -130,6 +130,9 @@ class ClassRegistry {
 
   // Adds a class of the host's own.
   const Class &Define(std::string name, const Class *super, Class::Maker maker);
+  // Tells the members of a class of the host's own, in the form of a plug-in's table; there is no data in its
+  // instances. Throws ClassError for an unknown class.
+  void Describe(std::string_view name, RegisteredClass members);
   // Adds a class from a plug-in's table, and writes what the table has room for: the class data offset and the events'
   // handles. Throws ClassError.
   const Class &Register(REALclassDefinition *definition);

@@ -7,8 +7,11 @@
 
 #include "standalone/binding/class_binding.h"
 #include "standalone/zvk/filter_command.h"
+#include "standalone/lua/script.h"
 #include "standalone/zvk/info_command.h"
 #include "standalone/zvk/messages.h"
+#include "standalone/zvk/methods_command.h"
+#include "standalone/zvk/run_command.h"
 #include "standalone/zvk/scale_command.h"
 #include "standalone/zvk/sheet_command.h"
 
@@ -24,6 +27,8 @@ constexpr AddCommand kCommands[] = {
     standalone::AddFilterCommand,
     standalone::AddSheetCommand,
     standalone::AddInfoCommand,
+    standalone::AddRunCommand,
+    standalone::AddMethodsCommand,
 };
 
 int Report(const std::string &message, int exitCode) {
@@ -60,6 +65,9 @@ int Run(int argc, char **argv) {
     return Report(problem + "; '" + command + " --help' tells how it is used", kWrongCommandLine);
   } catch (const standalone::UsageError &error) {
     return Report(error.what(), kWrongCommandLine);
+  } catch (const standalone::ScriptError &error) {
+    standalone::PrintMessageWithList(error.what());
+    return kWorkFailed;
   } catch (const std::bad_alloc &) {
     return Report(kNoMemory, kWorkFailed);
   } catch (const standalone::HostException &error) {

@@ -18,4 +18,7 @@ class UsageError : public std::runtime_error {
 // neither break the line nor steer the terminal.
 void PrintMessage(std::string message);
 
+// The same for a message of several lines: the first is the message, the others a list that follows it.
+void PrintMessageWithList(const std::string &message);
+
 }  // namespace standalone
