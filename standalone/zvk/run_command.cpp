@@ -57,11 +57,13 @@ void AddRunCommand(CLI::App &program) {
   CLI::App &command = *program.add_subcommand("run", "Run a program in Lua that uses the plug-in's classes");
   // What follows the script is the script's own, options among it.
   command.prefix_command();
-  command.usage("Usage: zvk run [OPTIONS] SCRIPT.lua [ARG ...]\n       zvk run [OPTIONS] -e CODE [ARG ...]");
   command.add_option("-e", request->code, "Run this code in place of a file")->type_name("CODE");
   command.add_option("--seed", request->seed, "Make what is random the same in each run")->type_name("N");
   AddPluginOptions(command, request->plugin);
   command.footer(
+      "zvk run [OPTIONS] SCRIPT.lua [ARG ...]\n"
+      "zvk run [OPTIONS] -e CODE [ARG ...]\n"
+      "\n"
       "The classes are globals, here and in 'zvk methods'. The script's arguments are in the table arg.\n"
       "\n"
       "  image = PictureZVK(640, 480, PictureZVK.ImageFormatRGB)   make an image; constants stand on the class\n"
