@@ -313,12 +313,12 @@ inline void PassOverRows(const Pair &pair, ImageClassData &temp, ImageClassData 
 
 // Scales usable images through a temp image that the caller has made. False for formats that form no pair.
 inline bool Scale(ImageClassData &dest, ImageClassData &source, ImageClassData &temp, int mode, int32_t width,
-                  int32_t height) {
+                  int32_t height, double horizontalRounding = 0.5) {
   const std::optional<Pair> pair = PairFor(source, dest);
   if (!pair) return false;
   const double xscale = static_cast<double>(width) / source.Width;
   const double yscale = static_cast<double>(height) / source.Height;
-  PassOverColumns(*pair, source, temp, TapsOfAxis(mode, true, width, xscale, source.Width));
+  PassOverColumns(*pair, source, temp, TapsOfAxis(mode, true, width, xscale, source.Width), horizontalRounding);
   PassOverRows(*pair, temp, dest, TapsOfAxis(mode, false, height, yscale, temp.Height), width);
   return true;
 }

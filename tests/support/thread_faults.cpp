@@ -1,5 +1,7 @@
 #include "tests/support/thread_faults.h"
 
+#include <unistd.h>
+
 #include <atomic>
 #include <cerrno>
 #include <stdexcept>
@@ -8,6 +10,8 @@ namespace faults {
 namespace {
 
 std::atomic<Threads *> activeThreads = nullptr;
+std::atomic<bool> processorsReplaced = false;
+std::atomic<long> processors = 0;
 
 }  // namespace
 
@@ -43,6 +47,11 @@ int Threads::DetachCalls() const {
   return detachCalls_;
 }
 
+std::vector<NamedThread> Threads::Names() const {
+  std::scoped_lock lock(mutex_);
+  return names_;
+}
+
 bool Threads::RefusesCreate(const pthread_attr_t *attributes) {
   std::scoped_lock lock(mutex_);
   size_t stackSize = 0;
@@ -61,6 +70,18 @@ void Threads::RecordDetach() {
   ++detachCalls_;
 }
 
+void Threads::RecordName(const char *name) {
+  std::scoped_lock lock(mutex_);
+  names_.push_back({std::this_thread::get_id(), name});
+}
+
+Processors::Processors(long count) {
+  processors = count;
+  processorsReplaced = true;
+}
+
+Processors::~Processors() { processorsReplaced = false; }
+
 }  // namespace faults
 
 // The linker's names: a call of f arrives at __wrap_f, and __real_f is the system's.
@@ -68,6 +89,8 @@ extern "C" {
 int __real_pthread_create(pthread_t *thread, const pthread_attr_t *attributes, void *(*start)(void *), void *argument);
 int __real_pthread_attr_init(pthread_attr_t *attributes);
 int __real_pthread_detach(pthread_t thread);
+int __real_pthread_setname_np(pthread_t thread, const char *name);
+long __real_sysconf(int name);
 
 int __wrap_pthread_create(pthread_t *thread, const pthread_attr_t *attributes, void *(*start)(void *), void *argument) {
   faults::Threads *threads = faults::activeThreads;
@@ -85,5 +108,16 @@ int __wrap_pthread_detach(pthread_t thread) {
   faults::Threads *threads = faults::activeThreads;
   if (threads != nullptr) threads->RecordDetach();
   return __real_pthread_detach(thread);
+}
+
+int __wrap_pthread_setname_np(pthread_t thread, const char *name) {
+  faults::Threads *threads = faults::activeThreads;
+  if (threads != nullptr) threads->RecordName(name);
+  return __real_pthread_setname_np(thread, name);
+}
+
+long __wrap_sysconf(int name) {
+  if (name == _SC_NPROCESSORS_ONLN && faults::processorsReplaced) return faults::processors;
+  return __real_sysconf(name);
 }
 }

@@ -7,12 +7,20 @@
 #include <cstddef>
 #include <mutex>
 #include <set>
+#include <string>
+#include <thread>
 #include <vector>
 
 namespace faults {
 
-// Watches pthread_create, pthread_attr_init and pthread_detach for as long as it lives. One at a time. What is made to
-// fail answers EAGAIN and does nothing.
+// A name that a thread was given, and the thread that asked for it.
+struct NamedThread {
+  std::thread::id caller;
+  std::string name;
+};
+
+// Watches pthread_create, pthread_attr_init, pthread_detach and pthread_setname_np for as long as it lives. One at a
+// time. What is made to fail answers EAGAIN and does nothing.
 class Threads {
  public:
   Threads();
@@ -28,11 +36,14 @@ class Threads {
   std::vector<size_t> StackSizes() const;
   int AttributesCalls() const;
   int DetachCalls() const;
+  // In the order of the calls, those that the system refused too.
+  std::vector<NamedThread> Names() const;
 
   // What the wrapped calls ask and tell; not for tests.
   bool RefusesCreate(const pthread_attr_t *attributes);
   bool RefusesAttributes();
   void RecordDetach();
+  void RecordName(const char *name);
 
  private:
   mutable std::mutex mutex_;
@@ -41,6 +52,16 @@ class Threads {
   std::vector<size_t> stackSizes_;
   int attributesCalls_ = 0;
   int detachCalls_ = 0;
+  std::vector<NamedThread> names_;
+};
+
+// Lets sysconf answer `count` when it is asked for the processors.
+class Processors {
+ public:
+  explicit Processors(long count);
+  ~Processors();
+  Processors(const Processors &) = delete;
+  Processors &operator=(const Processors &) = delete;
 };
 
 }  // namespace faults

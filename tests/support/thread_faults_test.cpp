@@ -1,6 +1,7 @@
 #include "tests/support/thread_faults.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cerrno>
 
@@ -43,6 +44,35 @@ TEST(ThreadFaults, AttributesFailWhenTold) {
   EXPECT_EQ(pthread_attr_init(&attributes), 0);
   EXPECT_EQ(threads.AttributesCalls(), 2);
   EXPECT_EQ(pthread_attr_destroy(&attributes), 0);
+}
+
+void *NameItself(void *) {
+  EXPECT_EQ(pthread_setname_np(pthread_self(), "worker"), 0);
+  EXPECT_EQ(pthread_setname_np(pthread_self(), "more than sixteen"), ERANGE);
+  return nullptr;
+}
+
+TEST(ThreadFaults, NamesAreRecordedWithTheThreadThatGivesThem) {
+  faults::Threads threads;
+  pthread_t thread;
+  ASSERT_EQ(pthread_create(&thread, nullptr, NameItself, nullptr), 0);
+  EXPECT_EQ(pthread_join(thread, nullptr), 0);
+  const std::vector<faults::NamedThread> names = threads.Names();
+  ASSERT_EQ(names.size(), 2u);
+  EXPECT_EQ(names[0].name, "worker");
+  EXPECT_EQ(names[1].name, "more than sixteen");
+  EXPECT_NE(names[0].caller, std::this_thread::get_id());
+}
+
+TEST(ThreadFaults, TheNumberOfProcessorsIsReplacedForAWhile) {
+  const long real = sysconf(_SC_NPROCESSORS_ONLN);
+  const long page = sysconf(_SC_PAGESIZE);
+  for (const long count : {-1L, 3L, 1000L}) {
+    const faults::Processors processors(count);
+    EXPECT_EQ(sysconf(_SC_NPROCESSORS_ONLN), count);
+    EXPECT_EQ(sysconf(_SC_PAGESIZE), page);
+  }
+  EXPECT_EQ(sysconf(_SC_NPROCESSORS_ONLN), real);
 }
 
 }  // namespace
