@@ -18,7 +18,9 @@
 #include "pictures/masked_drawing.h"
 #include "pictures/picture_export.h"
 #include "pictures/picture_import.h"
+#include "scaling/fast_scale.h"
 #include "scaling/scale_engine.h"
+#include "scaling/scale_threads.h"
 
 namespace zvk {
 
@@ -133,7 +135,9 @@ REALproperty pictureProperties[] = {
 
 REALmethodDefinition pictureMethods[] = {
     Method(CreatePictureLocal, "CreatePictureZVK(width as integer, height as integer, ImageFormat as integer) as PictureZVK"),
+    Method(ScalePictureFast, "ScaleFast(source as PictureZVK, width as integer, height as integer) as boolean"),
     Method(PictureScaleZVK, "Scale(source as PictureZVK, temp as PictureZVK, mode as integer, width as integer, height as integer) as boolean"),
+    Method(PictureScaleZVKMT, "ScaleMT(threads as integer, source as PictureZVK, temp as PictureZVK, mode as integer, width as integer, height as integer) as boolean"),
     Method(ImageConstructorFile, "Constructor(width as integer, height as integer, ImageFormat as integer, BlockSize as integer, FilePath as folderitem)"),
     Method(ImageConstructor, "Constructor(width as integer, height as integer, ImageFormat as integer)"),
     Method(ImageConstructorPicture, "Constructor(pic as picture, UseAlpha as boolean=false)", kPictureMethod),

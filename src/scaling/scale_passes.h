@@ -44,6 +44,7 @@ struct ScaleRows {
 
 // What is added to a quotient before it is truncated.
 inline constexpr double kRoundToNearest = 0.5;
+inline constexpr double kRoundTowardZero = 0.0;
 
 namespace scale_detail {
 

@@ -20,7 +20,9 @@
 #include "pictures/masked_drawing.h"
 #include "pictures/picture_export.h"
 #include "pictures/picture_import.h"
+#include "scaling/fast_scale.h"
 #include "scaling/scale_engine.h"
+#include "scaling/scale_threads.h"
 
 namespace zvk {
 namespace {
@@ -101,8 +103,12 @@ constexpr uint32_t kPicture = 0x40000;
 const std::vector<ExpectedMethod> kMethods = {
     {"CreatePictureZVK(width as integer, height as integer, ImageFormat as integer) as PictureZVK",
      Address(CreatePictureLocal)},
+    {"ScaleFast(source as PictureZVK, width as integer, height as integer) as boolean", Address(ScalePictureFast)},
     {"Scale(source as PictureZVK, temp as PictureZVK, mode as integer, width as integer, height as integer) as boolean",
      Address(PictureScaleZVK)},
+    {"ScaleMT(threads as integer, source as PictureZVK, temp as PictureZVK, mode as integer, width as integer, height "
+     "as integer) as boolean",
+     Address(PictureScaleZVKMT)},
     {"Constructor(width as integer, height as integer, ImageFormat as integer, BlockSize as integer, FilePath as "
      "folderitem)",
      Address(ImageConstructorFile)},

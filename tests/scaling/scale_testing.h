@@ -151,9 +151,10 @@ Outcome OutcomeOf(const TestImage &dest, const TestImage &source, const TestImag
 }
 
 inline Outcome NaiveOutcome(const TestImage &dest, const TestImage &source, const TestImage &temp, int32_t mode,
-                            int32_t width, int32_t height) {
-  return OutcomeOf(dest, source, temp,
-                   [&] { return naive::Scale(dest.Record(), source.Record(), temp.Record(), mode, width, height); });
+                            int32_t width, int32_t height, double horizontalRounding = 0.5) {
+  return OutcomeOf(dest, source, temp, [&] {
+    return naive::Scale(dest.Record(), source.Record(), temp.Record(), mode, width, height, horizontalRounding);
+  });
 }
 
 }  // namespace zvk

@@ -1,0 +1,302 @@
+#include "scaling/fast_scale.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstring>
+#include <type_traits>
+
+#include "host/resources.h"
+#include "host/truncate.h"
+#include "image/image_record.h"
+#include "image/luma.h"
+#include "scaling/scale_kernels.h"
+#include "scaling/scale_pairs.h"
+
+namespace zvk {
+
+namespace {
+
+// --- pairs ---
+
+constexpr int32_t kNoInk = -1;  // in place of a value: 0
+
+// What a destination pixel gets of a source pixel.
+struct FastPair {
+  ChannelList<ChannelOffset> Read;
+  ChannelList<ScaleWrite> Write;  // all is read before anything is written
+  ScaleValues Values = ScaleValues::kSamples;
+};
+
+// Unlike in the resampler yellow is read as yellow.
+constexpr FastPair kInks{.Read = {&ImageClassData::CyanOffset, &ImageClassData::MagentaOffset,
+                                  &ImageClassData::YellowOffset, &ImageClassData::BlackOffset},
+                         .Write = scale_channels::kInksWritten};
+constexpr FastPair kInksAndAlpha{
+    .Read = {&ImageClassData::CyanOffset, &ImageClassData::MagentaOffset, &ImageClassData::YellowOffset,
+             &ImageClassData::BlackOffset, &ImageClassData::AlphaOffset},
+    .Write = scale_channels::kInksAndAlphaWritten};
+constexpr FastPair kBlackToGray{.Read = {&ImageClassData::BlackOffset}, .Write = scale_channels::kGrayWritten};
+constexpr FastPair kBlackToGrayAndAlpha{.Read = {&ImageClassData::BlackOffset, &ImageClassData::AlphaOffset},
+                                        .Write = scale_channels::kGrayAndAlphaWritten};
+constexpr FastPair kColour{.Read = scale_channels::kColourRead, .Write = RGB_to_RGB.Write};
+constexpr FastPair kColourAndAlpha{.Read = scale_channels::kColourAndAlphaRead, .Write = RGBA_to_RGBA.Write};
+constexpr FastPair kColourToGray{
+    .Read = scale_channels::kColourRead, .Write = scale_channels::kGrayWritten, .Values = ScaleValues::kGrayOfColour};
+constexpr FastPair kColourToGrayAndAlpha{.Read = scale_channels::kColourAndAlphaRead,
+                                         .Write = scale_channels::kGrayAndAlphaWritten,
+                                         .Values = ScaleValues::kGrayOfColour};
+constexpr FastPair kGrayToBlack{.Read = {&ImageClassData::GrayOffset},
+                                .Write = {{&ImageClassData::CyanOffset, kNoInk},
+                                          {&ImageClassData::MagentaOffset, kNoInk},
+                                          {&ImageClassData::YellowOffset, kNoInk},
+                                          {&ImageClassData::BlackOffset, 0}}};
+constexpr FastPair kGrayToColour{.Read = {&ImageClassData::GrayOffset}, .Write = G_to_RGB.Write};
+constexpr FastPair kGray{.Read = {&ImageClassData::GrayOffset}, .Write = scale_channels::kGrayWritten};
+constexpr FastPair kGrayAndAlpha{.Read = {&ImageClassData::GrayOffset, &ImageClassData::AlphaOffset},
+                                 .Write = scale_channels::kGrayAndAlphaWritten};
+
+// --- pixels ---
+
+template <const FastPair &Pair>
+using PixelValues = std::array<uint8_t, ValueCount(Pair.Read.count, Pair.Values)>;
+
+// Where a pair finds its samples in the pixels of two images. These are copies, as the compiler must take every byte
+// that is written for a change of a record.
+template <const FastPair &Pair>
+struct PixelOffsets {
+  PixelOffsets(const ImageClassData &source, const ImageClassData &dest)
+      : sourceSize(source.PixelSize), destSize(dest.PixelSize) {
+    for (int32_t i = 0; i < Pair.Read.count; ++i) read[i] = source.*Pair.Read[i];
+    for (int32_t i = 0; i < Pair.Write.count; ++i) write[i] = dest.*Pair.Write[i].channel;
+  }
+
+  ptrdiff_t sourceSize;
+  ptrdiff_t destSize;
+  std::array<ptrdiff_t, Pair.Read.count> read{};
+  std::array<ptrdiff_t, Pair.Write.count> write{};
+};
+
+template <const FastPair &Pair>
+PixelValues<Pair> ReadPixel(const uint8_t *pixel, const PixelOffsets<Pair> &offsets) {
+  std::array<uint8_t, Pair.Read.count> samples{};
+  for (int32_t i = 0; i < Pair.Read.count; ++i) samples[i] = pixel[offsets.read[i]];
+  if constexpr (Pair.Values == ScaleValues::kSamples) {
+    return samples;
+  } else {
+    PixelValues<Pair> values{static_cast<uint8_t>(Luma(samples[0], samples[1], samples[2]))};
+    std::copy(samples.begin() + 3, samples.end(), values.begin() + 1);
+    return values;
+  }
+}
+
+template <const FastPair &Pair>
+void WritePixel(uint8_t *pixel, const PixelOffsets<Pair> &offsets, const PixelValues<Pair> &values) {
+  for (int32_t i = 0; i < Pair.Write.count; ++i) {
+    const int32_t value = Pair.Write[i].value;
+    pixel[offsets.write[i]] = value == kNoInk ? 0 : values[value];
+  }
+}
+
+// True for pairs that give each sample to one channel, unchanged and in order.
+template <const FastPair &Pair>
+constexpr bool MovesSamples() {
+  if (Pair.Values != ScaleValues::kSamples || Pair.Read.count != Pair.Write.count) return false;
+  for (int32_t i = 0; i < Pair.Write.count; ++i) {
+    if (Pair.Write[i].value != i) return false;
+  }
+  return true;
+}
+
+// True if the samples stand side by side and in the same order in the pixels of both images.
+template <const FastPair &Pair>
+bool MoveAsOne(const PixelOffsets<Pair> &offsets) {
+  const ptrdiff_t firstRead = *std::ranges::min_element(offsets.read);
+  const ptrdiff_t firstWritten = *std::ranges::min_element(offsets.write);
+  uint32_t seen = 0;
+  for (int32_t i = 0; i < Pair.Read.count; ++i) {
+    const ptrdiff_t place = offsets.read[i] - firstRead;
+    if (place >= Pair.Read.count || offsets.write[i] - firstWritten != place) return false;
+    seen |= 1U << place;
+  }
+  return seen == (1U << Pair.Read.count) - 1;
+}
+
+// --- rows ---
+
+// The source column for each column of the destination: the one under its left edge.
+struct SourceColumns {
+  const int32_t *table;  // nil where there was no memory for it
+  double step;
+
+  int32_t operator[](int32_t x) const { return table != nullptr ? table[x] : Truncate(step * x); }
+};
+
+struct FastJob {
+  ImageClassData &dest;
+  ImageClassData &source;
+  SourceColumns columns;
+  int32_t width;  // columns that are written
+};
+
+// Moves `Bytes` bytes of each pixel. The distance of pixels, in a type of its own if it is known to the compiler.
+template <int32_t Bytes, class Distance>
+void MovePixels(const uint8_t *source, Distance sourceSize, uint8_t *dest, Distance destSize, SourceColumns columns,
+                int32_t width) {
+  for (int32_t x = 0; x < width; ++x) {
+    std::array<uint8_t, Bytes> pixel{};
+    std::memcpy(pixel.data(), source + columns[x] * sourceSize, Bytes);
+    std::memcpy(dest, pixel.data(), Bytes);
+    dest += destSize;
+  }
+}
+
+// One row, pixel after pixel from the left.
+template <const FastPair &Pair>
+void MakeRow(const FastJob &job, const uint8_t *source, uint8_t *dest) {
+  const PixelOffsets<Pair> offsets(job.source, job.dest);
+  const SourceColumns columns = job.columns;
+  if constexpr (MovesSamples<Pair>()) {
+    if (MoveAsOne<Pair>(offsets)) {
+      constexpr int32_t kBytes = Pair.Read.count;
+      source += *std::ranges::min_element(offsets.read);
+      dest += *std::ranges::min_element(offsets.write);
+      if (offsets.sourceSize == kBytes && offsets.destSize == kBytes) {
+        constexpr std::integral_constant<ptrdiff_t, kBytes> kPacked;
+        MovePixels<kBytes>(source, kPacked, dest, kPacked, columns, job.width);
+      } else {
+        MovePixels<kBytes>(source, offsets.sourceSize, dest, offsets.destSize, columns, job.width);
+      }
+      return;
+    }
+  }
+  for (int32_t x = 0; x < job.width; ++x) {
+    WritePixel<Pair>(dest, offsets, ReadPixel<Pair>(source + columns[x] * offsets.sourceSize, offsets));
+    dest += offsets.destSize;
+  }
+}
+
+// The same for two rows of one file, of which only one may be mapped at a time. An image is not enlarged into itself,
+// so no pixel is read after it has been written.
+template <const FastPair &Pair>
+void MakeRowInBlocks(const FastJob &job, int32_t sourceRow, int32_t destRow) {
+  constexpr int32_t kPixels = 1024;
+  const PixelOffsets<Pair> offsets(job.source, job.dest);
+  std::array<PixelValues<Pair>, kPixels> values{};
+  for (int32_t first = 0; first < job.width; first += kPixels) {
+    const int32_t count = std::min(kPixels, job.width - first);
+    const uint8_t *source = job.source.GetRow(&job.source, sourceRow);
+    if (source == nullptr) return;
+    for (int32_t i = 0; i < count; ++i) {
+      values[i] = ReadPixel<Pair>(source + job.columns[first + i] * offsets.sourceSize, offsets);
+    }
+    uint8_t *dest = job.dest.GetRow(&job.dest, destRow);
+    if (dest == nullptr) return;
+    for (int32_t i = 0; i < count; ++i) WritePixel<Pair>(dest + (first + i) * offsets.destSize, offsets, values[i]);
+  }
+}
+
+struct RowMaker {
+  void (*make)(const FastJob &job, const uint8_t *source, uint8_t *dest);
+  void (*makeInBlocks)(const FastJob &job, int32_t sourceRow, int32_t destRow);
+};
+
+uint8_t ScaleRows(const RowMaker &maker, ImageClassData &dest, ImageClassData &source, int32_t width, int32_t height) {
+  if (!IsUsable(source)) return false;
+  YieldOn(source);
+  if (!IsUsable(dest)) return false;
+  YieldOn(dest);
+
+  const int32_t sourceWidth = source.Width;
+  const int32_t sourceHeight = source.Height;
+  const double xstep = static_cast<double>(sourceWidth) / width;
+  const double ystep = static_cast<double>(sourceHeight) / height;
+  // In a yield an image may be closed, or constructed anew.
+  const auto areLargeEnough = [&] {
+    return IsUsable(source) && IsUsable(dest) && source.Width >= sourceWidth && source.Height >= sourceHeight &&
+           dest.Width >= width && dest.Height >= height;
+  };
+  const ZeroedBuffer<int32_t> table(width);
+  if (table) {
+    for (int32_t x = 0; x < width; ++x) table[x] = Truncate(xstep * x);
+  }
+  // A source without columns has nothing to give.
+  const FastJob job{dest, source, {table.Get(), xstep}, sourceWidth > 0 ? width : 0};
+  for (int32_t y = 0; y < height; ++y) {
+    if (!areLargeEnough()) return false;
+    const int32_t sourceY = Truncate(ystep * y);
+    uint8_t *destRow = dest.GetRow(&dest, y);
+    const uint8_t *sourceRow = source.GetRow(&source, sourceY);
+    if (&source == &dest && source.IsMapping) {
+      maker.makeInBlocks(job, sourceY, y);
+    } else if (destRow != nullptr && sourceRow != nullptr) {
+      maker.make(job, sourceRow, destRow);
+    }
+    YieldOn(dest);
+  }
+  return true;
+}
+
+// --- the choice of a pair ---
+
+template <const FastPair &Pair>
+uint8_t ScalePixels(ImageClassData &dest, ImageClassData &source, int32_t width, int32_t height) {
+  return ScaleRows({MakeRow<Pair>, MakeRowInBlocks<Pair>}, dest, source, width, height);
+}
+
+using FastScale = uint8_t (*)(ImageClassData &dest, ImageClassData &source, int32_t width, int32_t height);
+
+constexpr FastScale CMYK_to_CMYK_Scale = ScalePixels<kInks>;
+constexpr FastScale CMYK_to_G_Scale = ScalePixels<kBlackToGray>;
+constexpr FastScale RGB_to_RGB_Scale = ScalePixels<kColour>;
+constexpr FastScale RGB_to_G_Scale = ScalePixels<kColourToGray>;
+constexpr FastScale G_to_RGB_Scale = ScalePixels<kGrayToColour>;
+constexpr FastScale G_to_G_Scale = ScalePixels<kGray>;
+
+FastScale ScaleOfInks(bool alpha, const ImageClassData &dest) {
+  if (dest.IsCMYK) return alpha && dest.HasAlpha ? ScalePixels<kInksAndAlpha> : CMYK_to_CMYK_Scale;
+  if (dest.IsRGB) return nullptr;
+  if (dest.IsGray) return alpha && dest.HasAlpha ? ScalePixels<kBlackToGrayAndAlpha> : CMYK_to_G_Scale;
+  return nullptr;
+}
+
+FastScale ScaleOfColour(bool alpha, const ImageClassData &dest) {
+  if (dest.IsCMYK) return nullptr;
+  if (dest.IsRGB) return alpha && dest.HasAlpha ? ScalePixels<kColourAndAlpha> : RGB_to_RGB_Scale;
+  if (dest.IsGray) return alpha && dest.HasAlpha ? ScalePixels<kColourToGrayAndAlpha> : RGB_to_G_Scale;
+  return nullptr;
+}
+
+FastScale ScaleOfGray(bool alpha, const ImageClassData &dest) {
+  // Ink only where both have alpha or neither has it; the destination's alpha stays.
+  if (dest.IsCMYK) return alpha == (dest.HasAlpha != 0) ? ScalePixels<kGrayToBlack> : nullptr;
+  // The destination's alpha stays here too, even if the source has one.
+  if (dest.IsRGB) return G_to_RGB_Scale;
+  if (dest.IsGray) return alpha && dest.HasAlpha ? ScalePixels<kGrayAndAlpha> : G_to_G_Scale;
+  return nullptr;
+}
+
+// Nil where nothing is converted.
+FastScale FindFastScale(const ImageClassData &source, const ImageClassData &dest) {
+  if (source.IsCMYK) return ScaleOfInks(source.HasAlpha, dest);
+  if (source.IsRGB) return ScaleOfColour(source.HasAlpha, dest);
+  if (source.IsGray) return ScaleOfGray(source.HasAlpha, dest);
+  return nullptr;
+}
+
+}  // namespace
+
+uint8_t ScalePictureFast(REALobject dest, REALobject source, int32_t width, int32_t height) {
+  if (source == nullptr || dest == nullptr) return false;
+  ImageClassData &sourceRecord = *RecordOf(source);
+  ImageClassData &destRecord = *RecordOf(dest);
+  if (!sourceRecord.Valid || !destRecord.Valid) return false;
+  if (sourceRecord.BitsPerComponent == 16 || destRecord.BitsPerComponent == 16) return false;
+  width = std::min(destRecord.Width, width);
+  height = std::min(destRecord.Height, height);
+  if (width < 1 || height < 1) return false;
+  const FastScale scale = FindFastScale(sourceRecord, destRecord);
+  return scale != nullptr && scale(destRecord, sourceRecord, width, height);
+}
+
+}  // namespace zvk

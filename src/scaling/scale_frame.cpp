@@ -1,0 +1,153 @@
+#include "scaling/scale_frame.h"
+
+#include <algorithm>
+
+#include "host/resources.h"
+#include "image/image_factory.h"
+#include "image/image_record.h"
+#include "scaling/scale_pairs.h"
+#include "scaling/scale_passes.h"
+#include "scaling/scale_taps.h"
+#include "scaling/thread_workers.h"
+#include "scaling/thread_runner.h"
+
+namespace zvk {
+
+namespace {
+
+// --- from a temp image on ---
+
+struct PairPasses {
+  void (*horizontal)(const ScaleJob &job, const ScaleRows &rows, double rounding);
+  void (*vertical)(const ScaleJob &job, const ScaleRows &rows);
+  RowWorker horizontalWorker;
+  RowWorker verticalWorker;
+};
+
+// True if an image can be worked on; it is then given time.
+bool IsReady(ImageClassData &image) {
+  if (!IsUsable(image)) return false;
+  YieldOn(image);
+  return true;
+}
+
+bool RunPasses(const PairPasses &passes, const ScaleFilter &filter, ImageClassData &dest,
+               std::optional<int32_t> threads, ImageClassData &source, ImageClassData &temp, int32_t width,
+               int32_t height) {
+  if (!temp.Valid || !dest.Valid || !source.Valid) return false;
+  if (!IsReady(source) || !IsReady(dest) || !IsReady(temp)) return false;
+
+  // A source without columns makes this infinite, and all windows empty.
+  const double xscale = static_cast<double>(width) / source.Width;
+  const double yscale = static_cast<double>(height) / source.Height;
+  // With threads the host gets time in RunThreads alone, not while a table is built.
+  ImageClassData *const yieldImage = threads ? nullptr : &dest;
+
+  ScaleTapTable table(width);
+  if (!table) return false;
+  table.Build(filter, kHorizontalAxis, width, xscale, source.Width, yieldImage);
+  ScaleJob job{&source, &dest, height, width, &temp, table.Lists()};
+  if (threads) {
+    RunThreads(*threads, source.Height, &job, passes.horizontalWorker);
+  } else {
+    passes.horizontal(job, {0, source.Height, yieldImage}, kRoundToNearest);
+  }
+  table.FreeTaps();
+
+  if (height > width) {
+    table.Replace(height);
+    if (!table) return false;
+    job.Table = table.Lists();
+  }
+  // A temp image of more rows than the source gives taps on rows that the horizontal pass has not written.
+  table.Build(filter, kVerticalAxis, height, yscale, temp.Height, yieldImage);
+  if (threads) {
+    RunThreads(*threads, height, &job, passes.verticalWorker);
+  } else {
+    passes.vertical(job, {0, height, yieldImage});
+  }
+  return true;
+}
+
+// --- pairs ---
+
+template <const ScalePair &Pair, RowWorker Horizontal, RowWorker Vertical>
+bool ScalePictures(const ScaleFilter &filter, ImageClassData &dest, std::optional<int32_t> threads,
+                   ImageClassData &source, ImageClassData &temp, int32_t width, int32_t height) {
+  return RunPasses({HorizontalPass<Pair>, VerticalPass<Pair>, Horizontal, Vertical}, filter, dest, threads, source,
+                   temp, width, height);
+}
+
+constexpr auto CMYK_to_CMYK_Scale = ScalePictures<CMYK_to_CMYK, CMYK_to_CMYK_Scale3mt, CMYK_to_CMYK_Scale6mt>;
+constexpr auto CMYK_to_G_Scale = ScalePictures<CMYK_to_G, CMYK_to_G_Scale3mt, CMYK_to_G_Scale6mt>;
+constexpr auto RGB_to_RGB_Scale = ScalePictures<RGB_to_RGB, RGB_to_RGB_Scale3mt, RGB_to_RGB_Scale6mt>;
+constexpr auto RGB_to_G_Scale = ScalePictures<RGB_to_G, RGB_to_G_Scale3mt, RGB_to_G_Scale6mt>;
+constexpr auto G_to_CMYK_Scale = ScalePictures<G_to_CMYK, G_to_CMYK_Scale3mt, G_to_CMYK_Scale6mt>;
+constexpr auto G_to_RGB_Scale = ScalePictures<G_to_RGB, G_to_RGB_Scale3mt, G_to_RGB_Scale6mt>;
+constexpr auto G_to_G_Scale = ScalePictures<G_to_G, G_to_G_Scale3mt, G_to_G_Scale6mt>;
+
+struct PairEntry {
+  const ScalePair *pair;
+  decltype(G_to_G_Scale) scale;
+};
+
+constexpr PairEntry kPairEntries[] = {
+    {&CMYKA_to_CMYKA, ScalePictures<CMYKA_to_CMYKA, CMYKA_to_CMYKA_Scale3mt, CMYKA_to_CMYKA_Scale6mt>},
+    {&CMYKA_to_GA, ScalePictures<CMYKA_to_GA, CMYKA_to_GA_Scale3mt, CMYKA_to_GA_Scale6mt>},
+    {&RGBA_to_RGBA, ScalePictures<RGBA_to_RGBA, RGBA_to_RGBA_Scale3mt, RGBA_to_RGBA_Scale6mt>},
+    {&RGBA_to_GA, ScalePictures<RGBA_to_GA, RGBA_to_GA_Scale3mt, RGBA_to_GA_Scale6mt>},
+    {&GA_to_CMYKA, ScalePictures<GA_to_CMYKA, GA_to_CMYKA_Scale3mt, GA_to_CMYKA_Scale6mt>},
+    {&GA_to_RGBA, ScalePictures<GA_to_RGBA, GA_to_RGBA_Scale3mt, GA_to_RGBA_Scale6mt>},
+    {&GA_to_GA, ScalePictures<GA_to_GA, GA_to_GA_Scale3mt, GA_to_GA_Scale6mt>},
+    {&G16_to_G16, ScalePictures<G16_to_G16, G16_to_G16_Scale3mt, G16_to_G16_Scale6mt>},
+    {&CMYK_to_CMYK, CMYK_to_CMYK_Scale},
+    {&CMYK_to_G, CMYK_to_G_Scale},
+    {&RGB_to_RGB, RGB_to_RGB_Scale},
+    {&RGB_to_G, RGB_to_G_Scale},
+    {&G_to_CMYK, G_to_CMYK_Scale},
+    {&G_to_RGB, G_to_RGB_Scale},
+    {&G_to_G, G_to_G_Scale},
+};
+
+// The entry for two images; nil where the system converts nothing.
+const PairEntry *FindPairEntry(const ImageClassData &source, const ImageClassData &dest) {
+  const ScalePair *pair = FindScalePair(source, dest);
+  if (pair == nullptr) return nullptr;
+  return std::ranges::find(kPairEntries, pair, &PairEntry::pair);
+}
+
+}  // namespace
+
+// --- a temp image ---
+
+uint8_t ScalePicture(const ScaleFilter &filter, REALobject dest, std::optional<int32_t> threads, REALobject source,
+                     REALobject temp, int32_t width, int32_t height) {
+  ImageClassData &destRecord = *RecordOf(dest);
+  ImageClassData &sourceRecord = *RecordOf(source);
+  for (;;) {
+    if (temp != nullptr && !RecordOf(temp)->Valid) return false;
+    if (!destRecord.Valid || !sourceRecord.Valid) return false;
+    const PairEntry *entry = FindPairEntry(sourceRecord, destRecord);
+    if (entry == nullptr) return false;
+    // The caller's own is taken as it is.
+    if (temp != nullptr) {
+      return entry->scale(filter, destRecord, threads, sourceRecord, *RecordOf(temp), width, height);
+    }
+
+    const int32_t format = entry->pair->ScaleTempFormat;
+    const ObjectReference created = CreatePicture(&sourceRecord, width, sourceRecord.Height, format);
+    if (!created) return false;
+    ImageClassData &tempRecord = *RecordOf(created.Get());
+    // A factory may answer with any format, and with a file, whose one mapped block threads cannot share. For them one
+    // thread does the work, as though the caller had given that image.
+    if (threads && (tempRecord.ImageFormat != format || tempRecord.IsMapping)) {
+      return ScalePicture(filter, dest, {}, source, created.Get(), width, height);
+    }
+    // On one thread all begins anew, as often as the format is another one.
+    if (tempRecord.ImageFormat != format) continue;
+    if (tempRecord.IsMapping) return false;
+    return entry->scale(filter, destRecord, threads, sourceRecord, tempRecord, width, height);
+  }
+}
+
+}  // namespace zvk
