@@ -11,52 +11,17 @@
 
 #include "image/image_factory.h"
 #include "scaling/scale_taps.h"
+#include "tests/scaling/scale_host.h"
 #include "tests/scaling/scale_testing.h"
 #include "tests/support/faults.h"
-#include "tests/support/plugin_host.h"
 
 namespace zvk {
 namespace {
 
 enum Mode : int32_t { kTriangle = 1, kBox, kLanczos3, kLanczos8, kMitchell, kPoly3, kCubic };
 
-// What the factory of a test answers, in turn, and what it was asked for.
-std::vector<std::function<REALobject(int32_t width, int32_t height, int32_t format)>> answers;
-std::vector<std::array<int32_t, 3>> wishes;
-
-REALobject AnswerInTurn(REALobject, int32_t width, int32_t height, int32_t format) {
-  wishes.push_back({width, height, format});
-  if (wishes.size() > answers.size()) return nullptr;
-  return answers[wishes.size() - 1](width, height, format);
-}
-
-REALobject NewImage(int32_t width, int32_t height, int32_t format) {
-  REALobject image = REALnewInstance("PictureZVK");
-  ImageConstructor(image, width, height, format);
-  return image;
-}
-
-uint32_t ticks = 0;
-
-// The destructor of the host complains about exceptions, and about temp images that were not given back.
-class ScaleEngine : public testing::Test {
+class ScaleEngine : public ScaleHost {
  protected:
-  ScaleEngine() {
-    answers.clear();
-    wishes.clear();
-    host_->Classes().DefineSubclass(
-        "TestFactory", "PictureFactoryZVK",
-        {{"NewPictureZVK(Width as integer, Height as integer, ImageFormat as integer) as PictureZVK",
-          reinterpret_cast<void *>(&AnswerInTurn)}});
-    factory_ = host_.New("TestFactory");
-    host_->SetEntry(
-        "TickCount", +[]() -> uint32_t { return ++ticks; });
-    host_->onYield = [this] {
-      ++yields_;
-      if (onYield_) onYield_();
-    };
-  }
-
   bool Scale(const TestImage &dest, const TestImage &source, int32_t mode, int32_t width, int32_t height) {
     return PictureScaleZVK(dest.Object(), source.Object(), nullptr, mode, width, height) != 0;
   }
@@ -73,13 +38,6 @@ class ScaleEngine : public testing::Test {
     EXPECT_TRUE(Scale(dest, source, kTriangle, 1, 1));
     return dest.Row(0, 1);
   }
-
-  void UseFactory(const TestImage &source) { source.Record().Factory = factory_; }
-
-  PluginHost host_;
-  standalone::Owned<standalone::Object> factory_;
-  int yields_ = 0;
-  std::function<void()> onYield_;
 };
 
 // --- small grids, worked by hand ---

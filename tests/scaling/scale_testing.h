@@ -103,6 +103,15 @@ class TestImage {
     Record().GetRow = GetRowLinearMirrored;
     return *this;
   }
+  // Reaches the rows through a table, as those of a host's bitmap. Not for a part of an image.
+  TestImage &UseRowTable() {
+    ImageClassData &record = Record();
+    table_ = std::make_shared<std::vector<uint8_t *>>();
+    for (int32_t y = 0; y < record.Height; ++y) table_->push_back(GetRowLinear(&record, y));
+    record.RowTable = table_->data();
+    record.GetRow = record.GetRow == GetRowLinear ? GetRowGDImage : GetRowGDImageMirrored;
+    return *this;
+  }
   // Turns it into what looks like a file that is mapped block by block.
   TestImage &Map(RowAccessor accessor = NotedRow) {
     Record().IsMapping = true;
@@ -123,6 +132,7 @@ class TestImage {
 
   std::vector<uint64_t> instance_;
   std::shared_ptr<Bytes> storage_;
+  std::shared_ptr<std::vector<uint8_t *>> table_;
 };
 
 // A temp image for a pair of images that the naive scaler knows.
