@@ -8,8 +8,8 @@
 #include "scaling/scale_pairs.h"
 #include "scaling/scale_passes.h"
 #include "scaling/scale_taps.h"
-#include "scaling/thread_workers.h"
 #include "scaling/thread_runner.h"
+#include "scaling/thread_workers.h"
 
 namespace zvk {
 
