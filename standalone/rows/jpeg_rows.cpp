@@ -168,7 +168,7 @@ std::unique_ptr<RowReader> OpenJpegRows(const std::string &path, OwnedStream str
   return std::make_unique<JpegRowReader>(path, std::move(stream));
 }
 
-std::unique_ptr<RowWriter> CreateJpegRows(const std::string &path, int32_t width, int32_t height) {
+std::unique_ptr<RowWriter> CreateJpegRows(const std::string &path, int32_t width, int32_t height, bool /*hasAlpha*/) {
   return std::make_unique<JpegRowWriter>(path, width, height);
 }
 

@@ -67,7 +67,7 @@ class PngRowReader : public RowReader {
       if (isLast) png_read_end(state_.png, nullptr);
     });
     if (!isRead) FailOnDamage();
-    if (header_.hasAlpha) DropAlpha(pixels_, row);
+    if (header_.hasAlpha) PutPixels(pixels_, row);
   }
 
  private:
@@ -107,13 +107,14 @@ struct WriteState {
 
 class PngRowWriter : public RowWriter {
  public:
-  PngRowWriter(const std::string &path, int32_t width, int32_t height) : file_(path) {
+  PngRowWriter(const std::string &path, int32_t width, int32_t height, bool hasAlpha) : file_(path) {
     if (state_.info == nullptr) throw std::bad_alloc();
     Write([&] {
       png_set_user_limits(state_.png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
       png_init_io(state_.png, file_.Stream());
       png_set_IHDR(state_.png, state_.info, static_cast<png_uint_32>(width), static_cast<png_uint_32>(height), 8,
-                   PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+                   hasAlpha ? PNG_COLOR_TYPE_RGBA : PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE,
+                   PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
       png_set_pHYs(state_.png, state_.info, kDotsPerMetre, kDotsPerMetre, PNG_RESOLUTION_METER);
       png_write_info(state_.png, state_.info);
     });
@@ -144,8 +145,8 @@ std::unique_ptr<RowReader> OpenPngRows(const std::string &path, OwnedStream stre
   return std::make_unique<PngRowReader>(path, std::move(stream));
 }
 
-std::unique_ptr<RowWriter> CreatePngRows(const std::string &path, int32_t width, int32_t height) {
-  return std::make_unique<PngRowWriter>(path, width, height);
+std::unique_ptr<RowWriter> CreatePngRows(const std::string &path, int32_t width, int32_t height, bool hasAlpha) {
+  return std::make_unique<PngRowWriter>(path, width, height, hasAlpha);
 }
 
 }  // namespace standalone

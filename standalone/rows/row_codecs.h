@@ -21,8 +21,9 @@ std::unique_ptr<RowReader> OpenPngRows(const std::string &path, OwnedStream stre
 std::unique_ptr<RowReader> OpenJpegRows(const std::string &path, OwnedStream stream);
 std::unique_ptr<RowReader> OpenTiffRows(const std::string &path, OwnedStream stream);
 
-std::unique_ptr<RowWriter> CreatePngRows(const std::string &path, int32_t width, int32_t height);
-std::unique_ptr<RowWriter> CreateJpegRows(const std::string &path, int32_t width, int32_t height);
-std::unique_ptr<RowWriter> CreateTiffRows(const std::string &path, int32_t width, int32_t height);
+// JPEG is never asked for alpha.
+std::unique_ptr<RowWriter> CreatePngRows(const std::string &path, int32_t width, int32_t height, bool hasAlpha);
+std::unique_ptr<RowWriter> CreateJpegRows(const std::string &path, int32_t width, int32_t height, bool hasAlpha);
+std::unique_ptr<RowWriter> CreateTiffRows(const std::string &path, int32_t width, int32_t height, bool hasAlpha);
 
 }  // namespace standalone

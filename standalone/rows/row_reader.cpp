@@ -42,12 +42,13 @@ void RowReader::SetHeader(std::string_view format, uint32_t width, uint32_t heig
   header_ = {format, static_cast<int32_t>(width), static_cast<int32_t>(height), isGray, hasAlpha};
 }
 
-void RowReader::DropAlpha(std::span<const uint8_t> pixels, std::span<uint8_t> row) {
+void RowReader::PutPixels(std::span<const uint8_t> pixels, std::span<uint8_t> row) {
   const uint8_t *from = pixels.data();
   uint8_t *to = row.data();
   uint8_t everyAlpha = kOpaque;
-  for (int32_t x = 0; x < header_.width; ++x, from += 4, to += 3) {
+  for (int32_t x = 0; x < header_.width; ++x, from += 4, to += PixelBytes()) {
     std::copy_n(from, 3, to);
+    if (keepsAlpha_) to[3] = from[3];
     everyAlpha &= from[3];
   }
   hasSeenTransparency_ |= everyAlpha != kOpaque;

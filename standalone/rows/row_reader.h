@@ -1,4 +1,5 @@
-// Image files read one row at a time, whatever their size: PNG, JPEG and TIFF as packed rows of red, green and blue.
+// Image files read one row at a time, whatever their size: PNG, JPEG and TIFF as packed rows of red, green and blue,
+// and of alpha where it is wanted.
 //
 //   const std::unique_ptr<RowReader> reader = OpenRows("large.tif");
 //   std::vector<uint8_t> row(size_t{3} * reader->Width());
@@ -43,9 +44,16 @@ class RowReader {
   int32_t Width() const { return header_.width; }
   int32_t Height() const { return header_.height; }
 
-  // The next row from the top: Width() pixels of 3 bytes into `row`, which has room for them. Each of the Height() rows
-  // is read once. 16 bits a sample become 8. Alpha is dropped, the colours stay as they are. Throws
-  // ImageFileError if the file is damaged; with the last row all of it has been looked at.
+  // Lets the rows of a file with alpha have it as a fourth byte, 0 (clear) to 255 (opaque). To be called before the
+  // first row is read; otherwise alpha is dropped.
+  void KeepAlpha() { keepsAlpha_ = header_.hasAlpha; }
+  // Bytes of a pixel in a row: 4 where alpha is kept, else 3.
+  int32_t PixelBytes() const { return keepsAlpha_ ? 4 : 3; }
+
+  // The next row from the top: Width() pixels of PixelBytes() into `row`, which has room for them. Each of the Height()
+  // rows is read once. 16 bits a sample become 8. The colours stay as they are, but for those that have been multiplied
+  // by an alpha which is kept: they are divided by it. Throws ImageFileError if the file is damaged; with the last row
+  // all of it has been looked at.
   virtual void ReadRow(std::span<uint8_t> row) = 0;
 
   // True if a pixel read so far was not opaque.
@@ -57,13 +65,14 @@ class RowReader {
   // To be called by the constructor. Throws NotByRowsError for a size out of range.
   void SetHeader(std::string_view format, uint32_t width, uint32_t height, bool isGray, bool hasAlpha);
 
-  // Puts the colours of pixels of red, green, blue and alpha into `row`, and looks at their alpha.
-  void DropAlpha(std::span<const uint8_t> pixels, std::span<uint8_t> row);
+  // Puts pixels of red, green, blue and alpha into `row`, without alpha unless that is kept, and looks at it.
+  void PutPixels(std::span<const uint8_t> pixels, std::span<uint8_t> row);
 
   [[noreturn]] void FailOnDamage() const { standalone::FailOnDamage(path_, std::string(header_.format)); }
 
   const std::string path_;
   RowsHeader header_ = {};
+  bool keepsAlpha_ = false;
   bool hasSeenTransparency_ = false;
 };
 

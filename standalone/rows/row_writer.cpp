@@ -14,16 +14,17 @@ namespace {
 struct WritableFormat {
   std::string_view extension;
   const char *name;
+  bool hasAlpha;
   int32_t largestSide;  // pixels that the format can hold in one direction
-  std::unique_ptr<RowWriter> (*create)(const std::string &path, int32_t width, int32_t height);
+  std::unique_ptr<RowWriter> (*create)(const std::string &path, int32_t width, int32_t height, bool hasAlpha);
 };
 
 constexpr std::array<WritableFormat, 5> kFormats = {{
-    {"png", "PNG", INT_MAX, CreatePngRows},
-    {"jpg", "JPEG", 65500, CreateJpegRows},
-    {"jpeg", "JPEG", 65500, CreateJpegRows},
-    {"tif", "TIFF", INT_MAX, CreateTiffRows},
-    {"tiff", "TIFF", INT_MAX, CreateTiffRows},
+    {"png", "PNG", true, INT_MAX, CreatePngRows},
+    {"jpg", "JPEG", false, 65500, CreateJpegRows},
+    {"jpeg", "JPEG", false, 65500, CreateJpegRows},
+    {"tif", "TIFF", true, INT_MAX, CreateTiffRows},
+    {"tiff", "TIFF", true, INT_MAX, CreateTiffRows},
 }};
 
 const WritableFormat *FormatOf(const std::string &path) {
@@ -38,7 +39,7 @@ const WritableFormat *FormatOf(const std::string &path) {
 
 }  // namespace
 
-std::unique_ptr<RowWriter> CreateRows(const std::string &path, int32_t width, int32_t height) {
+std::unique_ptr<RowWriter> CreateRows(const std::string &path, int32_t width, int32_t height, bool hasAlpha) {
   const WritableFormat *const format = FormatOf(path);
   if (format == nullptr) {
     FailOnFile(path, "no image extension that can be written row by row; use one of " + KnownRowExtensions());
@@ -47,10 +48,18 @@ std::unique_ptr<RowWriter> CreateRows(const std::string &path, int32_t width, in
     FailOnFile(path, "a " + std::string(format->name) + " file holds up to " + std::to_string(format->largestSide) +
                          " pixels in each direction; use another format or a smaller image");
   }
-  return format->create(path, width, height);
+  if (hasAlpha && !format->hasAlpha) {
+    FailOnFile(path, "a " + std::string(format->name) + " file holds no transparency; use PNG or TIFF");
+  }
+  return format->create(path, width, height, hasAlpha);
 }
 
 bool HasKnownRowExtension(const std::string &path) { return FormatOf(path) != nullptr; }
+
+bool HasRowAlpha(const std::string &path) {
+  const WritableFormat *const format = FormatOf(path);
+  return format != nullptr && format->hasAlpha;
+}
 
 std::string KnownRowExtensions() {
   std::string list;

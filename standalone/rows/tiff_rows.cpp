@@ -41,6 +41,7 @@ struct PixelForm {
   uint16_t samples = 1;  // of a pixel
   uint16_t photometric = PHOTOMETRIC_MINISBLACK;
   bool hasAlpha = false;
+  bool isMultiplied = false;  // colours by alpha
 
   int32_t Colours() const { return photometric == PHOTOMETRIC_RGB ? 3 : 1; }
 };
@@ -70,7 +71,9 @@ class TiffRowReader : public RowReader {
     } else {
       Convert<uint8_t>(samples, target);
     }
-    if (form_.hasAlpha) DropAlpha(pixels_, row);
+    if (!form_.hasAlpha) return;
+    if (form_.isMultiplied && keepsAlpha_) DivideByAlpha();
+    PutPixels(pixels_, row);
   }
 
  private:
@@ -118,6 +121,7 @@ class TiffRowReader : public RowReader {
     TIFFGetFieldDefaulted(tiff_.get(), TIFFTAG_EXTRASAMPLES, &extraCount, &extraKinds);
     form_.hasAlpha = extraCount > 0 && form_.samples > form_.Colours() && !isIndexed &&
                      (extraKinds[0] == EXTRASAMPLE_ASSOCALPHA || extraKinds[0] == EXTRASAMPLE_UNASSALPHA);
+    form_.isMultiplied = form_.hasAlpha && extraKinds[0] == EXTRASAMPLE_ASSOCALPHA;
   }
 
   // What each sample value of up to 8 bits stands for; 16 bits are made 8 before.
@@ -205,6 +209,17 @@ class TiffRowReader : public RowReader {
     }
   }
 
+  // To the nearest; black where nothing is left of a colour.
+  void DivideByAlpha() {
+    for (size_t i = 0; i < pixels_.size(); i += 4) {
+      const int alpha = pixels_[i + 3];
+      for (size_t channel = i; channel < i + 3; ++channel) {
+        const int colour = alpha == 0 ? 0 : (pixels_[channel] * 255 + alpha / 2) / alpha;
+        pixels_[channel] = static_cast<uint8_t>(std::min(colour, 255));
+      }
+    }
+  }
+
   OwnedStream stream_;
   OwnedTiff tiff_;
   PixelForm form_;
@@ -226,15 +241,18 @@ constexpr int64_t kStripBytes = 1 << 16;
 
 class TiffRowWriter : public RowWriter {
  public:
-  TiffRowWriter(const std::string &path, int32_t width, int32_t height) : file_(path) {
-    const int64_t rowBytes = int64_t{3} * width;
+  TiffRowWriter(const std::string &path, int32_t width, int32_t height, bool hasAlpha) : file_(path) {
+    const uint16_t samples = hasAlpha ? 4 : 3;
+    const int64_t rowBytes = int64_t{samples} * width;
     tiff_ = OpenTiff(path, file_.Descriptor(), rowBytes * height > kLargestClassicTiff ? "w8" : "w");
     if (tiff_ == nullptr) file_.FailToWrite(errno);
     const auto rowsPerStrip = static_cast<uint32_t>(std::clamp<int64_t>(kStripBytes / rowBytes, 1, height));
     TIFFSetField(tiff_.get(), TIFFTAG_IMAGEWIDTH, static_cast<uint32_t>(width));
     TIFFSetField(tiff_.get(), TIFFTAG_IMAGELENGTH, static_cast<uint32_t>(height));
     TIFFSetField(tiff_.get(), TIFFTAG_BITSPERSAMPLE, 8);
-    TIFFSetField(tiff_.get(), TIFFTAG_SAMPLESPERPIXEL, 3);
+    TIFFSetField(tiff_.get(), TIFFTAG_SAMPLESPERPIXEL, samples);
+    const uint16_t extra = EXTRASAMPLE_UNASSALPHA;
+    if (hasAlpha) TIFFSetField(tiff_.get(), TIFFTAG_EXTRASAMPLES, 1, &extra);
     TIFFSetField(tiff_.get(), TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB);
     TIFFSetField(tiff_.get(), TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
     TIFFSetField(tiff_.get(), TIFFTAG_COMPRESSION, COMPRESSION_ADOBE_DEFLATE);
@@ -264,8 +282,8 @@ std::unique_ptr<RowReader> OpenTiffRows(const std::string &path, OwnedStream str
   return std::make_unique<TiffRowReader>(path, std::move(stream));
 }
 
-std::unique_ptr<RowWriter> CreateTiffRows(const std::string &path, int32_t width, int32_t height) {
-  return std::make_unique<TiffRowWriter>(path, width, height);
+std::unique_ptr<RowWriter> CreateTiffRows(const std::string &path, int32_t width, int32_t height, bool hasAlpha) {
+  return std::make_unique<TiffRowWriter>(path, width, height, hasAlpha);
 }
 
 }  // namespace standalone

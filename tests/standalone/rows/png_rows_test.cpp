@@ -120,6 +120,43 @@ TEST_F(PngRows, KeepTheColourThatCountsAsClear) {
   EXPECT_TRUE(byEntry->HasSeenTransparency());
 }
 
+TEST_F(PngRows, KeepAllBitsOfAlphaWhereItIsWanted) {
+  std::vector<uint8_t> pixels;
+  for (uint32_t x = 0; x < kWidth; ++x) {
+    pixels.insert(pixels.end(), {static_cast<uint8_t>(10 * x), 20, 30, static_cast<uint8_t>(255 - x)});
+  }
+  WritePng("a.png", {PNG_COLOR_TYPE_RGBA, 8}, pixels);
+  const auto reader = OpenRows(Path("a.png"));
+  EXPECT_EQ(reader->PixelBytes(), 3);
+  reader->KeepAlpha();
+  EXPECT_EQ(reader->PixelBytes(), 4);
+  EXPECT_EQ(ReadRows(*reader), Rows(kHeight, pixels));
+  EXPECT_TRUE(reader->HasSeenTransparency());
+
+  // Gray is told three times, and of 16 bits the high byte counts.
+  WritePng("gray.png", {PNG_COLOR_TYPE_GRAY_ALPHA, 16}, Noise(4 * kWidth, 1));
+  const std::vector<uint8_t> stored = Noise(4 * kWidth, 1);
+  std::vector<uint8_t> expected;
+  for (uint32_t x = 0; x < kWidth; ++x) {
+    expected.insert(expected.end(), {stored[4 * x], stored[4 * x], stored[4 * x], stored[4 * x + 2]});
+  }
+  EXPECT_EQ(ReadWithAlpha("gray.png"), Rows(kHeight, expected));
+}
+
+TEST_F(PngRows, TellClearColoursAsAlphaWhereItIsWanted) {
+  std::vector<uint8_t> pixels(kWidth * 3, 9);
+  pixels[1] = 10;
+  WritePng("key.png", {PNG_COLOR_TYPE_RGB, 8, true}, pixels);
+  std::vector<uint8_t> expected = {9, 10, 9, 255};
+  for (uint32_t x = 1; x < kWidth; ++x) expected.insert(expected.end(), {9, 9, 9, 0});
+  EXPECT_EQ(ReadWithAlpha("key.png"), Rows(kHeight, expected));
+}
+
+TEST_F(PngRows, WithoutAlphaHaveNoneToKeep) {
+  WritePng("a.png", {PNG_COLOR_TYPE_RGB, 8});
+  EXPECT_EQ(ReadWithAlpha("a.png"), ReadByRows("a.png"));
+}
+
 TEST_F(PngRows, AreRefusedWhereTheyAreInterlaced) {
   WritePng("a.png", {PNG_COLOR_TYPE_RGB, 8, false, PNG_INTERLACE_ADAM7});
   EXPECT_TRUE(IsNotByRows("a.png"));

@@ -41,6 +41,29 @@ TEST_F(WrittenRows, LosslessFormatsGiveTheSameRowsBackToBothReaders) {
   }
 }
 
+TEST_F(WrittenRows, AlphaComesBackWithAllItsBits) {
+  for (const auto &[width, height] : {std::pair{1, 1}, std::pair{23, 11}, std::pair{3000, 20}}) {
+    const Rows rows = NoiseRows(width, height, 4);
+    for (const std::string name : {"a.png", "a.tif"}) {
+      EXPECT_TRUE(HasRowAlpha(name));
+      WriteByRows(name, rows, true);
+      EXPECT_EQ(ReadWithAlpha(name), rows) << name;
+      EXPECT_EQ(ReadByRows(name), WithoutAlpha(rows)) << name;
+    }
+  }
+}
+
+TEST_F(WrittenRows, JpegHoldsNoAlpha) {
+  for (const char *name : {"a.jpg", "a.JPEG", "a.gif", "a"}) EXPECT_FALSE(HasRowAlpha(name)) << name;
+  try {
+    CreateRows(Path("a.jpg"), 1, 1, true);
+    FAIL();
+  } catch (const ImageFileError &error) {
+    EXPECT_EQ(error.what(), Path("a.jpg") + ": a JPEG file holds no transparency; use PNG or TIFF");
+  }
+  EXPECT_TRUE(Names().empty());
+}
+
 // Many strips: 64 KiB hold seven rows of 3000 pixels.
 TEST_F(WrittenRows, ATiffOfManyStripsComesBack) {
   const Rows rows = NoiseRows(3000, 50);

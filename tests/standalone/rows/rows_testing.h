@@ -18,7 +18,7 @@
 
 namespace standalone {
 
-// Rows of bytes: red, green, blue of each pixel.
+// Rows of bytes: red, green, blue of each pixel, and alpha where it is kept.
 using Rows = std::vector<std::vector<uint8_t>>;
 
 class RowFiles : public testing::Test {
@@ -55,27 +55,44 @@ class RowFiles : public testing::Test {
     return bytes;
   }
 
-  static Rows NoiseRows(int32_t width, int32_t height) {
+  static Rows NoiseRows(int32_t width, int32_t height, int32_t pixelBytes = 3) {
     Rows rows;
     for (int32_t y = 0; y < height; ++y) {
-      rows.push_back(Noise(size_t{3} * static_cast<size_t>(width), static_cast<uint32_t>(y)));
+      rows.push_back(Noise(static_cast<size_t>(pixelBytes * width), static_cast<uint32_t>(y)));
     }
     return rows;
+  }
+
+  // Without the fourth byte of each pixel.
+  static Rows WithoutAlpha(const Rows &rows) {
+    Rows result;
+    for (const std::vector<uint8_t> &row : rows) {
+      result.emplace_back();
+      for (size_t i = 0; i < row.size(); ++i) {
+        if (i % 4 != 3) result.back().push_back(row[i]);
+      }
+    }
+    return result;
   }
 
   static Rows ReadRows(RowReader &reader) {
     Rows rows;
     for (int32_t y = 0; y < reader.Height(); ++y) {
-      rows.emplace_back(size_t{3} * static_cast<size_t>(reader.Width()));
+      rows.emplace_back(static_cast<size_t>(reader.PixelBytes() * reader.Width()));
       reader.ReadRow(rows.back());
     }
     return rows;
   }
+  Rows ReadWithAlpha(const std::string &name) const {
+    const auto reader = OpenRows(Path(name));
+    reader->KeepAlpha();
+    return ReadRows(*reader);
+  }
   Rows ReadByRows(const std::string &name) const { return ReadRows(*OpenRows(Path(name))); }
 
-  void WriteByRows(const std::string &name, const Rows &rows) const {
-    const auto writer =
-        CreateRows(Path(name), static_cast<int32_t>(rows[0].size() / 3), static_cast<int32_t>(rows.size()));
+  void WriteByRows(const std::string &name, const Rows &rows, bool hasAlpha = false) const {
+    const auto width = static_cast<int32_t>(rows[0].size() / (hasAlpha ? 4 : 3));
+    const auto writer = CreateRows(Path(name), width, static_cast<int32_t>(rows.size()), hasAlpha);
     for (const std::vector<uint8_t> &row : rows) writer->WriteRow(row);
     writer->Finish();
   }

@@ -2,6 +2,7 @@
 #include <tiffio.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -226,6 +227,34 @@ TEST_F(TiffRows, TellWhetherAPixelWasTransparent) {
   const auto other = OpenRows(Path("b.tif"));
   EXPECT_EQ(ReadRows(*other), Expected({.samples = 4}));
   EXPECT_FALSE(other->HasSeenTransparency());
+}
+
+TEST_F(TiffRows, KeepAllBitsOfAlphaWhereItIsWanted) {
+  for (const uint32_t tile : {0u, 64u}) {
+    const TiffForm form = {.samples = 4, .extra = EXTRASAMPLE_UNASSALPHA, .tile = tile};
+    WriteTiff("a.tif", form);
+    Rows stored;
+    for (uint32_t y = 0; y < kHeight; ++y) stored.push_back(Stored(form, y));
+    EXPECT_EQ(ReadWithAlpha("a.tif"), stored);
+    EXPECT_EQ(ReadByRows("a.tif"), WithoutAlpha(stored));
+  }
+}
+
+// A colour of 100 that was multiplied by an alpha of 128 is stored as 50, or thereabouts.
+TEST_F(TiffRows, DivideColoursByAKeptAlphaThatTheyHaveBeenMultipliedBy) {
+  const TiffForm form = {.samples = 4, .extra = EXTRASAMPLE_ASSOCALPHA};
+  WriteTiff("a.tif", form);
+  Rows expected;
+  for (uint32_t y = 0; y < kHeight; ++y) {
+    expected.push_back(Stored(form, y));
+    for (size_t i = 0; i < expected.back().size(); ++i) {
+      const double alpha = expected.back()[i / 4 * 4 + 3];
+      if (i % 4 == 3) continue;
+      uint8_t &colour = expected.back()[i];
+      colour = alpha == 0 ? 0 : static_cast<uint8_t>(std::min(255.0, std::floor(colour * 255 / alpha + 0.5)));
+    }
+  }
+  EXPECT_EQ(ReadWithAlpha("a.tif"), expected);
 }
 
 TEST_F(TiffRows, OfOtherFormsAreRefusedWithAWayOut) {
