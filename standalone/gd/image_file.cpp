@@ -198,17 +198,25 @@ struct Format {
   gdImagePtr (*decode)(int size, void *bytes);
   void *(*encode)(gdImagePtr image, int *size, const SaveOptions &options);
   int largestSide;  // pixels that the format can hold in one direction
+  bool holdsAlpha;
 };
 
 using namespace std::literals;
 
 constexpr std::array<Format, 6> kFormats = {{
-    {"PNG", {"png"}, {"\x89PNG\r\n\x1A\n"sv}, IsLeftToDecoder, DecodePng, EncodePng, INT_MAX},
-    {"JPEG", {"jpg", "jpeg"}, {"\xFF\xD8\xFF"sv}, IsWholeJpeg, gdImageCreateFromJpegPtr, EncodeJpeg, 65500},
-    {"GIF", {"gif"}, {"GIF87a"sv, "GIF89a"sv}, IsWholeGif, gdImageCreateFromGifPtr, EncodeGif, 65535},
-    {"WebP", {"webp"}, {"RIFF"sv}, IsLeftToDecoder, gdImageCreateFromWebpPtr, EncodeWebp, 16383},
-    {"TIFF", {"tif", "tiff"}, {"II*\0"sv, "MM\0*"sv}, IsLeftToDecoder, gdImageCreateFromTiffPtr, EncodeTiff, INT_MAX},
-    {"BMP", {"bmp"}, {"BM"sv}, IsLeftToDecoder, gdImageCreateFromBmpPtr, EncodeBmp, INT_MAX},
+    {"PNG", {"png"}, {"\x89PNG\r\n\x1A\n"sv}, IsLeftToDecoder, DecodePng, EncodePng, INT_MAX, true},
+    {"JPEG", {"jpg", "jpeg"}, {"\xFF\xD8\xFF"sv}, IsWholeJpeg, gdImageCreateFromJpegPtr, EncodeJpeg, 65500, false},
+    {"GIF", {"gif"}, {"GIF87a"sv, "GIF89a"sv}, IsWholeGif, gdImageCreateFromGifPtr, EncodeGif, 65535, false},
+    {"WebP", {"webp"}, {"RIFF"sv}, IsLeftToDecoder, gdImageCreateFromWebpPtr, EncodeWebp, 16383, true},
+    {"TIFF",
+     {"tif", "tiff"},
+     {"II*\0"sv, "MM\0*"sv},
+     IsLeftToDecoder,
+     gdImageCreateFromTiffPtr,
+     EncodeTiff,
+     INT_MAX,
+     true},
+    {"BMP", {"bmp"}, {"BM"sv}, IsLeftToDecoder, gdImageCreateFromBmpPtr, EncodeBmp, INT_MAX, false},
 }};
 
 const Format *RecogniseFormat(std::span<const uint8_t> bytes) {
@@ -338,6 +346,11 @@ void SaveImageFile(gdImagePtr image, const std::string &path, const SaveOptions 
 }
 
 bool HasKnownImageExtension(const std::string &path) { return FormatOfExtension(path) != nullptr; }
+
+bool HoldsAlpha(const std::string &path) {
+  const Format *const format = FormatOfExtension(path);
+  return format != nullptr && format->holdsAlpha;
+}
 
 std::string KnownImageExtensions() {
   std::string list;

@@ -48,6 +48,9 @@ void SaveImageFile(gdImagePtr image, const std::string &path, const SaveOptions 
 // True if the path's extension, in any case, is one that can be saved.
 bool HasKnownImageExtension(const std::string &path);
 
+// True if the path's extension is one of a format that keeps alpha, if not with all its bits: PNG, WebP and TIFF.
+bool HoldsAlpha(const std::string &path);
+
 // The extensions that can be saved, as a list for people: "png, jpg, jpeg, gif, webp, tif, tiff, bmp".
 std::string KnownImageExtensions();
 

@@ -27,6 +27,7 @@ struct FilterRequest {
   std::vector<std::string> words;
   bool listsFilters = false;
   std::optional<uint32_t> seed;
+  uint32_t background = kWhite;
   PluginOptions plugin;
 };
 
@@ -61,14 +62,17 @@ Arguments ReadArguments(const MethodDeclaration &form, const std::vector<GivenAr
   return arguments;
 }
 
-// Fills in the images: those of the files that are given, and a dest like the source. A dest that may be left out is:
-// its filter makes one itself, of a shape that need not be the source's.
-void AddImages(const PluginSession &session, const MethodDeclaration &form, const std::vector<GivenArgument> &given,
-               const Value &source, Arguments &arguments) {
+// Fills in the images: those of the files that are given, with alpha if the source has it, and a dest like the source.
+// A dest that may be left out is: its filter makes one itself, of a shape that need not be the source's.
+void AddImages(const PluginSession &session, const FilterRequest &request, const MethodDeclaration &form,
+               const std::vector<GivenArgument> &given, const Value &source, Arguments &arguments) {
+  const bool hasAlpha = source.Get("HasAlpha").AsBoolean();
   for (size_t i = 0; i < arguments.size(); ++i) {
     const GivenArgument *const argument = FindGiven(given, form.parameters[i].name);
     const bool isImage = form.parameters[i].type.kind == TypeKind::Object;
-    if (isImage && argument != nullptr) arguments[i] = LoadImage(session, argument->text);
+    if (!isImage || argument == nullptr) continue;
+    arguments[i] = hasAlpha ? LoadImageWithAlpha(session, argument->text)
+                            : LoadOpaqueImage(session, argument->text, request.background);
   }
   if (HasDest(form) && !form.parameters[0].defaultValue) {
     arguments[0] = session.Images().New({source.Get("Width"), source.Get("Height"), source.Get("ImageFormat")});
@@ -97,7 +101,7 @@ Value Filtered(const PluginSession &session, const FilterRequest &request) {
   Arguments arguments = ReadArguments(form, given, session.Images().Constants());
 
   const Value source = LoadImage(session, request.input);
-  AddImages(session, form, given, source, arguments);
+  AddImages(session, request, form, given, source, arguments);
   const Value result = source.Call(form.name, arguments);
   const bool isDone = result.GetKind() == Value::Kind::Boolean ? result.AsBoolean() : !result.IsNil();
   if (!isDone) FailOnRefusal(request, form, given, source, arguments);
@@ -117,7 +121,7 @@ void Filter(const FilterRequest &request) {
   const PluginSession session(request.plugin);
   // After the plug-in, which seeds them with the time when it is loaded.
   if (request.seed) std::srand(*request.seed);
-  SaveImage(Filtered(session, request), request.output);
+  SaveImage(Filtered(session, request), request.output, request.background);
 }
 
 }  // namespace
@@ -143,6 +147,7 @@ void AddFilterCommand(CLI::App &program) {
                   "the same picture [default: the\ntime]")
       ->check(CLI::Range(uint32_t{0}, std::numeric_limits<uint32_t>::max()))
       ->type_name("N");
+  AddBackgroundOption(command, request->background);
   AddPluginOptions(command, request->plugin);
   command.footer(
       "Values are written as --list tells:\n"
@@ -153,7 +158,10 @@ void AddFilterCommand(CLI::App &program) {
       "  BOOLEAN              true or false\n"
       "  #RRGGBB              a colour, such as #FF8000\n"
       "  FILE                 an image file, whatever its name\n"
-      "Of several forms of a filter the names that are given decide. The alpha of IN is dropped.\n"
+      "Of several forms of a filter the names that are given decide.\n" +
+      std::string(kTransparencyHelp) +
+      "\n"
+      "A FILE is taken with alpha if IN has transparent pixels, else without.\n"
       "\n"
       "Examples:\n"
       "  zvk filter OilFilter photo.jpg oil.jpg levels=16 range=4\n"

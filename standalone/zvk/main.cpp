@@ -6,8 +6,8 @@
 #include <string>
 
 #include "standalone/binding/class_binding.h"
-#include "standalone/zvk/filter_command.h"
 #include "standalone/lua/script.h"
+#include "standalone/zvk/filter_command.h"
 #include "standalone/zvk/info_command.h"
 #include "standalone/zvk/messages.h"
 #include "standalone/zvk/methods_command.h"
@@ -23,12 +23,8 @@ constexpr char kNoMemory[] = "there is not enough memory; free some, or take a s
 
 using AddCommand = void (*)(CLI::App &program);
 constexpr AddCommand kCommands[] = {
-    standalone::AddScaleCommand,
-    standalone::AddFilterCommand,
-    standalone::AddSheetCommand,
-    standalone::AddInfoCommand,
-    standalone::AddRunCommand,
-    standalone::AddMethodsCommand,
+    standalone::AddScaleCommand, standalone::AddFilterCommand, standalone::AddSheetCommand,
+    standalone::AddInfoCommand,  standalone::AddRunCommand,    standalone::AddMethodsCommand,
 };
 
 int Report(const std::string &message, int exitCode) {

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <system_error>
@@ -28,7 +29,8 @@ struct ScaleRequest {
   std::string output;
   std::string size;
   std::string filter = "lanczos3";
-  std::string format = "RGB";
+  std::string format;  // empty: by what the file has
+  uint32_t background = kWhite;
   bool isInFile = false;
   std::string block = kDefaultBlock;
   PluginOptions plugin;
@@ -53,16 +55,26 @@ void ScaleImage(const Value &source, const Value &result, const ScaleJob &job) {
                            " pixels between the two steps of scaling; take a smaller width, or add --in-file");
 }
 
+bool HasAlpha(const Value &image) { return image.Get("HasAlpha").AsBoolean(); }
+
+// With alpha if there is some and the result can have it.
+Value LoadSource(const PluginSession &session, const ScaleJob &job) {
+  const bool dropsAlpha = job.format && !HasAlpha(session.Images().New({1, 1, *job.format}));
+  return dropsAlpha ? LoadOpaqueImage(session, job.input, job.background) : LoadImage(session, job.input);
+}
+
 void ScaleInMemory(PluginSession &session, const ScaleJob &job) {
-  Value original = LoadImage(session, job.input);
+  Value original = LoadSource(session, job);
+  // No alpha is scaled from an opaque original, whatever the result's format.
+  const AlphaPlane alpha = HasAlpha(original) ? AlphaPlane::Keep : AlphaPlane::Drop;
   const Size size = CompleteSize(job.size, SizeOf(original));
-  const Value result = NewImage(session, size, job.format);
+  const Value result = NewImage(session, size, ResultFormat(session, job, HasAlpha(original)));
   result.Set("YieldTicks", -kMillisecondsBetweenYields);
 
   session.RunWithProgress("scaling to " + Text(size),
                           [&](const PluginSession::MoveProgress &) { ScaleImage(original, result, job); });
   original = nullptr;  // its memory is free when the result becomes a picture
-  SaveImage(result, job.output);
+  SaveImage(result, job.output, job.background, alpha);
 }
 
 int32_t ParseBlock(const std::string &text) {
@@ -89,8 +101,9 @@ void Scale(const ScaleRequest &request) {
   RefuseOutput(request);
   PluginSession session(request.plugin);
   const int32_t filter = session.Choose("filter", "Scale", request.filter);
-  const int32_t format = session.Choose("format", "ImageFormat", request.format);
-  const ScaleJob job = {request.input, request.output, size, filter, format, request.format};
+  std::optional<int32_t> format;
+  if (!request.format.empty()) format = session.Choose("format", "ImageFormat", request.format);
+  const ScaleJob job = {request.input, request.output, size, filter, format, request.format, request.background};
   if (request.isInFile) {
     ScaleInFiles(session, job, block);
   } else {
@@ -121,8 +134,8 @@ void AddScaleCommand(CLI::App &program) {
                   "Pixel format of the result while it is made. In colour:\n"
                   "RGB, RGBA, RGBX, ARGB, XRGB, BGR, BGRA, BGRX, ABGR or XBGR;\n"
                   "in gray: G, GA, AG, Gray16, 1of3, 2of3, 3of3, 1of4, 2of4,\n"
-                  "3of4 or 4of4. The file gets 8 bits a channel and no alpha\n[default: " +
-                      request->format + "]")
+                  "3of4 or 4of4. The file gets 8 bits a channel, and alpha if both\n"
+                  "IN and the format have it [default: RGB, or RGBA if IN has\ntransparent pixels]")
       ->type_name("NAME");
   CLI::Option *const inFile = command.add_flag(
       "--in-file", request->isInFile,
@@ -138,13 +151,16 @@ void AddScaleCommand(CLI::App &program) {
               request->block + "]")
       ->type_name("BYTES")
       ->needs(inFile);
+  AddBackgroundOption(command, request->background);
   AddPluginOptions(command, request->plugin);
   command.footer(
       "Names of filters and formats are taken in any case. The plug-in's other formats, CMYK and\n"
-      "the like, are refused, as it does not scale colours into them. The alpha of IN is dropped.\n"
+      "the like, are refused, as it does not scale colours into them.\n" +
+      std::string(kTransparencyHelp) +
+      "\n"
       "On a terminal a progress line shows the elapsed time of work over a second. Temporary files are\n"
       "in the folder TMPDIR, else in /tmp, and are gone afterwards, also if the work failed; they take\n"
-      "3 bytes for each pixel of IN and OUT, and 4 for each of WIDTH by the height of IN.\n"
+      "3 bytes (4 with alpha) for each pixel of IN and OUT, and 4 for each of WIDTH by the height of IN.\n"
       "\n"
       "Examples:\n"
       "  zvk scale photo.jpg small.jpg 640x480\n"

@@ -4,6 +4,7 @@
 #include <span>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "standalone/rows/row_reader.h"
 #include "standalone/rows/row_writer.h"
@@ -24,54 +25,88 @@ std::unique_ptr<RowReader> Open(const std::string &path) {
 
 std::span<uint8_t> BytesOf(const MemoryBlock &block) { return {block.Data(), static_cast<size_t>(block.Size())}; }
 
-void ReadRows(PluginSession &session, RowReader &reader, const Value &image) {
-  const Value format = session.Images().Constant("ImageFormatRGB");
-  const auto row = Owned<MemoryBlock>::Adopt(MemoryBlock::Make(3 * reader.Width()));
+// Into an image of the format, which has a byte for each that the reader gives but may lack the alpha.
+void ReadRows(PluginSession &session, RowReader &reader, const Value &image, const ScaleJob &job) {
+  const Value format = image.Get("ImageFormat");
+  const int32_t pixelBytes = image.Get("PixelSize").AsInteger();
+  const auto row = Owned<MemoryBlock>::Adopt(MemoryBlock::Make(pixelBytes * reader.Width()));
+  const bool laysOn = reader.PixelBytes() != pixelBytes;
+  std::vector<uint8_t> pixels(laysOn ? size_t{4} * static_cast<size_t>(reader.Width()) : 0);
   session.RunWithProgress("reading", [&](const PluginSession::MoveProgress &move) {
     for (int32_t y = 0; y < reader.Height(); ++y) {
-      reader.ReadRow(BytesOf(*row));
+      reader.ReadRow(laysOn ? std::span(pixels) : BytesOf(*row));
+      if (laysOn) LayOnBackground(pixels, job.background, BytesOf(*row));
       image.Assign("RowInFormat", {y, format}, row);
       move();
     }
   });
+  if (laysOn && reader.HasSeenTransparency()) NoteLaidOnBackground(job.input, job.background);
 }
 
-void WriteRows(PluginSession &session, const Value &image, Size size, const std::string &path) {
-  const Value format = session.Images().Constant("ImageFormatRGB");
+bool IsOpaque(const Value &image, Size size, const Value &format) {
+  for (int32_t y = 0; y < size.height; ++y) {
+    const Value row = image.Call("RowInFormat", {y, format});
+    const std::span<const uint8_t> bytes = BytesOf(*row.As<MemoryBlock>());
+    for (size_t i = 3; i < bytes.size(); i += 4) {
+      if (bytes[i] != 255) return false;
+    }
+  }
+  return true;
+}
+
+// `hasAlpha` tells whether alpha has been scaled.
+void WriteRows(PluginSession &session, const Value &image, Size size, bool hasAlpha, const ScaleJob &job) {
   const HighByteOfGray highByte(image);
-  const std::unique_ptr<RowWriter> writer = CreateRows(path, size.width, size.height);
+  const Value withAlpha = session.Images().Constant("ImageFormatRGBA");
+  const bool isClear = hasAlpha && !IsOpaque(image, size, withAlpha);
+  const bool laysOn = isClear && !HasRowAlpha(job.output);
+  if (laysOn) NoteNoTransparency(job.output, job.background);
+  const Value format = isClear ? withAlpha : session.Images().Constant("ImageFormatRGB");
+  const std::unique_ptr<RowWriter> writer = CreateRows(job.output, size.width, size.height, isClear && !laysOn);
   session.RunWithProgress("writing", [&](const PluginSession::MoveProgress &move) {
     for (int32_t y = 0; y < size.height; ++y) {
       const Value row = image.Call("RowInFormat", {y, format});
-      writer->WriteRow(BytesOf(*row.As<MemoryBlock>()));
+      std::span<uint8_t> bytes = BytesOf(*row.As<MemoryBlock>());
+      if (laysOn) {
+        LayOnBackground(bytes, job.background, bytes);
+        bytes = bytes.first(bytes.size() / 4 * 3);
+      }
+      writer->WriteRow(bytes);
       move();
     }
   });
   writer->Finish();
 }
 
+// The plug-in's own choice of an image between the two steps is never one in a file. Four bytes hold colours with or
+// without alpha; gray takes one, or two with alpha.
+const char *TempFormat(const Value &result, bool hasAlpha) {
+  if (result.Get("IsRGB").AsBoolean()) return "ImageFormatScaling4";
+  return hasAlpha ? "ImageFormatScaling2" : "ImageFormatScaling1";
+}
+
 }  // namespace
 
 void ScaleInFiles(PluginSession &session, const ScaleJob &job, int32_t blockSize) {
   const std::unique_ptr<RowReader> reader = Open(job.input);
+  reader->KeepAlpha();
+  const bool mayBeClear = reader->Header().hasAlpha;
   const Size sourceSize = {reader->Width(), reader->Height()};
   const Size size = CompleteSize(job.size, sourceSize, kLargestRowSide);
   // What stands in the way of the output is told before the long work, not after it.
   CreateRows(job.output, size.width, size.height).reset();
   const ClassBinding &images = session.Images();
-  const Value result = NewFileImage(session, size, job.format, blockSize);
+  const Value result = NewFileImage(session, size, ResultFormat(session, job, mayBeClear), blockSize);
   RefuseUnsuitable(result, job);
   result.Set("YieldTicks", -kMillisecondsBetweenYields);
+  const bool scalesAlpha = mayBeClear && result.Get("HasAlpha").AsBoolean();
   {
-    const Value source = NewFileImage(session, sourceSize, images.Constant("ImageFormatRGB").AsInteger(), blockSize);
-    ReadRows(session, *reader, source);
-    if (reader->HasSeenTransparency()) NoteTransparency(job.input);
+    const Value sourceFormat = images.Constant(scalesAlpha ? "ImageFormatRGBA" : "ImageFormatRGB");
+    const Value source = NewFileImage(session, sourceSize, sourceFormat.AsInteger(), blockSize);
+    ReadRows(session, *reader, source, job);
 
-    // Between the two steps colours take four bytes a pixel, gray takes one. The plug-in's own choice of an image for
-    // that is never one in a file.
-    const char *const tempFormat = result.Get("IsRGB").AsBoolean() ? "ImageFormatScaling4" : "ImageFormatScaling1";
-    const Value temp =
-        NewFileImage(session, {size.width, sourceSize.height}, images.Constant(tempFormat).AsInteger(), blockSize);
+    const Value tempFormat = images.Constant(TempFormat(result, scalesAlpha));
+    const Value temp = NewFileImage(session, {size.width, sourceSize.height}, tempFormat.AsInteger(), blockSize);
     session.RunWithProgress("scaling to " + Text(size), [&](const PluginSession::MoveProgress &) {
       const HighByteOfGray highByte(result);
       if (!ScaleWhole(source, temp, result, job.filter)) {
@@ -80,7 +115,7 @@ void ScaleInFiles(PluginSession &session, const ScaleJob &job, int32_t blockSize
       }
     });
   }
-  WriteRows(session, result, size, job.output);
+  WriteRows(session, result, size, scalesAlpha && reader->HasSeenTransparency(), job);
 }
 
 }  // namespace standalone

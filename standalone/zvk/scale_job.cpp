@@ -4,6 +4,11 @@
 
 namespace standalone {
 
+int32_t ResultFormat(const PluginSession &session, const ScaleJob &job, bool hasAlpha) {
+  if (job.format) return *job.format;
+  return session.Images().Constant(hasAlpha ? "ImageFormatRGBA" : "ImageFormatRGB").AsInteger();
+}
+
 void RefuseUnsuitable(const Value &result, const ScaleJob &job) {
   if (result.Get("IsRGB").AsBoolean() || result.Get("IsGray").AsBoolean()) return;
   throw std::runtime_error("an RGB picture cannot be scaled into " + job.formatName +

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "standalone/binding/value.h"
@@ -16,9 +17,13 @@ struct ScaleJob {
   std::string output;
   SizeArgument size;
   int32_t filter;
-  int32_t format;  // of the result
+  std::optional<int32_t> format;  // of the result; if it is not told, RGB, or RGBA for transparent pixels
   std::string formatName;
+  uint32_t background;
 };
+
+// The format of the result, by whether there is alpha to be scaled.
+int32_t ResultFormat(const PluginSession &session, const ScaleJob &job, bool hasAlpha);
 
 constexpr int32_t kMillisecondsBetweenYields = 100;
 

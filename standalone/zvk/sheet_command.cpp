@@ -114,7 +114,7 @@ void Sheet(const SheetRequest &request) {
   const Value sheet = NamedSheet(session, request, layout);
   const Value filter = session.Images().Constant("ScaleLanczos3");
   for (size_t i = 0; i < request.files.size(); ++i) {
-    const Value picture = LoadImage(session, request.files[i]);
+    const Value picture = LoadOpaqueImage(session, request.files[i], kPaper);
     const Size size = layout.ThumbnailSize(SizeOf(picture));
     const Position position = layout.Thumbnail(static_cast<int32_t>(i), size);
     const Value place = sheet.Call("ClipImage", {position.x, position.y, size.width, size.height});
@@ -122,7 +122,7 @@ void Sheet(const SheetRequest &request) {
       throw std::runtime_error(request.files[i] + ": there is not enough memory to scale it; leave it out");
     }
   }
-  SaveImage(sheet, request.output);
+  SaveImage(sheet, request.output, kPaper);
 }
 
 }  // namespace
@@ -143,7 +143,8 @@ void AddSheetCommand(CLI::App &program) {
       ->type_name("N");
   AddPluginOptions(command, request->plugin);
   command.footer(
-      "The name under a picture is that of its file, without folder and extension. Alpha is dropped.\n"
+      "The name under a picture is that of its file, without folder and extension. Transparent\n"
+      "pixels are laid on the white of the sheet.\n"
       "\n"
       "Examples:\n"
       "  zvk sheet album.png photos/*.jpg\n"

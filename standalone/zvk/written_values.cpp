@@ -4,12 +4,12 @@
 #include <array>
 #include <charconv>
 #include <cstdint>
-#include <cstdio>
 #include <optional>
 #include <string_view>
 #include <variant>
 
 #include "standalone/runtime/names.h"
+#include "standalone/zvk/colour_argument.h"
 #include "standalone/zvk/messages.h"
 
 namespace standalone {
@@ -37,13 +37,10 @@ const Writing &WritingOf(TypeKind kind) {
   return *std::find_if(kWritings.begin(), kWritings.end(), [kind](const Writing &one) { return one.kind == kind; });
 }
 
-std::optional<Value> ReadColour(const std::string &text) {
-  uint32_t rgb = 0;
-  const char *const end = text.data() + text.size();
-  if (text.size() != 7 || text[0] != '#') return std::nullopt;
-  const std::from_chars_result read = std::from_chars(text.data() + 1, end, rgb, 16);
-  if (read.ec != std::errc() || read.ptr != end) return std::nullopt;
-  return Color{rgb};
+std::optional<Value> ReadOpaqueColour(const std::string &text) {
+  const std::optional<ColourArgument> colour = ReadColour(text);
+  if (!colour || colour->alpha) return std::nullopt;
+  return Color{colour->rgb};
 }
 
 // The value of a constant or a literal; empty if the text is neither.
@@ -61,7 +58,7 @@ std::optional<Value> ReadLiteral(const std::string &text, const Constants &const
 // The kind decides between overloads, so a number becomes one of the kind asked for.
 std::optional<Value> ReadElement(const std::string &text, TypeKind kind, const Constants &constants) {
   if (kind == TypeKind::String) return text;
-  if (kind == TypeKind::Color) return ReadColour(text);
+  if (kind == TypeKind::Color) return ReadOpaqueColour(text);
   const std::optional<Value> value = ReadLiteral(text, constants);
   if (!value || ConversionCost(*value, {kind}) < 0) return std::nullopt;
   switch (kind) {
@@ -115,11 +112,7 @@ std::string Written(const Literal &literal) {
       return digits.data();
     }
     std::string operator()(bool value) const { return value ? "true" : "false"; }
-    std::string operator()(Color color) const {
-      std::array<char, 8> digits = {};
-      std::snprintf(digits.data(), digits.size(), "#%06X", color.rgb & 0xFFFFFF);
-      return digits.data();
-    }
+    std::string operator()(Color color) const { return ColourText(color.rgb); }
     std::string operator()(const std::string &text) const { return text; }
   };
   return std::visit(Visitor(), literal);

@@ -24,14 +24,6 @@ uint32_t Noise(int x, int y) {
   return (static_cast<uint32_t>(x * 7919 + y * 104729 + 12345) * 2654435761u) >> 8;
 }
 
-Colours Table(int width, int height, const std::function<uint32_t(int x, int y)> &colour) {
-  Colours rows(static_cast<size_t>(height), std::vector<uint32_t>(static_cast<size_t>(width)));
-  for (int y = 0; y < height; ++y) {
-    for (int x = 0; x < width; ++x) rows[y][x] = colour(x, y);
-  }
-  return rows;
-}
-
 uint32_t GrayOf(uint32_t colour) {
   const uint32_t red = colour >> 16;
   const uint32_t green = colour >> 8 & 255;
@@ -79,7 +71,8 @@ TEST_F(ScaleCommand, TellsAllItsArgumentsChoicesAndDefaults) {
   EXPECT_EQ(result.errors, "");
   EXPECT_THAT(result.output, AllOf(HasSubstr("scale [OPTIONS] IN OUT SIZE"), HasSubstr("WIDTHxHEIGHT"),
                                    HasSubstr("--filter"), HasSubstr("[default: lanczos3]"), HasSubstr("--format"),
-                                   HasSubstr("[default: RGB]"), HasSubstr("--in-file"), HasSubstr("--block"),
+                                   HasSubstr("[default: RGB, or RGBA if IN has"), HasSubstr("--background"),
+                                   HasSubstr("[default: #FFFFFF]"), HasSubstr("--in-file"), HasSubstr("--block"),
                                    HasSubstr("[default: 67108864]"), HasSubstr("--plugin"), HasSubstr("--leaks"),
                                    HasSubstr("Examples:\n  zvk scale "), HasSubstr("Exit codes:")));
   EXPECT_THAT(result.output,
@@ -186,19 +179,7 @@ TEST_F(ScaleCommand, MayReplaceItsInput) {
   EXPECT_EQ(status.st_mode & 0777, 0640u);
 }
 
-TEST_F(ScaleCommand, TellsThatTheAlphaOfAFileIsDropped) {
-  WriteImage("in.png", 3, 1, [](int x, int) { return 0x102030u + static_cast<uint32_t>(x) * 0x3F000000; });
-  for (const char *format : {"RGB", "RGBA", "ABGR"}) {
-    const ProgramResult result = Run({"scale", "in.png", "out.png", "3x1", "--format", format});
-    EXPECT_EQ(result.exitCode, 0);
-    EXPECT_EQ(result.output, "");
-    EXPECT_EQ(result.errors,
-              "zvk: in.png: has transparent pixels; their colours are used as they stand and their alpha is dropped\n");
-    EXPECT_EQ(ReadImage("out.png"), Colours({{0x102030, 0x102030, 0x102030}}));
-  }
-}
-
-TEST_F(ScaleCommand, MakesAResultWithAlphaOpaque) {
+TEST_F(ScaleCommand, NeverMakesAnOpaqueFileTransparent) {
   WriteNoise();
   for (const char *format : {"RGBA", "ARGB", "BGRA", "ABGR", "GA", "AG"}) {
     Scale({"in.png", "out.png", "7x7", "--format", format});

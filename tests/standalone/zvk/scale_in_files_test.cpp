@@ -8,8 +8,6 @@
 #include <string>
 #include <vector>
 
-#include "standalone/rows/row_reader.h"
-#include "standalone/rows/row_writer.h"
 #include "tests/standalone/zvk/zvk_program.h"
 
 namespace standalone {
@@ -148,13 +146,36 @@ TEST_F(ScaleInFile, MayReplaceItsInput) {
   EXPECT_EQ(Read("in.png"), Read("once.png"));
 }
 
-TEST_F(ScaleInFile, TellsThatTheAlphaOfAFileIsDropped) {
-  WriteImage("in.png", 3, 1, [](int x, int) { return 0x102030u + static_cast<uint32_t>(x) * 0x3F000000; });
-  const ProgramResult result = Run({"scale", "in.png", "out.png", "3x1", "--in-file"});
-  EXPECT_EQ(result.exitCode, 0);
-  EXPECT_EQ(result.errors,
-            "zvk: in.png: has transparent pixels; their colours are used as they stand and their alpha is dropped\n");
-  EXPECT_EQ(ReadImage("out.png"), Colours({{0x102030, 0x102030, 0x102030}}));
+// Red and green from noise, and all alphas in turn.
+uint32_t ClearNoise(int x, int y) { return Noise(x, y) << 8 | (static_cast<uint32_t>(x * 7 + y * 31) & 255); }
+
+TEST_F(ScaleInFile, GivesTheBytesOfTheRunInMemoryForTransparentPictures) {
+  WriteClear("in.png", 23, 19, ClearNoise);
+  WriteClear("in.tif", 23, 19, ClearNoise);
+  WriteClear("opaque.png", 23, 19, [](int x, int y) { return Noise(x, y) << 8 | 255; });
+  for (const char *name : {"in.png", "in.tif", "opaque.png"}) {
+    SCOPED_TRACE(name);
+    ExpectSame({name, "31x11"});
+    ExpectSame({name, "31x11", "--format", "GA"});
+  }
+}
+
+TEST_F(ScaleInFile, LaysTransparentPixelsOnTheBackgroundAsTheRunInMemoryDoes) {
+  WriteClear("in.png", 23, 19, ClearNoise);
+  for (const std::string output : {"jpg", "png"}) {
+    std::vector<std::string> arguments = {"scale", "in.png", "memory." + output, "23x19", "--background", "#336699"};
+    if (output == "png") arguments.insert(arguments.end(), {"--format", "G"});
+    const ProgramResult inMemory = Run(arguments);
+    arguments[2] = "file." + output;
+    arguments.emplace_back("--in-file");
+    const ProgramResult inFile = Run(arguments);
+    const std::string message = output == "png" ? "in.png: has transparent pixels, which are laid on #336699"
+                                                : ".jpg: cannot hold transparency; transparent pixels are laid on "
+                                                  "#336699";
+    EXPECT_THAT(inMemory.errors, HasSubstr(message));
+    EXPECT_THAT(inFile.errors, HasSubstr(message));
+    EXPECT_EQ(ReadImage("memory." + output), ReadImage("file." + output));
+  }
 }
 
 TEST_F(ScaleInFile, TellsOnWishThatNothingIsLeft) {

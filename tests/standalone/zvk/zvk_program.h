@@ -21,6 +21,8 @@
 #include <vector>
 
 #include "standalone/gd/image_file.h"
+#include "standalone/rows/row_reader.h"
+#include "standalone/rows/row_writer.h"
 
 namespace standalone {
 
@@ -72,6 +74,14 @@ inline void AwaitEnd(pid_t process, Pace pace, ProgramResult &result) {
 // The opaque colours of an image, row by row, as 0xRRGGBB.
 using Colours = std::vector<std::vector<uint32_t>>;
 
+inline Colours Table(int width, int height, const std::function<uint32_t(int x, int y)> &colour) {
+  Colours rows(static_cast<size_t>(height), std::vector<uint32_t>(static_cast<size_t>(width)));
+  for (int y = 0; y < height; ++y) {
+    for (int x = 0; x < width; ++x) rows[static_cast<size_t>(y)][static_cast<size_t>(x)] = colour(x, y);
+  }
+  return rows;
+}
+
 class ZvkProgram : public testing::Test {
  protected:
   ZvkProgram() {
@@ -112,6 +122,37 @@ class ZvkProgram : public testing::Test {
     Colours rows;
     for (int y = 0; y < loaded.image->sy; ++y) {
       rows.emplace_back(loaded.image->tpixels[y], loaded.image->tpixels[y] + loaded.image->sx);
+    }
+    return rows;
+  }
+
+  // Writes a PNG or TIFF file of 0xRRGGBBAA, with all bits of alpha.
+  void WriteClear(const std::string &name, int width, int height,
+                  const std::function<uint32_t(int x, int y)> &colour) const {
+    const auto writer = CreateRows(Path(name), width, height, true);
+    for (int y = 0; y < height; ++y) {
+      std::vector<uint8_t> row;
+      for (int x = 0; x < width; ++x) {
+        for (const int shift : {24, 16, 8, 0}) row.push_back(static_cast<uint8_t>(colour(x, y) >> shift));
+      }
+      writer->WriteRow(row);
+    }
+    writer->Finish();
+  }
+
+  // The PNG or TIFF file as 0xRRGGBBAA, row by row; fails the test if it has no alpha.
+  Colours ReadClear(const std::string &name) const {
+    const auto reader = OpenRows(Path(name));
+    reader->KeepAlpha();
+    EXPECT_EQ(reader->PixelBytes(), 4) << name;
+    Colours rows;
+    std::vector<uint8_t> row(size_t{4} * static_cast<size_t>(reader->Width()));
+    for (int32_t y = 0; y < reader->Height(); ++y) {
+      reader->ReadRow(row);
+      rows.emplace_back();
+      for (size_t i = 0; i < row.size(); i += 4) {
+        rows.back().push_back(uint32_t{row[i]} << 24 | row[i + 1] << 16 | row[i + 2] << 8 | row[i + 3]);
+      }
     }
     return rows;
   }
