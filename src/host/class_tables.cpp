@@ -18,6 +18,11 @@
 #include "pictures/masked_drawing.h"
 #include "pictures/picture_export.h"
 #include "pictures/picture_import.h"
+#include "pixelops/auto_level.h"
+#include "pixelops/compare_images.h"
+#include "pixelops/fill.h"
+#include "pixelops/fill_apply.h"
+#include "pixelops/invert.h"
 #include "scaling/fast_scale.h"
 #include "scaling/scale_engine.h"
 #include "scaling/scale_threads.h"
@@ -156,6 +161,10 @@ REALmethodDefinition pictureMethods[] = {
     Method(CMYKChannel, "CMYKChannels as PictureZVK"),
     Method(GetMirroredView, "MirroredView as PictureZVK"),
     Method(ImageDestructor, "Close"),
+    Method(Invert1, "Invert"),
+    Method(Invert5, "Invert(x as integer, y as integer, w as integer, h as integer)"),
+    Method(AutoLevel1, "AutoLevel as boolean"),
+    Method(AutoLevel5, "AutoLevel(x as integer, y as integer, w as integer, h as integer) as boolean"),
     Method(rbCopyPictureWithMask, "CopyPictureWithMask(x as integer, y as integer, w as integer, h as integer) as picture", kPictureMethod),
     Method(rbCopyPictureWithMaskAll, "CopyPictureWithMask as picture", kPictureMethod),
     Method(rbCopyPicture, "CopyPicture(x as integer, y as integer, w as integer, h as integer) as picture", kPictureMethod),
@@ -169,6 +178,25 @@ REALmethodDefinition pictureMethods[] = {
     Assignable(rbGetRowFS, rbSetRowFS, "RowStringInFormat(index as integer, ImageFormat as integer) as string"),
     Assignable(rbGetAllFS, rbSetAllFS, "DataStringInFormat(ImageFormat as integer) as string"),
     Method(Clone, "Clone as PictureZVK"),
+    Method(ClearRect1, "ClearRect"),
+    Method(ClearRect5, "ClearRect(x as integer, y as integer, width as integer, height as integer)"),
+    Method(CompareImages, "CompareImages(other as PictureZVK) as Int64"),
+    Method(FillRect1, "FillRect(value as integer)"),
+    Method(FillRect5, "FillRect(x as integer, y as integer, width as integer, height as integer, value as integer)"),
+    Method(FillRectRandom1, "FillRectRandom"),
+    Method(FillRectRandom5, "FillRectRandom(x as integer, y as integer, width as integer, height as integer)"),
+    Method(FillRectRGB1, "FillRectRGB(red as integer, green as integer, blue as integer)"),
+    Method(FillRectRGB5, "FillRectRGB(x as integer, y as integer, width as integer, height as integer, red as integer, green as integer, blue as integer)"),
+    Method(FillRectRGBA1, "FillRectRGB(red as integer, green as integer, blue as integer, alpha as integer)"),
+    Method(FillRectRGBA5, "FillRectRGB(x as integer, y as integer, width as integer, height as integer, red as integer, green as integer, blue as integer, alpha as integer)"),
+    Method(FillRectRGBc1, "FillRectRGB(FillColor as color)"),
+    Method(FillRectRGBcA1, "FillRectRGB(FillColor as color, alpha as integer)"),
+    Method(FillRectRGBc5, "FillRectRGB(x as integer, y as integer, width as integer, height as integer, FillColor as color)"),
+    Method(FillRectRGBcA5, "FillRectRGB(x as integer, y as integer, width as integer, height as integer, FillColor as color, alpha as integer)"),
+    Method(FillRectApplyRGBA1, "FillRectApply(red as integer, green as integer, blue as integer, alpha as integer) as boolean"),
+    Method(FillRectApplyRGBA5, "FillRectApply(x as integer, y as integer, width as integer, height as integer, red as integer, green as integer, blue as integer, alpha as integer) as boolean"),
+    Method(FillRectApplyRGBcA1, "FillRectApply(FillColor as color, alpha as integer) as boolean"),
+    Method(FillRectApplyRGBcA5, "FillRectApply(x as integer, y as integer, width as integer, height as integer, FillColor as color, alpha as integer) as boolean"),
     Method(rbDrawPictureRedToGrayChannel6, "DrawPictureRedToGrayChannel(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer)", kPictureMethod),
     Method(rbDrawPictureRedToGrayChannel8, "DrawPictureRedToGrayChannel(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer, SourceX as integer, SourceY as integer)", kPictureMethod),
     Method(rbDrawPictureGreenToGrayChannel6, "DrawPictureGreenToGrayChannel(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer)", kPictureMethod),

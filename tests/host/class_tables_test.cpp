@@ -20,6 +20,11 @@
 #include "pictures/masked_drawing.h"
 #include "pictures/picture_export.h"
 #include "pictures/picture_import.h"
+#include "pixelops/auto_level.h"
+#include "pixelops/compare_images.h"
+#include "pixelops/fill.h"
+#include "pixelops/fill_apply.h"
+#include "pixelops/invert.h"
 #include "scaling/fast_scale.h"
 #include "scaling/scale_engine.h"
 #include "scaling/scale_threads.h"
@@ -130,6 +135,10 @@ const std::vector<ExpectedMethod> kMethods = {
     {"CMYKChannels as PictureZVK", Address(CMYKChannel)},
     {"MirroredView as PictureZVK", Address(GetMirroredView)},
     {"Close", Address(ImageDestructor)},
+    {"Invert", Address(Invert1)},
+    {"Invert(x as integer, y as integer, w as integer, h as integer)", Address(Invert5)},
+    {"AutoLevel as boolean", Address(AutoLevel1)},
+    {"AutoLevel(x as integer, y as integer, w as integer, h as integer) as boolean", Address(AutoLevel5)},
     {"CopyPictureWithMask(x as integer, y as integer, w as integer, h as integer) as picture",
      Address(rbCopyPictureWithMask), kPicture},
     {"CopyPictureWithMask as picture", Address(rbCopyPictureWithMaskAll), kPicture},
@@ -147,6 +156,37 @@ const std::vector<ExpectedMethod> kMethods = {
      Address(rbSetRowFS)},
     {"DataStringInFormat(ImageFormat as integer) as string", Address(rbGetAllFS), 4, Address(rbSetAllFS)},
     {"Clone as PictureZVK", Address(Clone)},
+    {"ClearRect", Address(ClearRect1)},
+    {"ClearRect(x as integer, y as integer, width as integer, height as integer)", Address(ClearRect5)},
+    {"CompareImages(other as PictureZVK) as Int64", Address(CompareImages)},
+    {"FillRect(value as integer)", Address(FillRect1)},
+    {"FillRect(x as integer, y as integer, width as integer, height as integer, value as integer)", Address(FillRect5)},
+    {"FillRectRandom", Address(FillRectRandom1)},
+    {"FillRectRandom(x as integer, y as integer, width as integer, height as integer)", Address(FillRectRandom5)},
+    {"FillRectRGB(red as integer, green as integer, blue as integer)", Address(FillRectRGB1)},
+    {"FillRectRGB(x as integer, y as integer, width as integer, height as integer, red as integer, green as integer, "
+     "blue as integer)",
+     Address(FillRectRGB5)},
+    {"FillRectRGB(red as integer, green as integer, blue as integer, alpha as integer)", Address(FillRectRGBA1)},
+    {"FillRectRGB(x as integer, y as integer, width as integer, height as integer, red as integer, green as integer, "
+     "blue as integer, alpha as integer)",
+     Address(FillRectRGBA5)},
+    {"FillRectRGB(FillColor as color)", Address(FillRectRGBc1)},
+    {"FillRectRGB(FillColor as color, alpha as integer)", Address(FillRectRGBcA1)},
+    {"FillRectRGB(x as integer, y as integer, width as integer, height as integer, FillColor as color)",
+     Address(FillRectRGBc5)},
+    {"FillRectRGB(x as integer, y as integer, width as integer, height as integer, FillColor as color, alpha as "
+     "integer)",
+     Address(FillRectRGBcA5)},
+    {"FillRectApply(red as integer, green as integer, blue as integer, alpha as integer) as boolean",
+     Address(FillRectApplyRGBA1)},
+    {"FillRectApply(x as integer, y as integer, width as integer, height as integer, red as integer, green as integer, "
+     "blue as integer, alpha as integer) as boolean",
+     Address(FillRectApplyRGBA5)},
+    {"FillRectApply(FillColor as color, alpha as integer) as boolean", Address(FillRectApplyRGBcA1)},
+    {"FillRectApply(x as integer, y as integer, width as integer, height as integer, FillColor as color, alpha as "
+     "integer) as boolean",
+     Address(FillRectApplyRGBcA5)},
     {"DrawPictureRedToGrayChannel(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight "
      "as integer)",
      Address(rbDrawPictureRedToGrayChannel6), kPicture},
