@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <optional>
-#include <span>
+#include <string_view>
 
 #include "image/channels.h"
 #include "image/layouts.h"
@@ -28,8 +28,8 @@ std::optional<int32_t> PackedOffset(const ImageClassData &image) {
   int32_t count = 0;
   int32_t lowest = INT32_MAX;
   for (const ChannelField &channel : kChannels) {
-    const bool isInk = channel.letter == 'C' || channel.letter == 'M' || channel.letter == 'Y' || channel.letter == 'K';
-    if (isInk || !(image.*channel.has)) continue;
+    constexpr std::string_view kInks = "CMYK";
+    if (kInks.find(channel.letter) != kInks.npos || !(image.*channel.has)) continue;
     ++count;
     lowest = std::min(lowest, image.*channel.offset);
   }
@@ -52,7 +52,7 @@ void FillRect5(REALobject instance, int32_t x, int32_t y, int32_t width, int32_t
   ForEachRow(*image, *rectangle, RowYield::AfterEachRow, [&](const RowPart &part) {
     if (const auto offset = PackedOffset(*image)) {
       const auto bytes = PixelBytes(*image, part.row, *offset, part.x, part.width);
-      std::memset(bytes.data(), value, bytes.size());
+      std::fill(bytes.begin(), bytes.end(), static_cast<uint8_t>(value));
       return;
     }
     VisitLayout<Gray, RGB, CMYK>(*image, [&]<class Layout>(Layout) {
@@ -145,7 +145,8 @@ uint8_t RandomByte() { return static_cast<uint8_t>(std::rand()); }
 template <class Layout>
 std::array<int32_t, Layout::channelCount> RandomOrder(const ImageClassData &image) {
   auto offsets = Layout::OffsetsOf(image);
-  if constexpr (Layout::hasAlpha && Layout::family != RGB) std::ranges::rotate(offsets, offsets.end() - 1);
+  if constexpr (Layout::hasAlpha && Layout::family != RGB)
+    std::rotate(offsets.begin(), offsets.end() - 1, offsets.end());
   return offsets;
 }
 
@@ -199,7 +200,7 @@ void ClearRect5(REALobject instance, int32_t x, int32_t y, int32_t width, int32_
   // offsets, the columns at the left edge of its parent.
   ForEachRow(*image, *rectangle, RowYield::AfterEachRow, [&](const RowPart &part) {
     const auto bytes = PixelBytes(*image, part.row, 0, part.x, part.width);
-    std::memset(bytes.data(), 0, bytes.size());
+    std::fill(bytes.begin(), bytes.end(), uint8_t{0});
   });
 }
 

@@ -185,7 +185,7 @@ TEST(PluginEntry, AHostWithoutAVersionGetsConvertedTablesWithoutPicturesInConsol
   const auto *methods = reinterpret_cast<const REALmethodDefinition9 *>(PictureDefinition.methods);
   for (size_t i = 0; i < PictureDefinition.methodCount; ++i) {
     const std::string text = methods[i].declaration;
-    const bool picture = text.find("as picture") + 10 == text.size() || text.find("pic as picture") != text.npos;
+    const bool picture = text.ends_with("as picture") || text.find("pic as picture") != text.npos;
     EXPECT_EQ(methods[i].flags, picture ? 0u : 4u) << text;
   }
   const auto *event = reinterpret_cast<const REALevent9 *>(PictureFactoryDefinition.events);

@@ -117,6 +117,16 @@ TEST_F(AutoLevel, HalfAPercentMayLieBelowTheLowLevel) {
   }
 }
 
+TEST_F(AutoLevel, TheThresholdsAreRoundedToSinglePrecision) {
+  // 132001 x 0.995 is 131340.995, which is 131341 in single precision: as many pixels as are dark. So the high level is
+  // 161, just below the bright ones, and not 80, just below the dark ones.
+  Bytes pixels;
+  for (int32_t i = 0; i < 132001; ++i) pixels.insert(pixels.end(), {0, i < 131341 ? uint8_t{100} : uint8_t{200}, 0});
+  const TestImage image = NewImage(132001, 1, ImageFormatRGB, pixels);
+  EXPECT_TRUE(AutoLevel1(image));
+  EXPECT_EQ(image.All()[1], 62);  // (100 - 80) x 255 / 81 = 62.96
+}
+
 TEST_F(AutoLevel, AlphaAndFillerKeepTheirBytes) {
   for (const int32_t format : {ImageFormatRGBA, ImageFormatBGRX, ImageFormatARGB, ImageFormatXBGR}) {
     const TestImage image = NewImage(2, 1, format, Bytes{50, 50, 50, 50, 90, 90, 90, 90});

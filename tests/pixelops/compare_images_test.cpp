@@ -43,6 +43,7 @@ TEST_F(Compare, DifferentShapesGiveMinusOne) {
     EXPECT_EQ(CompareImages(other, image), -1) << width << " " << height << " " << format;
   }
   EXPECT_EQ(CompareImages(NewImage(5, 3, ImageFormatG), NewImage(5, 3, ImageFormatGray16)), -1);
+  EXPECT_EQ(CompareImages(NewImage(5, 3, ImageFormatG), NewImage(5, 3, ImageFormatBuffer)), -1);
 }
 
 TEST_F(Compare, ImagesOfNoFamilyGiveMinusOneAfterTheYields) {
@@ -101,6 +102,9 @@ TEST_F(Compare, ARefusalComesBeforeItsYield) {
   EXPECT_EQ(CompareImages(image, other), -1);  // self is given time first
   EXPECT_EQ(TakeLog(), "yield ");
   EXPECT_EQ(CompareImages(other, image), -1);
+  EXPECT_EQ(TakeLog(), "");
+  other.Record().Valid = false;
+  EXPECT_EQ(CompareImages(image, other), -1);
   EXPECT_EQ(TakeLog(), "");
 }
 
