@@ -8,6 +8,7 @@
 #include "standalone/binding/class_binding.h"
 #include "standalone/lua/script.h"
 #include "standalone/zvk/filter_command.h"
+#include "standalone/zvk/fuzz_command.h"
 #include "standalone/zvk/info_command.h"
 #include "standalone/zvk/messages.h"
 #include "standalone/zvk/methods_command.h"
@@ -22,10 +23,17 @@ constexpr int kWrongCommandLine = 2;
 constexpr char kNoMemory[] = "there is not enough memory; free some, or take a smaller picture";
 
 using AddCommand = void (*)(CLI::App &program);
+// clang-format off
 constexpr AddCommand kCommands[] = {
-    standalone::AddScaleCommand, standalone::AddFilterCommand, standalone::AddSheetCommand,
-    standalone::AddInfoCommand,  standalone::AddRunCommand,    standalone::AddMethodsCommand,
+    standalone::AddScaleCommand,
+    standalone::AddFilterCommand,
+    standalone::AddSheetCommand,
+    standalone::AddInfoCommand,
+    standalone::AddRunCommand,
+    standalone::AddMethodsCommand,
+    standalone::AddFuzzCommand,
 };
+// clang-format on
 
 int Report(const std::string &message, int exitCode) {
   standalone::PrintMessage(message);
