@@ -146,14 +146,14 @@ int ConvertEncoding(lua_State *lua) {
   return 1;
 }
 
+// Texts of an encoding that Lua does not know stay strings of the host. All others are Lua's own, bytes and all.
 void PushString(lua_State *lua, const Value &value) {
   String *const string = String::From(value.AsString());
-  const bool isLuas =
-      string == nullptr || string->TextEncoding() == Encoding::UTF8 || string->TextEncoding() == Encoding::ASCII;
-  if (isLuas) {
-    PushBytes(lua, value.AsBytes());
-  } else {
+  const Encoding encoding = string == nullptr ? Encoding::UTF8 : string->TextEncoding();
+  if (encoding == Encoding::UTF16 || encoding == Encoding::UTF32 || encoding == Encoding::Latin1) {
     PushHostString(lua, HeldString::Share(string));
+  } else {
+    PushBytes(lua, value.AsBytes());
   }
 }
 

@@ -1,5 +1,5 @@
-// Values of the host language as Lua values, and back. What Lua has itself (nil, booleans, numbers, text in UTF-8) is
-// Lua's own; colours, strings of other encodings, and objects are userdata.
+// Values of the host language as Lua values, and back. What Lua has itself (nil, booleans, numbers, bytes, text in
+// UTF-8) is Lua's own; colours, texts in other encodings, and objects are userdata.
 #pragma once
 
 #include <lua.hpp>

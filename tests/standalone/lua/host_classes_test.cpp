@@ -118,10 +118,10 @@ TEST_F(HostClassesTest, StringsInAMemoryBlockAreItsBytes) {
   EXPECT_EQ(Run(R"(
       local block = MemoryBlock(6)
       block:SetStringValue(1, 3, "ab")
-      assert(tostring(block:StringValue(0, 4)) == "\0ab\0")
+      assert(block:StringValue(0, 4) == "\0ab\0")
       block:SetStringValue(0, 2, "wxyz")
-      assert(tostring(block:StringValue(0, 6)) == "wxb\0\0\0")
-      assert(tostring(block:StringValue(6, 0)) == "")
+      assert(block:StringValue(0, 6) == "wxb\0\0\0")
+      assert(block:StringValue(6, 0) == "")
   )"),
             "");
 }
