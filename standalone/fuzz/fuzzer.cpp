@@ -247,7 +247,7 @@ class Case : public FuzzPool {
     Keep(image);
     if (random_.OneIn(2) && image.Get("Valid").AsBoolean() && !all_.empty() &&
         all_.back().AsObject() == image.AsObject()) {
-      image.Call("DrawPictureRGB", {pictures_[0]});
+      image.Call("FillRectRandom");
     }
   }
 
