@@ -1,51 +1,21 @@
-// 24 megapixels scaled to 1.5 and back, with each filter and through several pairs, on one thread; and the same through
-// the naive scaler of the tests, at a sixteenth of the size. Pixels a second are those of the larger image.
+// 24 megapixels scaled to 1.5 and back, with each filter and through several pairs, on one thread; 24 megapixels to 1.5
+// and 1.5 to 6 on one and on two threads; and the first through the naive scaler of the tests, at a sixteenth of the
+// size. Pixels a second are those of the larger image.
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <cstdint>
 
-#include "host/plugin_entry.h"
+#include "bench/bench_images.h"
 #include "image/image_formats.h"
-#include "image/image_storage.h"
 #include "scaling/scale_engine.h"
-#include "standalone/runtime/host.h"
+#include "scaling/scale_threads.h"
 #include "tests/support/naive_scale.h"
 
 namespace zvk {
 namespace {
 
 constexpr int32_t kTriangle = 1, kBox = 2, kLanczos3 = 3, kLanczos8 = 4, kMitchell = 5, kPoly3 = 6, kCubic = 7;
-
-standalone::Host &BenchHost() {
-  static standalone::Host host;
-  static const bool started = (host.Start(&REALPluginMain), true);
-  (void)started;
-  return host;
-}
-
-class Image {
- public:
-  Image(int32_t width, int32_t height, int32_t format) : object_(BenchHost().Classes().NewInstance("PictureZVK")) {
-    ImageConstructor(Handle(), width, height, format);
-    uint32_t state = 1;
-    for (int64_t i = 0; i < Record().TotalSize; ++i) {
-      state = state * 1664525 + 1013904223;
-      Record().Buffer[i] = static_cast<uint8_t>(state >> 24);
-    }
-  }
-  Image(const Image &) = delete;
-  ~Image() { object_->Unlock(); }
-
-  REALobject Handle() const { return object_->Handle(); }
-  ImageClassData &Record() const { return *RecordOf(Handle()); }
-
- private:
-  standalone::Object *object_;
-};
-
-void CountPixels(benchmark::State &state, int64_t width, int64_t height) {
-  state.SetItemsProcessed(state.iterations() * width * height);
-}
 
 void Shrink(benchmark::State &state, int32_t mode, int32_t sourceFormat, int32_t destFormat, int32_t yieldTicks) {
   const Image source(6000, 4000, sourceFormat), dest(1500, 1000, destFormat);
@@ -65,6 +35,26 @@ void NaiveShrink(benchmark::State &state, int32_t mode, int32_t sourceFormat, in
   const Image temp(375, 1000, naive::PairFor(source.Record(), dest.Record())->tempFormat);
   for (auto _ : state) naive::Scale(dest.Record(), source.Record(), temp.Record(), mode, 375, 250);
   CountPixels(state, 1500, 1000);
+}
+
+// A scale on threads: filter, format and number of threads are the benchmark's arguments.
+void ScaleOnThreads(benchmark::State &state, int32_t sourceWidth, int32_t sourceHeight, int32_t width, int32_t height) {
+  const auto mode = static_cast<int32_t>(state.range(0));
+  const auto format = static_cast<int32_t>(state.range(1));
+  const auto threads = static_cast<int32_t>(state.range(2));
+  const Image source(sourceWidth, sourceHeight, format), dest(width, height, format);
+  for (auto _ : state) {
+    PictureScaleZVKMT(dest.Handle(), threads, source.Handle(), nullptr, mode, width, height);
+  }
+  CountPixels(state, std::max(sourceWidth, width), std::max(sourceHeight, height));
+}
+
+void FiltersFormatsAndThreads(benchmark::internal::Benchmark *benchmark) {
+  benchmark->ArgNames({"filter", "format", "threads"})
+      ->ArgsProduct({benchmark::CreateDenseRange(kTriangle, kCubic, 1), {ImageFormatRGB, ImageFormatRGBA}, {1, 2}})
+      ->Unit(benchmark::kMillisecond)
+      ->MeasureProcessCPUTime()
+      ->UseRealTime();
 }
 
 #define ZVK_BENCHMARK(...) BENCHMARK_CAPTURE(__VA_ARGS__)->Unit(benchmark::kMillisecond)
@@ -87,6 +77,9 @@ ZVK_BENCHMARK(Enlarge, triangle_G, kTriangle, ImageFormatG, ImageFormatG);
 ZVK_BENCHMARK(NaiveShrink, triangle, kTriangle, ImageFormatRGB, ImageFormatRGB);
 ZVK_BENCHMARK(NaiveShrink, lanczos3, kLanczos3, ImageFormatRGB, ImageFormatRGB);
 ZVK_BENCHMARK(NaiveShrink, lanczos8, kLanczos8, ImageFormatRGB, ImageFormatRGB);
+
+BENCHMARK_CAPTURE(ScaleOnThreads, shrink, 6000, 4000, 1500, 1000)->Apply(FiltersFormatsAndThreads);
+BENCHMARK_CAPTURE(ScaleOnThreads, enlarge, 1500, 1000, 3000, 2000)->Apply(FiltersFormatsAndThreads);
 
 }  // namespace
 }  // namespace zvk

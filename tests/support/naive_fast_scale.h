@@ -75,15 +75,15 @@ inline bool ScaleFast(ImageClassData &dest, ImageClassData &source, int32_t widt
       const uint8_t *from = sourceRow + ptrdiff_t{static_cast<int32_t>(xstep * u)} * source.PixelSize;
       uint8_t *to = destRow + ptrdiff_t{x} * dest.PixelSize;
       // All is read before anything is written, in the order of the channels: gray before alpha, black last.
-      std::vector<uint8_t> read;
-      for (const auto &[destOffset, sourceOffset] : rule->copies) read.push_back(from[sourceOffset]);
+      uint8_t read[5] = {};
       int32_t gray = 0;
+      for (size_t i = 0; i < rule->copies.size(); ++i) read[i] = from[rule->copies[i].second];
       if (rule->grayOffset) {
         gray = (77 * from[source.RedOffset] + 151 * from[source.GreenOffset] + 28 * from[source.BlueOffset]) >> 8;
+        to[*rule->grayOffset] = static_cast<uint8_t>(gray);
       }
-      if (rule->grayOffset) to[*rule->grayOffset] = static_cast<uint8_t>(gray);
       for (const int32_t offset : rule->zeroes) to[offset] = 0;
-      for (size_t i = 0; i < read.size(); ++i) to[rule->copies[i].first] = read[i];
+      for (size_t i = 0; i < rule->copies.size(); ++i) to[rule->copies[i].first] = read[i];
       u += 1.0;
     }
     v += 1.0;
