@@ -358,12 +358,13 @@ TEST_F(ScaleThreads, APassWithoutMemoryForItsThreadsDoesNotRunAndItIsStillTrue) 
   source.FillNoise(1);
   dest.FillNoise(2);
   const TestImage temp = MakeTemp(dest, source, 5).FillNoise(3);
+  constexpr int32_t kThreads = 29;  // so many that nothing else takes as much memory as their records
   const auto withoutRecords = [&](int pass) {
     faults::Heap heap;
     heap.FailCalloc([pass, passes = 0](size_t count, size_t size) mutable {
-      return count * size == 3 * sizeof(ThreadData) && ++passes == pass;
+      return count * size == kThreads * sizeof(ThreadData) && ++passes == pass;
     });
-    return ThreadedOutcome(dest, 3, source, temp, kLanczos3, 5, 12);
+    return ThreadedOutcome(dest, kThreads, source, temp, kLanczos3, 5, 12);
   };
   const Outcome first = withoutRecords(1);
   EXPECT_TRUE(first.result);
