@@ -29,6 +29,8 @@ struct ScaleRequest {
   std::string output;
   std::string size;
   std::string filter = "lanczos3";
+  bool isFast = false;
+  std::optional<std::string> threads;
   std::string format;  // empty: by what the file has
   uint32_t background = kWhite;
   bool isInFile = false;
@@ -48,7 +50,7 @@ Value NewImage(const PluginSession &session, Size size, int32_t format) {
 
 void ScaleImage(const Value &source, const Value &result, const ScaleJob &job) {
   const HighByteOfGray highByte(result);
-  if (ScaleWhole(source, nullptr, result, job.filter)) return;
+  if (ScaleWhole(source, nullptr, result, job)) return;
   RefuseUnsuitable(result, job);
   const Size between = {result.Get("Width").AsInteger(), source.Get("Height").AsInteger()};
   throw std::runtime_error("there is not enough memory for the " + Text(between) +
@@ -77,14 +79,17 @@ void ScaleInMemory(PluginSession &session, const ScaleJob &job) {
   SaveImage(result, job.output, job.background, alpha);
 }
 
-int32_t ParseBlock(const std::string &text) {
-  int32_t bytes = 0;
+// `what` the text is for and `number` are words of the message for a text that is not one from `least` to `most`.
+int32_t ParseNumber(const std::string &text, const std::string &what, const std::string &number, int32_t least,
+                    int32_t most) {
+  int32_t value = 0;
   const char *const end = text.data() + text.size();
-  const std::from_chars_result read = std::from_chars(text.data(), end, bytes);
-  if (read.ec != std::errc() || read.ptr != end || bytes < 1) {
-    throw UsageError("block '" + text + "' is not understood; write a number of bytes from 1 to 2147483647");
+  const std::from_chars_result read = std::from_chars(text.data(), end, value);
+  if (read.ec != std::errc() || read.ptr != end || value < least || value > most) {
+    throw UsageError(what + " '" + text + "' is not understood; write a " + number + " from " + std::to_string(least) +
+                     " to " + std::to_string(most));
   }
-  return bytes;
+  return value;
 }
 
 void RefuseOutput(const ScaleRequest &request) {
@@ -97,13 +102,16 @@ void RefuseOutput(const ScaleRequest &request) {
 
 void Scale(const ScaleRequest &request) {
   const SizeArgument size = ParseSize(request.size, request.isInFile ? kLargestRowSide : kLargestPictureSide);
-  const int32_t block = ParseBlock(request.block);
+  const int32_t block = ParseNumber(request.block, "block", "number of bytes", 1, 2147483647);
+  std::optional<int32_t> threads;
+  if (request.threads) threads = ParseNumber(*request.threads, "threads", "number", 0, 32);
   RefuseOutput(request);
   PluginSession session(request.plugin);
   const int32_t filter = session.Choose("filter", "Scale", request.filter);
   std::optional<int32_t> format;
   if (!request.format.empty()) format = session.Choose("format", "ImageFormat", request.format);
-  const ScaleJob job = {request.input, request.output, size, filter, format, request.format, request.background};
+  const ScaleJob job = {request.input,  request.output,    size, filter, threads, request.isFast, format,
+                        request.format, request.background};
   if (request.isInFile) {
     ScaleInFiles(session, job, block);
   } else {
@@ -124,11 +132,25 @@ void AddScaleCommand(CLI::App &program) {
                   "keeps the proportions")
       ->required()
       ->type_name("");
-  command
-      .add_option("--filter", request->filter,
-                  "Resampling filter: triangle, box, lanczos3, lanczos8,\nmitchell, poly3 or cubic [default: " +
-                      request->filter + "]")
-      ->type_name("NAME");
+  CLI::Option *const filter =
+      command
+          .add_option("--filter", request->filter,
+                      "Resampling filter: triangle, box, lanczos3, lanczos8,\nmitchell, poly3 or cubic [default: " +
+                          request->filter + "]")
+          ->type_name("NAME");
+  CLI::Option *const fast = command
+                                .add_flag("--fast", request->isFast,
+                                          "Take the nearest pixel for each one instead of filtering: much\nfaster, "
+                                          "and rough. Not for Gray16")
+                                ->excludes(filter);
+  CLI::Option *const threads =
+      command
+          .add_option("--threads", request->threads,
+                      "Filter on that many threads, 1 to 32, or with 0 on one for each\nprocessor. Between the two "
+                      "steps fractions are then dropped\ninstead of rounded, so the result is a little darker than "
+                      "by\ndefault, and the same for any number [default: filter on one\nthread, and round]")
+          ->type_name("N")
+          ->excludes(fast);
   command
       .add_option("--format", request->format,
                   "Pixel format of the result while it is made. In colour:\n"
@@ -141,6 +163,7 @@ void AddScaleCommand(CLI::App &program) {
       "--in-file", request->isInFile,
       "For pictures larger than memory: keep all pixels in temporary\nfiles, and read and write the pictures row by "
       "row. IN and OUT\nare PNG, JPEG or TIFF. The result is the same");
+  inFile->excludes(threads);
   command
       .add_option(
           "--block", request->block,
@@ -167,6 +190,8 @@ void AddScaleCommand(CLI::App &program) {
       "  zvk scale photo.jpg wide.png 1920x --filter mitchell\n"
       "  zvk scale photo.jpg gray.png x300 --format G\n"
       "  zvk scale photo.jpg photo.jpg 50x50 --filter box --leaks\n"
+      "  zvk scale photo.jpg large.png 9000x --filter lanczos8 --threads 0\n"
+      "  zvk scale photo.jpg preview.png 200x --fast\n"
       "  zvk scale satellite.tif overview.png 6000x --in-file\n"
       "\n"
       "Exit codes:\n"

@@ -105,11 +105,14 @@ void ScaleInFiles(PluginSession &session, const ScaleJob &job, int32_t blockSize
     const Value source = NewFileImage(session, sourceSize, sourceFormat.AsInteger(), blockSize);
     ReadRows(session, *reader, source, job);
 
-    const Value tempFormat = images.Constant(TempFormat(result, scalesAlpha));
-    const Value temp = NewFileImage(session, {size.width, sourceSize.height}, tempFormat.AsInteger(), blockSize);
+    Value temp;
+    if (!job.isFast) {
+      const Value tempFormat = images.Constant(TempFormat(result, scalesAlpha));
+      temp = NewFileImage(session, {size.width, sourceSize.height}, tempFormat.AsInteger(), blockSize);
+    }
     session.RunWithProgress("scaling to " + Text(size), [&](const PluginSession::MoveProgress &) {
       const HighByteOfGray highByte(result);
-      if (!ScaleWhole(source, temp, result, job.filter)) {
+      if (!ScaleWhole(source, temp, result, job)) {
         throw std::runtime_error("there is not enough memory to scale to " + Text(size) +
                                  " pixels; take a smaller size");
       }

@@ -17,7 +17,9 @@ struct ScaleJob {
   std::string output;
   SizeArgument size;
   int32_t filter;
-  std::optional<int32_t> format;  // of the result; if it is not told, RGB, or RGBA for transparent pixels
+  std::optional<int32_t> threads;  // empty: the method for one thread
+  bool isFast;                     // nearest pixels, with neither filter nor threads
+  std::optional<int32_t> format;   // of the result; if it is not told, RGB, or RGBA for transparent pixels
   std::string formatName;
   uint32_t background;
 };
@@ -27,7 +29,7 @@ int32_t ResultFormat(const PluginSession &session, const ScaleJob &job, bool has
 
 constexpr int32_t kMillisecondsBetweenYields = 100;
 
-// Throws std::runtime_error if the result has a format that colours cannot be scaled into.
+// Throws std::runtime_error if the result has a format that colours cannot be scaled into, or not that fast.
 void RefuseUnsuitable(const Value &result, const ScaleJob &job);
 
 // Eight bits of gray go to the byte at the gray offset. Of a 16-bit sample that must be the high one, the second: while
@@ -44,8 +46,8 @@ class HighByteOfGray {
   bool isWide_;
 };
 
-// The whole result from the whole source by way of a temp image, or of one of the plug-in's own if it is nil. False if
-// the plug-in refuses.
-bool ScaleWhole(const Value &source, const Value &temp, const Value &result, int32_t filter);
+// The whole result from the whole source, by the method that the job asks for: if not fast, by way of a temp image, or
+// of one of the plug-in's own if it is nil. False if the plug-in refuses.
+bool ScaleWhole(const Value &source, const Value &temp, const Value &result, const ScaleJob &job);
 
 }  // namespace standalone

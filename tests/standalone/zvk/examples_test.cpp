@@ -147,8 +147,7 @@ TEST_F(ExamplesTest, ADuotoneLeadsFromOneInkToTheOther) {
   for (int y = 0; y < photo.image->sy; ++y) {
     for (int x = 0; x < photo.image->sx; ++x) {
       const int gray = Luma(PixelAt(photo, x, y));
-      ASSERT_EQ(PixelAt(duotone, x, y),
-                (Rgb{ramp(0x1b, 0xff, gray), ramp(0x14, 0xe6, gray), ramp(0x64, 0xa7, gray)}))
+      ASSERT_EQ(PixelAt(duotone, x, y), (Rgb{ramp(0x1b, 0xff, gray), ramp(0x14, 0xe6, gray), ramp(0x64, 0xa7, gray)}))
           << x << "," << y;
     }
   }
@@ -156,8 +155,7 @@ TEST_F(ExamplesTest, ADuotoneLeadsFromOneInkToTheOther) {
 
 TEST_F(ExamplesTest, APosterInAFileIsWhatTheScalerMakesInMemory) {
   constexpr int kCubic = 7;
-  const std::string output =
-      RunExample("poster.lua", {Example("hubble_deep_field.jpg"), Path("poster.png"), "600"});
+  const std::string output = RunExample("poster.lua", {Example("hubble_deep_field.jpg"), Path("poster.png"), "600"});
   const LoadedImage photo = LoadImageFile(Example("hubble_deep_field.jpg"));
   const int height = photo.image->sy * 600 / photo.image->sx;
   EXPECT_THAT(output, testing::StartsWith("600 x " + std::to_string(height) + " pixels, "));
@@ -176,9 +174,9 @@ TEST_F(ExamplesTest, APosterInAFileIsWhatTheScalerMakesInMemory) {
 TEST_F(ExamplesTest, AFactorysFilesGiveTheImagesOfMemory) {
   const std::string output = RunExample("file_factory.lua", {Example("astronaut.png"), Path("rotated.png"), "20"});
   EXPECT_THAT(output, testing::StartsWith("3 images in files; the result is in one: true\n"));
-  const ProgramResult inMemory = Run({"run", "-e",
-                                      "PictureZVK(Picture.Open(arg[1])):Rotate(20, 32, 32, 32):CopyPicture():Save(arg[2])",
-                                      Example("astronaut.png"), Path("memory.png")});
+  const ProgramResult inMemory =
+      Run({"run", "-e", "PictureZVK(Picture.Open(arg[1])):Rotate(20, 32, 32, 32):CopyPicture():Save(arg[2])",
+           Example("astronaut.png"), Path("memory.png")});
   ASSERT_EQ(inMemory.exitCode, 0) << inMemory.errors;
   EXPECT_EQ(BytesOf(LoadImageFile(Path("rotated.png"))), BytesOf(LoadImageFile(Path("memory.png"))));
 }

@@ -69,12 +69,13 @@ TEST_F(ScaleCommand, TellsAllItsArgumentsChoicesAndDefaults) {
   const ProgramResult result = Run({"scale", "--help"});
   EXPECT_EQ(result.exitCode, 0);
   EXPECT_EQ(result.errors, "");
-  EXPECT_THAT(result.output, AllOf(HasSubstr("scale [OPTIONS] IN OUT SIZE"), HasSubstr("WIDTHxHEIGHT"),
-                                   HasSubstr("--filter"), HasSubstr("[default: lanczos3]"), HasSubstr("--format"),
-                                   HasSubstr("[default: RGB, or RGBA if IN has"), HasSubstr("--background"),
-                                   HasSubstr("[default: #FFFFFF]"), HasSubstr("--in-file"), HasSubstr("--block"),
-                                   HasSubstr("[default: 67108864]"), HasSubstr("--plugin"), HasSubstr("--leaks"),
-                                   HasSubstr("Examples:\n  zvk scale "), HasSubstr("Exit codes:")));
+  EXPECT_THAT(
+      result.output,
+      AllOf(HasSubstr("scale [OPTIONS] IN OUT SIZE"), HasSubstr("WIDTHxHEIGHT"), HasSubstr("--filter"),
+            HasSubstr("[default: lanczos3]"), HasSubstr("--fast"), HasSubstr("--threads"), HasSubstr("--format"),
+            HasSubstr("[default: RGB, or RGBA if IN has"), HasSubstr("--background"), HasSubstr("[default: #FFFFFF]"),
+            HasSubstr("--in-file"), HasSubstr("--block"), HasSubstr("[default: 67108864]"), HasSubstr("--plugin"),
+            HasSubstr("--leaks"), HasSubstr("Examples:\n  zvk scale "), HasSubstr("Exit codes:")));
   EXPECT_THAT(result.output,
               AllOf(HasSubstr("triangle"), HasSubstr("box"), HasSubstr("lanczos3"), HasSubstr("lanczos8"),
                     HasSubstr("mitchell"), HasSubstr("poly3"), HasSubstr("cubic")));
@@ -111,6 +112,44 @@ TEST_F(ScaleCommand, UsesLanczos3UnlessToldOtherwise) {
   Scale({"in.png", "box.png", "9x9", "--filter", "box"});
   EXPECT_EQ(ReadImage("default.png"), ReadImage("lanczos3.png"));
   EXPECT_NE(ReadImage("default.png"), ReadImage("box.png"));
+}
+
+TEST_F(ScaleCommand, FastTakesThePixelToTheLeftAndAbove) {
+  WriteNoise();
+  Scale({"in.png", "out.png", "3x3", "--fast"});
+  // Steps of 5 / 3 and 4 / 3.
+  EXPECT_EQ(ReadImage("out.png"), Table(3, 3, [](int x, int y) { return Noise(x * 5 / 3, y * 4 / 3); }));
+  Scale({"in.png", "out.png", "15x8", "--fast", "--format", "BGRA"});
+  EXPECT_EQ(ReadImage("out.png"), Table(15, 8, [](int x, int y) { return Noise(x / 3, y / 2); }));
+}
+
+TEST_F(ScaleCommand, FastHasAGrayOfItsOwn) {
+  WriteImage("in.png", 1, 1, [](int, int) { return 100 << 16 | 200 << 8 | 51; });
+  Scale({"in.png", "out.png", "1x1", "--fast", "--format", "G"});
+  // (77 x 100 + 151 x 200 + 28 x 51) / 256 = 153.6, rounded down; without --fast 0.3, 0.59 and 0.11 make 153.61.
+  EXPECT_EQ(ReadImage("out.png"), Colours({{0x999999}}));
+  Scale({"in.png", "out.png", "1x1", "--format", "G"});
+  EXPECT_EQ(ReadImage("out.png"), Colours({{0x9A9A9A}}));
+}
+
+TEST_F(ScaleCommand, ThreadsDropFractionsBetweenTheTwoSteps) {
+  // Means of 10 and 13 in each row: 11.5, rounded by one thread and cut by several. The rows stay as they are.
+  WriteImage("in.png", 2, 50, [](int x, int) { return x == 0 ? 0x0A0A0A : 0x0D0D0D; });
+  Scale({"in.png", "out.png", "1x50", "--filter", "box"});
+  EXPECT_EQ(ReadImage("out.png"), Table(1, 50, [](int, int) { return 0x0C0C0C; }));
+  for (const char *threads : {"0", "1", "2", "32"}) {
+    Scale({"in.png", "out.png", "1x50", "--filter", "box", "--threads", threads});
+    EXPECT_EQ(ReadImage("out.png"), Table(1, 50, [](int, int) { return 0x0B0B0B; })) << threads;
+  }
+}
+
+TEST_F(ScaleCommand, AnyNumberOfThreadsGivesTheSameFile) {
+  WriteImage("in.png", 70, 90, Noise);
+  Scale({"in.png", "one.png", "100x60", "--threads", "1"});
+  for (const char *threads : {"0", "3", "32"}) {
+    Scale({"in.png", "out.png", "100x60", "--threads", threads});
+    EXPECT_EQ(ReadImage("out.png"), ReadImage("one.png")) << threads;
+  }
 }
 
 TEST_F(ScaleCommand, KeepsTheProportionsForAMissingSide) {
@@ -220,6 +259,14 @@ TEST_F(LongScaleCommand, ShowsNothingWhereThereIsNoTerminal) {
   EXPECT_EQ(result.errors, "");
 }
 
+TEST_F(LongScaleCommand, ShowsTheElapsedTimeWhileThreadsWork) {
+  std::vector<std::string> arguments = arguments_;
+  arguments.insert(arguments.end(), {"--threads", "2"});
+  const ProgramResult result = RunOnTerminal(arguments, Pace::Slow);
+  EXPECT_EQ(result.exitCode, 0);
+  EXPECT_THAT(result.output, testing::ContainsRegex("^\r\x1b\\[Kscaling to 2000 x 2000, [0-9]+\\.[0-9] s\r\x1b\\[K"));
+}
+
 TEST_F(ScaleCommand, ShowsNothingOfShortWorkOnATerminal) {
   WriteNoise();
   const ProgramResult result = RunOnTerminal({"scale", "in.png", "out.png", "9x9"}, Pace::Full);
@@ -255,6 +302,32 @@ TEST_F(ScaleCommand, RefusesAFormatThatThereIsNot) {
     EXPECT_EQ(result.exitCode, 2);
     EXPECT_THAT(result.errors, testing::StartsWith("zvk: unknown format '" + format + "'; choose one of RGB, RGBA, "));
   }
+}
+
+TEST_F(ScaleCommand, RefusesNumbersOfThreadsThatThereAreNot) {
+  WriteNoise();
+  for (const std::string threads : {"-1", "33", "many", "1.5"}) {
+    ExpectFailure({"scale", "in.png", "out.png", "2x2", "--threads=" + threads}, 2,
+                  "threads '" + threads + "' is not understood; write a number from 0 to 32");
+  }
+}
+
+TEST_F(ScaleCommand, RefusesWhatDoesNotGoTogether) {
+  WriteNoise();
+  for (const auto &[options, problem] : std::vector<std::pair<std::vector<std::string>, std::string>>{
+           {{"--fast", "--filter", "box"}, "--filter excludes --fast"},
+           {{"--fast", "--threads", "2"}, "--fast excludes --threads"},
+           {{"--in-file", "--threads", "2"}, "--threads excludes --in-file"}}) {
+    std::vector<std::string> arguments = {"scale", "in.png", "out.png", "2x2"};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    ExpectFailure(arguments, 2, problem + "; 'zvk scale --help' tells how it is used");
+  }
+}
+
+TEST_F(ScaleCommand, RefusesWideSamplesForFast) {
+  WriteNoise();
+  ExpectFailure({"scale", "in.png", "out.png", "2x2", "--fast", "--format", "Gray16"}, 1,
+                "--fast cannot scale into Gray16; take 8 bits, such as G, or leave it out");
 }
 
 TEST_F(ScaleCommand, RefusesASizeThatIsNone) {

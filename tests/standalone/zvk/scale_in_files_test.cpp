@@ -116,6 +116,12 @@ TEST_F(ScaleInFile, GivesTheSameBytesThroughBlocksThatMove) {
   ExpectSame({"in.tif", "3000x60", "--filter", "box"}, {"--block", "1"});
 }
 
+TEST_F(ScaleInFile, FastGivesTheBytesOfTheRunInMemory) {
+  WriteImage("in.png", 37, 29, Noise);
+  for (const char *size : {"37x29", "10x7", "80x90", "1x1"}) ExpectSame({"in.png", size, "--fast"});
+  ExpectSame({"in.png", "50x50", "--fast", "--format", "G"});
+}
+
 // In memory the picture would take 192 MB. Two blocks of 16 MiB, a row of strips and the program itself do not take
 // half of it.
 TEST_F(ScaleInFile, NeedsMemoryForItsBlocksAndNotForThePicture) {
