@@ -113,7 +113,7 @@ inline Grid ColoursOf(const Value &value) {
 }
 
 // What scaling must give, by the naive resampler.
-inline Grid NaivelyScaled(Grid source, int mode, int32_t width, int32_t height) {
+inline Grid NaivelyScaled(Grid source, int mode, int32_t width, int32_t height, double horizontalRounding = 0.5) {
   const auto recordOver = [](uint8_t *bytes, int32_t recordWidth, int32_t recordHeight, int32_t pixelSize) {
     zvk::ImageClassData record = {};
     record.Width = recordWidth;
@@ -135,7 +135,7 @@ inline Grid NaivelyScaled(Grid source, int mode, int32_t width, int32_t height) 
   zvk::ImageClassData sourceRecord = recordOver(source.bytes.data(), source.width, source.height, 3);
   zvk::ImageClassData tempRecord = recordOver(tempBytes.data(), width, source.height, 4);
   zvk::ImageClassData resultRecord = recordOver(result.bytes.data(), width, height, 3);
-  EXPECT_TRUE(naive::Scale(resultRecord, sourceRecord, tempRecord, mode, width, height));
+  EXPECT_TRUE(naive::Scale(resultRecord, sourceRecord, tempRecord, mode, width, height, horizontalRounding));
   return result;
 }
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 
 #include "tests/end_to_end/loaded_plugin.h"
@@ -74,6 +75,32 @@ TEST_P(ScaleOnEveryHost, GivesTheHostTimeWhileItWorks) {
   EXPECT_EQ(yields, 1 + 10 + 30 + 15 + 15);
   host_.onYield = nullptr;
   EXPECT_EQ(ColoursOf(dest.Call("CopyPicture")), NaivelyScaled(pixels, 1, 10, 15));
+}
+
+TEST_P(ScaleOnEveryHost, OnThreadsWithFractionsDroppedBetweenThePasses) {
+  const Grid pixels = ReadExample("rocket.jpg", 250, 20, 160, 120);
+  const Value source = ImageOf(pixels, "RGB");
+  const int32_t mode = Constant("ScaleLanczos3");
+  const Grid expected = NaivelyScaled(pixels, mode, 61, 200, 0.0);
+  for (const int32_t threads : {-1, 0, 1, 2, 5}) {
+    const Value result = NewImage(61, 200, "BGR");
+    ASSERT_TRUE(result.Call("ScaleMT", {threads, source, nullptr, mode, 61, 200}).AsBoolean());
+    EXPECT_EQ(ColoursOf(result.Call("CopyPicture")), expected) << threads;
+  }
+}
+
+TEST_P(ScaleOnEveryHost, FastByNearestPixels) {
+  const Grid pixels = ReadExample("rocket.jpg", 250, 20, 160, 120);
+  const Value source = ImageOf(pixels, "RGB");
+  const Value result = NewImage(80, 360, "XRGB");
+  ASSERT_TRUE(result.Call("ScaleFast", {source, 1000, 1000}).AsBoolean());
+  Grid expected(80, 360);
+  for (int32_t y = 0; y < 360; ++y) {
+    for (int32_t x = 0; x < 80; ++x) {
+      std::copy_n(pixels.bytes.begin() + 3 * (y / 3 * 160 + x * 2), 3, expected.bytes.begin() + 3 * (y * 80 + x));
+    }
+  }
+  EXPECT_EQ(ColoursOf(result.Call("CopyPicture")), expected);
 }
 
 TEST_P(ScaleOnEveryHost, RefusesWithoutAnException) {
