@@ -3,13 +3,16 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdlib>
 #include <cstring>
+#include <optional>
 #include <type_traits>
 
 #include "host/resources.h"
 #include "host/truncate.h"
 #include "image/image_record.h"
 #include "image/luma.h"
+#include "image/rows.h"
 #include "scaling/scale_kernels.h"
 #include "scaling/scale_pairs.h"
 
@@ -108,18 +111,31 @@ constexpr bool MovesSamples() {
   return true;
 }
 
+template <size_t Count>
+ptrdiff_t Lowest(const std::array<ptrdiff_t, Count> &offsets) {
+  return *std::ranges::min_element(offsets);
+}
+
+// True if the samples stand side by side, in whatever order.
+template <size_t Count>
+bool AreSideBySide(const std::array<ptrdiff_t, Count> &offsets) {
+  const ptrdiff_t first = Lowest(offsets);
+  uint32_t seen = 0;
+  for (const ptrdiff_t offset : offsets) {
+    if (offset - first >= ptrdiff_t{Count}) return false;
+    seen |= 1U << (offset - first);
+  }
+  return seen == (1U << Count) - 1;
+}
+
 // True if the samples stand side by side and in the same order in the pixels of both images.
 template <const FastPair &Pair>
 bool MoveAsOne(const PixelOffsets<Pair> &offsets) {
-  const ptrdiff_t firstRead = *std::ranges::min_element(offsets.read);
-  const ptrdiff_t firstWritten = *std::ranges::min_element(offsets.write);
-  uint32_t seen = 0;
+  const ptrdiff_t shift = Lowest(offsets.write) - Lowest(offsets.read);
   for (int32_t i = 0; i < Pair.Read.count; ++i) {
-    const ptrdiff_t place = offsets.read[i] - firstRead;
-    if (place >= Pair.Read.count || offsets.write[i] - firstWritten != place) return false;
-    seen |= 1U << place;
+    if (offsets.write[i] - offsets.read[i] != shift) return false;
   }
-  return seen == (1U << Pair.Read.count) - 1;
+  return AreSideBySide(offsets.read);
 }
 
 // --- rows ---
@@ -159,8 +175,8 @@ void MakeRow(const FastJob &job, const uint8_t *source, uint8_t *dest) {
   if constexpr (MovesSamples<Pair>()) {
     if (MoveAsOne<Pair>(offsets)) {
       constexpr int32_t kBytes = Pair.Read.count;
-      source += *std::ranges::min_element(offsets.read);
-      dest += *std::ranges::min_element(offsets.write);
+      source += Lowest(offsets.read);
+      dest += Lowest(offsets.write);
       if (offsets.sourceSize == kBytes && offsets.destSize == kBytes) {
         constexpr std::integral_constant<ptrdiff_t, kBytes> kPacked;
         MovePixels<kBytes>(source, kPacked, dest, kPacked, columns, job.width);
@@ -196,9 +212,47 @@ void MakeRowInBlocks(const FastJob &job, int32_t sourceRow, int32_t destRow) {
   }
 }
 
+// Where in a row of the destination the bytes begin that are written, if none between them is left as it is.
+template <const FastPair &Pair>
+std::optional<ptrdiff_t> FirstOfFilledRow(const ImageClassData &source, const ImageClassData &dest) {
+  const PixelOffsets<Pair> offsets(source, dest);
+  if (offsets.destSize != Pair.Write.count || !AreSideBySide(offsets.write)) return {};
+  return Lowest(offsets.write);
+}
+
 struct RowMaker {
   void (*make)(const FastJob &job, const uint8_t *source, uint8_t *dest);
   void (*makeInBlocks)(const FastJob &job, int32_t sourceRow, int32_t destRow);
+  std::optional<ptrdiff_t> (*firstOfFilledRow)(const ImageClassData &source, const ImageClassData &dest);
+};
+
+// Knows the last row that was made, of which the next one is a copy if it shows the same row of the source and nobody
+// can tell the difference.
+class RowCopier {
+ public:
+  RowCopier(const RowMaker &maker, const FastJob &job) : bytes_(ptrdiff_t{job.width} * job.dest.PixelSize) {
+    const ImageClassData &dest = job.dest;
+    const bool hasRowsApart = dest.RowTable == nullptr && std::abs(int64_t{dest.RowSize}) >= bytes_;
+    // In a yield the source may change.
+    if (dest.Yield.YieldTicks == 0 && hasRowsApart && !SharesStorage(job.source, dest)) {
+      first_ = maker.firstOfFilledRow(job.source, dest);
+    }
+  }
+
+  // False if the row is to be made anew.
+  bool Copy(int32_t sourceRow, uint8_t *dest) {
+    const bool isCopy = first_ && lastDest_ != nullptr && sourceRow == lastSourceRow_;
+    if (isCopy) std::memcpy(dest + *first_, lastDest_ + *first_, static_cast<size_t>(bytes_));
+    lastSourceRow_ = sourceRow;
+    lastDest_ = dest;
+    return isCopy;
+  }
+
+ private:
+  ptrdiff_t bytes_;
+  std::optional<ptrdiff_t> first_;  // empty: rows are never copied
+  int32_t lastSourceRow_ = 0;
+  const uint8_t *lastDest_ = nullptr;
 };
 
 uint8_t ScaleRows(const RowMaker &maker, ImageClassData &dest, ImageClassData &source, int32_t width, int32_t height) {
@@ -216,20 +270,22 @@ uint8_t ScaleRows(const RowMaker &maker, ImageClassData &dest, ImageClassData &s
     return IsUsable(source) && IsUsable(dest) && source.Width >= sourceWidth && source.Height >= sourceHeight &&
            dest.Width >= width && dest.Height >= height;
   };
+  if (!areLargeEnough()) return false;
   const ZeroedBuffer<int32_t> table(width);
   if (table) {
     for (int32_t x = 0; x < width; ++x) table[x] = Truncate(xstep * x);
   }
   // A source without columns has nothing to give.
   const FastJob job{dest, source, {table.Get(), xstep}, sourceWidth > 0 ? width : 0};
+  RowCopier copier(maker, job);
   for (int32_t y = 0; y < height; ++y) {
-    if (!areLargeEnough()) return false;
+    if (y > 0 && !areLargeEnough()) return false;
     const int32_t sourceY = Truncate(ystep * y);
     uint8_t *destRow = dest.GetRow(&dest, y);
     const uint8_t *sourceRow = source.GetRow(&source, sourceY);
     if (&source == &dest && source.IsMapping) {
       maker.makeInBlocks(job, sourceY, y);
-    } else if (destRow != nullptr && sourceRow != nullptr) {
+    } else if (destRow != nullptr && sourceRow != nullptr && !copier.Copy(sourceY, destRow)) {
       maker.make(job, sourceRow, destRow);
     }
     YieldOn(dest);
@@ -241,7 +297,7 @@ uint8_t ScaleRows(const RowMaker &maker, ImageClassData &dest, ImageClassData &s
 
 template <const FastPair &Pair>
 uint8_t ScalePixels(ImageClassData &dest, ImageClassData &source, int32_t width, int32_t height) {
-  return ScaleRows({MakeRow<Pair>, MakeRowInBlocks<Pair>}, dest, source, width, height);
+  return ScaleRows({MakeRow<Pair>, MakeRowInBlocks<Pair>, FirstOfFilledRow<Pair>}, dest, source, width, height);
 }
 
 using FastScale = uint8_t (*)(ImageClassData &dest, ImageClassData &source, int32_t width, int32_t height);

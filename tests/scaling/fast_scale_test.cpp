@@ -293,6 +293,28 @@ TEST_F(FastScale, WhatHasBeenWrittenIsReadWhereImagesShareStorage) {
   EXPECT_EQ(source.Row(0, 4), (Bytes{1, 1, 1, 1}));
 }
 
+TEST_F(FastScale, RowsThatRunIntoEachOtherAreMadeOneByOne) {
+  TestImage source(3, 2, ImageFormatRGB);
+  source.FillNoise(1);
+  for (const int32_t rowSize : {1, 5, 11, 12, -1, -11}) {
+    TestImage dest(4, 6, ImageFormatRGB, rowSize);
+    ExpectNaive(dest, source, 4, 6);
+  }
+}
+
+TEST_F(FastScale, RepeatedRowsKeepWhatLiesBetweenTheirPixels) {
+  for (const int32_t format : {ImageFormatRGB, ImageFormatBGRX, ImageFormatXRGB, ImageFormatRGBA}) {
+    TestImage source(3, 2, ImageFormatRGB), dest(5, 9, format, 40);
+    source.FillNoise(1);
+    dest.FillNoise(2);
+    ExpectNaive(dest, source, 4, 9);
+    TestImage part(9, 12, format);
+    part.FillNoise(3).Clip(2, 1, 5, 9);
+    ExpectNaive(part, source, 4, 9);
+    ExpectNaive(part.Mirror(), source, 4, 9);
+  }
+}
+
 TEST_F(FastScale, ASourceInAFileIsScaledIntoItselfAcrossItsBlocks) {
   // Rows of a page, of which the smallest block holds 4096: the lower half is out of reach of the upper one.
   constexpr int32_t kHeight = 9000;
@@ -354,6 +376,14 @@ TEST_F(FastScale, WhatHappensInAYieldIsSeenByTheNextRow) {
   };
   ASSERT_TRUE(Scale(dest, source, 1, 4));
   for (int32_t y = 0; y < 4; ++y) EXPECT_EQ(dest.Row(y, 1), (Bytes{y < 2 ? uint8_t{10} : uint8_t{30}, 20, 30})) << y;
+}
+
+TEST_F(FastScale, WhatHappensInAYieldIsSeenWhereARowIsRepeated) {
+  const TestImage source(1, 1, ImageFormatG), dest(1, 4, ImageFormatG);
+  dest.Record().Yield.YieldTicks = 1;
+  onYield_ = [&] { *source.Pixel(0, 0) = static_cast<uint8_t>(yields_); };
+  ASSERT_TRUE(Scale(dest, source, 1, 4));
+  for (int32_t y = 0; y < 4; ++y) EXPECT_EQ(*dest.Pixel(0, y), y + 1);
 }
 
 TEST_F(FastScale, AnImageThatIsTakenAwayInAYieldEndsTheScale) {
