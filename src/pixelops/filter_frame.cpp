@@ -1,6 +1,7 @@
 #include "pixelops/filter_frame.h"
 
 #include "image/image_factory.h"
+#include "image/rows.h"
 
 namespace zvk {
 
@@ -11,13 +12,22 @@ ObjectReference Referenced(REALobject object) {
   return ObjectReference(object);
 }
 
+bool IsServed(const ImageClassData *source) {
+  return source != nullptr && source->BitsPerComponent != 16 && IsUsable(*source);
+}
+
 }  // namespace
 
 ObjectReference FilterDest(REALobject instance, REALobject dest, NewDest newDest) {
   ImageClassData *source = RecordOf(instance);
-  if (source == nullptr || source->BitsPerComponent == 16 || !IsUsable(*source)) return {};
+  if (!IsServed(source)) return {};
   YieldOn(*source);
 
+  const auto isLargeEnough = [&](const ImageClassData &made) {
+    const bool exchanged = newDest == NewDest::ExchangedSides;
+    return made.Width >= (exchanged ? source->Height : source->Width) &&
+           made.Height >= (exchanged ? source->Width : source->Height);
+  };
   ObjectReference result;
   if (dest != nullptr) {
     result = Referenced(dest);
@@ -30,8 +40,13 @@ ObjectReference FilterDest(REALobject instance, REALobject dest, NewDest newDest
   if (target == nullptr || !IsUsable(*target)) return {};
   YieldOn(*target);
   // The yields let other code of the host run, which may have closed or constructed anew either image.
-  if (!IsUsable(*source) || !IsUsable(*target)) return {};
+  if (!IsServed(source) || !IsUsable(*target)) return {};
+  if (dest == nullptr && !isLargeEnough(*target)) return {};
   return result;
+}
+
+bool WritesApart(const ImageClassData &source, const ImageClassData &dest, int32_t columns, int32_t rows) {
+  return dest.Width >= columns && dest.Height >= rows && !SharesStorage(source, dest);
 }
 
 }  // namespace zvk

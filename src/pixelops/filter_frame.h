@@ -15,7 +15,8 @@ enum class NewDest : uint8_t { SameSize, ExchangedSides };
 
 // The dest of one call with the reference that the caller of the filter will own; empty if the filter is refused: the
 // source is not usable or has 16-bit samples, there is no image for a nil dest, or the dest is not usable. Yields once
-// on the source, then once on the dest. A dest of the caller's may have any size and format.
+// on the source, then once on the dest. A dest of the caller's may have any size and format; one that was made is large
+// enough.
 ObjectReference FilterDest(REALobject instance, REALobject dest, NewDest newDest);
 
 // Runs kernel(source, dest), both records, and returns dest with its reference; nil if the filter is refused, or if the
@@ -34,14 +35,28 @@ REALobject RunFilter(REALobject instance, REALobject dest, NewDest newDest, Kern
   return result.Release();
 }
 
-// Calls visit(sourceRow, destRow) for each row of the source, from the top; the row of dest is fetched before that of
-// the source. A pair of rows of which one cannot be had (a block that cannot be mapped) is left out.
+// True if what is written to the first `columns` and `rows` of dest touches nothing of source, so that a form may
+// reorder or buffer what it reads and writes. A filter that runs by the source's size may write more of a dest than
+// that image says it has: through a clip into the image behind it. Then there is no telling.
+bool WritesApart(const ImageClassData &source, const ImageClassData &dest, int32_t columns, int32_t rows);
+inline bool WritesApart(const ImageClassData &source, const ImageClassData &dest) {
+  return WritesApart(source, dest, source.Width, source.Height);
+}
+
+// Calls visit(sourceRow, destRow), or visit(sourceRow, destRow, y), for each row of the source, from the top; the row
+// of dest is fetched before that of the source. A pair of rows of which one cannot be had (a block that cannot be
+// mapped) is left out.
 template <class Visitor>
 void ForEachRowPair(ImageClassData &source, ImageClassData &dest, Visitor &&visit) {
   for (int32_t y = 0; y < source.Height; ++y) {
     uint8_t *destRow = dest.GetRow(&dest, y);
     const uint8_t *sourceRow = source.GetRow(&source, y);
-    if (destRow != nullptr && sourceRow != nullptr) visit(sourceRow, destRow);
+    if (destRow == nullptr || sourceRow == nullptr) continue;
+    if constexpr (std::is_invocable_v<Visitor, const uint8_t *, uint8_t *, int32_t>) {
+      visit(sourceRow, destRow, y);
+    } else {
+      visit(sourceRow, destRow);
+    }
   }
 }
 
