@@ -1,0 +1,262 @@
+#include "pixelops/matrix_filter.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstring>
+
+#include "host/integer_array.h"
+#include "host/resources.h"
+#include "image/layouts.h"
+#include "image/rows.h"
+#include "pixelops/filter_frame.h"
+#include "pixelops/matrix_filter_kernel.h"
+#include "pixelops/matrix_filter_terms.h"
+
+namespace zvk {
+
+namespace {
+
+// One call: the first columns and rows of dest are written.
+struct MatrixJob {
+  ImageClassData &source;
+  ImageClassData &dest;
+  const MatrixTerms &terms;
+  MatrixResult result;
+  int32_t columns;
+  int32_t rows;
+};
+
+// The nearest index of a row or column that exists.
+int32_t Nearest(int64_t index, int32_t size) {
+  return static_cast<int32_t>(std::clamp<int64_t>(index, 0, int64_t{size} - 1));
+}
+
+// --- any images: pixel after pixel, a row of the source fetched for each row of the matrix ---
+
+template <class Layout>
+std::array<int32_t, Layout::channelCount> SumOfPixel(const MatrixJob &job, int32_t x, int32_t y) {
+  ImageClassData &source = job.source;
+  const auto offsets = Layout::OffsetsOf(source);
+  std::array<int32_t, Layout::channelCount> sums = {};
+  for (int32_t i = 0; i < job.terms.RowCount(); ++i) {
+    const uint8_t *row = source.GetRow(&source, Nearest(int64_t{y} + job.terms.RowAt(i), source.Height));
+    if (row == nullptr) continue;
+    for (const MatrixTerm &term : job.terms.OfRow(i)) {
+      const uint8_t *pixel = row + ptrdiff_t{Nearest(int64_t{x} + term.column, source.Width)} * source.PixelSize;
+      for (size_t c = 0; c < sums.size(); ++c) sums[c] += pixel[offsets[c]] * term.weight;
+    }
+  }
+  return sums;
+}
+
+template <class Layout>
+void ApplyByPixel(const MatrixJob &job) {
+  ImageClassData &dest = job.dest;
+  const auto offsets = Layout::OffsetsOf(dest);
+  // Where source and dest are one mapped image, the fetches for a pixel may have moved the block under its row.
+  const bool fetchAgain = &job.source == &dest && !HasFixedRows(dest);
+  for (int32_t y = 0; y < job.rows; ++y) {
+    uint8_t *row = dest.GetRow(&dest, y);
+    for (int32_t x = 0; x < job.columns && row != nullptr; ++x) {
+      const auto sums = SumOfPixel<Layout>(job, x, y);
+      if (fetchAgain) row = dest.GetRow(&dest, y);
+      if (row == nullptr) break;
+      uint8_t *pixel = row + ptrdiff_t{x} * dest.PixelSize;
+      for (size_t c = 0; c < sums.size(); ++c) pixel[offsets[c]] = job.result(sums[c]);
+    }
+  }
+}
+
+// --- images that share nothing: lines of samples, with the edge pixels repeated as far as the matrix reaches ---
+
+// The columns or rows of the samples that count, from the output pixel. An edge further away than the image is large
+// makes no difference.
+struct Reach {
+  int32_t first;
+  int32_t last;
+};
+
+Reach ReachOf(std::span<const MatrixTerm> terms, int32_t MatrixTerm::*place, int32_t size) {
+  if (terms.empty()) return {0, 0};
+  const auto [first, last] = std::ranges::minmax(terms, {}, place);
+  return {std::clamp(first.*place, 1 - size, size - 1), std::clamp(last.*place, 1 - size, size - 1)};
+}
+
+// Where the samples of a line lie in the pixels of both images, in bytes from the start of a pixel.
+template <class Layout>
+struct LinePlaces {
+  using Offsets = std::array<int32_t, Layout::channelCount>;
+  bool packed;  // lines are runs of the bytes of both images
+  Offsets source;
+  Offsets dest;
+
+  LinePlaces(const ImageClassData &sourceImage, const ImageClassData &destImage)
+      : packed(Layout::PackedAlike(sourceImage, destImage)),
+        source(Layout::OffsetsOf(sourceImage)),
+        dest(Layout::OffsetsOf(destImage)) {
+    if (!packed) return;
+    std::ranges::sort(source);
+    std::ranges::sort(dest);
+  }
+};
+
+// Copies `count` pixels' samples, one pixel behind the other. A step of 0 repeats one pixel.
+template <size_t kChannels>
+uint8_t *Gather(const uint8_t *pixel, ptrdiff_t step, std::array<int32_t, kChannels> offsets, int32_t count,
+                uint8_t *__restrict line) {
+  for (int32_t i = 0; i < count; ++i) {
+    for (size_t c = 0; c < kChannels; ++c) line[c] = pixel[offsets[c]];
+    line += kChannels;
+    pixel += step;
+  }
+  return line;
+}
+
+template <size_t kChannels>
+void Scatter(const uint8_t *line, ptrdiff_t step, std::array<int32_t, kChannels> offsets, int32_t count,
+             uint8_t *pixel) {
+  for (int32_t i = 0; i < count; ++i) {
+    for (size_t c = 0; c < kChannels; ++c) pixel[offsets[c]] = line[c];
+    line += kChannels;
+    pixel += step;
+  }
+}
+
+// A window of the source's rows as lines, each read once. Byte 0 of a line is the first channel of the sample that the
+// leftmost column in reach meets at output column 0.
+template <class Layout>
+class SourceLines {
+ public:
+  SourceLines(const MatrixJob &job, const LinePlaces<Layout> &places)
+      : source_(job.source),
+        places_(places),
+        rows_(ReachOf(job.terms.All(), &MatrixTerm::row, source_.Height)),
+        columns_(ReachOf(job.terms.All(), &MatrixTerm::column, source_.Width)),
+        pixels_(int64_t{job.columns} + columns_.last - columns_.first),
+        lineCount_(std::min(rows_.last - rows_.first + 1, source_.Height)),
+        bytes_(lineCount_ * pixels_ * int64_t{Layout::channelCount}) {}
+
+  explicit operator bool() const { return static_cast<bool>(bytes_); }
+
+  // Makes ready what the output row y reaches. Rows are asked for from the top.
+  void MoveTo(int32_t y) {
+    next_ = std::max(next_, Nearest(int64_t{y} + rows_.first, source_.Height));
+    for (const int32_t last = Nearest(int64_t{y} + rows_.last, source_.Height); next_ <= last; ++next_) Load(next_);
+  }
+
+  // What the term meets along output row y; nil if its row cannot be had.
+  const uint8_t *SamplesOf(const MatrixTerm &term, int32_t y) const {
+    const uint8_t *line = LineOf(Nearest(int64_t{y} + term.row, source_.Height));
+    if (line == nullptr) return nullptr;
+    const int32_t column = std::clamp(term.column, columns_.first, columns_.last);
+    return line + (column - columns_.first) * ptrdiff_t{Layout::channelCount};
+  }
+
+ private:
+  const uint8_t *LineOf(int32_t sourceRow) const { return lines_[static_cast<size_t>(sourceRow % lineCount_)]; }
+
+  void Load(int32_t sourceRow) {
+    const int32_t slot = sourceRow % lineCount_;
+    const uint8_t *row = source_.GetRow(&source_, sourceRow);
+    uint8_t *line = bytes_.Get() + slot * pixels_ * int64_t{Layout::channelCount};
+    lines_[static_cast<size_t>(slot)] = row != nullptr ? line : nullptr;
+    if (row == nullptr) return;
+
+    const auto count = static_cast<int32_t>(pixels_);
+    const int32_t left = std::min(count, std::max(0, -columns_.first));
+    const int32_t inside = std::max(0, std::min(count, source_.Width - columns_.first) - left);
+    const uint8_t *first = row + ptrdiff_t{Nearest(columns_.first + left, source_.Width)} * source_.PixelSize;
+    const uint8_t *edge = row + ptrdiff_t{source_.Width - 1} * source_.PixelSize;
+    line = Gather(row, 0, places_.source, left, line);
+    if (places_.packed) {
+      const size_t size = static_cast<size_t>(inside) * Layout::channelCount;
+      std::memcpy(line, first + places_.source[0], size);
+      line += size;
+    } else {
+      line = Gather(first, source_.PixelSize, places_.source, inside, line);
+    }
+    Gather(edge, 0, places_.source, count - left - inside, line);
+  }
+
+  ImageClassData &source_;
+  const LinePlaces<Layout> &places_;
+  Reach rows_;
+  Reach columns_;
+  int64_t pixels_;
+  int32_t lineCount_;
+  ZeroedBuffer<uint8_t> bytes_;
+  std::array<const uint8_t *, MatrixTerms::kMostRows> lines_ = {};
+  int32_t next_ = 0;
+};
+
+// False, with nothing written, if there is no memory for the lines.
+template <class Layout>
+bool ApplyByLines(const MatrixJob &job) {
+  ImageClassData &dest = job.dest;
+  const int64_t count = job.columns * int64_t{Layout::channelCount};
+  const LinePlaces<Layout> places(job.source, dest);
+  SourceLines<Layout> lines(job, places);
+  if (!lines) return false;
+  ZeroedBuffer<uint8_t> results;
+  if (!places.packed) results = ZeroedBuffer<uint8_t>(count);
+  if (!places.packed && !results) return false;
+
+  const MatrixSums sum(job.terms.All(), job.result);
+  std::array<WeightedLine, MatrixTerms::kMostEntries> weighted = {};
+  for (int32_t y = 0; y < job.rows; ++y) {
+    uint8_t *row = dest.GetRow(&dest, y);
+    if (row == nullptr) continue;
+    lines.MoveTo(y);
+    size_t used = 0;
+    for (const MatrixTerm &term : job.terms.All()) {
+      const uint8_t *samples = lines.SamplesOf(term, y);
+      if (samples != nullptr) weighted[used++] = {samples, term.weight};
+    }
+    const std::span found = std::span(weighted).first(used);
+    if (places.packed) {
+      sum(found, count, row + places.dest[0]);
+    } else {
+      sum(found, count, results.Get());
+      Scatter(results.Get(), dest.PixelSize, places.dest, job.columns, row);
+    }
+  }
+  return true;
+}
+
+template <class Layout>
+void Apply(const MatrixJob &job) {
+  const bool apart = job.columns > 0 && WritesApart(job.source, job.dest, job.columns, job.rows);
+  if (!apart || !ApplyByLines<Layout>(job)) ApplyByPixel<Layout>(job);
+}
+
+}  // namespace
+
+// --- handlers ---
+
+REALobject PictureMatrix5(REALobject instance, REALobject dest, int32_t dimension, REALarray matrix, int32_t delta,
+                          double scaleFactor) {
+  std::array<int32_t, MatrixTerms::kMostEntries> entries = {};
+  ReadIntegerArray(matrix, entries);
+  // A new dest has the source's sides exchanged, while the loops run by the source's: all of a square image is written,
+  // and of another one what lies within both.
+  const bool isNew = dest == nullptr;
+  return RunFilter(instance, dest, NewDest::ExchangedSides, [&](ImageClassData &source, ImageClassData &target) {
+    const MatrixTerms terms(entries, dimension);
+    const int32_t columns = isNew ? std::min(source.Width, target.Width) : source.Width;
+    const int32_t rows = isNew ? std::min(source.Height, target.Height) : source.Height;
+    const MatrixJob job{source, target, terms, {delta, scaleFactor}, columns, rows};
+    using enum ColourFamily;
+    VisitLayout<Gray, RGB, CMYK>(source, [&]<class Layout>(Layout) { Apply<Layout>(job); });
+  });
+}
+
+REALobject PictureMatrix4(REALobject instance, REALobject dest, int32_t dimension, REALarray matrix, int32_t delta) {
+  return PictureMatrix5(instance, dest, dimension, matrix, delta, 1.0);
+}
+
+REALobject PictureMatrix3(REALobject instance, REALobject dest, int32_t dimension, REALarray matrix) {
+  return PictureMatrix4(instance, dest, dimension, matrix, 0);
+}
+
+}  // namespace zvk
