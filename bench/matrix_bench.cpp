@@ -1,0 +1,63 @@
+// ApplyMatrix on an image of 6000 x 4000 pixels, from one image into another, and the naive loops on a sixteenth of the
+// pixels beside it.
+#include <benchmark/benchmark.h>
+
+#include <cstdint>
+#include <vector>
+
+#include "bench/filter_images.h"
+#include "pixelops/matrix_filter.h"
+#include "tests/support/naive_filters.h"
+
+namespace zvk {
+namespace {
+
+const naive::Matrix kSharpen{3, {0, -1, 0, -1, 5, -1, 0, -1, 0}};
+const naive::Matrix kBlur{3, {1, 2, 1, 2, 4, 2, 1, 2, 1}, 0, 1.0 / 16};
+const naive::Matrix kWide{3, {-90, 20, -90, 20, 250, 20, -90, 20, -90}, 0, 0.01};
+
+naive::Matrix Average(int32_t dimension) {
+  const int32_t count = dimension * dimension;
+  return {dimension, std::vector<int32_t>(static_cast<size_t>(count), 1), 0, 1.0 / count};
+}
+
+void Apply(benchmark::State &state, int32_t format, const naive::Matrix &matrix) {
+  const BenchImage source(6000, 4000, format), dest(6000, 4000, format);
+  const BenchArray entries(matrix.entries);
+  for (auto _ : state) {
+    Unlock(
+        PictureMatrix5(source.Handle(), dest.Handle(), matrix.dimension, entries.Handle(), matrix.delta, matrix.scale));
+  }
+  state.SetItemsProcessed(state.iterations() * 24000000);
+}
+
+void Naive(benchmark::State &state, int32_t format, const naive::Matrix &matrix) {
+  const BenchImage source(1500, 1000, format), dest(1500, 1000, format);
+  for (auto _ : state) naive::ApplyMatrix(source.Record(), dest.Record(), 1500, 1000, matrix);
+  state.SetItemsProcessed(state.iterations() * 1500000);
+}
+
+BENCHMARK_CAPTURE(Apply, sharpen_RGB, ImageFormatRGB, kSharpen)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Apply, blur_RGB, ImageFormatRGB, kBlur)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Apply, blur_RGBA, ImageFormatRGBA, kBlur)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Apply, blur_RGBX, ImageFormatRGBX, kBlur)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Apply, blur_G, ImageFormatG, kBlur)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Apply, wide_RGB, ImageFormatRGB, kWide)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Apply, average5_RGB, ImageFormatRGB, Average(5))->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Apply, average15_RGB, ImageFormatRGB, Average(15))->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Apply, average25_RGB, ImageFormatRGB, Average(25))->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Naive, blur_RGB, ImageFormatRGB, kBlur)->Unit(benchmark::kMillisecond);
+
+// In place each pixel asks for its rows anew.
+void ApplyInPlace(benchmark::State &state) {
+  const BenchImage image(1500, 1000, ImageFormatRGB);
+  const BenchArray entries(kBlur.entries);
+  for (auto _ : state) {
+    Unlock(PictureMatrix5(image.Handle(), image.Handle(), 3, entries.Handle(), 0, kBlur.scale));
+  }
+  state.SetItemsProcessed(state.iterations() * 1500000);
+}
+BENCHMARK(ApplyInPlace)->Unit(benchmark::kMillisecond);
+
+}  // namespace
+}  // namespace zvk
