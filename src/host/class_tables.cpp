@@ -20,9 +20,12 @@
 #include "pictures/picture_import.h"
 #include "pixelops/auto_level.h"
 #include "pixelops/compare_images.h"
+#include "pixelops/dither.h"
 #include "pixelops/fill.h"
 #include "pixelops/fill_apply.h"
 #include "pixelops/invert.h"
+#include "pixelops/matrix_filter.h"
+#include "pixelops/tone_filters.h"
 #include "scaling/fast_scale.h"
 #include "scaling/scale_engine.h"
 #include "scaling/scale_threads.h"
@@ -147,6 +150,17 @@ REALmethodDefinition pictureMethods[] = {
     Method(ImageConstructor, "Constructor(width as integer, height as integer, ImageFormat as integer)"),
     Method(ImageConstructorPicture, "Constructor(pic as picture, UseAlpha as boolean=false)", kPictureMethod),
     Method(ImageConstructorMemory, "Constructor(Buf as MemoryBlock, width as integer, height as integer, ImageFormat as integer, RowSize as integer)"),
+    Method(SolarizeFilter, "SolarizeFilter(dest as PictureZVK) as PictureZVK"),
+    Method(GammaFilterG, "GammaFilter(dest as PictureZVK, gamma as double) as PictureZVK"),
+    Method(GammaFilterGA, "GammaFilter(dest as PictureZVK, gamma as double, alphaGamma as double) as PictureZVK"),
+    Method(GammaFilterRGB, "GammaFilter(dest as PictureZVK, redGamma as double, greenGamma as double, blueGamma as double) as PictureZVK"),
+    Method(GammaFilterRGBA, "GammaFilter(dest as PictureZVK, redGamma as double, greenGamma as double, blueGamma as double, alphaGamma as double) as PictureZVK"),
+    Method(DitherFilter, "DitherFilter(dest as PictureZVK, matrix as integer, levels as integer) as PictureZVK"),
+    Method(GainFilter, "GainFilter(dest as PictureZVK, gain as double, bias as double) as PictureZVK"),
+    Method(TransferFilterG, "TransferFilter(dest as PictureZVK, gray() as integer) as PictureZVK"),
+    Method(TransferFilterGA, "TransferFilter(dest as PictureZVK, gray() as integer, alpha() as integer) as PictureZVK"),
+    Method(TransferFilterRGB, "TransferFilter(dest as PictureZVK, red() as integer, green() as integer, blue() as integer) as PictureZVK"),
+    Method(TransferFilterRGBA, "TransferFilter(dest as PictureZVK, red() as integer, green() as integer, blue() as integer, alpha() as integer) as PictureZVK"),
     Method(AlphaChannel, "AlphaChannel as PictureZVK"),
     Method(RedChannel, "RedChannel as PictureZVK"),
     Method(GreenChannel, "GreenChannel as PictureZVK"),
@@ -217,6 +231,9 @@ REALmethodDefinition pictureMethods[] = {
     Method(rbDrawPictureApplyMaskRGB8, "DrawMaskedPictureApplyMaskRGB(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer, SourceX as integer, SourceY as integer, InvertMask as boolean=False)", kPictureMethod),
     Method(ClipImage1, "ClipImage as PictureZVK"),
     Method(ClipImage5, "ClipImage(x as integer, y as integer, width as integer, height as integer) as PictureZVK"),
+    Method(PictureMatrix3, "ApplyMatrix(dest as PictureZVK, MatrixDimension as integer, matrix() as integer) as PictureZVK"),
+    Method(PictureMatrix4, "ApplyMatrix(dest as PictureZVK, MatrixDimension as integer, matrix() as integer, delta as integer) as PictureZVK"),
+    Method(PictureMatrix5, "ApplyMatrix(dest as PictureZVK, MatrixDimension as integer, matrix() as integer, delta as integer, ScaleFactor as double) as PictureZVK"),
     Method(CopyGWorld, "CopyGWorld as variant"),
 };
 

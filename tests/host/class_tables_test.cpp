@@ -22,9 +22,12 @@
 #include "pictures/picture_import.h"
 #include "pixelops/auto_level.h"
 #include "pixelops/compare_images.h"
+#include "pixelops/dither.h"
 #include "pixelops/fill.h"
 #include "pixelops/fill_apply.h"
 #include "pixelops/invert.h"
+#include "pixelops/matrix_filter.h"
+#include "pixelops/tone_filters.h"
 #include "scaling/fast_scale.h"
 #include "scaling/scale_engine.h"
 #include "scaling/scale_threads.h"
@@ -121,6 +124,24 @@ const std::vector<ExpectedMethod> kMethods = {
     {"Constructor(pic as picture, UseAlpha as boolean=false)", Address(ImageConstructorPicture), kPicture},
     {"Constructor(Buf as MemoryBlock, width as integer, height as integer, ImageFormat as integer, RowSize as integer)",
      Address(ImageConstructorMemory)},
+    {"SolarizeFilter(dest as PictureZVK) as PictureZVK", Address(SolarizeFilter)},
+    {"GammaFilter(dest as PictureZVK, gamma as double) as PictureZVK", Address(GammaFilterG)},
+    {"GammaFilter(dest as PictureZVK, gamma as double, alphaGamma as double) as PictureZVK", Address(GammaFilterGA)},
+    {"GammaFilter(dest as PictureZVK, redGamma as double, greenGamma as double, blueGamma as double) as PictureZVK",
+     Address(GammaFilterRGB)},
+    {"GammaFilter(dest as PictureZVK, redGamma as double, greenGamma as double, blueGamma as double, alphaGamma as "
+     "double) as PictureZVK",
+     Address(GammaFilterRGBA)},
+    {"DitherFilter(dest as PictureZVK, matrix as integer, levels as integer) as PictureZVK", Address(DitherFilter)},
+    {"GainFilter(dest as PictureZVK, gain as double, bias as double) as PictureZVK", Address(GainFilter)},
+    {"TransferFilter(dest as PictureZVK, gray() as integer) as PictureZVK", Address(TransferFilterG)},
+    {"TransferFilter(dest as PictureZVK, gray() as integer, alpha() as integer) as PictureZVK",
+     Address(TransferFilterGA)},
+    {"TransferFilter(dest as PictureZVK, red() as integer, green() as integer, blue() as integer) as PictureZVK",
+     Address(TransferFilterRGB)},
+    {"TransferFilter(dest as PictureZVK, red() as integer, green() as integer, blue() as integer, alpha() as integer) "
+     "as PictureZVK",
+     Address(TransferFilterRGBA)},
     {"AlphaChannel as PictureZVK", Address(AlphaChannel)},
     {"RedChannel as PictureZVK", Address(RedChannel)},
     {"GreenChannel as PictureZVK", Address(GreenChannel)},
@@ -233,6 +254,13 @@ const std::vector<ExpectedMethod> kMethods = {
      Address(rbDrawPictureApplyMaskRGB8), kPicture},
     {"ClipImage as PictureZVK", Address(ClipImage1)},
     {"ClipImage(x as integer, y as integer, width as integer, height as integer) as PictureZVK", Address(ClipImage5)},
+    {"ApplyMatrix(dest as PictureZVK, MatrixDimension as integer, matrix() as integer) as PictureZVK",
+     Address(PictureMatrix3)},
+    {"ApplyMatrix(dest as PictureZVK, MatrixDimension as integer, matrix() as integer, delta as integer) as PictureZVK",
+     Address(PictureMatrix4)},
+    {"ApplyMatrix(dest as PictureZVK, MatrixDimension as integer, matrix() as integer, delta as integer, ScaleFactor "
+     "as double) as PictureZVK",
+     Address(PictureMatrix5)},
     {"CopyGWorld as variant", Address(CopyGWorld)},
 };
 
