@@ -23,6 +23,9 @@ class FuzzPool {
   virtual Value NewFile() = 0;
 };
 
+// The largest image that is worked on.
+inline constexpr int32_t kMostPixels = 64 * 64;
+
 // A rectangle's corner or size: mostly near an image of up to kLargestSide pixels, at times anything of 32 bits.
 inline constexpr int32_t kLargestSide = 40;
 int32_t AnyCoordinate(RandomSource &random);

@@ -29,7 +29,6 @@ constexpr char kFactoryClass[] = "FuzzFactory";
 constexpr int64_t kCallsOfCase = 100;
 constexpr size_t kMostImages = 10;
 constexpr size_t kMostPictures = 4;
-constexpr int32_t kMostPixels = 100 * 100;
 
 // --- what is told where the process dies ---
 
