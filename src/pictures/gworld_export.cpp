@@ -16,6 +16,8 @@ constexpr int16_t kGrayColourTable = 40;  // the system's number of it
 // Where the other plug-in's object keeps the world, which is an address; behind it, that it has one.
 constexpr size_t kWorldInObject = 24;
 
+bool CanBeCopied(const ImageClassData &image) { return image.BitsPerComponent != 16 && IsUsable(image); }
+
 // A new world with its pixels locked, and the object that is to own it. Unless both are there, all is given back.
 class GWorld {
  public:
@@ -106,8 +108,10 @@ REALobject CopyGWorldG(ImageClassData &image) {
 
 REALobject CopyGWorld(REALobject instance) {
   ImageClassData *image = RecordOf(instance);
-  if (image == nullptr || image->BitsPerComponent == 16 || !IsUsable(*image)) return nullptr;
+  if (image == nullptr || !CanBeCopied(*image)) return nullptr;
   YieldOn(*image);
+  // Other code of the host may have closed the image or constructed it anew.
+  if (!CanBeCopied(*image)) return nullptr;
   if (image->IsGray) return CopyGWorldG(*image);
   return image->IsRGB ? CopyGWorldRGB(*image) : nullptr;
 }

@@ -82,6 +82,14 @@ void WriteRow(PixelSizes<kSizes...>, const uint8_t *source, ptrdiff_t pixelSize,
   if (!usual) WritePixels<Reader, Word, 0>(source, pixelSize, dest, count, read);
 }
 
+// Row i of the rectangle; nil if it cannot be had. Asked again for each row: other code of the host may have run since,
+// and closed the image or constructed it anew, where the rectangle may not lie.
+const uint8_t *SourceRow(ImageClassData &image, const Rectangle &rectangle, int32_t i) {
+  const int32_t y = rectangle.y + i;
+  if (!HasGetRow(image) || y >= image.Height || rectangle.width > image.Width - rectangle.x) return nullptr;
+  return image.GetRow(&image, y);
+}
+
 template <class Reader>
 void WriteRows(ImageClassData &image, const Rectangle &rectangle, PictureEditor &picture,
                Reader (*readerOf)(const ImageClassData &)) {
@@ -90,8 +98,7 @@ void WriteRows(ImageClassData &image, const Rectangle &rectangle, PictureEditor 
     for (int32_t i = 0; i < rectangle.height; ++i) {
       if constexpr (Word::kKnown) {
         const ptrdiff_t pixelSize = image.PixelSize;
-        const uint8_t *row = image.GetRow(&image, rectangle.y + i);
-        if (row != nullptr) {
+        if (const uint8_t *row = SourceRow(image, rectangle, i); row != nullptr) {
           WriteRow<Reader, Word>(typename Reader::UsualSizes(), row + rectangle.x * pixelSize, pixelSize,
                                  picture.RowAddress, rectangle.width, readerOf(image));
         }

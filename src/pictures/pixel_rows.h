@@ -15,9 +15,12 @@
 
 namespace zvk {
 
-// The first pixel of the transfer's row i in the image; nil if the row cannot be had.
+// The first pixel of the transfer's row i in the image; nil if the row cannot be had. Asked again for each row: other
+// code of the host may have run since, and closed the image or constructed it anew, where the transfer may not fit.
 inline uint8_t *DestPixel(ImageClassData &image, const Transfer &transfer, int32_t i) {
-  uint8_t *row = image.GetRow(&image, transfer.destY + i);
+  const int32_t y = transfer.destY + i;
+  if (!HasGetRow(image) || y >= image.Height || transfer.width > image.Width - transfer.destX) return nullptr;
+  uint8_t *row = image.GetRow(&image, y);
   return row != nullptr ? row + static_cast<ptrdiff_t>(transfer.destX) * image.PixelSize : nullptr;
 }
 

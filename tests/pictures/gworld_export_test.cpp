@@ -266,6 +266,16 @@ TEST_F(GWorldExport, YieldsOnceBeforeTheCopy) {
   EXPECT_EQ(platform.calls, "yield new pixmap lock end with world ");
 }
 
+TEST_F(GWorldExport, AnImageThatIsClosedInTheYieldGivesNil) {
+  for (const int32_t format : {ImageFormatRGB, ImageFormatRGBA, ImageFormatGA}) {
+    auto image = Counted(format);
+    YieldAlways(host_, image);
+    host_->onYield = [&] { ImageDestructor(image); };
+    EXPECT_FALSE(Copy(*image, 16));
+  }
+  EXPECT_EQ(platform.calls, "");
+}
+
 TEST_F(GWorldExport, ARowThatCannotBeHadIsLeftAsItIs) {
   auto image = Counted(ImageFormatRGB);
   RecordOf(image)->GetRow = [](ImageClassData *image, int32_t index) {

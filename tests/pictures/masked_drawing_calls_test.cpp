@@ -325,6 +325,25 @@ TEST_F(MaskedRectangle, ColumnsThatANarrowerMaskLacksAreLeftAlone) {
   mask.Unlock();
 }
 
+TEST_F(MaskedRectangle, RowsThatALowerMaskLacksAreMaskedByItsFirst) {
+  auto low = NewFilledPicture(host_, 5, 2, kGD);
+  for (int32_t y = 0; y < 2; ++y) {
+    for (int32_t x = 0; x < 5; ++x) low->SetPixel(x, y, {static_cast<uint8_t>(40 + 10 * y + x), 0, 0});
+  }
+  Picture &mask = *low;
+  masked_.picture->SetMask(std::move(low));
+  auto image = Black();
+  rbDrawMaskedPictureRGB8(image, masked_.picture, 0, 0, 5, 3, 0, 1, false);
+  for (int32_t x = 0; x < 5; ++x) {
+    EXPECT_EQ(*SampleAt(*RecordOf(image), x, 0, 3), 50 + x);
+    EXPECT_EQ(*SampleAt(*RecordOf(image), x, 1, 3), 40 + x);
+    EXPECT_EQ(*SampleAt(*RecordOf(image), x, 2, 3), 40 + x);
+    EXPECT_EQ(*SampleAt(*RecordOf(image), x, 2, 0), 130 + x);
+  }
+  EXPECT_EQ(mask.References(), 2);
+  mask.Unlock();
+}
+
 // --- rows and yields ---
 
 TEST(MaskedDrawingYields, AtTheStartBeforeTheRowsAfterEachAndAtTheEnd) {
@@ -359,6 +378,54 @@ TEST(MaskedDrawingYields, WithoutAMaskThereAreAsMany) {
   EXPECT_EQ(Yields(host), 6);
   rbDrawPictureApplyMaskRGB2(image, picture, false);
   EXPECT_EQ(Yields(host), 12);
+}
+
+TEST(MaskedDrawingYields, AnImageThatIsClosedInAYieldGetsNoMoreRows) {
+  PluginHost host;
+  const MaskedPicture masked(host, 4, 3);
+  for (const Draw2 draw : kDraws2) {
+    // The first yield comes before the pictures are attached, the third one after the first row.
+    for (const int32_t closingYield : {1, 2, 3}) {
+      auto image = NewImage(host, 4, 3, ImageFormatRGBA), whole = NewImage(host, 4, 3, ImageFormatRGBA);
+      ImageClassData &record = *RecordOf(image);
+      const auto size = static_cast<size_t>(record.RowSize);
+      Bytes expected = StorageOf(record);
+      draw(whole, masked.picture, false);
+      if (closingYield == 3) std::copy_n(StorageOf(*RecordOf(whole)).begin(), size, expected.begin());
+      YieldAlways(host, image);
+      int32_t yields = 0;
+      host->onYield = [&] {
+        if (++yields == closingYield) record.GetRow = nullptr;
+      };
+      draw(image, masked.picture, false);
+      EXPECT_EQ(StorageOf(record), expected);
+      EXPECT_EQ(yields, 6);
+      EXPECT_TRUE(masked.IsReleased());
+    }
+  }
+  masked.ExpectReferencesLeft(12);
+}
+
+TEST(MaskedDrawingYields, AnImageThatIsConstructedAnewInAYieldGetsOnlyRowsThatFit) {
+  PluginHost host;
+  const MaskedPicture masked(host, 4, 3);
+  for (const Draw2 draw : kDraws2) {
+    for (const bool narrower : {true, false}) {
+      auto image = NewImage(host, 4, 3, ImageFormatRGBA);
+      ImageClassData &record = *RecordOf(image);
+      YieldAlways(host, image);
+      int32_t yields = 0;
+      Bytes after;
+      host->onYield = [&] {
+        if (++yields != 3) return;
+        (narrower ? record.Width : record.Height) = 1;
+        after = StorageOf(record);
+      };
+      draw(image, masked.picture, false);
+      EXPECT_EQ(StorageOf(record), after);
+    }
+  }
+  masked.ExpectReferencesLeft(4);
 }
 
 TEST(MaskedDrawingRows, ARowThatCannotBeHadIsLeftOut) {
