@@ -156,6 +156,19 @@ TEST_F(Fill, AnImageThatBecomesSmallerInAYieldIsFilledToItsNewEdge) {
   EXPECT_EQ(image.All(), (Bytes{1, 1, 1, 1, 1, 1, 7, 7, 1, 1, 7, 7, 7, 7, 7, 7}));
 }
 
+TEST_F(Fill, AnImageThatIsConstructedAnewInARefusedFormatIsLeftAlone) {
+  const TestImage image = NewImage(4, 2, ImageFormatRGB);
+  ImageConstructor(image, 4, 2, 14);
+  ClearRect5(image, 0, 0, 2, 2);
+  EXPECT_EQ(image.All(), Bytes(24, 7));
+  const TestImage inAYield = NewImage(4, 2, ImageFormatRGB);
+  inAYield.Record().Yield.YieldTicks = 1;
+  onYield_ = [&] { ImageConstructor(inAYield, 4, 2, 14); };
+  FillRect1(inAYield, 1);
+  FillRectRandom1(inAYield);
+  EXPECT_EQ(inAYield.All(), Bytes(24, 7));
+}
+
 TEST_F(Fill, ARowThatCannotBeHadIsLeftOut) {
   const TestImage image = NewImage(2, 3, ImageFormatG);
   std::vector<uint8_t *> rows;
