@@ -19,6 +19,7 @@ namespace {
 constexpr char kClassTable[] = "PictureZVK host class";
 constexpr std::string_view kAssignPrefix = "Set";
 constexpr char kClose[] = "Close";
+constexpr char kConstructor[] = "Constructor";
 
 // --- collecting in time ---
 
@@ -141,6 +142,9 @@ int IndexObject(lua_State *lua) {
   const std::string_view name = NameAt(lua, 2);
   const Value object = ToValue(lua, 1);
   const ClassBinding &type = ClassOf(object);
+  if (NamesEqual(name, kConstructor)) {
+    throw BindingError("an object is constructed once; call the class for another one");
+  }
   if (HasMethod(type, name, [](const BoundMethod &method) { return !method.isShared; })) {
     PushNamedFunction(lua, name, Guarded<CallMethod>);
   } else if (const std::string_view assigned = AssignedMethod(type, name);

@@ -98,6 +98,7 @@ TEST_F(ScriptTest, ACallThatFitsNoneListsTheDeclarationsThatThereAre) {
 TEST_F(ScriptTest, WhatThereIsNotIsSaid) {
   EXPECT_THAT(Run("PictureZVK(4, 2, 1):Sclae()"), HasSubstr("PictureZVK has no property \"Sclae\""));
   EXPECT_THAT(Run("print(PictureZVK.ImageFormatRBG)"), HasSubstr("no constant or shared method \"ImageFormatRBG\""));
+  EXPECT_THAT(Run("PictureZVK(4, 2, 1):Constructor(9, 9, 1)"), HasSubstr("an object is constructed once"));
   EXPECT_THAT(Run("PictureZVK.Other = 1"), HasSubstr("nothing can be assigned to the class PictureZVK"));
   EXPECT_THAT(Run("local image = PictureZVK(4, 2, 1) image.Row(1)"), HasSubstr("call Row with a colon"));
   EXPECT_THAT(Run("local image = PictureZVK(4, 2, 1) image:SetRow()"), HasSubstr("there is no value to assign to Row"));
