@@ -5,10 +5,10 @@
 #include <cstddef>
 
 #include "image/layouts.h"
+#include "pixelops/channel_rows.h"
 #include "pixelops/dither_levels.h"
 #include "pixelops/dither_matrices.h"
 #include "pixelops/filter_frame.h"
-#include "pixelops/pixel_rows.h"
 
 namespace zvk {
 
@@ -20,7 +20,7 @@ constexpr int32_t kMostLevels = 256;
 // Dithers the samples of `width` pixels, all of a pixel read before any is written.
 template <size_t kChannels>
 void DitherRow(const DitherLevels &levels, const int32_t *thresholds, int32_t size,
-               PixelRow<const uint8_t, kChannels> source, PixelRow<uint8_t, kChannels> dest, int32_t width) {
+               ChannelRow<const uint8_t, kChannels> source, ChannelRow<uint8_t, kChannels> dest, int32_t width) {
   int32_t column = 0;
   for (int32_t x = 0; x < width; ++x) {
     const int32_t threshold = thresholds[column];

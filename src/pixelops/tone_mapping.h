@@ -7,8 +7,8 @@
 #include <cstdint>
 
 #include "image/image_record.h"
+#include "pixelops/channel_rows.h"
 #include "pixelops/filter_frame.h"
-#include "pixelops/pixel_rows.h"
 #include "pixelops/tone_tables.h"
 
 namespace zvk {
@@ -20,8 +20,8 @@ void MapBytesPlain(const ToneTable &table, const uint8_t *source, uint8_t *dest,
 
 // Sends the samples of `width` pixels through the table of their channel, all of a pixel read before any is written.
 template <size_t kChannels>
-void MapRow(const std::array<ToneTable, kChannels> &tables, PixelRow<const uint8_t, kChannels> source,
-            PixelRow<uint8_t, kChannels> dest, int32_t width) {
+void MapRow(const std::array<ToneTable, kChannels> &tables, ChannelRow<const uint8_t, kChannels> source,
+            ChannelRow<uint8_t, kChannels> dest, int32_t width) {
   for (int32_t x = 0; x < width; ++x) {
     std::array<uint8_t, kChannels> samples = {};
     for (size_t c = 0; c < kChannels; ++c) samples[c] = tables[c][source.pixel[source.offsets[c]]];

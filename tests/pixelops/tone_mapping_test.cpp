@@ -22,7 +22,8 @@ ToneTable AnyTable() {
 using MapFunction = void (*)(const ToneTable &, const uint8_t *, uint8_t *, ptrdiff_t);
 
 class MapBytesTest : public testing::TestWithParam<MapFunction> {};
-INSTANTIATE_TEST_SUITE_P(Forms, MapBytesTest, testing::Values(MapBytes, MapBytesPlain));
+INSTANTIATE_TEST_SUITE_P(Forms, MapBytesTest, testing::Values(MapBytes, MapBytesPlain),
+                         [](const auto &info) { return info.param == MapBytesPlain ? "Plain" : "Best"; });
 
 TEST_P(MapBytesTest, EveryCountIsServedWithinItsBytes) {
   const ToneTable table = AnyTable();

@@ -14,7 +14,7 @@ namespace zvk {
 // A row of one image: its first pixel, the distance between two, and where the samples lie in one, in bytes. Handed on
 // by value, so that stores to pixels leave it in registers.
 template <class Byte, size_t kChannels>
-struct PixelRow {
+struct ChannelRow {
   Byte *pixel;
   ptrdiff_t step;
   std::array<int32_t, kChannels> offsets;
