@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <type_traits>
 
 #include "host/resources.h"
@@ -87,11 +88,16 @@ void WriteTempPixel(uint8_t *pixel, const SampleOf<Pair> *values, ptrdiff_t step
 
 // --- pixel by pixel ---
 
+// A row that cannot be had is left out: one of a block that cannot be mapped, and all those of an image that was closed
+// while the host had time.
+
 template <const ScalePair &Pair>
 void HorizontalRow(const ScaleJob &job, int32_t y, double rounding) {
   ImageClassData &source = *job.Source;
   ImageClassData &temp = *job.Temp;
+  if (!HasGetRow(source) || !HasGetRow(temp)) return;
   const uint8_t *sourceRow = source.GetRow(&source, y);
+  if (sourceRow == nullptr) return;
   for (int32_t x = 0; x < job.Width; ++x) {
     const ScaleTapList &list = job.Table[x];
     double sums[kValues<Pair>] = {};
@@ -114,6 +120,7 @@ template <const ScalePair &Pair>
 void VerticalRow(const ScaleJob &job, int32_t y) {
   ImageClassData &temp = *job.Temp;
   ImageClassData &dest = *job.Dest;
+  if (!HasGetRow(temp) || !HasGetRow(dest)) return;
   const ScaleTapList &list = job.Table[y];
   for (int32_t x = 0; x < job.Width; ++x) {
     double sums[kValues<Pair>] = {};
@@ -159,6 +166,13 @@ class StagedColumns {
   void MakeRows(int32_t y, double rounding) {
     const uint8_t *rows[Rows];
     for (int32_t row = 0; row < Rows; ++row) rows[row] = job_.Source->GetRow(job_.Source, y + row);
+    if (std::ranges::find(rows, nullptr) != std::end(rows)) {
+      // That one is left out, so the others are made singly.
+      if constexpr (Rows > 1) {
+        for (int32_t row = 0; row < Rows; ++row) MakeRows<1>(y + row, rounding);
+      }
+      return;
+    }
     for (int32_t x = 0; x < job_.Width;) {
       const Stretch stretch = StretchFrom(x);
       Stage<Rows>(rows, stretch);
@@ -303,9 +317,9 @@ class SummedRows {
   ZeroedBuffer<Sample> values_;
 };
 
-// True if nobody can notice in what order rows of the one are read and rows of the other written.
+// True if there are rows and nobody can notice in what order those of the one are read and those of the other written.
 inline bool MayWorkOnWholeRows(const ImageClassData &from, const ImageClassData &to) {
-  return HasFixedRows(from) && HasFixedRows(to) && !SharesStorage(from, to);
+  return HasGetRow(from) && HasGetRow(to) && HasFixedRows(from) && HasFixedRows(to) && !SharesStorage(from, to);
 }
 
 // True if `height` rows of `width` pixels, `pixelSize` bytes each, lie inside the image.

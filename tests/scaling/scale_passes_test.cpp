@@ -177,6 +177,28 @@ TEST(ScalePasses, ANilRowDropsItsPixelsOrTapsSilently) {
   }
 }
 
+TEST(ScalePasses, ANilSourceRowLeavesItsTempRowAsItWas) {
+  for (const bool mapped : {false, true}) {
+    TestImage source(6, 40, ImageFormatRGB), dest(5, 5, ImageFormatRGB);
+    source.FillNoise(5);
+    const TestImage temp = MakeTemp(dest, source, 5).FillNoise(8);
+    const Bytes row2 = temp.Row(2, 5);
+    const Outcome whole = NaiveOutcome(dest, source, temp, kLanczos3, 5, 5);
+    ScaleTapTable columns(5);
+    columns.Build(kLanczos3Filter, kHorizontalAxis, 5, 5.0 / 6, 6, nullptr);
+    const ScaleJob job{&source.Record(), nullptr, 0, 5, &temp.Record(), columns.Lists()};
+    source.Record().GetRow = NoRow2;
+    source.Record().IsMapping = mapped;
+    const int32_t end = 40;
+    HorizontalPass<RGB_to_RGB>(job, {0, end, nullptr}, kRoundToNearest);
+    EXPECT_EQ(temp.Row(2, 5), row2);
+    const Bytes made = temp.Storage();
+    temp.Storage() = whole.temp;
+    temp.SetRow(2, row2);
+    EXPECT_EQ(made, temp.Storage());
+  }
+}
+
 // --- shared storage ---
 
 TEST(ScalePasses, SourceAndDestinationMayBeTheSameImage) {

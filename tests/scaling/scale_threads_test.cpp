@@ -2,9 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -156,6 +158,10 @@ TEST_F(ScaleThreads, RowsOfThreadsThatCannotBeStartedAreDoneHere) {
   source.FillNoise(1);
   ExpectNaive(dest, 3, source, MakeTemp(dest, source, 5), kLanczos3, 5, 12);
   EXPECT_EQ(threads.DetachCalls(), 2);
+  // They name the calling thread.
+  const std::vector<faults::NamedThread> names = threads.Names();
+  EXPECT_EQ(names.size(), 6u);
+  EXPECT_EQ(std::ranges::count(names, std::this_thread::get_id(), &faults::NamedThread::caller), 4);
 }
 
 TEST_F(ScaleThreads, SourceAndDestinationMayBeTheSameImage) {
@@ -337,6 +343,21 @@ TEST_F(ScaleThreads, TheHostGetsTimeDuringALongScale) {
   // ScaleHost sees to it that all of it comes on the host's own thread.
   ASSERT_TRUE(Scale(dest, 2, source, kLanczos8, 1000, 700));
   EXPECT_GE(yields_, 4);
+}
+
+TEST_F(ScaleThreads, AnImageThatIsClosedBetweenThePassesIsNotWritten) {
+  const TestImage source(9, 7, ImageFormatRGB), temp = MakeTemp(source, source, 5);
+  for (const int32_t threads : {1, 3}) {
+    TestImage dest(5, 12, ImageFormatRGB);
+    dest.FillNoise(1);
+    const Bytes before = dest.Storage();
+    yields_ = 0;
+    onYield_ = [&] {
+      if (yields_ == 1) dest.Record().GetRow = nullptr;  // of which the first pass knows nothing
+    };
+    EXPECT_TRUE(Scale(dest, threads, source, temp, kLanczos3, 5, 12));
+    EXPECT_EQ(dest.Storage(), before);
+  }
 }
 
 TEST_F(ScaleThreads, OnlyTheYieldTimeOfARecordChanges) {

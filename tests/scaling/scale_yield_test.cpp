@@ -107,5 +107,58 @@ TEST_F(ScaleYield, OffsetsThatMoveCountFromTheNextRowOn) {
   for (int32_t y = 0; y < 4; ++y) EXPECT_EQ(temp.Row(y, 1), (Bytes{y < 2 ? uint8_t{10} : uint8_t{30}, 20, 30, 0})) << y;
 }
 
+// The images of both passes, and what they hold where nothing is written.
+struct ClosedImages {
+  ClosedImages() {
+    for (int32_t y = 0; y < 5; ++y) source.SetRow(y, {1, 2});
+    for (int32_t y = 0; y < 5; ++y) temp.SetRow(y, {7, 7});
+    for (int32_t y = 0; y < 5; ++y) dest.SetRow(y, {9, 9});
+  }
+
+  // Looks behind the record, which may have been closed.
+  static void ExpectRows(TestImage &image, const Bytes &firstTwo, const Bytes &others) {
+    image.Record().GetRow = GetRowLinear;
+    for (int32_t y = 0; y < 5; ++y) EXPECT_EQ(image.Row(y, 2), y < 2 ? firstTwo : others) << y;
+  }
+
+  TestImage source{2, 5, ImageFormatG}, temp{2, 5, ImageFormatScaling1}, dest{2, 5, ImageFormatG};
+};
+
+TEST_F(ScaleYield, AnImageThatIsClosedHasNoFurtherRowsInTheHorizontalPass) {
+  for (const bool mapped : {false, true}) {
+    for (const bool closesSource : {false, true}) {
+      ClosedImages images;
+      images.source.Record().IsMapping = mapped;
+      ScaleTapTable table(2);
+      table.Build(kTriangleFilter, kHorizontalAxis, 2, 1.0, 2, nullptr);
+      yields_ = 0;
+      ActInYield(images.dest, 2, [&] { (closesSource ? images.source : images.temp).Record().GetRow = nullptr; });
+      const ScaleJob job{&images.source.Record(), nullptr, 0, 2, &images.temp.Record(), table.Lists()};
+      const int32_t end = 5;
+      HorizontalPass<G_to_G>(job, {0, end, &images.dest.Record()}, kRoundToNearest);
+      EXPECT_EQ(yields_, 5);
+      ClosedImages::ExpectRows(images.temp, {1, 2}, {7, 7});
+    }
+  }
+}
+
+TEST_F(ScaleYield, AnImageThatIsClosedHasNoFurtherRowsInTheVerticalPass) {
+  for (const bool mapped : {false, true}) {
+    for (const bool closesTemp : {false, true}) {
+      ClosedImages images;
+      images.temp.Record().IsMapping = mapped;
+      ScaleTapTable table(5);
+      table.Build(kTriangleFilter, kVerticalAxis, 5, 1.0, 5, nullptr);
+      yields_ = 0;
+      ActInYield(images.dest, 2, [&] { (closesTemp ? images.temp : images.dest).Record().GetRow = nullptr; });
+      const ScaleJob job{nullptr, &images.dest.Record(), 5, 2, &images.temp.Record(), table.Lists()};
+      const int32_t end = 5;
+      VerticalPass<G_to_G>(job, {0, end, &images.dest.Record()});
+      EXPECT_EQ(yields_, 5);
+      ClosedImages::ExpectRows(images.dest, {7, 7}, {9, 9});
+    }
+  }
+}
+
 }  // namespace
 }  // namespace zvk
