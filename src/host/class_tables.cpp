@@ -19,13 +19,21 @@
 #include "pictures/picture_export.h"
 #include "pictures/picture_import.h"
 #include "pixelops/auto_level.h"
+#include "pixelops/box_blur.h"
 #include "pixelops/compare_images.h"
+#include "pixelops/diffuse_filter.h"
 #include "pixelops/dither.h"
+#include "pixelops/engrave_filter.h"
 #include "pixelops/fill.h"
 #include "pixelops/fill_apply.h"
+#include "pixelops/fractional_blur.h"
 #include "pixelops/invert.h"
 #include "pixelops/matrix_filter.h"
+#include "pixelops/neon_filter.h"
+#include "pixelops/oil_filter.h"
+#include "pixelops/stamp_filter.h"
 #include "pixelops/tone_filters.h"
+#include "pixelops/unsharp.h"
 #include "scaling/fast_scale.h"
 #include "scaling/scale_engine.h"
 #include "scaling/scale_threads.h"
@@ -150,6 +158,13 @@ REALmethodDefinition pictureMethods[] = {
     Method(ImageConstructor, "Constructor(width as integer, height as integer, ImageFormat as integer)"),
     Method(ImageConstructorPicture, "Constructor(pic as picture, UseAlpha as boolean=false)", kPictureMethod),
     Method(ImageConstructorMemory, "Constructor(Buf as MemoryBlock, width as integer, height as integer, ImageFormat as integer, RowSize as integer)"),
+    Method(OilFilter, "OilFilter(dest as PictureZVK, levels as integer, range as integer) as PictureZVK"),
+    Method(DifuseFilter, "DiffuseFilter(dest as PictureZVK, level as integer) as PictureZVK"),
+    Method(EngraveFilter, "EngraveFilter(dest as PictureZVK, level as integer) as PictureZVK"),
+    Method(NeonFilter, "NeonFilter(dest as PictureZVK) as PictureZVK"),
+    Method(BoxBlurFilter, "BoxBlurFilter(dest as PictureZVK, Radius as double, Vertical as boolean = true, Horizontal as boolean = true) as PictureZVK"),
+    Method(BoxBlurFilter2, "BoxBlurFilter(dest as PictureZVK, Radius as double, Iterations as integer, Vertical as boolean = true, Horizontal as boolean = true) as PictureZVK"),
+    Method(BoxBlurFractionalFilter, "BoxBlurFractionalFilter(dest as PictureZVK, Radius as double) as PictureZVK"),
     Method(SolarizeFilter, "SolarizeFilter(dest as PictureZVK) as PictureZVK"),
     Method(GammaFilterG, "GammaFilter(dest as PictureZVK, gamma as double) as PictureZVK"),
     Method(GammaFilterGA, "GammaFilter(dest as PictureZVK, gamma as double, alphaGamma as double) as PictureZVK"),
@@ -157,10 +172,12 @@ REALmethodDefinition pictureMethods[] = {
     Method(GammaFilterRGBA, "GammaFilter(dest as PictureZVK, redGamma as double, greenGamma as double, blueGamma as double, alphaGamma as double) as PictureZVK"),
     Method(DitherFilter, "DitherFilter(dest as PictureZVK, matrix as integer, levels as integer) as PictureZVK"),
     Method(GainFilter, "GainFilter(dest as PictureZVK, gain as double, bias as double) as PictureZVK"),
+    Method(StampFilter, "StampFilter(dest as PictureZVK, radius as double, threshold as double, softness as double, Black as Color, White as Color) as PictureZVK"),
     Method(TransferFilterG, "TransferFilter(dest as PictureZVK, gray() as integer) as PictureZVK"),
     Method(TransferFilterGA, "TransferFilter(dest as PictureZVK, gray() as integer, alpha() as integer) as PictureZVK"),
     Method(TransferFilterRGB, "TransferFilter(dest as PictureZVK, red() as integer, green() as integer, blue() as integer) as PictureZVK"),
     Method(TransferFilterRGBA, "TransferFilter(dest as PictureZVK, red() as integer, green() as integer, blue() as integer, alpha() as integer) as PictureZVK"),
+    Method(unsharpFilter, "UnsharpFilter(origpixels as PictureZVK, Amount as double, Threshold as integer) as boolean"),
     Method(AlphaChannel, "AlphaChannel as PictureZVK"),
     Method(RedChannel, "RedChannel as PictureZVK"),
     Method(GreenChannel, "GreenChannel as PictureZVK"),

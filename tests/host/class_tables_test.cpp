@@ -21,13 +21,21 @@
 #include "pictures/picture_export.h"
 #include "pictures/picture_import.h"
 #include "pixelops/auto_level.h"
+#include "pixelops/box_blur.h"
 #include "pixelops/compare_images.h"
+#include "pixelops/diffuse_filter.h"
 #include "pixelops/dither.h"
+#include "pixelops/engrave_filter.h"
 #include "pixelops/fill.h"
 #include "pixelops/fill_apply.h"
+#include "pixelops/fractional_blur.h"
 #include "pixelops/invert.h"
 #include "pixelops/matrix_filter.h"
+#include "pixelops/neon_filter.h"
+#include "pixelops/oil_filter.h"
+#include "pixelops/stamp_filter.h"
 #include "pixelops/tone_filters.h"
+#include "pixelops/unsharp.h"
 #include "scaling/fast_scale.h"
 #include "scaling/scale_engine.h"
 #include "scaling/scale_threads.h"
@@ -124,6 +132,17 @@ const std::vector<ExpectedMethod> kMethods = {
     {"Constructor(pic as picture, UseAlpha as boolean=false)", Address(ImageConstructorPicture), kPicture},
     {"Constructor(Buf as MemoryBlock, width as integer, height as integer, ImageFormat as integer, RowSize as integer)",
      Address(ImageConstructorMemory)},
+    {"OilFilter(dest as PictureZVK, levels as integer, range as integer) as PictureZVK", Address(OilFilter)},
+    {"DiffuseFilter(dest as PictureZVK, level as integer) as PictureZVK", Address(DifuseFilter)},
+    {"EngraveFilter(dest as PictureZVK, level as integer) as PictureZVK", Address(EngraveFilter)},
+    {"NeonFilter(dest as PictureZVK) as PictureZVK", Address(NeonFilter)},
+    {"BoxBlurFilter(dest as PictureZVK, Radius as double, Vertical as boolean = true, Horizontal as boolean = true) as "
+     "PictureZVK",
+     Address(BoxBlurFilter)},
+    {"BoxBlurFilter(dest as PictureZVK, Radius as double, Iterations as integer, Vertical as boolean = true, "
+     "Horizontal as boolean = true) as PictureZVK",
+     Address(BoxBlurFilter2)},
+    {"BoxBlurFractionalFilter(dest as PictureZVK, Radius as double) as PictureZVK", Address(BoxBlurFractionalFilter)},
     {"SolarizeFilter(dest as PictureZVK) as PictureZVK", Address(SolarizeFilter)},
     {"GammaFilter(dest as PictureZVK, gamma as double) as PictureZVK", Address(GammaFilterG)},
     {"GammaFilter(dest as PictureZVK, gamma as double, alphaGamma as double) as PictureZVK", Address(GammaFilterGA)},
@@ -134,6 +153,9 @@ const std::vector<ExpectedMethod> kMethods = {
      Address(GammaFilterRGBA)},
     {"DitherFilter(dest as PictureZVK, matrix as integer, levels as integer) as PictureZVK", Address(DitherFilter)},
     {"GainFilter(dest as PictureZVK, gain as double, bias as double) as PictureZVK", Address(GainFilter)},
+    {"StampFilter(dest as PictureZVK, radius as double, threshold as double, softness as double, Black as Color, White "
+     "as Color) as PictureZVK",
+     Address(StampFilter)},
     {"TransferFilter(dest as PictureZVK, gray() as integer) as PictureZVK", Address(TransferFilterG)},
     {"TransferFilter(dest as PictureZVK, gray() as integer, alpha() as integer) as PictureZVK",
      Address(TransferFilterGA)},
@@ -142,6 +164,8 @@ const std::vector<ExpectedMethod> kMethods = {
     {"TransferFilter(dest as PictureZVK, red() as integer, green() as integer, blue() as integer, alpha() as integer) "
      "as PictureZVK",
      Address(TransferFilterRGBA)},
+    {"UnsharpFilter(origpixels as PictureZVK, Amount as double, Threshold as integer) as boolean",
+     Address(unsharpFilter)},
     {"AlphaChannel as PictureZVK", Address(AlphaChannel)},
     {"RedChannel as PictureZVK", Address(RedChannel)},
     {"GreenChannel as PictureZVK", Address(GreenChannel)},
