@@ -8,12 +8,12 @@
 #include "image/layouts.h"
 #include "pixelops/box_blur.h"
 #include "pixelops/filter_frame.h"
+#include "pixelops/tone_mapping.h"
+#include "pixelops/tone_tables.h"
 
 namespace zvk {
 
 namespace {
-
-using StampTable = std::array<uint8_t, 256>;
 
 // From 0 to 1 over a softness around a threshold: t x t x (3 - 2 t) in between.
 class StampCurve {
@@ -21,8 +21,8 @@ class StampCurve {
   StampCurve(double threshold, double softness)
       : low_((threshold - softness * 0.5) * 255), high_((threshold + softness * 0.5) * 255) {}
 
-  StampTable Between(uint8_t black, uint8_t white) const {
-    StampTable table = {};
+  ToneTable Between(uint8_t black, uint8_t white) const {
+    ToneTable table = {};
     for (size_t i = 0; i < table.size(); ++i) {
       table[i] = static_cast<uint8_t>(Truncate(At(static_cast<double>(i)) * (white - black) + black));
     }
@@ -53,21 +53,11 @@ constexpr uint8_t PartOf(uint32_t colour, ChannelOffset channel) {
 
 template <class Colours>
 void Stamp(ImageClassData &source, ImageClassData &dest, const StampCurve &curve, uint32_t black, uint32_t white) {
-  std::array<StampTable, Colours::channelCount> tables = {};
+  std::array<ToneTable, Colours::channelCount> tables = {};
   for (size_t c = 0; c < tables.size(); ++c) {
     tables[c] = curve.Between(PartOf(black, Colours::channels[c]), PartOf(white, Colours::channels[c]));
   }
-  const auto from = Colours::OffsetsOf(source);
-  const auto to = Colours::OffsetsOf(dest);
-  const int32_t width = source.Width;
-  const ptrdiff_t pixelSize = source.PixelSize, destPixelSize = dest.PixelSize;
-  ForEachRowPair(source, dest, [&](const uint8_t *pixel, uint8_t *destPixel) {
-    for (int32_t x = 0; x < width; ++x) {
-      for (size_t c = 0; c < tables.size(); ++c) destPixel[to[c]] = tables[c][pixel[from[c]]];
-      pixel += pixelSize;
-      destPixel += destPixelSize;
-    }
-  });
+  MapSamples<Colours>(source, dest, tables);
 }
 
 }  // namespace
