@@ -7,8 +7,13 @@
 #include <string>
 #include <vector>
 
+#include "pixelops/box_blur.h"
+#include "pixelops/diffuse_filter.h"
 #include "pixelops/dither.h"
+#include "pixelops/engrave_filter.h"
 #include "pixelops/matrix_filter.h"
+#include "pixelops/neon_filter.h"
+#include "pixelops/oil_filter.h"
 #include "pixelops/tone_filters.h"
 #include "tests/pixelops/filter_testing.h"
 #include "tests/support/naive_filters.h"
@@ -97,6 +102,31 @@ const Coverage kCoverage[] = {
      {"g", "gA"},
      {"RGB", "RGBA"},
      {"", ""}},
+    {"OilFilter",
+     [](REALobject self, REALobject dest, REALarray) { return OilFilter(self, dest, 16, 1); },
+     {"g", "gA"},
+     {"RGB", "RGBA"},
+     {"CMYK", "CMYKA"}},
+    {"DiffuseFilter",
+     [](REALobject self, REALobject dest, REALarray) { return DifuseFilter(self, dest, 2); },
+     {"g", "gA"},
+     {"RGB", "RGBA"},
+     {"", ""}},
+    {"EngraveFilter",
+     [](REALobject self, REALobject dest, REALarray) { return EngraveFilter(self, dest, 1); },
+     {"g", "gA"},
+     {"RGB", "RGBA"},
+     {"", ""}},
+    {"NeonFilter",
+     [](REALobject self, REALobject dest, REALarray) { return NeonFilter(self, dest); },
+     {"g", "gA"},
+     {"RGB", "RGBA"},
+     {"CMYK", "CMYKA"}},
+    {"BoxBlurFilter",
+     [](REALobject self, REALobject dest, REALarray) { return BoxBlurFilter(self, dest, 1, true, true); },
+     {"g", "gA"},
+     {"RGB", "RGBA"},
+     {"CMYK", "CMYKA"}},
 };
 
 class FilterCoverage : public FilterTest, public testing::WithParamInterface<Coverage> {

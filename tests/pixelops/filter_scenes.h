@@ -44,6 +44,8 @@ enum class Kind : uint8_t { Own, Block, Table, File };
 struct Limits {
   int32_t width = 300;
   int32_t height = 9;
+  // The last row of a source's block is as long as the others are apart, pixels or not.
+  bool wholeRows = false;
 };
 
 inline int32_t AnyWidth(Kind kind, const Limits &limits) {
@@ -70,14 +72,15 @@ class Storage {
 // A block of the caller's between unreadable pages. Rows may overlap, lie apart, and run backwards.
 class BlockStorage : public Storage {
  public:
-  BlockStorage(PluginHost &host, const Image &image, int32_t width, int32_t height, int32_t format) {
+  BlockStorage(PluginHost &host, const Image &image, int32_t width, int32_t height, int32_t format, bool wholeRows) {
     ImageClassData pixel{};
     InitImageClassData(&pixel, 1, 1, format);
     const int32_t tight = width * pixel.PixelSize;
     int32_t distance = tight + Any(0, 1) * Any(0, 9);
     if (Any(0, 9) == 0) distance = Any(0, tight);
     if (Any(0, 3) == 0) distance = -distance;
-    block_ = host.NewMemoryBlock((height - 1) * std::abs(distance) + tight);
+    const int32_t lastRow = wholeRows ? std::max(tight, std::abs(distance)) : tight;
+    block_ = host.NewMemoryBlock((height - 1) * std::abs(distance) + lastRow);
     all_ = {block_->Data(), static_cast<size_t>(block_->Size())};
     ImageConstructorMemory(image, block_, width, height, format, distance);
     if (distance < 0) Record(image).Buffer -= ptrdiff_t{height - 1} * distance;
@@ -136,14 +139,14 @@ class FileStorage : public Storage {
 
 // An image over a storage of its own, full of noise.
 struct Stored {
-  Stored(PluginHost &host, Kind kind, int32_t width, int32_t height, int32_t format)
+  Stored(PluginHost &host, Kind kind, int32_t width, int32_t height, int32_t format, bool wholeRows = false)
       : image(host.New("PictureZVK")), kind(kind) {
     switch (kind) {
       case Kind::Own:
         storage = std::make_shared<OwnStorage>(image, width, height, format);
         break;
       case Kind::Block:
-        storage = std::make_shared<BlockStorage>(host, image, width, height, format);
+        storage = std::make_shared<BlockStorage>(host, image, width, height, format, wholeRows);
         break;
       case Kind::Table:
         storage = std::make_shared<TableStorage>(image, width, height, format);
@@ -175,7 +178,9 @@ inline Image AnyView(Image image, Kind kind) {
   }
   if (Any(0, 2) == 0) look(Adopt(GetMirroredView(image)));
   if (Any(0, 4) == 0) {
-    look(Adopt((*rc::gen::element(RGBChannel, CMYKChannel, AlphaChannel, GreenChannel, BlackChannel))(image)));
+    // Picked by number, as pointers to functions cannot be shown.
+    REALobject (*const views[])(REALobject) = {RGBChannel, CMYKChannel, AlphaChannel, GreenChannel, BlackChannel};
+    look(Adopt(views[Any(0, 4)](image)));
   }
   // A moved offset puts a channel where another one is.
   if (Any(0, 5) == 0) {
@@ -237,7 +242,7 @@ inline std::pair<Image, Image> Neighbours(const Image &image) {
 inline Scene AnyScene(PluginHost &host, const Limits &limits = {}) {
   Scene scene;
   const Kind kind = AnyKind();
-  const Stored under(host, kind, AnyWidth(kind, limits), Any(1, limits.height), LikelyFormat());
+  const Stored under(host, kind, AnyWidth(kind, limits), Any(1, limits.height), LikelyFormat(), limits.wholeRows);
   scene.stored.push_back(under);
   scene.source = AnyView(under.image, under.kind);
   const int32_t width = Record(scene.source).Width, height = Record(scene.source).Height;
