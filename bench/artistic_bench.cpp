@@ -9,28 +9,19 @@
 #include <cstdlib>
 #include <vector>
 
-#include "host/plugin_entry.h"
+#include "bench/bench_images.h"
 #include "image/image_formats.h"
-#include "image/image_storage.h"
 #include "pixelops/diffuse_filter.h"
 #include "pixelops/engrave_filter.h"
 #include "pixelops/neon_filter.h"
 #include "pixelops/oil_filter.h"
 #include "pixelops/stamp_filter.h"
-#include "standalone/runtime/host.h"
 
 namespace zvk {
 namespace {
 
 constexpr int32_t kWidth = 6000, kHeight = 4000;
 constexpr int32_t kNaiveWidth = kWidth / 10, kNaiveHeight = kHeight / 10;
-
-standalone::Host &BenchHost() {
-  static standalone::Host host;
-  static const bool started = (host.Start(&REALPluginMain), true);
-  (void)started;
-  return host;
-}
 
 // Noise over a gradient, so that neighbours are alike as in a photograph.
 void FillPicture(uint8_t *bytes, int64_t count) {
@@ -41,31 +32,18 @@ void FillPicture(uint8_t *bytes, int64_t count) {
   }
 }
 
-class Image {
- public:
-  explicit Image(int32_t format) : object_(BenchHost().Classes().NewInstance("PictureZVK")) {
-    ImageConstructor(Handle(), kWidth, kHeight, format);
-    FillPicture(RecordOf(Handle())->Buffer, RecordOf(Handle())->TotalSize);
+struct Picture : Image {
+  explicit Picture(int32_t format) : Image(kWidth, kHeight, format) {
+    FillPicture(Record().Buffer, Record().TotalSize);
   }
-  Image(const Image &) = delete;
-  ~Image() { object_->Unlock(); }
-
-  REALobject Handle() const { return object_->Handle(); }
-
- private:
-  standalone::Object *object_;
 };
 
 void Drop(REALobject result) { standalone::ObjectAs<standalone::Object>(result)->Unlock(); }
 
-void CountPixels(benchmark::State &state, int64_t width, int64_t height) {
-  state.SetItemsProcessed(state.iterations() * width * height);
-}
-
 // The filter from one image into another one of the same format.
 template <class Filter>
 void Run(benchmark::State &state, int32_t format, Filter filter) {
-  const Image source(format), dest(format);
+  const Picture source(format), dest(format);
   for (auto _ : state) Drop(filter(source.Handle(), dest.Handle()));
   CountPixels(state, kWidth, kHeight);
 }

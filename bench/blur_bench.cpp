@@ -8,13 +8,11 @@
 #include <cstdlib>
 #include <vector>
 
-#include "host/plugin_entry.h"
+#include "bench/bench_images.h"
 #include "image/image_formats.h"
-#include "image/image_storage.h"
 #include "pixelops/box_blur.h"
 #include "pixelops/fractional_blur.h"
 #include "pixelops/unsharp.h"
-#include "standalone/runtime/host.h"
 
 namespace zvk {
 namespace {
@@ -22,16 +20,8 @@ namespace {
 constexpr int32_t kWidth = 6000, kHeight = 4000;
 constexpr int32_t kNaiveWidth = kWidth / 4, kNaiveHeight = kHeight / 4;
 
-standalone::Host &BenchHost() {
-  static standalone::Host host;
-  static const bool started = (host.Start(&REALPluginMain), true);
-  (void)started;
-  return host;
-}
-
 // Noise over a gradient, so that neighbours are alike as in a photograph.
-template <class Byte>
-void FillPicture(Byte *bytes, int64_t count) {
+void FillPicture(uint8_t *bytes, int64_t count) {
   uint32_t state = 1;
   for (int64_t i = 0; i < count; ++i) {
     state = state * 1664525 + 1013904223;
@@ -39,48 +29,35 @@ void FillPicture(Byte *bytes, int64_t count) {
   }
 }
 
-class Image {
- public:
-  explicit Image(int32_t format) : object_(BenchHost().Classes().NewInstance("PictureZVK")) {
-    ImageConstructor(Handle(), kWidth, kHeight, format);
-    FillPicture(RecordOf(Handle())->Buffer, RecordOf(Handle())->TotalSize);
+struct Picture : Image {
+  explicit Picture(int32_t format) : Image(kWidth, kHeight, format) {
+    FillPicture(Record().Buffer, Record().TotalSize);
   }
-  Image(const Image &) = delete;
-  ~Image() { object_->Unlock(); }
-
-  REALobject Handle() const { return object_->Handle(); }
-
- private:
-  standalone::Object *object_;
 };
 
 void Drop(REALobject result) { standalone::ObjectAs<standalone::Object>(result)->Unlock(); }
 
-void CountPixels(benchmark::State &state, int64_t width, int64_t height) {
-  state.SetItemsProcessed(state.iterations() * width * height);
-}
-
 void BoxBlur(benchmark::State &state, int32_t sourceFormat, int32_t destFormat, double radius, bool vertical,
              bool horizontal) {
-  const Image source(sourceFormat), dest(destFormat);
+  const Picture source(sourceFormat), dest(destFormat);
   for (auto _ : state) Drop(BoxBlurFilter(source.Handle(), dest.Handle(), radius, vertical, horizontal));
   CountPixels(state, kWidth, kHeight);
 }
 
 void BoxBlurInPlace(benchmark::State &state, int32_t format, double radius) {
-  const Image image(format);
+  const Picture image(format);
   for (auto _ : state) Drop(BoxBlurFilter(image.Handle(), image.Handle(), radius, true, true));
   CountPixels(state, kWidth, kHeight);
 }
 
 void Fractional(benchmark::State &state, int32_t format) {
-  const Image source(format), dest(format);
+  const Picture source(format), dest(format);
   for (auto _ : state) Drop(BoxBlurFractionalFilter(source.Handle(), dest.Handle(), 0.4));
   CountPixels(state, kWidth, kHeight);
 }
 
 void Unsharp(benchmark::State &state, int32_t format) {
-  const Image image(format), blurred(format);
+  const Picture image(format), blurred(format);
   Drop(BoxBlurFilter(image.Handle(), blurred.Handle(), 3.0, true, true));
   for (auto _ : state) benchmark::DoNotOptimize(unsharpFilter(image.Handle(), blurred.Handle(), 0.2, 3));
   CountPixels(state, kWidth, kHeight);
