@@ -191,11 +191,12 @@ TEST_F(Transparency, AlphaIsDroppedOnWish) {
 }
 
 TEST_F(Transparency, GrayWithAlphaIsSavedAsColoursWithAlpha) {
-  const Value image = session_.Images().New({2, 1, session_.Images().Constant("ImageFormatGA")});
+  const Value format = session_.Images().Constant("ImageFormatGA");
+  const Value image = session_.Images().New({2, 1, format});
   const auto row = Owned<MemoryBlock>::Adopt(MemoryBlock::Make(4));
   const uint8_t bytes[] = {200, 77, 100, 255};
   std::copy_n(bytes, 4, row->Data());
-  image.Assign("Row", {0}, row);
+  image.Assign("RowInFormat", {0, format}, row);
   SaveImage(image, Path("out.png"), kWhite);
   EXPECT_EQ(ReadClear("out.png"), Colours({{0xC8C8C84D, 0x646464FF}}));
 }
