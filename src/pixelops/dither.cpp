@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 
+#include "image/kernel_clones.h"
 #include "image/layouts.h"
 #include "pixelops/channel_rows.h"
 #include "pixelops/dither_levels.h"
@@ -30,6 +31,7 @@ void DitherRow(const DitherLevels &levels, const int32_t *thresholds, int32_t si
     for (size_t c = 0; c < kChannels; ++c) dest.pixel[dest.offsets[c]] = samples[c];
     source.pixel += source.step;
     dest.pixel += dest.step;
+    OneStepAtATime();  // the compiler cannot tell by addresses whether two mappings of a file overlap
   }
 }
 

@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "image/image_record.h"
+#include "image/kernel_clones.h"
 #include "pixelops/channel_rows.h"
 #include "pixelops/filter_frame.h"
 #include "pixelops/tone_tables.h"
@@ -28,6 +29,7 @@ void MapRow(const std::array<ToneTable, kChannels> &tables, ChannelRow<const uin
     for (size_t c = 0; c < kChannels; ++c) dest.pixel[dest.offsets[c]] = samples[c];
     source.pixel += source.step;
     dest.pixel += dest.step;
+    OneStepAtATime();  // the compiler cannot tell by addresses whether two mappings of a file overlap
   }
 }
 
