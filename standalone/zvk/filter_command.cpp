@@ -62,6 +62,14 @@ Arguments ReadArguments(const MethodDeclaration &form, const std::vector<GivenAr
   return arguments;
 }
 
+// Like the source; with the same pixels if there is alpha, which a filter may leave as it is.
+Value NewDest(const PluginSession &session, const Value &source) {
+  Value dest = session.Images().New({source.Get("Width"), source.Get("Height"), source.Get("ImageFormat")});
+  if (!source.Get("HasAlpha").AsBoolean()) return dest;
+  for (int32_t y = 0; y < SizeOf(source).height; ++y) dest.Assign("Row", {y}, source.Call("Row", {y}));
+  return dest;
+}
+
 // Fills in the images: those of the files that are given, with alpha if the source has it, and a dest like the source.
 // A dest that may be left out is: its filter makes one itself, of a shape that need not be the source's.
 void AddImages(const PluginSession &session, const FilterRequest &request, const MethodDeclaration &form,
@@ -74,9 +82,7 @@ void AddImages(const PluginSession &session, const FilterRequest &request, const
     arguments[i] = hasAlpha ? LoadImageWithAlpha(session, argument->text)
                             : LoadOpaqueImage(session, argument->text, request.background);
   }
-  if (HasDest(form) && !form.parameters[0].defaultValue) {
-    arguments[0] = session.Images().New({source.Get("Width"), source.Get("Height"), source.Get("ImageFormat")});
-  }
+  if (HasDest(form) && !form.parameters[0].defaultValue) arguments[0] = NewDest(session, source);
 }
 
 // What a filter without a result is likely to have been refused for.
@@ -161,7 +167,8 @@ void AddFilterCommand(CLI::App &program) {
       "Of several forms of a filter the names that are given decide.\n" +
       std::string(kTransparencyHelp) +
       "\n"
-      "A FILE is taken with alpha if IN has transparent pixels, else without.\n"
+      "Filters leave alpha alone or treat it as one more colour. A FILE is taken with alpha if IN has\n"
+      "transparent pixels, else without.\n"
       "\n"
       "Examples:\n"
       "  zvk filter OilFilter photo.jpg oil.jpg levels=16 range=4\n"
