@@ -5,9 +5,11 @@
 #include <iterator>
 #include <type_traits>
 
+#include "compositing/combine.h"
 #include "exchange/raw_rows.h"
 #include "exchange/row_conversion.h"
 #include "exchange/row_strings.h"
+#include "geometry/copy_pixels.h"
 #include "host/registration.h"
 #include "image/file_storage.h"
 #include "image/image_factory.h"
@@ -46,6 +48,7 @@ constexpr uint32_t kProperty = kFlagPropertyDefault | kFlagConsole;
 constexpr uint32_t kPictureProperty = kFlagPropertyDefault | kFlagNewConsole;
 constexpr uint32_t kMethod = kFlagConsole;
 constexpr uint32_t kPictureMethod = kFlagNewConsole;
+constexpr uint32_t kNoFlags = 0;
 
 template <class Result, class... Arguments>
 void *Address(Result (*function)(Arguments...)) {
@@ -150,6 +153,16 @@ REALproperty pictureProperties[] = {
 #undef AT
 
 REALmethodDefinition pictureMethods[] = {
+    Method(PictureCombine1, "Combine(Image As PictureZVK, Mask As PictureZVK, DestX As Integer, DestY As Integer, SourceX As Integer, SourceY As Integer, Width As Integer, Height As Integer, UseColours As Boolean, ForeColour As Integer, MaskColour As Integer) as boolean", kNoFlags),
+    Method(PictureCombine2, "Combine(Image As PictureZVK, Mask As PictureZVK, DestX As Integer, DestY As Integer, SourceX As Integer, SourceY As Integer, Width As Integer, Height As Integer, UseColours As Boolean, ForeColour As Integer) as boolean", kNoFlags),
+    Method(PictureCombine3, "Combine(Image As PictureZVK, Mask As PictureZVK, DestX As Integer, DestY As Integer, SourceX As Integer, SourceY As Integer, Width As Integer, Height As Integer, UseColours As Boolean) as boolean", kNoFlags),
+    Method(PictureCombine1c, "Combine(Image As PictureZVK, Mask As PictureZVK, DestX As Integer, DestY As Integer, SourceX As Integer, SourceY As Integer, Width As Integer, Height As Integer, UseColours As Boolean, ForeColour As color, MaskColour As color) as boolean", kNoFlags),
+    Method(PictureCombine2c, "Combine(Image As PictureZVK, Mask As PictureZVK, DestX As Integer, DestY As Integer, SourceX As Integer, SourceY As Integer, Width As Integer, Height As Integer, UseColours As Boolean, ForeColour As color) as boolean", kNoFlags),
+    Method(PictureCombine1pm, "Combine(Image As PictureZVK, PreMultipliedSource as boolean, Mask As PictureZVK, DestX As Integer, DestY As Integer, SourceX As Integer, SourceY As Integer, Width As Integer, Height As Integer, UseColours As Boolean, ForeColour As Integer, MaskColour As Integer) as boolean", kNoFlags),
+    Method(PictureCombine2pm, "Combine(Image As PictureZVK, PreMultipliedSource as boolean, Mask As PictureZVK, DestX As Integer, DestY As Integer, SourceX As Integer, SourceY As Integer, Width As Integer, Height As Integer, UseColours As Boolean, ForeColour As Integer) as boolean", kNoFlags),
+    Method(PictureCombine3pm, "Combine(Image As PictureZVK, PreMultipliedSource as boolean, Mask As PictureZVK, DestX As Integer, DestY As Integer, SourceX As Integer, SourceY As Integer, Width As Integer, Height As Integer, UseColours As Boolean) as boolean", kNoFlags),
+    Method(PictureCombine1pmc, "Combine(Image As PictureZVK, PreMultipliedSource as boolean, Mask As PictureZVK, DestX As Integer, DestY As Integer, SourceX As Integer, SourceY As Integer, Width As Integer, Height As Integer, UseColours As Boolean, ForeColour As color, MaskColour As color) as boolean", kNoFlags),
+    Method(PictureCombine2pmc, "Combine(Image As PictureZVK, PreMultipliedSource as boolean, Mask As PictureZVK, DestX As Integer, DestY As Integer, SourceX As Integer, SourceY As Integer, Width As Integer, Height As Integer, UseColours As Boolean, ForeColour As color) as boolean", kNoFlags),
     Method(CreatePictureLocal, "CreatePictureZVK(width as integer, height as integer, ImageFormat as integer) as PictureZVK"),
     Method(ScalePictureFast, "ScaleFast(source as PictureZVK, width as integer, height as integer) as boolean"),
     Method(PictureScaleZVK, "Scale(source as PictureZVK, temp as PictureZVK, mode as integer, width as integer, height as integer) as boolean"),
@@ -246,6 +259,9 @@ REALmethodDefinition pictureMethods[] = {
     Method(rbDrawPictureApplyMaskRGB4, "DrawMaskedPictureApplyMaskRGB(pic as picture, DestX as integer, DestY as integer, InvertMask as boolean=False)", kPictureMethod),
     Method(rbDrawPictureApplyMaskRGB6, "DrawMaskedPictureApplyMaskRGB(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer, InvertMask as boolean=False)", kPictureMethod),
     Method(rbDrawPictureApplyMaskRGB8, "DrawMaskedPictureApplyMaskRGB(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer, SourceX as integer, SourceY as integer, InvertMask as boolean=False)", kPictureMethod),
+    Method(rbCopyPixels8, "CopyPixels(source as PictureZVK, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer, SourceX as integer, SourceY as integer) as boolean"),
+    Method(rbCopyPixels6, "CopyPixels(source as PictureZVK, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as integer) as boolean"),
+    Method(rbCopyPixels2, "CopyPixels(source as PictureZVK) as boolean"),
     Method(ClipImage1, "ClipImage as PictureZVK"),
     Method(ClipImage5, "ClipImage(x as integer, y as integer, width as integer, height as integer) as PictureZVK"),
     Method(PictureMatrix3, "ApplyMatrix(dest as PictureZVK, MatrixDimension as integer, matrix() as integer) as PictureZVK"),

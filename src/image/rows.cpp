@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <functional>
+#include <tuple>
 
 #include "image/channels.h"
 
@@ -63,6 +64,17 @@ bool SharesStorage(const ImageClassData &a, const ImageClassData &b) {
   if (a.RowTable != nullptr) return TableTouches(a, LinearRange(b));
   if (b.RowTable != nullptr) return TableTouches(b, LinearRange(a));
   return Overlap(LinearRange(a), LinearRange(b));
+}
+
+bool HasSamePixels(const ImageClassData &before, const ImageClassData &image) {
+  const auto place = [](const ImageClassData &record) {
+    // The block of a mapped file moves with every walk over it.
+    const uint8_t *base = record.IsMapping ? nullptr : record.Buffer;
+    return std::tuple(record.Valid, record.GetRow, base, record.RowTable, record.IsMapping, record.FileHandle,
+                      record.TotalSize, record.Width, record.Height, record.RowOffset, record.RowSize,
+                      record.PixelSize);
+  };
+  return place(before) == place(image);
 }
 
 }  // namespace zvk

@@ -13,4 +13,8 @@ inline bool HasFixedRows(const ImageClassData &image) { return !image.IsMapping;
 // taken to be the same rows or none.
 bool SharesStorage(const ImageClassData &a, const ImageClassData &b);
 
+// True if an image still has the pixels of which `before` is a record: in a yield the host may have closed it, or have
+// constructed it anew. Channels, which the host may move in its pixels, are not compared.
+bool HasSamePixels(const ImageClassData &before, const ImageClassData &image);
+
 }  // namespace zvk

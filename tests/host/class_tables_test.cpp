@@ -7,9 +7,11 @@
 #include <string>
 #include <vector>
 
+#include "compositing/combine.h"
 #include "exchange/raw_rows.h"
 #include "exchange/row_conversion.h"
 #include "exchange/row_strings.h"
+#include "geometry/copy_pixels.h"
 #include "image/file_storage.h"
 #include "image/image_factory.h"
 #include "image/image_formats.h"
@@ -117,6 +119,43 @@ struct ExpectedMethod {
 constexpr uint32_t kPicture = 0x40000;
 
 const std::vector<ExpectedMethod> kMethods = {
+    {"Combine(Image As PictureZVK, Mask As PictureZVK, DestX As Integer, DestY As Integer, SourceX As Integer, SourceY "
+     "As Integer, Width As Integer, Height As Integer, UseColours As Boolean, ForeColour As Integer, MaskColour As "
+     "Integer) as boolean",
+     Address(PictureCombine1), 0},
+    {"Combine(Image As PictureZVK, Mask As PictureZVK, DestX As Integer, DestY As Integer, SourceX As Integer, SourceY "
+     "As Integer, Width As Integer, Height As Integer, UseColours As Boolean, ForeColour As Integer) as boolean",
+     Address(PictureCombine2), 0},
+    {"Combine(Image As PictureZVK, Mask As PictureZVK, DestX As Integer, DestY As Integer, SourceX As Integer, SourceY "
+     "As Integer, Width As Integer, Height As Integer, UseColours As Boolean) as boolean",
+     Address(PictureCombine3), 0},
+    {"Combine(Image As PictureZVK, Mask As PictureZVK, DestX As Integer, DestY As Integer, SourceX As Integer, SourceY "
+     "As Integer, Width As Integer, Height As Integer, UseColours As Boolean, ForeColour As color, MaskColour As "
+     "color) as boolean",
+     Address(PictureCombine1c), 0},
+    {"Combine(Image As PictureZVK, Mask As PictureZVK, DestX As Integer, DestY As Integer, SourceX As Integer, SourceY "
+     "As Integer, Width As Integer, Height As Integer, UseColours As Boolean, ForeColour As color) as boolean",
+     Address(PictureCombine2c), 0},
+    {"Combine(Image As PictureZVK, PreMultipliedSource as boolean, Mask As PictureZVK, DestX As Integer, DestY As "
+     "Integer, SourceX As Integer, SourceY As Integer, Width As Integer, Height As Integer, UseColours As Boolean, "
+     "ForeColour As Integer, MaskColour As Integer) as boolean",
+     Address(PictureCombine1pm), 0},
+    {"Combine(Image As PictureZVK, PreMultipliedSource as boolean, Mask As PictureZVK, DestX As Integer, DestY As "
+     "Integer, SourceX As Integer, SourceY As Integer, Width As Integer, Height As Integer, UseColours As Boolean, "
+     "ForeColour As Integer) as boolean",
+     Address(PictureCombine2pm), 0},
+    {"Combine(Image As PictureZVK, PreMultipliedSource as boolean, Mask As PictureZVK, DestX As Integer, DestY As "
+     "Integer, SourceX As Integer, SourceY As Integer, Width As Integer, Height As Integer, UseColours As Boolean) as "
+     "boolean",
+     Address(PictureCombine3pm), 0},
+    {"Combine(Image As PictureZVK, PreMultipliedSource as boolean, Mask As PictureZVK, DestX As Integer, DestY As "
+     "Integer, SourceX As Integer, SourceY As Integer, Width As Integer, Height As Integer, UseColours As Boolean, "
+     "ForeColour As color, MaskColour As color) as boolean",
+     Address(PictureCombine1pmc), 0},
+    {"Combine(Image As PictureZVK, PreMultipliedSource as boolean, Mask As PictureZVK, DestX As Integer, DestY As "
+     "Integer, SourceX As Integer, SourceY As Integer, Width As Integer, Height As Integer, UseColours As Boolean, "
+     "ForeColour As color) as boolean",
+     Address(PictureCombine2pmc), 0},
     {"CreatePictureZVK(width as integer, height as integer, ImageFormat as integer) as PictureZVK",
      Address(CreatePictureLocal)},
     {"ScaleFast(source as PictureZVK, width as integer, height as integer) as boolean", Address(ScalePictureFast)},
@@ -276,6 +315,13 @@ const std::vector<ExpectedMethod> kMethods = {
     {"DrawMaskedPictureApplyMaskRGB(pic as picture, DestX as integer, DestY as integer, DestWidth as integer, "
      "DestHeight as integer, SourceX as integer, SourceY as integer, InvertMask as boolean=False)",
      Address(rbDrawPictureApplyMaskRGB8), kPicture},
+    {"CopyPixels(source as PictureZVK, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as "
+     "integer, SourceX as integer, SourceY as integer) as boolean",
+     Address(rbCopyPixels8)},
+    {"CopyPixels(source as PictureZVK, DestX as integer, DestY as integer, DestWidth as integer, DestHeight as "
+     "integer) as boolean",
+     Address(rbCopyPixels6)},
+    {"CopyPixels(source as PictureZVK) as boolean", Address(rbCopyPixels2)},
     {"ClipImage as PictureZVK", Address(ClipImage1)},
     {"ClipImage(x as integer, y as integer, width as integer, height as integer) as PictureZVK", Address(ClipImage5)},
     {"ApplyMatrix(dest as PictureZVK, MatrixDimension as integer, matrix() as integer) as PictureZVK",

@@ -113,5 +113,36 @@ TEST(Rows, AMappedFileMayShareWithAnything) {
   EXPECT_TRUE(HasFixedRows(Gray(0, 10, 1)));
 }
 
+TEST(Rows, AnImageHasTheSamePixelsUntilItIsClosedOrConstructedAnew) {
+  const ImageClassData before = Gray(0, 10, 3);
+  ImageClassData image = before;
+  EXPECT_TRUE(HasSamePixels(before, image));
+  image.GrayOffset = 3;  // the host may move a channel
+  image.Yield.YieldTicks = 5;
+  image.MappingBlockSize = 77;
+  EXPECT_TRUE(HasSamePixels(before, image));
+  for (const ImageClassData &other : {Gray(1, 10, 3), Gray(0, 11, 3), Gray(0, 10, 4)}) {
+    EXPECT_FALSE(HasSamePixels(before, other));
+  }
+  ImageClassData closed = before;
+  closed.GetRow = nullptr;
+  EXPECT_FALSE(HasSamePixels(before, closed));
+  ImageClassData larger = before;
+  larger.PixelSize = 4;
+  EXPECT_FALSE(HasSamePixels(before, larger));
+}
+
+TEST(Rows, TheBlockOfAMappedImageMayMove) {
+  ImageClassData before = Gray(0, 10, 3);
+  before.IsMapping = true;
+  before.FileHandle = 5;
+  ImageClassData image = before;
+  image.Buffer += 100;
+  image.MappedFirstRow = 7;
+  EXPECT_TRUE(HasSamePixels(before, image));
+  image.FileHandle = 6;
+  EXPECT_FALSE(HasSamePixels(before, image));
+}
+
 }  // namespace
 }  // namespace zvk

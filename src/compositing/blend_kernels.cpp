@@ -1,0 +1,52 @@
+#include "compositing/blend_kernels.h"
+
+#include "image/kernel_clones.h"
+
+namespace zvk {
+
+namespace {
+
+ZVK_KERNEL_CLONES void InterpolateBytes(uint8_t *__restrict dest, const uint8_t *__restrict source,
+                                        const uint8_t *__restrict mask, ptrdiff_t count) {
+  for (ptrdiff_t i = 0; i < count; ++i) dest[i] = Interpolate(dest[i], source[i], mask[i]);
+}
+
+ZVK_KERNEL_CLONES void ScaleAndAddBytes(uint8_t *__restrict dest, const uint8_t *__restrict source,
+                                        const uint8_t *__restrict mask, ptrdiff_t count) {
+  for (ptrdiff_t i = 0; i < count; ++i) dest[i] = ScaleAndAdd(dest[i], source[i], mask[i]);
+}
+
+ZVK_KERNEL_CLONES void AddBytes(uint8_t *__restrict dest, const uint8_t *__restrict source,
+                                const uint8_t *__restrict mask, ptrdiff_t count) {
+  for (ptrdiff_t i = 0; i < count; ++i) dest[i] = static_cast<uint8_t>(mask[i] + source[i]);
+}
+
+ZVK_KERNEL_CLONES void GrayOfInterpolationBytes(uint8_t *__restrict dest, const uint8_t *__restrict mask,
+                                                Samples<3> colour, ptrdiff_t count) {
+  for (ptrdiff_t i = 0; i < count; ++i) dest[i] = GrayOfInterpolation::Gray(dest[i], colour, mask[i]);
+}
+
+}  // namespace
+
+void Interpolation::Bytes(const BlendBytes &bytes) {
+  InterpolateBytes(bytes.dest, bytes.source, bytes.mask, bytes.count);
+}
+
+template <Scaled kWhat>
+void Sum<kWhat>::Bytes(const BlendBytes &bytes) {
+  if constexpr (kWhat == Scaled::Full) {
+    AddBytes(bytes.dest, bytes.source, bytes.mask, bytes.count);  // 255 mask / 255 is mask
+  } else {
+    ScaleAndAddBytes(bytes.dest, bytes.source, bytes.mask, bytes.count);
+  }
+}
+
+template struct Sum<Scaled::Own>;
+template struct Sum<Scaled::Alpha>;
+template struct Sum<Scaled::Full>;
+
+void GrayOfInterpolation::Bytes(const BlendBytes &bytes) const {
+  GrayOfInterpolationBytes(bytes.dest, bytes.mask, colour, bytes.count);
+}
+
+}  // namespace zvk

@@ -1,0 +1,131 @@
+#include "geometry/copy_pixels.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstddef>
+#include <cstring>
+#include <optional>
+
+#include "geometry/pixel_transfer.h"
+#include "image/image_record.h"
+#include "image/rectangle.h"
+#include "image/row_group.h"
+
+namespace zvk {
+
+namespace {
+
+// --- blocks ---
+
+// The channels by which two images are found to be packed alike, and where a row's first sample lies. CMYK images never
+// are.
+struct BlockChannel {
+  uint8_t ImageClassData::*has;
+  int32_t ImageClassData::*offset;
+};
+constexpr BlockChannel kBlockChannels[] = {
+    {&ImageClassData::HasRed, &ImageClassData::RedOffset},
+    {&ImageClassData::HasGreen, &ImageClassData::GreenOffset},
+    {&ImageClassData::HasBlue, &ImageClassData::BlueOffset},
+    {&ImageClassData::HasGray, &ImageClassData::GrayOffset},
+    {&ImageClassData::HasAlpha, &ImageClassData::AlphaOffset},
+};
+
+bool FillsItsPixels(const ImageClassData &image) {
+  return std::ranges::count_if(kBlockChannels, [&](const BlockChannel &channel) { return image.*channel.has != 0; }) ==
+         image.PixelSize;
+}
+
+// True if rows are copied as blocks. The offset of gray is not asked for.
+bool IsBlockCopy(const ImageClassData &dest, const ImageClassData &source) {
+  return !dest.IsMapping && !source.IsMapping && FillsItsPixels(dest) && FillsItsPixels(source) &&
+         std::ranges::all_of(
+             kBlockChannels,
+             [&](const BlockChannel &channel) { return (dest.*channel.has != 0) == (source.*channel.has != 0); }) &&
+         dest.BitsPerComponent == source.BitsPerComponent && dest.RedOffset == source.RedOffset &&
+         dest.GreenOffset == source.GreenOffset && dest.BlueOffset == source.BlueOffset &&
+         (!dest.HasAlpha || dest.AlphaOffset == source.AlphaOffset);
+}
+
+int32_t SmallestOffset(const ImageClassData &image) {
+  int32_t smallest = INT_MAX;
+  for (const BlockChannel &channel : kBlockChannels) {
+    if (image.*channel.has) smallest = std::min(smallest, image.*channel.offset);
+  }
+  return smallest;
+}
+
+// Bytes from the start of a row to the end of its image's storage.
+int64_t BytesToStorageEnd(const ImageClassData &image, const uint8_t *row) {
+  // Rows of a table lie anywhere, so each is a storage of its own.
+  if (image.RowTable != nullptr) return image.RowSize;
+  // Rows that run backwards end with the top one.
+  const int64_t size = image.RowSize < 0 ? -int64_t{image.RowSize} : image.TotalSize;
+  // A RowSize shorter than the pixels leaves the last ones outside of what it describes.
+  const int64_t pixels = int64_t{SmallestOffset(image)} / image.PixelSize + image.Width;
+  return std::max(image.Buffer + size - row, pixels * image.PixelSize);
+}
+
+// Each block is longer than the rectangle by destX pixels: it goes on into the rest of the row and the rows behind it,
+// as far as both storages go.
+void CopyBlock(ImageClassData &dest, uint8_t *destRow, const ImageClassData &source, const uint8_t *sourceRow,
+               const Transfer &transfer) {
+  const int64_t channels = dest.PixelSize;
+  const int64_t destStart = transfer.destX * channels + SmallestOffset(dest);
+  const int64_t sourceStart = transfer.sourceX * channels + SmallestOffset(source);
+  const int64_t size =
+      std::min({(int64_t{transfer.width} + transfer.destX) * channels, BytesToStorageEnd(dest, destRow) - destStart,
+                BytesToStorageEnd(source, sourceRow) - sourceStart});
+  if (size > 0) std::memmove(destRow + destStart, sourceRow + sourceStart, static_cast<size_t>(size));
+}
+
+bool CopyRows(ImageClassData &dest, ImageClassData &source, const Transfer &transfer) {
+  const auto forEachRow = [&](const auto &copyRow) {
+    return ForEachRowGroup(dest, transfer.destY, source, nullptr, transfer.sourceY, transfer.height, copyRow);
+  };
+  if (IsBlockCopy(dest, source)) {
+    return forEachRow([&](const RowGroup &rows) { CopyBlock(dest, rows.Dest(), source, rows.First(), transfer); });
+  }
+  const std::optional<PixelTransfer> pixels = PixelTransfer::Between(dest, source);
+  if (!pixels) {
+    // The first rows are asked for all the same, which moves the blocks of mapped images.
+    dest.GetRow(&dest, transfer.destY);
+    source.GetRow(&source, transfer.sourceY);
+    return false;
+  }
+  const ptrdiff_t destStart = ptrdiff_t{transfer.destX} * dest.PixelSize;
+  const ptrdiff_t sourceStart = ptrdiff_t{transfer.sourceX} * source.PixelSize;
+  return forEachRow(
+      [&](const RowGroup &rows) { pixels->Row(rows.Dest() + destStart, rows.First() + sourceStart, transfer.width); });
+}
+
+}  // namespace
+
+uint8_t rbCopyPixels8(REALobject instance, REALobject source, int32_t destX, int32_t destY, int32_t destWidth,
+                      int32_t destHeight, int32_t sourceX, int32_t sourceY) {
+  ImageClassData *dest = RecordOf(instance);
+  ImageClassData *from = RecordOf(source);
+  if (dest == nullptr || from == nullptr || !from->Valid || !IsUsable(*dest)) return false;
+  YieldOn(*dest);
+  if (!IsUsable(*from)) return false;
+  YieldOn(*from);
+  // The yields let other code of the host run, which may have closed or constructed anew either image.
+  if (!IsUsable(*dest) || !IsUsable(*from)) return false;
+
+  const Transfer fitted = FitTransfer({destX, destY, destWidth, destHeight, sourceX, sourceY}, dest->Width,
+                                      dest->Height, from->Width, from->Height);
+  const Transfer transfer = CutToImages(fitted, dest->Width, dest->Height, from->Width, from->Height);
+  return !IsEmpty(transfer) && CopyRows(*dest, *from, transfer);
+}
+
+uint8_t rbCopyPixels6(REALobject instance, REALobject source, int32_t destX, int32_t destY, int32_t destWidth,
+                      int32_t destHeight) {
+  return rbCopyPixels8(instance, source, destX, destY, destWidth, destHeight, 0, 0);
+}
+
+uint8_t rbCopyPixels2(REALobject instance, REALobject source) {
+  const ImageClassData *dest = RecordOf(instance);
+  return dest != nullptr && rbCopyPixels8(instance, source, 0, 0, dest->Width, dest->Height, 0, 0);
+}
+
+}  // namespace zvk

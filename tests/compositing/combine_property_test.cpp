@@ -1,0 +1,203 @@
+// Random images on all kinds of storage, views of them, random rectangles and colours, against plain nested loops.
+#include <gtest/gtest.h>
+#include <rapidcheck/gtest.h>
+
+#include <cstdint>
+#include <random>
+#include <vector>
+
+#include "compositing/combine.h"
+#include "image/rectangle.h"
+#include "image/views.h"
+#include "tests/compositing/combine_testing.h"
+#include "tests/support/stored_image.h"
+
+namespace zvk {
+namespace {
+
+using combine_testing::Numbers;
+using namespace stored_image;
+using Image = Owned<standalone::Object>;
+
+int32_t AnyNumber(std::mt19937 &random) {
+  switch (Between(random, 0, 3)) {
+    case 0:
+      return static_cast<int32_t>(random());
+    case 1:
+      return Between(random, 0, 1) == 0 ? INT32_MAX - Between(random, 0, 40) : INT32_MIN + Between(random, 0, 40);
+    default:
+      return Between(random, -40, 60);
+  }
+}
+
+RC_GTEST_PROP(CombineRectangle, CombinesOwnRuleIsThatOfATransfer, (uint32_t seed)) {
+  std::mt19937 random(seed);
+  for (int i = 0; i < 5000; ++i) {
+    ImageClassData dest{}, image{};
+    dest.Width = Between(random, 0, 3) == 0 ? Between(random, 0, INT32_MAX) : Between(random, 0, 30);
+    dest.Height = Between(random, 1, 30);
+    image.Width = Between(random, 0, 30);
+    image.Height = Between(random, 0, 3) == 0 ? Between(random, 1, INT32_MAX) : Between(random, 1, 30);
+    Numbers n{AnyNumber(random), AnyNumber(random), AnyNumber(random),
+              AnyNumber(random), AnyNumber(random), AnyNumber(random)};
+    const Transfer fitted = FitTransfer({n.destX, n.destY, n.width, n.height, n.sourceX, n.sourceY}, dest.Width,
+                                        dest.Height, image.Width, image.Height);
+    const bool combines = combine_testing::FitNaively(n, dest, image);
+    RC_ASSERT(combines == !IsEmpty(fitted));
+    if (combines) RC_ASSERT((fitted == Transfer{n.destX, n.destY, n.width, n.height, n.sourceX, n.sourceY}));
+  }
+}
+
+PluginHost *host;
+
+class CombineProperty : public testing::Test {
+ protected:
+  CombineProperty() : host_({.fenced = true}) { host = &host_; }
+
+ private:
+  PluginHost host_;
+};
+
+Kind AnyKind(std::mt19937 &random) { return kKinds[Between(random, 0, 4)]; }
+
+// Mostly gray and RGB.
+int32_t AnyCombinedFormat(std::mt19937 &random) {
+  return Between(random, 0, 9) == 0 ? AnyFormat(random) : Between(random, 1, 13);
+}
+
+StoredImage AnyImage(std::mt19937 &random, int32_t width, int32_t height) {
+  StoredImage image(*host, AnyKind(random), width, height, AnyCombinedFormat(random), Between(random, 0, 7));
+  image.Fill(random);
+  return image;
+}
+
+int32_t AnyWidth(std::mt19937 &random) {
+  return Between(random, 0, 2) != 0 ? Between(random, 1, 12) : Between(random, 12, 90);
+}
+
+// What one call is given besides the images.
+struct Arguments {
+  bool premultiplied;
+  bool useColours;
+  int32_t foreColour;
+  int32_t maskColour;
+  Numbers numbers;
+};
+
+Arguments AnyArguments(std::mt19937 &random) {
+  const auto position = [&] { return Between(random, 0, 1) == 0 ? 0 : Between(random, -4, 12); };
+  const auto size = [&] { return Between(random, 0, 1) == 0 ? Between(random, 1, 100) : Between(random, -1, 16); };
+  const auto colour = [&] {
+    if (Between(random, 0, 2) == 0) return static_cast<int32_t>(random() | 0x80000000u);
+    return RandomByte(random) << 16 | RandomByte(random) << 8 | RandomByte(random) | Between(random, 0, 127) << 24;
+  };
+  Arguments arguments{Between(random, 0, 1) == 0, Between(random, 0, 1) == 0, colour(), colour(), {}};
+  arguments.numbers = {position(), position(), position(), position(), size(), size()};
+  return arguments;
+}
+
+// The result, and what becomes of the pixels. The copy is tested on its own, and not told here.
+bool CombineNaively(ImageClassData &dest, ImageClassData &image, ImageClassData *mask, Arguments arguments) {
+  Numbers n = arguments.numbers;
+  if (n.width <= 0 || n.height <= 0) return false;
+  const bool wide = dest.BitsPerComponent == 16 || image.BitsPerComponent == 16;
+  if (mask != nullptr) {
+    if (wide || mask->BitsPerComponent == 16) return false;
+    if (mask->Width != image.Width || mask->Height != image.Height) return false;
+    if (!combine_testing::FitNaively(n, dest, image)) return false;
+    combine_testing::BlendNaively(dest, image, *mask, arguments.premultiplied, n);
+    return true;
+  }
+  const bool imageIsMask = arguments.maskColour < 0;
+  if (!imageIsMask && wide) return false;
+  if (!combine_testing::FitNaively(n, dest, image)) return false;
+  const int32_t flat = imageIsMask ? arguments.foreColour : arguments.useColours ? arguments.maskColour : 0;
+  combine_testing::BlendFlatNaively(dest, image, arguments.premultiplied, imageIsMask, flat, n);
+  return true;
+}
+
+// One call, which must leave all storages as the plain loops do.
+void CheckCombine(std::mt19937 &random, const Image &dest, const Image &image, const Image &mask,
+                  const std::vector<StoredImage *> &storages) {
+  const Arguments arguments = AnyArguments(random);
+  if (!mask && arguments.foreColour < 0 && arguments.maskColour < 0) return;
+  std::vector<std::vector<uint8_t>> before, expected;
+  for (const StoredImage *storage : storages) before.push_back(storage->Bytes());
+  ImageClassData *maskRecord = mask ? RecordOf(mask) : nullptr;
+  const bool expectedResult = CombineNaively(*RecordOf(dest), *RecordOf(image), maskRecord, arguments);
+  for (const StoredImage *storage : storages) expected.push_back(storage->Bytes());
+  for (size_t i = 0; i < storages.size(); ++i) storages[i]->SetBytes(before[i]);
+  const Numbers &n = arguments.numbers;
+  const uint8_t result =
+      PictureCombine1pm(dest, image, arguments.premultiplied, mask, n.destX, n.destY, n.sourceX, n.sourceY, n.width,
+                        n.height, arguments.useColours, arguments.foreColour, arguments.maskColour);
+  RC_ASSERT(result == (expectedResult ? 1 : 0));
+  for (size_t i = 0; i < storages.size(); ++i) RC_ASSERT(storages[i]->Bytes() == expected[i]);
+}
+
+// A view of the stored image as large as `image`, or empty.
+Image ViewAsLargeAs(std::mt19937 &random, const Image &image, const StoredImage &stored) {
+  const ImageClassData &wanted = *RecordOf(image), &whole = stored.Record();
+  if (whole.Width < wanted.Width || whole.Height < wanted.Height) return {};
+  if (whole.Width == wanted.Width && whole.Height == wanted.Height && Between(random, 0, 1) == 0) return stored.Image();
+  if (stored.Storage() == Kind::Table) return {};
+  Image view = Adopt(ClipImage5(stored, Between(random, 0, whole.Width - wanted.Width),
+                                Between(random, 0, whole.Height - wanted.Height), wanted.Width, wanted.Height));
+  if (Between(random, 0, 2) == 0) view = Adopt(GetMirroredView(view));
+  if (Between(random, 0, 2) == 0 && RecordOf(view)->ChannelCount > 0) {
+    view = Adopt(Channel(view, Between(random, 0, RecordOf(view)->ChannelCount - 1)));
+  }
+  return view;
+}
+
+TEST_F(CombineProperty, ImagesAreCombinedAsThePlainLoopsSay) {
+  EXPECT_TRUE(rc::check([](uint32_t seed) {
+    std::mt19937 random(seed);
+    const int32_t width = AnyWidth(random), height = Between(random, 1, 9);
+    StoredImage dest = AnyImage(random, AnyWidth(random), Between(random, 1, 9));
+    StoredImage image = AnyImage(random, width, height), mask = AnyImage(random, width, height);
+    for (int i = 0; i < 10; ++i) {
+      const Image target = AnyView(random, dest), source = AnyView(random, image);
+      CheckCombine(random, target, source, {}, {&dest, &image});
+      const Image over = ViewAsLargeAs(random, source, mask);
+      if (over) CheckCombine(random, target, source, over, {&dest, &image, &mask});
+      CheckCombine(random, target, image.Image(), mask.Image(), {&dest, &image, &mask});
+    }
+  }));
+}
+
+TEST_F(CombineProperty, ViewsOfOneImageAreCombinedInOrder) {
+  EXPECT_TRUE(rc::check([](uint32_t seed) {
+    std::mt19937 random(seed);
+    StoredImage image = AnyImage(random, AnyWidth(random), Between(random, 1, 9));
+    for (int i = 0; i < 10; ++i) {
+      const Image target = AnyView(random, image), source = AnyView(random, image);
+      CheckCombine(random, target, source, {}, {&image});
+      const Image over = ViewAsLargeAs(random, source, image);
+      if (over) CheckCombine(random, target, source, over, {&image});
+      CheckCombine(random, image.Image(), image.Image(), image.Image(), {&image});
+    }
+  }));
+}
+
+TEST_F(CombineProperty, NumbersAnywhereIn32BitsLeadNowhereElse) {
+  EXPECT_TRUE(rc::check([](uint32_t seed) {
+    std::mt19937 random(seed);
+    const int32_t width = AnyWidth(random), height = Between(random, 1, 9);
+    StoredImage dest = AnyImage(random, AnyWidth(random), Between(random, 1, 9));
+    StoredImage image = AnyImage(random, width, height), mask = AnyImage(random, width, height);
+    const auto imageBefore = image.Bytes(), maskBefore = mask.Bytes();
+    for (int i = 0; i < 30; ++i) {
+      // The pages around blocks and pictures see to it that nothing outside is touched.
+      const Image target = AnyView(random, dest);
+      PictureCombine1pm(target, image, i % 2 == 0, Between(random, 0, 1) == 0 ? mask.Image().Handle() : nullptr,
+                        AnyNumber(random), AnyNumber(random), AnyNumber(random), AnyNumber(random), AnyNumber(random),
+                        AnyNumber(random), true, AnyNumber(random), AnyNumber(random));
+      RC_ASSERT(image.Bytes() == imageBefore);
+      RC_ASSERT(mask.Bytes() == maskBefore);
+    }
+  }));
+}
+
+}  // namespace
+}  // namespace zvk

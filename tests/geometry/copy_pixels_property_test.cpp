@@ -1,0 +1,149 @@
+// Random images on all kinds of storage, views of them, and random rectangles, against plain nested loops.
+#include <gtest/gtest.h>
+#include <rapidcheck/gtest.h>
+
+#include <cstdint>
+#include <random>
+#include <vector>
+
+#include "geometry/copy_pixels.h"
+#include "image/rectangle.h"
+#include "tests/geometry/copy_testing.h"
+#include "tests/support/stored_image.h"
+
+namespace zvk {
+namespace {
+
+using copy_testing::Numbers;
+using namespace stored_image;
+
+// --- the rectangle ---
+
+int32_t AnyNumber(std::mt19937 &random) {
+  switch (Between(random, 0, 3)) {
+    case 0:
+      return static_cast<int32_t>(random());
+    case 1:
+      return Between(random, 0, 1) == 0 ? INT32_MAX - Between(random, 0, 40) : INT32_MIN + Between(random, 0, 40);
+    default:
+      return Between(random, -40, 60);
+  }
+}
+
+RC_GTEST_PROP(CopyPixelsRectangle, TheCopysOwnRuleIsThatOfATransfer, (uint32_t seed)) {
+  std::mt19937 random(seed);
+  for (int i = 0; i < 5000; ++i) {
+    ImageClassData self{}, source{};
+    self.Width = Between(random, 0, 3) == 0 ? Between(random, 0, INT32_MAX) : Between(random, 0, 30);
+    self.Height = Between(random, 1, 30);
+    source.Width = Between(random, 0, 30);
+    source.Height = Between(random, 0, 3) == 0 ? Between(random, 1, INT32_MAX) : Between(random, 1, 30);
+    Numbers n{AnyNumber(random), AnyNumber(random), AnyNumber(random),
+              AnyNumber(random), AnyNumber(random), AnyNumber(random)};
+    const Transfer fitted = FitTransfer({n.destX, n.destY, n.width, n.height, n.sourceX, n.sourceY}, self.Width,
+                                        self.Height, source.Width, source.Height);
+    const bool copies = copy_testing::FitNaively(n, self, source);
+    RC_ASSERT(copies == !IsEmpty(fitted));
+    if (copies) RC_ASSERT((fitted == Transfer{n.destX, n.destY, n.width, n.height, n.sourceX, n.sourceY}));
+  }
+}
+
+// --- the copy ---
+
+PluginHost *host;
+
+class CopyPixelsProperty : public testing::Test {
+ protected:
+  CopyPixelsProperty() : host_({.fenced = true}) { host = &host_; }
+
+ private:
+  PluginHost host_;
+};
+
+Kind AnyKind(std::mt19937 &random) { return kKinds[Between(random, 0, 4)]; }
+
+// Mostly small; at times long enough for the loops that take many pixels at once.
+int32_t AnyWidth(std::mt19937 &random) {
+  return Between(random, 0, 2) != 0 ? Between(random, 1, 12) : Between(random, 12, 90);
+}
+
+StoredImage AnyImage(std::mt19937 &random, int32_t format) {
+  StoredImage image(*host, AnyKind(random), AnyWidth(random), Between(random, 1, 9), format, Between(random, 0, 7));
+  image.Fill(random);
+  return image;
+}
+
+// A format that is often that of another image, or a common one.
+int32_t FormatBeside(std::mt19937 &random, int32_t format) {
+  switch (Between(random, 0, 2)) {
+    case 0:
+      return format;
+    case 1:
+      return AnyFormat(random);
+    default:
+      return std::vector<int32_t>{1, 2, 7, 11, 12, 24, 41}[static_cast<size_t>(Between(random, 0, 6))];
+  }
+}
+
+int32_t Position(std::mt19937 &random) { return Between(random, 0, 1) == 0 ? 0 : Between(random, -4, 12); }
+int32_t Size(std::mt19937 &random) {
+  return Between(random, 0, 1) == 0 ? Between(random, 1, 100) : Between(random, -16, 16);
+}
+
+// One copy, which must leave both storages as the plain loops do.
+void CheckCopy(std::mt19937 &random, const Owned<standalone::Object> &self, StoredImage &selfStorage,
+               const Owned<standalone::Object> &source, StoredImage &sourceStorage) {
+  const auto selfBefore = selfStorage.Bytes(), sourceBefore = sourceStorage.Bytes();
+  const Numbers n{Position(random), Position(random), Size(random), Size(random), Position(random), Position(random)};
+  const bool expected = copy_testing::CopyNaively(*RecordOf(self), selfStorage, *RecordOf(source), sourceStorage, n);
+  const auto selfExpected = selfStorage.Bytes(), sourceExpected = sourceStorage.Bytes();
+  sourceStorage.SetBytes(sourceBefore);
+  selfStorage.SetBytes(selfBefore);
+  const uint8_t result = rbCopyPixels8(self, source, n.destX, n.destY, n.width, n.height, n.sourceX, n.sourceY);
+  RC_ASSERT(result == (expected ? 1 : 0));
+  RC_ASSERT(selfStorage.Bytes() == selfExpected);
+  RC_ASSERT(sourceStorage.Bytes() == sourceExpected);
+}
+
+TEST_F(CopyPixelsProperty, TwoImagesAreCopiedAsThePlainLoopsSay) {
+  EXPECT_TRUE(rc::check([](uint32_t seed) {
+    std::mt19937 random(seed);
+    const int32_t format = AnyFormat(random);
+    StoredImage dest = AnyImage(random, format), source = AnyImage(random, FormatBeside(random, format));
+    for (int i = 0; i < 10; ++i) {
+      const auto self = AnyView(random, dest), from = AnyView(random, source);
+      CheckCopy(random, self, dest, from, source);
+    }
+  }));
+}
+
+TEST_F(CopyPixelsProperty, ViewsOfOneImageAreCopiedInOrder) {
+  EXPECT_TRUE(rc::check([](uint32_t seed) {
+    std::mt19937 random(seed);
+    StoredImage image = AnyImage(random, AnyFormat(random));
+    for (int i = 0; i < 10; ++i) {
+      const auto self = AnyView(random, image), from = AnyView(random, image);
+      CheckCopy(random, self, image, from, image);
+      CheckCopy(random, image.Image(), image, image.Image(), image);
+    }
+  }));
+}
+
+TEST_F(CopyPixelsProperty, NumbersAnywhereIn32BitsLeadNowhereElse) {
+  EXPECT_TRUE(rc::check([](uint32_t seed) {
+    std::mt19937 random(seed);
+    const int32_t format = AnyFormat(random);
+    StoredImage dest = AnyImage(random, format), source = AnyImage(random, FormatBeside(random, format));
+    const auto sourceBefore = source.Bytes();
+    for (int i = 0; i < 30; ++i) {
+      // The pages around blocks and pictures see to it that nothing outside is touched.
+      const auto self = AnyView(random, dest), from = AnyView(random, source);
+      rbCopyPixels8(self, from, AnyNumber(random), AnyNumber(random), AnyNumber(random), AnyNumber(random),
+                    AnyNumber(random), AnyNumber(random));
+      RC_ASSERT(source.Bytes() == sourceBefore);
+    }
+  }));
+}
+
+}  // namespace
+}  // namespace zvk
