@@ -11,6 +11,7 @@
 #include "compositing/blend_kernels.h"
 #include "compositing/packed_blend.h"
 #include "image/image_record.h"
+#include "image/kernel_clones.h"
 #include "image/layouts.h"
 #include "image/luma.h"
 #include "image/rectangle.h"
@@ -143,7 +144,8 @@ void ForEachBlendRow(const BlendJob &job, const BlendRow &blendRow) {
                   });
 }
 
-// Pixel after pixel, all samples of one read before any is written, the colours before alpha.
+// Pixel after pixel, all samples of one read before any is written, the colours before alpha. This holds for two
+// mappings of one file as well, which the compiler, going by addresses, would take to be apart.
 template <class D, class Kernel, class Source, class Mask>
 void BlendPixels(const ImageClassData &destRecord, Kernel kernel, Source source, Mask mask, uint8_t *dest,
                  const uint8_t *sourcePixel, const uint8_t *maskPixel, int32_t width) {
@@ -155,6 +157,7 @@ void BlendPixels(const ImageClassData &destRecord, Kernel kernel, Source source,
     dest += own.PixelSize();
     sourcePixel += source.PixelSize();
     maskPixel += mask.PixelSize();
+    OneStepAtATime();
   }
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "image/kernel_clones.h"
 #include "image/luma.h"
 
 namespace zvk {
@@ -59,6 +60,7 @@ void GrayConversion::MoveInOrder(const uint8_t *source, uint8_t *dest, int32_t w
     }
     source += sourcePixelSize;
     dest += destPixelSize;
+    OneStepAtATime();  // the compiler cannot tell by addresses whether two mappings of a file overlap
   }
 }
 

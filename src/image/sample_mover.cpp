@@ -6,6 +6,7 @@
 #include <functional>
 
 #include "image/byte_shuffle.h"
+#include "image/kernel_clones.h"
 
 namespace zvk {
 
@@ -117,6 +118,7 @@ void SampleMover::MoveCountInOrder(const uint8_t *source, uint8_t *dest, int32_t
     for (size_t i = 0; i < kCount; ++i) dest[to[i]] = samples[i];
     source += sourcePixelSize;
     dest += destPixelSize;
+    OneStepAtATime();  // the compiler cannot tell by addresses whether two mappings of a file overlap
   }
 }
 

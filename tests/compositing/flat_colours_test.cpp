@@ -181,12 +181,17 @@ TEST_F(FlatColours, RowsLongerThanATileGiveWhatTheTablesSay) {
   }
 }
 
-TEST_F(FlatColours, ViewsOfOneImageGoPixelAfterPixel) {
-  StoredImage image(host_, Kind::Block, 8, 1, G);
-  image.SetBytes({8, 7, 6, 5, 4, 3, 2, 1});
-  const auto left = Adopt(ClipImage5(image, 0, 0, 7, 1)), right = Adopt(ClipImage5(image, 1, 0, 7, 1));
-  BlendThroughFlatMask(*RecordOf(right), *RecordOf(left), false, {0, 0, 7, 1, 0, 0}, 0);
-  EXPECT_EQ(image.Bytes(), (Bytes{8, 8, 8, 8, 8, 8, 8, 8}));
+TEST_F(FlatColours, ViewsOfOneImageGoPixelAfterPixelInFilesToo) {
+  for (const Kind kind : {Kind::Block, Kind::File}) {
+    StoredImage image(host_, kind, 200, 1, G);
+    image.Fill(3);
+    image.Record().GetRow(&image.Record(), 0)[0] = 8;
+    const auto left = Adopt(ClipImage5(image, 0, 0, 199, 1)), right = Adopt(ClipImage5(image, 1, 0, 199, 1));
+    BlendThroughFlatMask(*RecordOf(right), *RecordOf(left), false, {0, 0, 199, 1, 0, 0}, 0);
+    Bytes bytes = image.Bytes();
+    bytes.resize(200);
+    EXPECT_EQ(bytes, Bytes(200, 8)) << kind;
+  }
 }
 
 TEST_F(FlatColours, RowsAreAskedForInTurnAndDestYieldsAfterEach) {

@@ -243,6 +243,32 @@ TEST_F(CopyPixels, PixelsOfTheSameImageAreReadAsTheyHaveBeenWritten) {
   EXPECT_EQ(image.Bytes(), (Bytes{1, 1, 1, 1, 1, 1, 1, 1, 1, 1}));
 }
 
+TEST_F(CopyPixels, ViewsOfAFileAreCopiedPixelAfterPixelThroughTheirMappings) {
+  for (const int32_t format : {ImageFormatG, ImageFormatRGB, ImageFormatRGBA, ImageFormatCMYKA, ImageFormatGray16}) {
+    StoredImage image = New(200, 1, format, Kind::File);
+    image.Fill(3);
+    const Bytes before = image.Bytes();
+    const auto left = Adopt(ClipImage5(image, 0, 0, 199, 1)), right = Adopt(ClipImage5(image, 1, 0, 199, 1));
+    EXPECT_TRUE(rbCopyPixels2(right, left));
+    const Bytes after = image.Bytes();
+    const auto pixelSize = static_cast<size_t>(image.Record().PixelSize);
+    for (size_t i = 0; i < 200 * pixelSize; ++i) ASSERT_EQ(after[i], before[i % pixelSize]) << format << ": " << i;
+  }
+}
+
+TEST_F(CopyPixels, TheGrayOfAFilesColoursIsTakenPixelAfterPixelThroughItsMappings) {
+  StoredImage image = New(200, 1, ImageFormatRGB, Kind::File);
+  image.Fill(4);
+  Bytes expected = image.Bytes();
+  for (size_t x = 0; x < 199; ++x) {
+    const uint8_t *from = expected.data() + 3 * x;
+    expected[3 * x + 3] = static_cast<uint8_t>((77 * from[0] + 151 * from[1] + 28 * from[2]) / 256);
+  }
+  const auto left = Adopt(ClipImage5(image, 0, 0, 199, 1)), right = Adopt(ClipImage5(image, 1, 0, 199, 1));
+  EXPECT_TRUE(rbCopyPixels2(Adopt(RedChannel(right)), left));
+  EXPECT_EQ(image.Bytes(), expected);
+}
+
 // --- rows ---
 
 TEST_F(CopyPixels, SelfsRowIsAskedForFirstAndEachOnce) {
