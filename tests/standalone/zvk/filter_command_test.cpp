@@ -18,6 +18,8 @@ using testing::AllOf;
 using testing::HasSubstr;
 using testing::StartsWith;
 
+uint32_t Gray(int value) { return static_cast<uint32_t>(value) * 0x010101; }
+
 class FilterCommand : public ZvkProgram {
  protected:
   // Writes an image of these colours, one row.
@@ -57,6 +59,20 @@ TEST_F(FilterCommand, TellsItsArgumentsAndExitCodes) {
               AllOf(HasSubstr("filter [OPTIONS] [NAME] [IN] [OUT] [NAME=VALUE...]"), HasSubstr("--list"),
                     HasSubstr("--seed N"), HasSubstr("--plugin"), HasSubstr("--leaks"), HasSubstr("#RRGGBB"),
                     HasSubstr("Examples:\n  zvk filter "), HasSubstr("Exit codes:")));
+}
+
+TEST_F(FilterCommand, ListsAllFiltersWithTheirArguments) {
+  const ProgramResult result = Run({"filter", "--list"});
+  EXPECT_EQ(result.exitCode, 0);
+  EXPECT_EQ(result.errors, "");
+  EXPECT_THAT(result.output,
+              AllOf(HasSubstr("OilFilter                levels=INTEGER range=INTEGER\n"), HasSubstr("NeonFilter\n"),
+                    HasSubstr("BoxBlurFilter            Radius=NUMBER [Vertical=true] [Horizontal=true]\n"),
+                    HasSubstr("StampFilter              radius=NUMBER threshold=NUMBER softness=NUMBER Black=#RRGGBB "
+                              "White=#RRGGBB\n"),
+                    HasSubstr("UnsharpFilter            origpixels=FILE Amount=NUMBER Threshold=INTEGER\n"),
+                    HasSubstr("ApplyMatrix              MatrixDimension=INTEGER matrix=INTEGER,INTEGER,...\n")));
+  EXPECT_THAT(result.output, testing::Not(HasSubstr("\nScale")));
 }
 
 TEST_F(FilterCommand, ListsTheFormsOfOneFilter) {
@@ -110,6 +126,60 @@ TEST_F(FilterCommand, TakesConstantsByName) {
   EXPECT_EQ(Filter("DitherFilter", {"matrix=1", "levels=2"})[0][0], 0xFFFFFFu);
 }
 
+TEST_F(FilterCommand, LetsOptionalArgumentsBeLeftOut) {
+  WriteImage("in.png", 3, 3, [](int x, int) { return x == 1 ? Gray(90) : 0; });
+  const Colours original = ReadImage("in.png");
+  const Colours blurred(3, std::vector<uint32_t>(3, Gray(30)));
+  EXPECT_EQ(Filter("BoxBlurFilter", {"Radius=1"}), blurred);
+  EXPECT_EQ(Filter("BoxBlurFilter", {"Radius=1", "Vertical=false"}), blurred);
+  EXPECT_EQ(Filter("BoxBlurFilter", {"Radius=1", "Horizontal=false"}), original);
+}
+
+// 0 0 90 0 0, then 0 30 30 30 0, then 10 20 30 20 10.
+TEST_F(FilterCommand, GivesTheImageThatTheFilterReturns) {
+  WriteRow("in.png", {0, 0, Gray(90), 0, 0});
+  EXPECT_EQ(Filter("BoxBlurFilter", {"Radius=1", "Iterations=2", "Vertical=FALSE"}),
+            Colours({{Gray(10), Gray(20), Gray(30), Gray(20), Gray(10)}}));
+  EXPECT_EQ(Filter("BoxBlurFilter", {"Radius=1", "Iterations=0"}), ReadImage("in.png"));
+}
+
+TEST_F(FilterCommand, TakesColours) {
+  WriteImage("in.png", 6, 6, [](int, int) { return 0xFFFFFF; });
+  const std::vector<std::string> arguments = {"radius=3", "threshold=0.5", "softness=0", "Black=#102030",
+                                              "White=#FF8000"};
+  EXPECT_EQ(Filter("StampFilter", arguments), Colours(6, std::vector<uint32_t>(6, 0xFF8000)));
+  WriteImage("in.png", 6, 6, [](int, int) { return 0; });
+  EXPECT_EQ(Filter("StampFilter", arguments), Colours(6, std::vector<uint32_t>(6, 0x102030)));
+}
+
+// The difference of 10 is made 1 + 4 x 0.5 times as large.
+TEST_F(FilterCommand, TakesFilesAndSavesTheImageThatWasChanged) {
+  WriteImage("in.png", 3, 2, [](int, int) { return Gray(100); });
+  WriteImage("blurred.gif", 3, 2, [](int, int) { return Gray(90); });
+  const std::vector<std::string> arguments = {"origpixels=blurred.gif", "Amount=0.5", "Threshold=10"};
+  EXPECT_EQ(Filter("UnsharpFilter", arguments), Colours(2, std::vector<uint32_t>(3, Gray(120))));
+  EXPECT_EQ(Filter("UnsharpFilter", {"origpixels=blurred.gif", "Amount=0.5", "Threshold=11"}), ReadImage("in.png"));
+}
+
+// The two numbers for each pixel are taken row by row, across before down.
+TEST_F(FilterCommand, RepeatsRandomNumbersFromTheSeed) {
+  const auto colour = [](int x, int y) { return static_cast<uint32_t>(x * 16 + y); };
+  WriteImage("in.png", 9, 8, colour);
+  for (const unsigned seed : {0u, 7u, 4294967295u}) {
+    std::srand(seed);
+    Colours expected;
+    for (int y = 0; y < 8; ++y) {
+      expected.emplace_back();
+      for (int x = 0; x < 9; ++x) {
+        const int dx = std::rand() % 7 - 3;
+        const int dy = std::rand() % 7 - 3;
+        expected.back().push_back(colour(std::clamp(x + dx, 0, 8), std::clamp(y + dy, 0, 7)));
+      }
+    }
+    EXPECT_EQ(Filter("DiffuseFilter", {"level=3", "--seed", std::to_string(seed)}), expected) << seed;
+  }
+}
+
 TEST_F(FilterCommand, WritesTheFileItReads) {
   WriteRow("in.png", {0x007FFF});
   EXPECT_EQ(Run({"filter", "SolarizeFilter", "in.png", "in.png"}).errors, "");
@@ -146,9 +216,23 @@ TEST_F(FilterCommand, NamesWhatIsWrongOnTheCommandLine) {
                 "--seed: Value -1 not in range 0 to 4294967295; 'zvk filter --help' tells how it is used");
 }
 
+TEST_F(FilterCommand, LooksAtTheCommandLineBeforeTheFiles) {
+  ExpectFailure({"UnsharpFilter", "none.png", "out.png", "origpixels=none.gif", "Amount=much", "Threshold=0"}, 2,
+                "Amount: 'much' is not understood; write a number, such as 2 or 0.75");
+}
+
 TEST_F(FilterCommand, NamesFilesThatCannotBeRead) {
   WriteRow("in.png", {0});
   ExpectFailure({"SolarizeFilter", "none.png", "out.png"}, 1, "none.png: no such file; check the path");
+  ExpectFailure({"UnsharpFilter", "in.png", "out.png", "origpixels=none.png", "Amount=1", "Threshold=0"}, 1,
+                "none.png: no such file; check the path");
+}
+
+TEST_F(FilterCommand, TellsWhichFilesAreNotOfOneSize) {
+  WriteRow("in.png", {0, 0});
+  WriteRow("other.png", {0, 0, 0});
+  ExpectFailure({"UnsharpFilter", "in.png", "out.png", "origpixels=other.png", "Amount=1", "Threshold=0"}, 1,
+                "UnsharpFilter refuses in.png of 2 x 1 pixels with other.png of 3 x 1; take files of the same size");
 }
 
 }  // namespace
