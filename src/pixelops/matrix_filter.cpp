@@ -3,15 +3,15 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <cstring>
+#include <span>
 
 #include "host/integer_array.h"
 #include "host/resources.h"
 #include "image/layouts.h"
-#include "image/rows.h"
 #include "pixelops/filter_frame.h"
 #include "pixelops/matrix_filter_kernel.h"
 #include "pixelops/matrix_filter_terms.h"
+#include "pixelops/neighbourhood.h"
 
 namespace zvk {
 
@@ -27,11 +27,6 @@ struct MatrixJob {
   int32_t rows;
 };
 
-// The nearest index of a row or column that exists.
-int32_t Nearest(int64_t index, int32_t size) {
-  return static_cast<int32_t>(std::clamp<int64_t>(index, 0, int64_t{size} - 1));
-}
-
 // --- any images: pixel after pixel, a row of the source fetched for each row of the matrix ---
 
 template <class Layout>
@@ -40,10 +35,10 @@ std::array<int32_t, Layout::channelCount> SumOfPixel(const MatrixJob &job, int32
   const auto offsets = Layout::OffsetsOf(source);
   std::array<int32_t, Layout::channelCount> sums = {};
   for (int32_t i = 0; i < job.terms.RowCount(); ++i) {
-    const uint8_t *row = source.GetRow(&source, Nearest(int64_t{y} + job.terms.RowAt(i), source.Height));
+    const uint8_t *row = source.GetRow(&source, PlaceAt(y, job.terms.RowAt(i), source.Height));
     if (row == nullptr) continue;
     for (const MatrixTerm &term : job.terms.OfRow(i)) {
-      const uint8_t *pixel = row + ptrdiff_t{Nearest(int64_t{x} + term.column, source.Width)} * source.PixelSize;
+      const uint8_t *pixel = row + ptrdiff_t{PlaceAt(x, term.column, source.Width)} * source.PixelSize;
       for (size_t c = 0; c < sums.size(); ++c) sums[c] += pixel[offsets[c]] * term.weight;
     }
   }
@@ -54,13 +49,11 @@ template <class Layout>
 void ApplyByPixel(const MatrixJob &job) {
   ImageClassData &dest = job.dest;
   const auto offsets = Layout::OffsetsOf(dest);
-  // Where source and dest are one mapped image, the fetches for a pixel may have moved the block under its row.
-  const bool fetchAgain = &job.source == &dest && !HasFixedRows(dest);
   for (int32_t y = 0; y < job.rows; ++y) {
     uint8_t *row = dest.GetRow(&dest, y);
     for (int32_t x = 0; x < job.columns && row != nullptr; ++x) {
       const auto sums = SumOfPixel<Layout>(job, x, y);
-      if (fetchAgain) row = dest.GetRow(&dest, y);
+      row = StillHeld(row, dest, y, job.source);
       if (row == nullptr) break;
       uint8_t *pixel = row + ptrdiff_t{x} * dest.PixelSize;
       for (size_t c = 0; c < sums.size(); ++c) pixel[offsets[c]] = job.result(sums[c]);
@@ -83,104 +76,62 @@ Reach ReachOf(std::span<const MatrixTerm> terms, int32_t MatrixTerm::*place, int
   return {std::clamp(first.*place, 1 - size, size - 1), std::clamp(last.*place, 1 - size, size - 1)};
 }
 
-// Where the samples of a line lie in the pixels of both images, in bytes from the start of a pixel.
-template <class Layout>
-struct LinePlaces {
-  using Offsets = std::array<int32_t, Layout::channelCount>;
-  bool packed;  // lines are runs of the bytes of both images
-  Offsets source;
-  Offsets dest;
-
-  LinePlaces(const ImageClassData &sourceImage, const ImageClassData &destImage)
-      : packed(Layout::PackedAlike(sourceImage, destImage)),
-        source(Layout::OffsetsOf(sourceImage)),
-        dest(Layout::OffsetsOf(destImage)) {
-    if (!packed) return;
-    std::ranges::sort(source);
-    std::ranges::sort(dest);
-  }
-};
-
-// Copies `count` pixels' samples, one pixel behind the other. A step of 0 repeats one pixel.
-template <size_t kChannels>
-uint8_t *Gather(const uint8_t *pixel, ptrdiff_t step, std::array<int32_t, kChannels> offsets, int32_t count,
-                uint8_t *__restrict line) {
-  for (int32_t i = 0; i < count; ++i) {
-    for (size_t c = 0; c < kChannels; ++c) line[c] = pixel[offsets[c]];
-    line += kChannels;
-    pixel += step;
-  }
-  return line;
-}
-
-template <size_t kChannels>
-void Scatter(const uint8_t *line, ptrdiff_t step, std::array<int32_t, kChannels> offsets, int32_t count,
-             uint8_t *pixel) {
-  for (int32_t i = 0; i < count; ++i) {
-    for (size_t c = 0; c < kChannels; ++c) pixel[offsets[c]] = line[c];
-    line += kChannels;
-    pixel += step;
-  }
-}
-
 // A window of the source's rows as lines, each read once. Byte 0 of a line is the first channel of the sample that the
 // leftmost column in reach meets at output column 0.
 template <class Layout>
 class SourceLines {
  public:
-  SourceLines(const MatrixJob &job, const LinePlaces<Layout> &places)
+  SourceLines(const MatrixJob &job, bool packed)
       : source_(job.source),
-        places_(places),
+        samples_(source_, packed),
         rows_(ReachOf(job.terms.All(), &MatrixTerm::row, source_.Height)),
         columns_(ReachOf(job.terms.All(), &MatrixTerm::column, source_.Width)),
         pixels_(int64_t{job.columns} + columns_.last - columns_.first),
         lineCount_(std::min(rows_.last - rows_.first + 1, source_.Height)),
-        bytes_(lineCount_ * pixels_ * int64_t{Layout::channelCount}) {}
+        bytes_(lineCount_ * pixels_ * kChannels) {}
 
   explicit operator bool() const { return static_cast<bool>(bytes_); }
 
   // Makes ready what the output row y reaches. Rows are asked for from the top.
   void MoveTo(int32_t y) {
-    next_ = std::max(next_, Nearest(int64_t{y} + rows_.first, source_.Height));
-    for (const int32_t last = Nearest(int64_t{y} + rows_.last, source_.Height); next_ <= last; ++next_) Load(next_);
+    next_ = std::max(next_, PlaceAt(y, rows_.first, source_.Height));
+    for (const int32_t last = PlaceAt(y, rows_.last, source_.Height); next_ <= last; ++next_) Load(next_);
   }
 
   // What the term meets along output row y; nil if its row cannot be had.
   const uint8_t *SamplesOf(const MatrixTerm &term, int32_t y) const {
-    const uint8_t *line = LineOf(Nearest(int64_t{y} + term.row, source_.Height));
-    if (line == nullptr) return nullptr;
+    const int32_t sourceRow = PlaceAt(y, term.row, source_.Height);
+    const uint8_t *line = lines_[static_cast<size_t>(sourceRow % lineCount_)];
     const int32_t column = std::clamp(term.column, columns_.first, columns_.last);
-    return line + (column - columns_.first) * ptrdiff_t{Layout::channelCount};
+    return line != nullptr ? line + (column - columns_.first) * kChannels : nullptr;
   }
 
  private:
-  const uint8_t *LineOf(int32_t sourceRow) const { return lines_[static_cast<size_t>(sourceRow % lineCount_)]; }
+  static constexpr ptrdiff_t kChannels = SampleRows<Layout>::kChannels;
 
   void Load(int32_t sourceRow) {
     const int32_t slot = sourceRow % lineCount_;
     const uint8_t *row = source_.GetRow(&source_, sourceRow);
-    uint8_t *line = bytes_.Get() + slot * pixels_ * int64_t{Layout::channelCount};
+    uint8_t *line = bytes_.Get() + slot * pixels_ * kChannels;
     lines_[static_cast<size_t>(slot)] = row != nullptr ? line : nullptr;
     if (row == nullptr) return;
 
     const auto count = static_cast<int32_t>(pixels_);
     const int32_t left = std::min(count, std::max(0, -columns_.first));
     const int32_t inside = std::max(0, std::min(count, source_.Width - columns_.first) - left);
-    const uint8_t *first = row + ptrdiff_t{Nearest(columns_.first + left, source_.Width)} * source_.PixelSize;
-    const uint8_t *edge = row + ptrdiff_t{source_.Width - 1} * source_.PixelSize;
-    line = Gather(row, 0, places_.source, left, line);
-    if (places_.packed) {
-      const size_t size = static_cast<size_t>(inside) * Layout::channelCount;
-      std::memcpy(line, first + places_.source[0], size);
-      line += size;
-    } else {
-      line = Gather(first, source_.PixelSize, places_.source, inside, line);
-    }
-    Gather(edge, 0, places_.source, count - left - inside, line);
+    line = Repeat(row, left, line);
+    samples_.Copy(row + ptrdiff_t{PlaceAt(columns_.first, left, source_.Width)} * source_.PixelSize, inside, line);
+    Repeat(row + ptrdiff_t{source_.Width - 1} * source_.PixelSize, count - left - inside, line + inside * kChannels);
+  }
+
+  // Copies one pixel over and over; the end of the copies.
+  uint8_t *Repeat(const uint8_t *pixel, int32_t count, uint8_t *line) const {
+    for (int32_t i = 0; i < count; ++i, line += kChannels) samples_.Copy(pixel, 1, line);
+    return line;
   }
 
   ImageClassData &source_;
-  const LinePlaces<Layout> &places_;
+  SampleRows<Layout> samples_;
   Reach rows_;
   Reach columns_;
   int64_t pixels_;
@@ -194,13 +145,12 @@ class SourceLines {
 template <class Layout>
 bool ApplyByLines(const MatrixJob &job) {
   ImageClassData &dest = job.dest;
+  const bool packed = Layout::PackedAlike(job.source, dest);
   const int64_t count = job.columns * int64_t{Layout::channelCount};
-  const LinePlaces<Layout> places(job.source, dest);
-  SourceLines<Layout> lines(job, places);
-  if (!lines) return false;
-  ZeroedBuffer<uint8_t> results;
-  if (!places.packed) results = ZeroedBuffer<uint8_t>(count);
-  if (!places.packed && !results) return false;
+  SourceLines<Layout> lines(job, packed);
+  const SampleRows<Layout> results(dest, packed);
+  const ZeroedBuffer<uint8_t> buffer(count);
+  if (!lines || !buffer) return false;
 
   const MatrixSums sum(job.terms.All(), job.result);
   std::array<WeightedLine, MatrixTerms::kMostEntries> weighted = {};
@@ -213,13 +163,8 @@ bool ApplyByLines(const MatrixJob &job) {
       const uint8_t *samples = lines.SamplesOf(term, y);
       if (samples != nullptr) weighted[used++] = {samples, term.weight};
     }
-    const std::span found = std::span(weighted).first(used);
-    if (places.packed) {
-      sum(found, count, row + places.dest[0]);
-    } else {
-      sum(found, count, results.Get());
-      Scatter(results.Get(), dest.PixelSize, places.dest, job.columns, row);
-    }
+    results.Write(row, job.columns, buffer.Get(),
+                  [&](uint8_t *bytes) { sum(std::span(weighted).first(used), count, bytes); });
   }
   return true;
 }
