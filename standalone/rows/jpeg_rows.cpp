@@ -164,7 +164,7 @@ class JpegRowWriter : public RowWriter {
 
 }  // namespace
 
-std::unique_ptr<RowReader> OpenJpegRows(const std::string &path, OwnedStream stream) {
+std::unique_ptr<RowReader> OpenJpegRows(const std::string &path, OwnedStream stream, Interlaced /*interlaced*/) {
   return std::make_unique<JpegRowReader>(path, std::move(stream));
 }
 

@@ -2,6 +2,7 @@
 
 #include <png.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csetjmp>
 #include <new>
@@ -43,30 +44,36 @@ struct ReadState {
 
 class PngRowReader : public RowReader {
  public:
-  PngRowReader(const std::string &path, OwnedStream stream) : RowReader(path), stream_(std::move(stream)) {
+  PngRowReader(const std::string &path, OwnedStream stream, Interlaced interlaced)
+      : RowReader(path), stream_(std::move(stream)) {
     header_.format = "PNG";
     if (state_.info == nullptr) throw std::bad_alloc();
-    if (!Guarded(state_.png, [this] { ReadHeader(); })) FailOnDamage();
+    Read([this] { ReadHeader(); });
     const png_byte colourType = png_get_color_type(state_.png, state_.info);
     const bool hasClearColours = png_get_valid(state_.png, state_.info, PNG_INFO_tRNS) != 0;
     SetHeader("PNG", png_get_image_width(state_.png, state_.info), png_get_image_height(state_.png, state_.info),
               (colourType & PNG_COLOR_MASK_COLOR) == 0, (colourType & PNG_COLOR_MASK_ALPHA) != 0 || hasClearColours);
-    if (png_get_interlace_type(state_.png, state_.info) != PNG_INTERLACE_NONE) {
+    const bool isInterlaced = png_get_interlace_type(state_.png, state_.info) != PNG_INTERLACE_NONE;
+    if (isInterlaced && interlaced == Interlaced::Refuse) {
       throw NotByRowsError(path + ": is an interlaced PNG file, whose rows are not stored one after another; save it " +
                            "without interlacing");
     }
-    if (!Guarded(state_.png, [this] { ChooseForm(); })) FailOnDamage();
+    Read([this] { ChooseForm(); });
     if (header_.hasAlpha) pixels_.resize(size_t{4} * header_.width);
+    if (isInterlaced) ReadWhole();
   }
 
   void ReadRow(std::span<uint8_t> row) override {
-    uint8_t *const target = header_.hasAlpha ? pixels_.data() : row.data();
-    const bool isLast = ++rowsRead_ == header_.height;
-    const bool isRead = Guarded(state_.png, [&] {
-      png_read_row(state_.png, target, nullptr);
-      if (isLast) png_read_end(state_.png, nullptr);
-    });
-    if (!isRead) FailOnDamage();
+    const std::span<uint8_t> target = header_.hasAlpha ? std::span(pixels_) : row.first(RowBytes());
+    const int32_t y = rowsRead_++;
+    if (!whole_.empty()) {
+      std::copy_n(whole_.begin() + static_cast<ptrdiff_t>(RowBytes()) * y, RowBytes(), target.begin());
+    } else {
+      Read([&] {
+        png_read_row(state_.png, target.data(), nullptr);
+        if (y == header_.height - 1) png_read_end(state_.png, nullptr);
+      });
+    }
     if (header_.hasAlpha) PutPixels(pixels_, row);
   }
 
@@ -82,12 +89,31 @@ class PngRowReader : public RowReader {
     png_set_expand(state_.png);
     png_set_strip_16(state_.png);
     png_set_gray_to_rgb(state_.png);
+    png_set_interlace_handling(state_.png);
     png_read_update_info(state_.png, state_.info);
+  }
+
+  size_t RowBytes() const { return size_t{header_.hasAlpha ? 4U : 3U} * static_cast<size_t>(header_.width); }
+
+  void ReadWhole() {
+    whole_.resize(RowBytes() * static_cast<size_t>(header_.height));
+    std::vector<png_bytep> rows;
+    for (size_t start = 0; start < whole_.size(); start += RowBytes()) rows.push_back(whole_.data() + start);
+    Read([&] {
+      png_read_image(state_.png, rows.data());
+      png_read_end(state_.png, nullptr);
+    });
+  }
+
+  template <class Work>
+  void Read(const Work &work) {
+    if (!Guarded(state_.png, work)) FailOnDamage();
   }
 
   OwnedStream stream_;
   ReadState state_;
   std::vector<uint8_t> pixels_;  // a row with alpha
+  std::vector<uint8_t> whole_;   // all rows of an interlaced picture
   int32_t rowsRead_ = 0;
 };
 
@@ -141,8 +167,8 @@ class PngRowWriter : public RowWriter {
 
 }  // namespace
 
-std::unique_ptr<RowReader> OpenPngRows(const std::string &path, OwnedStream stream) {
-  return std::make_unique<PngRowReader>(path, std::move(stream));
+std::unique_ptr<RowReader> OpenPngRows(const std::string &path, OwnedStream stream, Interlaced interlaced) {
+  return std::make_unique<PngRowReader>(path, std::move(stream), interlaced);
 }
 
 std::unique_ptr<RowWriter> CreatePngRows(const std::string &path, int32_t width, int32_t height, bool hasAlpha) {

@@ -17,9 +17,9 @@ struct CloseStream {
 using OwnedStream = std::unique_ptr<std::FILE, CloseStream>;
 
 // Readers take over a stream at its start; `path` is for messages.
-std::unique_ptr<RowReader> OpenPngRows(const std::string &path, OwnedStream stream);
-std::unique_ptr<RowReader> OpenJpegRows(const std::string &path, OwnedStream stream);
-std::unique_ptr<RowReader> OpenTiffRows(const std::string &path, OwnedStream stream);
+std::unique_ptr<RowReader> OpenPngRows(const std::string &path, OwnedStream stream, Interlaced interlaced);
+std::unique_ptr<RowReader> OpenJpegRows(const std::string &path, OwnedStream stream, Interlaced interlaced);
+std::unique_ptr<RowReader> OpenTiffRows(const std::string &path, OwnedStream stream, Interlaced interlaced);
 
 // JPEG is never asked for alpha.
 std::unique_ptr<RowWriter> CreatePngRows(const std::string &path, int32_t width, int32_t height, bool hasAlpha);

@@ -17,7 +17,7 @@ constexpr uint8_t kOpaque = 255;
 
 struct ReadableFormat {
   std::string_view magic;  // at the start of a file
-  std::unique_ptr<RowReader> (*open)(const std::string &path, OwnedStream stream);
+  std::unique_ptr<RowReader> (*open)(const std::string &path, OwnedStream stream, Interlaced interlaced);
 };
 
 // TIFF in either byte order, and with offsets of 64 bits.
@@ -54,7 +54,7 @@ void RowReader::PutPixels(std::span<const uint8_t> pixels, std::span<uint8_t> ro
   hasSeenTransparency_ |= everyAlpha != kOpaque;
 }
 
-std::unique_ptr<RowReader> OpenRows(const std::string &path) {
+std::unique_ptr<RowReader> OpenRows(const std::string &path, Interlaced interlaced) {
   if (SizeOfFile(path) == 0) FailOnFile(path, "is empty; name an image file");
   OwnedStream stream(std::fopen(path.c_str(), "rbe"));
   if (stream == nullptr) FailOnFile(path, "cannot be opened (" + SystemError(errno) + "); check who may read it");
@@ -62,7 +62,9 @@ std::unique_ptr<RowReader> OpenRows(const std::string &path) {
   const size_t count = std::fread(start.data(), 1, start.size(), stream.get());
   std::rewind(stream.get());
   for (const ReadableFormat &format : kFormats) {
-    if (std::string_view(start.data(), count).starts_with(format.magic)) return format.open(path, std::move(stream));
+    if (std::string_view(start.data(), count).starts_with(format.magic)) {
+      return format.open(path, std::move(stream), interlaced);
+    }
   }
   throw NotByRowsError(path + ": is not an image that can be read row by row; take a PNG, JPEG or TIFF file");
 }

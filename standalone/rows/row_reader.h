@@ -76,8 +76,12 @@ class RowReader {
   bool hasSeenTransparency_ = false;
 };
 
+// Whether a picture whose rows are not stored one after another may be held whole in memory. That is done for
+// interlaced PNG files only.
+enum class Interlaced : uint8_t { Refuse, HoldWhole };
+
 // Opens an image file by its content, whatever its name. Throws NotByRowsError if only the whole picture could be read,
 // or nothing; the message says what helps. Throws ImageFileError if the file is not to be read at all.
-std::unique_ptr<RowReader> OpenRows(const std::string &path);
+std::unique_ptr<RowReader> OpenRows(const std::string &path, Interlaced interlaced = Interlaced::Refuse);
 
 }  // namespace standalone

@@ -278,7 +278,7 @@ class TiffRowWriter : public RowWriter {
 
 }  // namespace
 
-std::unique_ptr<RowReader> OpenTiffRows(const std::string &path, OwnedStream stream) {
+std::unique_ptr<RowReader> OpenTiffRows(const std::string &path, OwnedStream stream, Interlaced /*interlaced*/) {
   return std::make_unique<TiffRowReader>(path, std::move(stream));
 }
 

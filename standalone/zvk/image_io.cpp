@@ -16,8 +16,8 @@
 namespace standalone {
 
 const char kTransparencyHelp[] =
-    "Transparent pixels of a file stay so. Alpha has 8 bits in PNG and TIFF files (7 when an interlaced\n"
-    "PNG file is read) and 7 bits in WebP; where OUT has none, pixels are laid on --background.";
+    "Transparent pixels of a file stay so. Alpha has 8 bits in PNG and TIFF files and 7 bits in WebP;\n"
+    "where OUT has none, pixels are laid on --background.";
 
 namespace {
 
@@ -90,7 +90,7 @@ void LayOnBackground(Picture &picture, uint32_t background) {
 Owned<Picture> LoadRows(const std::string &path) {
   std::unique_ptr<RowReader> reader;
   try {
-    reader = OpenRows(path);
+    reader = OpenRows(path, Interlaced::HoldWhole);
   } catch (const ImageFileError &) {
     return {};
   }

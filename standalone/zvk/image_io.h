@@ -30,8 +30,8 @@ void RefuseUnknownExtension(const std::string &path);
 
 // The picture in the file, 8 bits a channel. If all of it is opaque, it is an image over a host picture, of red, green
 // and blue without alpha. Else it is one of ImageFormatRGBA, in memory, whose alpha is 255 where the file is opaque.
-// Alpha of PNG and TIFF files comes with all its bits, of others with the 7 that the GD library has; those are also all
-// that is left of an interlaced PNG file's. Throws ImageFileError.
+// Alpha of PNG and TIFF files comes with all its bits, of others with the 7 that the GD library has. Throws
+// ImageFileError.
 Value LoadImage(const PluginSession &session, const std::string &path);
 
 // The same with alpha in any case.

@@ -165,6 +165,20 @@ TEST_F(PngRows, AreRefusedWhereTheyAreInterlaced) {
                                     "without interlacing");
 }
 
+TEST_F(PngRows, AreReadWhereTheyAreInterlacedIfThePictureMayBeHeldWhole) {
+  for (const int colourType : {PNG_COLOR_TYPE_RGB, PNG_COLOR_TYPE_RGBA, PNG_COLOR_TYPE_GRAY}) {
+    WritePng("plain.png", {colourType, 8});
+    WritePng("interlaced.png", {colourType, 8, false, PNG_INTERLACE_ADAM7});
+    const auto reader = OpenRows(Path("interlaced.png"), Interlaced::HoldWhole);
+    EXPECT_EQ(ReadRows(*reader), ReadByRows("plain.png"));
+    const auto withAlpha = OpenRows(Path("interlaced.png"), Interlaced::HoldWhole);
+    withAlpha->KeepAlpha();
+    EXPECT_EQ(ReadRows(*withAlpha), ReadWithAlpha("plain.png"));
+  }
+  Write("cut.png", Read("interlaced.png").substr(0, Read("interlaced.png").size() / 2));
+  EXPECT_THROW(OpenRows(Path("cut.png"), Interlaced::HoldWhole), ImageFileError);
+}
+
 // A check sum of the pixels that is not theirs.
 TEST_F(PngRows, AreRefusedWhereABitHasChanged) {
   WritePng("a.png", {PNG_COLOR_TYPE_RGB, 8});
