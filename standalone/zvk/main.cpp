@@ -7,6 +7,7 @@
 
 #include "standalone/binding/class_binding.h"
 #include "standalone/lua/script.h"
+#include "standalone/zvk/combine_command.h"
 #include "standalone/zvk/filter_command.h"
 #include "standalone/zvk/fuzz_command.h"
 #include "standalone/zvk/info_command.h"
@@ -27,6 +28,7 @@ using AddCommand = void (*)(CLI::App &program);
 constexpr AddCommand kCommands[] = {
     standalone::AddScaleCommand,
     standalone::AddFilterCommand,
+    standalone::AddCombineCommand,
     standalone::AddSheetCommand,
     standalone::AddInfoCommand,
     standalone::AddRunCommand,
@@ -41,7 +43,8 @@ int Report(const std::string &message, int exitCode) {
 }
 
 int Run(int argc, char **argv) {
-  CLI::App program("Scales and filters pictures with the PictureZVK plug-in, run by a stand-alone host.", "zvk");
+  CLI::App program("Scales, filters and combines pictures with the PictureZVK plug-in, run by a stand-alone host.",
+                   "zvk");
   program.set_version_flag("--version", "zvk " ZVK_VERSION, "Print the version and exit");
   program.set_help_flag("-h,--help", "Print this help and exit");
   program.require_subcommand(1);

@@ -157,6 +157,28 @@ class ZvkProgram : public testing::Test {
     return rows;
   }
 
+  // Runs what is to go well without a word.
+  void RunWell(const std::vector<std::string> &arguments) const {
+    const ProgramResult result = Run(arguments);
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.output, "");
+    EXPECT_EQ(result.errors, "");
+  }
+
+  // Runs what is to fail, and expects one line of error (what it says begins like `message`), and all files as they
+  // were.
+  void ExpectFailure(const std::vector<std::string> &arguments, int exitCode, const std::string &message) const {
+    Write("out.png", "what was there before");
+    const std::set<std::string> names = Names();
+    const ProgramResult result = Run(arguments);
+    EXPECT_EQ(result.exitCode, exitCode);
+    EXPECT_EQ(result.output, "");
+    EXPECT_EQ(result.errors.rfind("zvk: " + message, 0), 0u) << result.errors;
+    EXPECT_EQ(result.errors.find('\n'), result.errors.size() - 1) << result.errors;
+    EXPECT_EQ(Names(), names);
+    EXPECT_EQ(Read("out.png"), "what was there before");
+  }
+
   // Runs the program in the folder.
   ProgramResult Run(const std::vector<std::string> &arguments, const std::string &program = PICTUREZVK_ZVK,
                     Pace pace = Pace::Full) const {
