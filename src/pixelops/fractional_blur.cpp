@@ -118,8 +118,10 @@ class FractionalBlur {
   // right it stands for both of its neighbours, so that it passes through.
   void BlurAlong(const uint8_t *line, uint8_t *blurred) const {
     const ptrdiff_t last = (ptrdiff_t{width_} - 1) * kChannels;
-    if (last > 0) Blend(line, line + kChannels, line, kChannels, taps_, blurred);
-    Blend(line, line + 2 * kChannels, line + kChannels, last - kChannels, taps_, blurred + kChannels);
+    if (last > 0) {
+      Blend(line, line + kChannels, line, kChannels, taps_, blurred);
+      Blend(line, line + 2 * kChannels, line + kChannels, last - kChannels, taps_, blurred + kChannels);
+    }
     Blend(line + last, line + last, line + last, kChannels, taps_, blurred + last);
   }
 

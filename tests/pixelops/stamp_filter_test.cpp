@@ -97,7 +97,7 @@ TEST_F(StampFilterTest, TheResultForOtherFamiliesIsZero) {
 
 TEST_F(StampFilterTest, TheImageIsBlurredThreeTimesByAThirdOfTheRadius) {
   const Image image = Noise(40, 30, ImageFormatRGB);
-  // With this curve white is the blurred sample itself at both ends and black it nowhere is.
+  // Without softness the result tells on which side of the middle each blurred sample lies.
   const Image blurred = Blur(Blur(Blur(image, 2), 2), 2);
   const Image result = Stamp(image, {}, 6.5, 0.5, 0);
   for (int32_t y = 0; y < 30; ++y) {

@@ -26,12 +26,29 @@ class UnsharpTest : public FilterTest {
     return PixelsOf(image)[0][0];
   }
 
+  // How often the host gets time in a call while both images ask for it, or only one of them.
+  int Yields(const Image &image, const Image &blurred, const std::vector<Image> &asking) {
+    standalone::HostClock &clock = host_->SetClock({.ticks = ticks_ += 100});
+    int yields = 0;
+    host_->onYield = [&] {
+      ++yields;
+      clock.ticks = ticks_ += 100;
+    };
+    for (const Image &each : asking) Record(each).Yield.YieldTicks = 1;
+    unsharpFilter(image, blurred, 1, 0);
+    for (const Image &each : asking) Record(each).Yield.YieldTicks = 0;
+    host_->onYield = nullptr;
+    return yields;
+  }
+
   void ExpectRefused(const Image &image, const Image &blurred) {
     const Grid before = image && Record(image).GetRow != nullptr ? PixelsOf(image) : Grid();
     EXPECT_FALSE(unsharpFilter(image, blurred, 1, 0));
     EXPECT_EQ(image && Record(image).GetRow != nullptr ? PixelsOf(image) : Grid(), before);
     ExpectNothingRaised();
   }
+
+  uint32_t ticks_ = 0;
 };
 
 // --- the table ---
@@ -181,16 +198,24 @@ TEST_F(UnsharpTest, ImagesThatAreNotUsableAreRefused) {
 // --- time for the host ---
 
 TEST_F(UnsharpTest, EachImageYieldsOnce) {
-  standalone::HostClock &clock = host_->SetClock({});
-  for (const auto &[ofImage, ofBlurred] : {std::pair{1, 0}, {0, 1}, {1, 1}}) {
-    const Image image = Noise(4, 3, ImageFormatRGB), blurred = Noise(4, 3, ImageFormatRGB);
-    Record(image).Yield.YieldTicks = ofImage;
-    Record(blurred).Yield.YieldTicks = ofBlurred;
-    clock.ticks += 100;
-    const int64_t before = host_->Calls("REALYieldToRB");
-    EXPECT_TRUE(unsharpFilter(image, blurred, 1, 0));
-    EXPECT_EQ(host_->Calls("REALYieldToRB") - before, ofImage + ofBlurred);
-  }
+  const Image image = Noise(4, 3, ImageFormatRGB), blurred = Noise(4, 3, ImageFormatRGB);
+  EXPECT_EQ(Yields(image, blurred, {image}), 1);
+  EXPECT_EQ(Yields(image, blurred, {blurred}), 1);
+  EXPECT_EQ(Yields(image, blurred, {image, blurred}), 2);
+}
+
+// Whether the blurred image has rows is asked last, after a yield on the image.
+TEST_F(UnsharpTest, WhatIsRefusedDoesNotYieldUnlessOnlyTheBlurredImageHasNoRows) {
+  const Image image = Noise(4, 3, ImageFormatRGB), closed = Noise(4, 3, ImageFormatRGB);
+  ImageDestructor(closed);
+  const auto yields = [&](const Image &of, const Image &by) { return Yields(of, by, {of, by}); };
+  EXPECT_EQ(yields(image, closed), 1);
+  EXPECT_EQ(yields(closed, image), 0);
+  EXPECT_EQ(yields(image, Noise(4, 3, ImageFormatBGR)), 0);
+  EXPECT_EQ(yields(Noise(4, 3, ImageFormatGray16), Noise(4, 3, ImageFormatGray16)), 0);
+  const Image notValid = Noise(4, 3, ImageFormatRGB);
+  Record(notValid).Valid = false;
+  EXPECT_EQ(yields(image, notValid), 0);
 }
 
 TEST_F(UnsharpTest, AnImageThatIsClosedInAYieldIsRefused) {
