@@ -10,6 +10,9 @@
 #include "exchange/row_conversion.h"
 #include "exchange/row_strings.h"
 #include "geometry/copy_pixels.h"
+#include "geometry/mirror.h"
+#include "geometry/rotate.h"
+#include "geometry/turns.h"
 #include "host/registration.h"
 #include "image/file_storage.h"
 #include "image/image_factory.h"
@@ -205,6 +208,9 @@ REALmethodDefinition pictureMethods[] = {
     Method(CMYKChannel, "CMYKChannels as PictureZVK"),
     Method(GetMirroredView, "MirroredView as PictureZVK"),
     Method(ImageDestructor, "Close"),
+    Method(HMirrorSelf, "HMirror"),
+    Method(VMirrorSelf, "VMirror"),
+    Method(Rotate180Self, "Rotate180"),
     Method(Invert1, "Invert"),
     Method(Invert5, "Invert(x as integer, y as integer, w as integer, h as integer)"),
     Method(AutoLevel1, "AutoLevel as boolean"),
@@ -264,6 +270,13 @@ REALmethodDefinition pictureMethods[] = {
     Method(rbCopyPixels2, "CopyPixels(source as PictureZVK) as boolean"),
     Method(ClipImage1, "ClipImage as PictureZVK"),
     Method(ClipImage5, "ClipImage(x as integer, y as integer, width as integer, height as integer) as PictureZVK"),
+    Method(Rotate180, "Rotate180(dest as PictureZVK=nil) as PictureZVK"),
+    // What the host calls plain is the tiled form here, and what it calls slow the plain one.
+    Method(Rotate90fast, "Rotate90(dest as PictureZVK=nil) as PictureZVK"),
+    Method(Rotate90, "Rotate90slow(dest as PictureZVK=nil) as PictureZVK"),
+    Method(rbRotate, "Rotate(angle as double, Red as integer = 0, Green as integer = 0, Blue as integer = 0, Alpha as integer = 0, Gray as integer = 0, Cyan as integer = 0, Magenta as integer = 0, Yellow as integer = 0, Black as integer = 0) as PictureZVK"),
+    Method(Rotate270fast, "Rotate270(dest as PictureZVK=nil) as PictureZVK"),
+    Method(Rotate270, "Rotate270slow(dest as PictureZVK=nil) as PictureZVK"),
     Method(PictureMatrix3, "ApplyMatrix(dest as PictureZVK, MatrixDimension as integer, matrix() as integer) as PictureZVK"),
     Method(PictureMatrix4, "ApplyMatrix(dest as PictureZVK, MatrixDimension as integer, matrix() as integer, delta as integer) as PictureZVK"),
     Method(PictureMatrix5, "ApplyMatrix(dest as PictureZVK, MatrixDimension as integer, matrix() as integer, delta as integer, ScaleFactor as double) as PictureZVK"),

@@ -12,6 +12,9 @@
 #include "exchange/row_conversion.h"
 #include "exchange/row_strings.h"
 #include "geometry/copy_pixels.h"
+#include "geometry/mirror.h"
+#include "geometry/rotate.h"
+#include "geometry/turns.h"
 #include "image/file_storage.h"
 #include "image/image_factory.h"
 #include "image/image_formats.h"
@@ -219,6 +222,9 @@ const std::vector<ExpectedMethod> kMethods = {
     {"CMYKChannels as PictureZVK", Address(CMYKChannel)},
     {"MirroredView as PictureZVK", Address(GetMirroredView)},
     {"Close", Address(ImageDestructor)},
+    {"HMirror", Address(HMirrorSelf)},
+    {"VMirror", Address(VMirrorSelf)},
+    {"Rotate180", Address(Rotate180Self)},
     {"Invert", Address(Invert1)},
     {"Invert(x as integer, y as integer, w as integer, h as integer)", Address(Invert5)},
     {"AutoLevel as boolean", Address(AutoLevel1)},
@@ -324,6 +330,15 @@ const std::vector<ExpectedMethod> kMethods = {
     {"CopyPixels(source as PictureZVK) as boolean", Address(rbCopyPixels2)},
     {"ClipImage as PictureZVK", Address(ClipImage1)},
     {"ClipImage(x as integer, y as integer, width as integer, height as integer) as PictureZVK", Address(ClipImage5)},
+    {"Rotate180(dest as PictureZVK=nil) as PictureZVK", Address(Rotate180)},
+    {"Rotate90(dest as PictureZVK=nil) as PictureZVK", Address(Rotate90fast)},
+    {"Rotate90slow(dest as PictureZVK=nil) as PictureZVK", Address(Rotate90)},
+    {"Rotate(angle as double, Red as integer = 0, Green as integer = 0, Blue as integer = 0, Alpha as integer = 0, "
+     "Gray as integer = 0, Cyan as integer = 0, Magenta as integer = 0, Yellow as integer = 0, Black as integer = 0) "
+     "as PictureZVK",
+     Address(rbRotate)},
+    {"Rotate270(dest as PictureZVK=nil) as PictureZVK", Address(Rotate270fast)},
+    {"Rotate270slow(dest as PictureZVK=nil) as PictureZVK", Address(Rotate270)},
     {"ApplyMatrix(dest as PictureZVK, MatrixDimension as integer, matrix() as integer) as PictureZVK",
      Address(PictureMatrix3)},
     {"ApplyMatrix(dest as PictureZVK, MatrixDimension as integer, matrix() as integer, delta as integer) as PictureZVK",

@@ -1,0 +1,93 @@
+#include "geometry/pixel_reversal.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstring>
+#include <utility>
+
+#include "image/kernel_clones.h"
+
+namespace zvk {
+
+namespace {
+
+constexpr int32_t kVectorBytes = 16;
+using ByteVector [[gnu::vector_size(kVectorBytes)]] = uint8_t;
+
+// As many whole pixels as a vector holds lie at its end; they come out in reverse order at its start.
+template <int32_t kPixelSize>
+[[gnu::always_inline]] inline ByteVector ReversedVector(ByteVector bytes) {
+  constexpr int32_t kPixels = kVectorBytes / kPixelSize;
+  constexpr auto kFrom = [](int32_t byte) {
+    const int32_t pixel = byte / kPixelSize;
+    return pixel < kPixels ? kVectorBytes - (pixel + 1) * kPixelSize + byte % kPixelSize : 0;
+  };
+  return [&]<int32_t... kByte>(std::integer_sequence<int32_t, kByte...>) {
+    return __builtin_shufflevector(bytes, bytes, kFrom(kByte)...);
+  }
+  (std::make_integer_sequence<int32_t, kVectorBytes>{});
+}
+
+}  // namespace
+
+template <int32_t kPixelSize>
+ZVK_KERNEL_CLONES void ReverseSized(const uint8_t *__restrict source, uint8_t *__restrict dest, int32_t count) {
+  constexpr int32_t kPixels = kVectorBytes / kPixelSize;
+  const uint8_t *end = source + ptrdiff_t{count} * kPixelSize;
+  // A vector may hold bytes of one pixel more, which must be there: it is loaded before that pixel's turn, and written
+  // over in its turn.
+  while (end - source >= kVectorBytes) {
+    ByteVector bytes;
+    std::memcpy(&bytes, end - kVectorBytes, kVectorBytes);
+    bytes = ReversedVector<kPixelSize>(bytes);
+    std::memcpy(dest, &bytes, kVectorBytes);
+    end -= ptrdiff_t{kPixels} * kPixelSize;
+    dest += ptrdiff_t{kPixels} * kPixelSize;
+  }
+  while (end != source) {
+    end -= kPixelSize;
+    std::memcpy(dest, end, kPixelSize);
+    dest += kPixelSize;
+  }
+}
+
+template void ReverseSized<1>(const uint8_t *, uint8_t *, int32_t);
+template void ReverseSized<2>(const uint8_t *, uint8_t *, int32_t);
+template void ReverseSized<3>(const uint8_t *, uint8_t *, int32_t);
+template void ReverseSized<4>(const uint8_t *, uint8_t *, int32_t);
+template void ReverseSized<5>(const uint8_t *, uint8_t *, int32_t);
+
+void ReversePixels(const uint8_t *source, uint8_t *dest, int32_t count, int32_t pixelSize) {
+  switch (pixelSize) {
+    case 1:
+      return ReverseSized<1>(source, dest, count);
+    case 2:
+      return ReverseSized<2>(source, dest, count);
+    case 3:
+      return ReverseSized<3>(source, dest, count);
+    case 4:
+      return ReverseSized<4>(source, dest, count);
+    default:
+      return ReverseSized<5>(source, dest, count);
+  }
+}
+
+void ReverseInPlace(uint8_t *pixels, int32_t count, int32_t pixelSize) {
+  constexpr int32_t kMostPixels = 512;
+  std::array<uint8_t, ptrdiff_t{kMostPixels} * 5> aside = {};
+  uint8_t *left = pixels;
+  uint8_t *right = pixels + ptrdiff_t{count} * pixelSize;
+  for (int32_t rest = count / 2; rest > 0;) {
+    const int32_t part = std::min(rest, kMostPixels);
+    const ptrdiff_t bytes = ptrdiff_t{part} * pixelSize;
+    right -= bytes;
+    std::memcpy(aside.data(), left, static_cast<size_t>(bytes));
+    ReversePixels(right, left, part, pixelSize);
+    ReversePixels(aside.data(), right, part, pixelSize);
+    left += bytes;
+    rest -= part;
+  }
+}
+
+}  // namespace zvk

@@ -1,0 +1,233 @@
+#include "geometry/turns.h"
+
+#include <algorithm>
+#include <cstdint>
+
+#include "geometry/pixel_access.h"
+#include "geometry/pixel_reversal.h"
+#include "geometry/pixel_transposition.h"
+#include "image/layouts.h"
+#include "pixelops/filter_frame.h"
+
+namespace zvk {
+
+namespace {
+
+using enum ColourFamily;
+
+// Indices from first up to, not including, end.
+struct Range {
+  int32_t first;
+  int32_t end;
+
+  Range CutTo(const Range &other) const { return {std::max(first, other.first), std::min(end, other.end)}; }
+};
+
+// Where the columns or the rows of the source go: to the same places along a side of dest, or to those in reverse.
+struct Course {
+  int32_t count;
+  bool reversed;
+
+  int32_t operator()(int32_t i) const { return reversed ? count - 1 - i : i; }
+  // The indices that go to places from 0 to limit - 1.
+  Range Landing(int32_t limit) const {
+    return reversed ? Range{std::max(0, count - limit), count} : Range{0, std::min(count, limit)};
+  }
+};
+
+// True if one mapped block serves both images: then a row of the one is gone when a row of the other has been fetched.
+bool HaveOneBlock(const ImageClassData &source, const ImageClassData &dest) {
+  return &source == &dest && source.IsMapping;
+}
+
+// --- half a turn ---
+
+template <class L>
+void HalfTurn(ImageClassData &source, ImageClassData &dest) {
+  const Course columnOf{source.Width, true};
+  const Course rowOf{source.Height, true};
+  const Range columns = columnOf.Landing(dest.Width);
+  const Range rows = rowOf.Landing(dest.Height);
+  const auto from = AccessTo<L>(source);
+  const auto to = AccessTo<L>(dest);
+  const bool reversesBytes = MayReorder(source, dest) && L::PackedAlike(source, dest);
+  const bool oneBlock = HaveOneBlock(source, dest);
+  for (int32_t y = rows.first; y < rows.end; ++y) {
+    const uint8_t *sourceRow = source.GetRow(&source, y);
+    uint8_t *destRow = dest.GetRow(&dest, rowOf(y));
+    if (sourceRow == nullptr || destRow == nullptr) continue;
+    if (reversesBytes) {
+      const ptrdiff_t firstColumn = columns.first;
+      ReversePixels(sourceRow + L::FirstOffset(source) + firstColumn * source.PixelSize, destRow + L::FirstOffset(dest),
+                    columns.end - columns.first, source.PixelSize);
+      continue;
+    }
+    for (int32_t x = columns.end - 1; x >= columns.first; --x) {
+      if (oneBlock) sourceRow = source.GetRow(&source, y);
+      if (sourceRow == nullptr) break;
+      const auto samples = from.Read(sourceRow, x);
+      if (oneBlock) destRow = dest.GetRow(&dest, rowOf(y));
+      if (destRow == nullptr) break;
+      to.Write(destRow, columnOf(x), samples);
+    }
+  }
+}
+
+// --- quarter turns ---
+
+enum class Direction : uint8_t { Left, Right };
+
+// Of the blocks in which a quarter turn moves between rows that stay where they are, in pixels.
+constexpr int32_t kBlockEdge = 64;
+
+// A part of the source.
+struct Tile {
+  Range columns;
+  Range rows;
+};
+
+template <class L>
+class QuarterTurn {
+ public:
+  QuarterTurn(ImageClassData &source, ImageClassData &dest, Direction direction)
+      : source_(source),
+        dest_(dest),
+        from_(AccessTo<L>(source)),
+        to_(AccessTo<L>(dest)),
+        destRowOf_{source.Width, direction == Direction::Left},
+        destColumnOf_{source.Height, direction == Direction::Right},
+        landing_{destRowOf_.Landing(dest.Height), destColumnOf_.Landing(dest.Width)} {}
+
+  // The whole image in the given order of tiles, which are squares of edge `edge`, or one tile for 0.
+  void Move(int32_t edge) {
+    if (MayReorder(source_, dest_)) {
+      MoveInBlocks();
+    } else if (edge > 0) {
+      MoveInTiles(edge);
+    } else {
+      MoveTile(landing_);
+    }
+  }
+
+ private:
+  // Row by row and pixel by pixel, the dest row fetched for every pixel.
+  void MoveTile(const Tile &tile) {
+    const bool oneBlock = HaveOneBlock(source_, dest_);
+    for (int32_t y = tile.rows.first; y < tile.rows.end; ++y) {
+      const uint8_t *sourceRow = source_.GetRow(&source_, y);
+      for (int32_t x = tile.columns.first; x < tile.columns.end; ++x) {
+        if (oneBlock) sourceRow = source_.GetRow(&source_, y);
+        if (sourceRow == nullptr) break;
+        const auto samples = from_.Read(sourceRow, x);
+        uint8_t *destRow = dest_.GetRow(&dest_, destRowOf_(x));
+        if (destRow != nullptr) to_.Write(destRow, destColumnOf_(y), samples);
+      }
+    }
+  }
+
+  void MoveInTiles(int32_t edge) {
+    for (int64_t top = 0; top < source_.Height; top += edge) {
+      for (int64_t left = 0; left < source_.Width; left += edge) {
+        MoveTile({TilePart(left, edge, source_.Width).CutTo(landing_.columns),
+                  TilePart(top, edge, source_.Height).CutTo(landing_.rows)});
+      }
+    }
+  }
+
+  static Range TilePart(int64_t first, int32_t edge, int32_t size) {
+    return {static_cast<int32_t>(first), static_cast<int32_t>(std::min<int64_t>(first + edge, size))};
+  }
+
+  // For rows that stay where they are, in any order: blocks of which both sides lie in the cache, one below the other.
+  void MoveInBlocks() {
+    const auto [columns, rows] = landing_;
+    for (int32_t left = columns.first; left < columns.end; left += kBlockEdge) {
+      for (int32_t top = rows.first; top < rows.end; top += kBlockEdge) {
+        MoveBlock({{left, left + std::min(kBlockEdge, columns.end - left)},
+                   {top, top + std::min(kBlockEdge, rows.end - top)}});
+      }
+    }
+  }
+
+  void MoveBlock(const Tile &tile) {
+    const uint8_t *sourceRows[kBlockEdge] = {};
+    uint8_t *destRows[kBlockEdge] = {};
+    if (!L::PackedAlike(source_, dest_) || !FetchRows(tile, sourceRows, destRows)) {
+      MoveTile(tile);
+      return;
+    }
+    TransposePixels({sourceRows, destRows, tile.columns.end - tile.columns.first, tile.rows.end - tile.rows.first},
+                    source_.PixelSize);
+  }
+
+  // Where the rows of both sides have their first pixels in the tile; those of the source in the order of their columns
+  // in dest. False if a row cannot be had.
+  bool FetchRows(const Tile &tile, const uint8_t **sourceRows, uint8_t **destRows) {
+    const auto [columns, rows] = tile;
+    const ptrdiff_t firstOfSource = L::FirstOffset(source_) + ptrdiff_t{columns.first} * source_.PixelSize;
+    const int32_t firstColumn = std::min(destColumnOf_(rows.first), destColumnOf_(rows.end - 1));
+    const ptrdiff_t firstOfDest = L::FirstOffset(dest_) + ptrdiff_t{firstColumn} * dest_.PixelSize;
+    for (int32_t y = rows.first; y < rows.end; ++y) {
+      const uint8_t *row = source_.GetRow(&source_, y);
+      if (row == nullptr) return false;
+      sourceRows[destColumnOf_(y) - firstColumn] = row + firstOfSource;
+    }
+    for (int32_t x = columns.first; x < columns.end; ++x) {
+      uint8_t *row = dest_.GetRow(&dest_, destRowOf_(x));
+      if (row == nullptr) return false;
+      destRows[x - columns.first] = row + firstOfDest;
+    }
+    return true;
+  }
+
+  ImageClassData &source_;
+  ImageClassData &dest_;
+  PixelAccess<L::channelCount> from_;
+  PixelAccess<L::channelCount> to_;
+  Course destRowOf_;
+  Course destColumnOf_;
+  Tile landing_;
+};
+
+enum class Form : uint8_t { Plain, Tiled };
+
+template <Direction kDirection, Form kForm>
+REALobject TurnQuarter(REALobject instance, REALobject dest) {
+  return RunFilter(instance, dest, NewDest::ExchangedSides, [](ImageClassData &source, ImageClassData &target) {
+    int32_t edge = 0;
+    if constexpr (kForm == Form::Tiled) {
+      // Makes sure that both have a block.
+      target.GetRow(&target, 0);
+      source.GetRow(&source, 0);
+      // With 2 rows less than a block, the rows that the mapping puts in front of a fetched one find room as well. At
+      // or below 0, for low images and for views in memory, there is no tile that would get anywhere: the edge is that
+      // of the plain form.
+      edge = std::max(std::min(source.MappedRowCount, target.MappedRowCount) - 2, 0);
+    }
+    VisitLayout<Gray, RGB, CMYK>(source, [&]<class L>(L) { QuarterTurn<L>(source, target, kDirection).Move(edge); });
+  });
+}
+
+}  // namespace
+
+REALobject Rotate180(REALobject instance, REALobject dest) {
+  return RunFilter(instance, dest, NewDest::SameSize, [](ImageClassData &source, ImageClassData &target) {
+    VisitLayout<Gray, RGB, CMYK>(source, [&]<class L>(L) { HalfTurn<L>(source, target); });
+  });
+}
+
+// The names cross on purpose: what the host calls "Rotate90" is the tiled form, and the plain one is "Rotate90slow".
+REALobject Rotate90fast(REALobject instance, REALobject dest) {
+  return TurnQuarter<Direction::Left, Form::Tiled>(instance, dest);
+}
+REALobject Rotate90(REALobject instance, REALobject dest) {
+  return TurnQuarter<Direction::Left, Form::Plain>(instance, dest);
+}
+REALobject Rotate270fast(REALobject instance, REALobject dest) {
+  return TurnQuarter<Direction::Right, Form::Tiled>(instance, dest);
+}
+REALobject Rotate270(REALobject instance, REALobject dest) {
+  return TurnQuarter<Direction::Right, Form::Plain>(instance, dest);
+}
+
+}  // namespace zvk
