@@ -1,10 +1,13 @@
 #include "geometry/mirror.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
+#include <optional>
 #include <utility>
 
 #include "geometry/pixel_access.h"
+#include "geometry/pixel_mover.h"
 #include "geometry/pixel_reversal.h"
 #include "host/resources.h"
 #include "image/layouts.h"
@@ -26,94 +29,115 @@ ImageClassData *ImageToMove(REALobject instance) {
 
 // --- within a row ---
 
+// Left and right change places pixel by pixel, channel by channel.
 template <class L>
-void MirrorRow(const ImageClassData &image, uint8_t *row) {
-  const int32_t width = image.Width;
-  if (L::PackedAlike(image, image)) {
-    ReverseInPlace(row + L::FirstOffset(image), width, image.PixelSize);
-    return;
-  }
+void MirrorByPixels(const ImageClassData &image, uint8_t *row) {
   const auto offsets = L::OffsetsOf(image);
   const ptrdiff_t pixelSize = image.PixelSize;
   uint8_t *left = row;
-  uint8_t *right = row + (width - 1) * pixelSize;
-  for (int32_t i = 0; i < width / 2; ++i) {
+  uint8_t *right = row + (image.Width - 1) * pixelSize;
+  for (int32_t i = 0; i < image.Width / 2; ++i) {
     for (const int32_t offset : offsets) std::swap(left[offset], right[offset]);
     left += pixelSize;
     right -= pixelSize;
   }
 }
 
+// The same by runs of pixels from both ends of the row.
+void MirrorByRuns(const PixelMover &mover, const ImageClassData &image, uint8_t *row) {
+  constexpr int32_t kMostPixels = 256;
+  std::array<uint8_t, ptrdiff_t{kMostPixels} *kLargestPixel> aside = {};
+  const int32_t half = image.Width / 2;
+  for (int32_t left = 0; left < half; left += kMostPixels) {
+    const int32_t part = std::min(kMostPixels, half - left);
+    const int32_t right = image.Width - left - part;
+    std::memcpy(aside.data(), mover.SourceAt(row, left), static_cast<size_t>(part) * image.PixelSize);
+    mover.Reverse(mover.SourceAt(row, right), mover.DestAt(row, left), part);
+    mover.Reverse(aside.data(), mover.DestAt(row, right), part);
+  }
+}
+
+// Mirrors the rows of an image as it is at present.
+template <class L>
+class RowMirror {
+ public:
+  explicit RowMirror(const ImageClassData &image)
+      : image_(image), mover_(L{}, image, image), byRuns_(mover_.MovesRuns() && AreApart(L::OffsetsOf(image))) {}
+
+  void operator()(uint8_t *row) const {
+    if (byRuns_) {
+      MirrorByRuns(mover_, image_, row);
+    } else {
+      MirrorByPixels<L>(image_, row);
+    }
+  }
+
+ private:
+  // A sample that two channels share changes its place twice.
+  template <class Offsets>
+  static bool AreApart(Offsets offsets) {
+    std::sort(offsets.begin(), offsets.end());
+    return std::adjacent_find(offsets.begin(), offsets.end()) == offsets.end();
+  }
+
+  const ImageClassData &image_;
+  PixelMover mover_;
+  bool byRuns_;
+};
+
 // --- between two rows ---
 
 enum class PixelOrder : uint8_t { Forward, Backward };
 
-// The pixels of a row whose samples lie in the first `rowSize` bytes of it: all, unless a caller's RowSize is shorter
-// than the pixels. What lies further out is not in a copy of the row.
-struct HeldPixels {
-  int32_t first;
-  int32_t end;  // one beyond the last
-  ptrdiff_t firstByte;
-  ptrdiff_t bytes;
-
-  template <class L>
-  static HeldPixels Of(const ImageClassData &image, int32_t rowSize) {
-    const auto offsets = L::OffsetsOf(image);
-    const auto [lowest, highest] = std::minmax_element(offsets.begin(), offsets.end());
-    const int64_t size = image.PixelSize;
-    const int64_t first = *lowest < 0 ? (size - 1 - int64_t{*lowest}) / size : 0;
-    const int64_t end = *highest < rowSize ? (int64_t{rowSize} - 1 - *highest) / size + 1 : 0;
-    HeldPixels held = {};
-    if (std::min<int64_t>(end, image.Width) <= first) return held;
-    held.first = static_cast<int32_t>(first);
-    held.end = static_cast<int32_t>(std::min<int64_t>(end, image.Width));
-    held.firstByte = first * size + *lowest;
-    held.bytes = (held.end - 1) * size + *highest + 1 - held.firstByte;
-    return held;
-  }
-};
-
-// Rows of one image, put aside and written back elsewhere.
+// Rows of one image, put aside and written back elsewhere. A caller's RowSize may be shorter than the pixels: those
+// whose samples do not all lie in the first RowSize bytes are not in the copies, and stay out of it.
 template <class L, PixelOrder kOrder>
 class RowExchange {
  public:
-  explicit RowExchange(ImageClassData &image, int32_t rowSize) : image_(image), rowSize_(rowSize) {}
+  explicit RowExchange(ImageClassData &image) : image_(image), mover_(L{}, image, image) {
+    const auto offsets = L::OffsetsOf(image);
+    const auto [lowest, highest] = std::minmax_element(offsets.begin(), offsets.end());
+    const int64_t pixelSize = image.PixelSize;
+    const int64_t first = *lowest < 0 ? (pixelSize - 1 - *lowest) / pixelSize : 0;
+    const int64_t end = *highest < image.RowSize ? (image.RowSize - 1 - *highest) / pixelSize + 1 : 0;
+    first_ = static_cast<int32_t>(std::min<int64_t>(first, image.Width));
+    count_ = static_cast<int32_t>(std::max<int64_t>(std::min<int64_t>(end, image.Width) - first_, 0));
+    firstByte_ = first_ * pixelSize + *lowest;
+    bytes_ = count_ > 0 ? (count_ - 1) * pixelSize + *highest + 1 - *lowest : 0;
+  }
 
   // False if the row cannot be had.
-  bool PutAside(int32_t y, uint8_t *copy) {
+  bool PutAside(int32_t y, uint8_t *copy) const {
     const uint8_t *row = image_.GetRow(&image_, y);
     if (row == nullptr) return false;
-    const HeldPixels held = HeldPixels::Of<L>(image_, rowSize_);
-    std::memcpy(copy + held.firstByte, row + held.firstByte, static_cast<size_t>(held.bytes));
+    std::memcpy(copy + firstByte_, row + firstByte_, static_cast<size_t>(bytes_));
     return true;
   }
 
   // Writes the samples of a row that was put aside.
-  void Write(int32_t y, const uint8_t *copy) {
+  void Write(int32_t y, const uint8_t *copy) const {
     uint8_t *row = image_.GetRow(&image_, y);
-    if (row == nullptr) return;
-    const HeldPixels held = HeldPixels::Of<L>(image_, rowSize_);
-    const int32_t width = image_.Width;
-    if (held.end - held.first == width && L::PackedAlike(image_, image_)) {
-      const ptrdiff_t first = L::FirstOffset(image_);
-      if constexpr (kOrder == PixelOrder::Forward) {
-        std::memcpy(row + first, copy + first, static_cast<size_t>(held.bytes));
-      } else {
-        ReversePixels(copy + first, row + first, width, image_.PixelSize);
-      }
-      return;
-    }
-    const auto pixels = AccessTo<L>(image_);
+    if (row == nullptr || count_ == 0) return;
+    const uint8_t *source = mover_.SourceAt(copy, first_);
     if constexpr (kOrder == PixelOrder::Forward) {
-      for (int32_t x = held.first; x < held.end; ++x) pixels.Write(row, x, pixels.Read(copy, x));
+      mover_.Copy(source, mover_.DestAt(row, first_), count_);
+    } else if (mover_.MovesRuns()) {
+      mover_.Reverse(source, mover_.DestAt(row, image_.Width - first_ - count_), count_);
     } else {
-      for (int32_t x = held.end - 1; x >= held.first; --x) pixels.Write(row, width - 1 - x, pixels.Read(copy, x));
+      const auto pixels = AccessTo<L>(image_);
+      for (int32_t x = first_ + count_ - 1; x >= first_; --x) {
+        pixels.Write(row, image_.Width - 1 - x, pixels.Read(copy, x));
+      }
     }
   }
 
  private:
   ImageClassData &image_;
-  int32_t rowSize_;
+  PixelMover mover_;
+  int32_t first_;  // pixels that are in the copies
+  int32_t count_;
+  ptrdiff_t firstByte_;  // and the bytes that they take
+  ptrdiff_t bytes_;
 };
 
 // Lets the rows of the upper half and those of the lower half change places.
@@ -127,23 +151,25 @@ void ExchangeHalves(REALobject instance) {
   if (!upper || !lower) return;
 
   VisitLayout<Gray, RGB, CMYK>(*image, [&]<class L>(L) {
-    RowExchange<L, kOrder> rows(*image, rowSize);
+    std::optional<RowExchange<L, kOrder>> rows(*image);
     for (int32_t i = 0; i < image->Height / 2; ++i) {
       const int32_t j = image->Height - 1 - i;
       // No address is kept from one fetch to the next, which may move the block of a mapped image.
-      const bool hasUpper = rows.PutAside(i, upper.Get());
-      const bool hasLower = rows.PutAside(j, lower.Get());
+      const bool hasUpper = rows->PutAside(i, upper.Get());
+      const bool hasLower = rows->PutAside(j, lower.Get());
       if (hasUpper && hasLower) {
-        rows.Write(i, lower.Get());
-        rows.Write(j, upper.Get());
+        rows->Write(i, lower.Get());
+        rows->Write(j, upper.Get());
       }
+      if (image->Yield.YieldTicks == 0) continue;
       YieldOn(*image);
       if (!IsUsable(*image) || image->RowSize != rowSize) return;
+      rows.emplace(*image);
     }
     if (kOrder == PixelOrder::Backward && image->Height % 2 != 0) {
       // The middle row is not put aside first: it gets the reversal of what was put aside last, the row below it as it
       // was, or zeros where there is no other row.
-      rows.Write(image->Height / 2, lower.Get());
+      rows->Write(image->Height / 2, lower.Get());
     }
   });
 }
@@ -154,11 +180,14 @@ void HMirrorSelf(REALobject instance) {
   ImageClassData *image = ImageToMove(instance);
   if (image == nullptr) return;
   VisitLayout<Gray, RGB, CMYK>(*image, [image]<class L>(L) {
+    std::optional<RowMirror<L>> mirror(*image);
     for (int32_t y = 0; y < image->Height; ++y) {
       uint8_t *row = image->GetRow(image, y);
-      if (row != nullptr) MirrorRow<L>(*image, row);
+      if (row != nullptr) (*mirror)(row);
+      if (image->Yield.YieldTicks == 0) continue;
       YieldOn(*image);
       if (!IsUsable(*image)) return;
+      mirror.emplace(*image);
     }
   });
 }

@@ -1,7 +1,5 @@
 #include "geometry/pixel_reversal.h"
 
-#include <algorithm>
-#include <array>
 #include <cstddef>
 #include <cstring>
 #include <utility>
@@ -70,23 +68,6 @@ void ReversePixels(const uint8_t *source, uint8_t *dest, int32_t count, int32_t 
       return ReverseSized<4>(source, dest, count);
     default:
       return ReverseSized<5>(source, dest, count);
-  }
-}
-
-void ReverseInPlace(uint8_t *pixels, int32_t count, int32_t pixelSize) {
-  constexpr int32_t kMostPixels = 512;
-  std::array<uint8_t, ptrdiff_t{kMostPixels} * 5> aside = {};
-  uint8_t *left = pixels;
-  uint8_t *right = pixels + ptrdiff_t{count} * pixelSize;
-  for (int32_t rest = count / 2; rest > 0;) {
-    const int32_t part = std::min(rest, kMostPixels);
-    const ptrdiff_t bytes = ptrdiff_t{part} * pixelSize;
-    right -= bytes;
-    std::memcpy(aside.data(), left, static_cast<size_t>(bytes));
-    ReversePixels(right, left, part, pixelSize);
-    ReversePixels(aside.data(), right, part, pixelSize);
-    left += bytes;
-    rest -= part;
   }
 }
 

@@ -5,10 +5,11 @@
 
 namespace zvk {
 
-// Writes `count` pixels of `pixelSize` bytes (1 to 5, no gaps) in reverse order. The two runs must not overlap.
-void ReversePixels(const uint8_t *source, uint8_t *dest, int32_t count, int32_t pixelSize);
+// Bytes of the largest pixel that has channels.
+inline constexpr int32_t kLargestPixel = 5;
 
-// The same where the pixels are.
-void ReverseInPlace(uint8_t *pixels, int32_t count, int32_t pixelSize);
+// Writes `count` pixels of `pixelSize` bytes (1 to kLargestPixel, no gaps) in reverse order. The two runs must not
+// overlap.
+void ReversePixels(const uint8_t *source, uint8_t *dest, int32_t count, int32_t pixelSize);
 
 }  // namespace zvk

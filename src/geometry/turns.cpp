@@ -4,8 +4,7 @@
 #include <cstdint>
 
 #include "geometry/pixel_access.h"
-#include "geometry/pixel_reversal.h"
-#include "geometry/pixel_transposition.h"
+#include "geometry/pixel_mover.h"
 #include "image/layouts.h"
 #include "pixelops/filter_frame.h"
 
@@ -44,31 +43,30 @@ bool HaveOneBlock(const ImageClassData &source, const ImageClassData &dest) {
 
 template <class L>
 void HalfTurn(ImageClassData &source, ImageClassData &dest) {
-  const Course columnOf{source.Width, true};
-  const Course rowOf{source.Height, true};
-  const Range columns = columnOf.Landing(dest.Width);
-  const Range rows = rowOf.Landing(dest.Height);
+  const Course destColumnOf{source.Width, true};
+  const Course destRowOf{source.Height, true};
+  const Range columns = destColumnOf.Landing(dest.Width);
+  const Range rows = destRowOf.Landing(dest.Height);
+  const PixelMover mover(L{}, source, dest);
+  const bool movesRuns = MayReorder(source, dest) && mover.MovesRuns();
   const auto from = AccessTo<L>(source);
   const auto to = AccessTo<L>(dest);
-  const bool reversesBytes = MayReorder(source, dest) && L::PackedAlike(source, dest);
   const bool oneBlock = HaveOneBlock(source, dest);
   for (int32_t y = rows.first; y < rows.end; ++y) {
     const uint8_t *sourceRow = source.GetRow(&source, y);
-    uint8_t *destRow = dest.GetRow(&dest, rowOf(y));
+    uint8_t *destRow = dest.GetRow(&dest, destRowOf(y));
     if (sourceRow == nullptr || destRow == nullptr) continue;
-    if (reversesBytes) {
-      const ptrdiff_t firstColumn = columns.first;
-      ReversePixels(sourceRow + L::FirstOffset(source) + firstColumn * source.PixelSize, destRow + L::FirstOffset(dest),
-                    columns.end - columns.first, source.PixelSize);
+    if (movesRuns) {
+      mover.Reverse(mover.SourceAt(sourceRow, columns.first), mover.DestAt(destRow, 0), columns.end - columns.first);
       continue;
     }
     for (int32_t x = columns.end - 1; x >= columns.first; --x) {
       if (oneBlock) sourceRow = source.GetRow(&source, y);
       if (sourceRow == nullptr) break;
       const auto samples = from.Read(sourceRow, x);
-      if (oneBlock) destRow = dest.GetRow(&dest, rowOf(y));
+      if (oneBlock) destRow = dest.GetRow(&dest, destRowOf(y));
       if (destRow == nullptr) break;
-      to.Write(destRow, columnOf(x), samples);
+      to.Write(destRow, destColumnOf(x), samples);
     }
   }
 }
@@ -76,9 +74,6 @@ void HalfTurn(ImageClassData &source, ImageClassData &dest) {
 // --- quarter turns ---
 
 enum class Direction : uint8_t { Left, Right };
-
-// Of the blocks in which a quarter turn moves between rows that stay where they are, in pixels.
-constexpr int32_t kBlockEdge = 64;
 
 // A part of the source.
 struct Tile {
@@ -140,43 +135,36 @@ class QuarterTurn {
 
   // For rows that stay where they are, in any order: blocks of which both sides lie in the cache, one below the other.
   void MoveInBlocks() {
+    constexpr int32_t kEdge = PixelMover::kBlockEdge;
+    const PixelMover mover(L{}, source_, dest_);
     const auto [columns, rows] = landing_;
-    for (int32_t left = columns.first; left < columns.end; left += kBlockEdge) {
-      for (int32_t top = rows.first; top < rows.end; top += kBlockEdge) {
-        MoveBlock({{left, left + std::min(kBlockEdge, columns.end - left)},
-                   {top, top + std::min(kBlockEdge, rows.end - top)}});
+    for (int32_t left = columns.first; left < columns.end; left += kEdge) {
+      for (int32_t top = rows.first; top < rows.end; top += kEdge) {
+        const Tile tile{{left, left + std::min(kEdge, columns.end - left)},
+                        {top, top + std::min(kEdge, rows.end - top)}};
+        if (!mover.MovesRuns() || !MoveBlock(mover, tile)) MoveTile(tile);
       }
     }
   }
 
-  void MoveBlock(const Tile &tile) {
-    const uint8_t *sourceRows[kBlockEdge] = {};
-    uint8_t *destRows[kBlockEdge] = {};
-    if (!L::PackedAlike(source_, dest_) || !FetchRows(tile, sourceRows, destRows)) {
-      MoveTile(tile);
-      return;
-    }
-    TransposePixels({sourceRows, destRows, tile.columns.end - tile.columns.first, tile.rows.end - tile.rows.first},
-                    source_.PixelSize);
-  }
-
-  // Where the rows of both sides have their first pixels in the tile; those of the source in the order of their columns
-  // in dest. False if a row cannot be had.
-  bool FetchRows(const Tile &tile, const uint8_t **sourceRows, uint8_t **destRows) {
+  // False, with nothing done, if one of the rows cannot be had.
+  bool MoveBlock(const PixelMover &mover, const Tile &tile) {
+    const uint8_t *sourceRows[PixelMover::kBlockEdge] = {};
+    uint8_t *destRows[PixelMover::kBlockEdge] = {};
     const auto [columns, rows] = tile;
-    const ptrdiff_t firstOfSource = L::FirstOffset(source_) + ptrdiff_t{columns.first} * source_.PixelSize;
     const int32_t firstColumn = std::min(destColumnOf_(rows.first), destColumnOf_(rows.end - 1));
-    const ptrdiff_t firstOfDest = L::FirstOffset(dest_) + ptrdiff_t{firstColumn} * dest_.PixelSize;
+    // In the order of their columns in dest.
     for (int32_t y = rows.first; y < rows.end; ++y) {
       const uint8_t *row = source_.GetRow(&source_, y);
       if (row == nullptr) return false;
-      sourceRows[destColumnOf_(y) - firstColumn] = row + firstOfSource;
+      sourceRows[destColumnOf_(y) - firstColumn] = mover.SourceAt(row, columns.first);
     }
     for (int32_t x = columns.first; x < columns.end; ++x) {
       uint8_t *row = dest_.GetRow(&dest_, destRowOf_(x));
       if (row == nullptr) return false;
-      destRows[x - columns.first] = row + firstOfDest;
+      destRows[x - columns.first] = mover.DestAt(row, firstColumn);
     }
+    mover.Transpose({sourceRows, destRows, columns.end - columns.first, rows.end - rows.first});
     return true;
   }
 

@@ -1,0 +1,469 @@
+#include "geometry/turns.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <vector>
+
+#include "image/image_factory.h"
+#include "image/views.h"
+#include "tests/geometry/turn_testing.h"
+#include "tests/support/faults.h"
+#include "tests/support/file_faults.h"
+
+namespace zvk {
+namespace {
+
+using namespace turn_testing;
+
+using Turn = REALobject (*)(REALobject, REALobject);
+constexpr auto kTurns = {Rotate180, Rotate90, Rotate90fast, Rotate270, Rotate270fast};
+constexpr auto kQuarterTurns = {Rotate90, Rotate90fast, Rotate270, Rotate270fast};
+
+class Turns : public testing::Test {
+ protected:
+  ~Turns() override { EXPECT_FALSE(host_.TakeException()); }
+
+  Owned<Object> Gray(const std::vector<Bytes> &rows) {
+    auto image = NewImage(host_, static_cast<int32_t>(rows[0].size()), static_cast<int32_t>(rows.size()), ImageFormatG);
+    SetGrid(image, 'g', rows);
+    return image;
+  }
+
+  PluginHost host_{{.fenced = true}};
+};
+
+// --- what moves where ---
+
+TEST_F(Turns, AHalfTurnPutsTheUpperLeftPixelToTheLowerRight) {
+  const auto image = Gray({{1, 2, 3}, {4, 5, 6}});
+  const auto turned = Adopt(Rotate180(image, nullptr));
+  EXPECT_EQ(Grid(turned, 'g'), (std::vector<Bytes>{{6, 5, 4}, {3, 2, 1}}));
+  EXPECT_EQ(Grid(image, 'g'), (std::vector<Bytes>{{1, 2, 3}, {4, 5, 6}}));
+}
+
+TEST_F(Turns, AHalfTurnIntoAnotherImageIsExactForOddHeights) {
+  const auto image = Gray({{1, 2}, {3, 4}, {5, 6}});
+  EXPECT_EQ(Grid(Adopt(Rotate180(image, nullptr)), 'g'), (std::vector<Bytes>{{6, 5}, {4, 3}, {2, 1}}));
+}
+
+TEST_F(Turns, AQuarterTurnPutsTheUpperRightPixelToTheUpperLeft) {
+  const auto image = Gray({{1, 2, 3}, {4, 5, 6}});
+  for (const auto turn : {Rotate90, Rotate90fast}) {
+    EXPECT_EQ(Grid(Adopt(turn(image, nullptr)), 'g'), (std::vector<Bytes>{{3, 6}, {2, 5}, {1, 4}}));
+  }
+}
+
+TEST_F(Turns, ThreeQuartersPutTheLowerLeftPixelToTheUpperLeft) {
+  const auto image = Gray({{1, 2, 3}, {4, 5, 6}});
+  for (const auto turn : {Rotate270, Rotate270fast}) {
+    EXPECT_EQ(Grid(Adopt(turn(image, nullptr)), 'g'), (std::vector<Bytes>{{4, 1}, {5, 2}, {6, 3}}));
+  }
+}
+
+TEST_F(Turns, ANewImageHasTheFormatAndTheSizeOfTheTurn) {
+  for (const int32_t format : kFormats) {
+    const Storage storage(host_, Kind::Block, 5, 3, format);
+    for (const auto turn : kTurns) {
+      const auto turned = Adopt(turn(storage.image, nullptr));
+      const ImageClassData &record = *RecordOf(turned);
+      EXPECT_EQ(record.ImageFormat, format);
+      EXPECT_EQ(record.Width, turn == Rotate180 ? 5 : 3);
+      EXPECT_EQ(record.Height, turn == Rotate180 ? 3 : 5);
+      EXPECT_EQ(References(turned), 1);
+    }
+  }
+}
+
+TEST_F(Turns, BothFormsGiveTheSamePixels) {
+  for (const int32_t format : kFormats) {
+    const Storage storage(host_, Kind::Memory, 70, 131, format);
+    for (const auto &[plain, tiled] : {std::pair{&Rotate90, &Rotate90fast}, {&Rotate270, &Rotate270fast}}) {
+      const auto a = Adopt(plain(storage.image, nullptr)), b = Adopt(tiled(storage.image, nullptr));
+      ImageClassData &first = *RecordOf(a), &second = *RecordOf(b);
+      ASSERT_EQ(first.TotalSize, second.TotalSize);
+      EXPECT_TRUE(std::equal(first.Buffer, first.Buffer + first.TotalSize, second.Buffer)) << format;
+    }
+  }
+}
+
+TEST_F(Turns, FourQuarterTurnsGiveBackEverySample) {
+  for (const int32_t format : kFormats) {
+    const Storage storage(host_, Kind::Memory, 67, 130, format);
+    for (const auto turn : kQuarterTurns) {
+      Owned<Object> image = storage.image;
+      for (int i = 0; i < 4; ++i) image = Adopt(turn(image, nullptr));
+      for (const char letter : LettersOf(storage.Record())) {
+        EXPECT_EQ(Grid(image, letter), Grid(storage.image, letter)) << format << letter;
+      }
+    }
+  }
+}
+
+TEST_F(Turns, SamplesGoWhereTheDestKeepsThemAndFillerStays) {
+  const Storage source(host_, Kind::Block, 2, 1, ImageFormatRGB), dest(host_, Kind::Block, 1, 2, ImageFormatXBGR, 1);
+  source.Put({1, 2, 3, 4, 5, 6});
+  dest.Put(Bytes(9, 9));
+  EXPECT_EQ(Adopt(Rotate90(source.image, dest.image)).Handle(), dest.image.Handle());
+  EXPECT_EQ(dest.All(), (Bytes{9, 6, 5, 4, 9, 9, 3, 2, 1}));
+  const Storage wide(host_, Kind::Block, 2, 1, ImageFormatXBGR);
+  wide.Put(Bytes(8, 9));
+  Adopt(Rotate180(source.image, wide.image));
+  EXPECT_EQ(wide.All(), (Bytes{9, 6, 5, 4, 9, 3, 2, 1}));
+}
+
+TEST_F(Turns, FillerOfANewImageIsZero) {
+  const Storage storage(host_, Kind::Memory, 66, 65, ImageFormatCMYKX);
+  for (const auto turn : kTurns) {
+    const auto turned = Adopt(turn(storage.image, nullptr));
+    ImageClassData &record = *RecordOf(turned);
+    for (int32_t y = 0; y < record.Height; ++y) {
+      for (int32_t x = 0; x < record.Width; ++x) ASSERT_EQ(record.GetRow(&record, y)[x * 5 + 4], 0);
+    }
+  }
+}
+
+TEST_F(Turns, ADestOfAnotherFamilyGetsTheSamplesAtItsOwnOffsets) {
+  const Storage source(host_, Kind::Block, 2, 1, ImageFormatRGB), dest(host_, Kind::Block, 2, 1, ImageFormatG);
+  source.Put({1, 2, 3, 4, 5, 6});
+  Adopt(Rotate180(source.image, dest.image));
+  EXPECT_EQ(dest.All(), (Bytes{6, 3}));  // all three at offset 0, the last one stays
+}
+
+TEST_F(Turns, AnImageOfNoFamilyLeavesTheDestAsItIs) {
+  const Storage source(host_, Kind::Block, 4, 4, ImageFormatScaling3), dest(host_, Kind::Block, 4, 4, ImageFormatRGB);
+  const Bytes before = dest.All();
+  for (const auto turn : kTurns) {
+    EXPECT_EQ(Adopt(turn(source.image, dest.image)).Handle(), dest.image.Handle());
+    EXPECT_EQ(dest.All(), before);
+    const auto fresh = Adopt(turn(source.image, nullptr));
+    EXPECT_EQ(RecordOf(fresh)->ImageFormat, ImageFormatScaling3);
+  }
+}
+
+// --- the dest ---
+
+TEST_F(Turns, TheDestIsReturnedWithAReferenceOfItsOwn) {
+  const auto source = NewImage(host_, 3, 3, ImageFormatRGB), dest = NewImage(host_, 3, 3, ImageFormatRGB);
+  for (const auto turn : kTurns) {
+    const REALobject result = turn(source, dest);
+    EXPECT_EQ(result, dest.Handle());
+    EXPECT_EQ(References(dest), 2);
+    Adopt(result).Reset();
+    EXPECT_EQ(References(source), 1);
+  }
+}
+
+TEST_F(Turns, ADestThatIsNotUsableGivesNilAndIsReleased) {
+  const auto source = NewImage(host_, 3, 3, ImageFormatRGB);
+  const auto empty = host_.New("PictureZVK"), closed = NewImage(host_, 3, 3, ImageFormatRGB);
+  ImageDestructor(closed);
+  for (const auto turn : kTurns) {
+    for (const auto *dest : {&empty, &closed}) {
+      EXPECT_EQ(turn(source, *dest), nullptr);
+      EXPECT_EQ(References(*dest), 1);
+    }
+  }
+}
+
+TEST_F(Turns, WithoutMemoryForTheNewImageTheResultIsNil) {
+  const auto source = NewImage(host_, 3, 3, ImageFormatRGB);
+  for (const auto turn : kTurns) {
+    faults::Heap heap;
+    heap.FailCalloc([](size_t, size_t size) { return size == 192; });  // three rows of 64 bytes
+    EXPECT_EQ(turn(source, nullptr), nullptr);
+    heap.FailCalloc({});
+    const auto exception = host_.TakeException();
+    ASSERT_TRUE(exception);
+    EXPECT_EQ(exception->className, "OutOfMemoryException");
+  }
+}
+
+TEST_F(Turns, ADestThatIsTooLargeKeepsTheRest) {
+  const Storage source(host_, Kind::Block, 2, 1, ImageFormatG), dest(host_, Kind::Block, 3, 3, ImageFormatG);
+  source.Put({1, 2});
+  const auto turnedInto = [&](Turn turn) {
+    dest.Put(Bytes(9, 9));
+    Adopt(turn(source.image, dest.image));
+    return dest.All();
+  };
+  EXPECT_EQ(turnedInto(Rotate180), (Bytes{2, 1, 9, 9, 9, 9, 9, 9, 9}));
+  EXPECT_EQ(turnedInto(Rotate90), (Bytes{2, 9, 9, 1, 9, 9, 9, 9, 9}));
+  EXPECT_EQ(turnedInto(Rotate90fast), (Bytes{2, 9, 9, 1, 9, 9, 9, 9, 9}));
+  EXPECT_EQ(turnedInto(Rotate270), (Bytes{1, 9, 9, 2, 9, 9, 9, 9, 9}));
+  EXPECT_EQ(turnedInto(Rotate270fast), (Bytes{1, 9, 9, 2, 9, 9, 9, 9, 9}));
+}
+
+TEST_F(Turns, WhatFallsOutsideADestThatIsTooSmallIsLeftOut) {
+  const auto source = Gray({{1, 2, 3}, {4, 5, 6}, {7, 8, 9}});
+  const Storage dest(host_, Kind::Block, 2, 1, ImageFormatG);  // fenced
+  const auto turnedInto = [&](Turn turn) {
+    Adopt(turn(source, dest.image));
+    return dest.All();
+  };
+  EXPECT_EQ(turnedInto(Rotate180), (Bytes{9, 8}));
+  EXPECT_EQ(turnedInto(Rotate90), (Bytes{3, 6}));
+  EXPECT_EQ(turnedInto(Rotate90fast), (Bytes{3, 6}));
+  EXPECT_EQ(turnedInto(Rotate270), (Bytes{7, 4}));
+  EXPECT_EQ(turnedInto(Rotate270fast), (Bytes{7, 4}));
+}
+
+TEST_F(Turns, AnImageOfNoColumnsGivesTheDestUnchangedAndNoNewImage) {
+  const auto parent = NewImage(host_, 3, 3, ImageFormatRGB);
+  const auto none = Adopt(ClipImage5(parent, 3, 0, 1, 3));
+  const Storage dest(host_, Kind::Block, 3, 3, ImageFormatRGB);
+  const Bytes before = dest.All();
+  for (const auto turn : kTurns) {
+    EXPECT_EQ(Adopt(turn(none, dest.image)).Handle(), dest.image.Handle());
+    EXPECT_EQ(dest.All(), before);
+    EXPECT_EQ(turn(none, nullptr), nullptr);
+  }
+}
+
+// --- refusals ---
+
+TEST_F(Turns, SixteenBitGrayGivesNilAndGetsNoTime) {
+  const auto image = NewImage(host_, 4, 4, ImageFormatGray16), dest = NewImage(host_, 4, 4, ImageFormatG);
+  YieldAlways(host_, image);
+  for (const auto turn : kTurns) {
+    EXPECT_EQ(turn(image, nullptr), nullptr);
+    EXPECT_EQ(turn(image, dest), nullptr);
+  }
+  EXPECT_EQ(References(dest), 1);
+  EXPECT_EQ(Yields(host_), 0);
+}
+
+TEST_F(Turns, AnImageThatIsNotUsableGivesNil) {
+  const auto empty = host_.New("PictureZVK"), closed = NewImage(host_, 4, 4, ImageFormatRGB);
+  ImageDestructor(closed);
+  const auto parent = NewImage(host_, 4, 4, ImageFormatRGB);
+  const auto negative = Adopt(ClipImage5(parent, 6, 0, 1, 4)), low = Adopt(ClipImage5(parent, 0, 4, 4, 1));
+  const Storage table(host_, Kind::Table, 4, 4, ImageFormatRGB);
+  const auto tableView = Adopt(ClipImage1(table.image));
+  for (const auto turn : kTurns) {
+    EXPECT_EQ(turn(nullptr, parent), nullptr);
+    for (const auto &image : {empty, closed, negative, low, tableView}) {
+      EXPECT_EQ(turn(image, nullptr), nullptr);
+      EXPECT_EQ(turn(image, parent), nullptr);
+    }
+    EXPECT_EQ(turn(parent, tableView), nullptr);
+  }
+  EXPECT_EQ(References(tableView), 1);
+}
+
+// --- order of fetches and pixels ---
+
+TEST_F(Turns, LowImagesAndViewsInMemoryTurnInThePlainForm) {
+  // Their tiles would have an edge of 0 or less. As source and dest share storage, the order of the pixels can be seen.
+  for (const auto &[width, height] : {std::pair{1, 1}, {2, 2}, {2, 5}, {5, 2}, {5, 5}}) {
+    const Storage storage(host_, Kind::Block, 5, 5, ImageFormatRGB);
+    const Bytes before = storage.All();
+    const auto view = Adopt(ClipImage5(storage.image, 0, 0, width, height));
+    for (const auto &[tiled, left] : {std::pair{&Rotate90fast, true}, {&Rotate270fast, false}}) {
+      storage.Put(before);
+      naive::QuarterTurn(*RecordOf(view), storage.Record(), left, 0);
+      const Bytes expected = storage.All();
+      storage.Put(before);
+      Adopt(tiled(view, storage.image));
+      EXPECT_EQ(storage.All(), expected);
+    }
+    const auto low = NewImage(host_, width, height, ImageFormatRGBA);
+    EXPECT_TRUE(Adopt(Rotate90fast(low, nullptr)));
+    EXPECT_TRUE(Adopt(Rotate270fast(low, nullptr)));
+  }
+}
+
+TEST_F(Turns, AnImageTurnedIntoItselfReadsWhatItHasWritten) {
+  const auto image = Gray({{1, 2}, {3, 4}});
+  // 1 goes to the lower left, 2 to the upper left; what stands in the lower left by then is 1, and so on.
+  Adopt(Rotate90(image, image));
+  EXPECT_EQ(Grid(image, 'g'), (std::vector<Bytes>{{2, 1}, {1, 1}}));
+  SetGrid(image, 'g', {{1, 2}, {3, 4}});
+  // 1 goes to the upper right and from there to the lower right, 3 to the upper left, and 1 once more to the lower
+  // left.
+  Adopt(Rotate270(image, image));
+  EXPECT_EQ(Grid(image, 'g'), (std::vector<Bytes>{{3, 1}, {1, 1}}));
+  SetGrid(image, 'g', {{1, 2}, {3, 4}});
+  Adopt(Rotate180(image, image));
+  EXPECT_EQ(Grid(image, 'g'), (std::vector<Bytes>{{1, 2}, {2, 1}}));
+}
+
+TEST_F(Turns, TilesOfAnImageTurnedIntoItselfAreVisitedInTheirOrder) {
+  for (const int32_t size : {3, 4, 9}) {
+    const Storage storage(host_, Kind::Memory, size, size, ImageFormatRGBA);
+    const Bytes before = storage.All();
+    for (const auto &[tiled, left] : {std::pair{&Rotate90fast, true}, {&Rotate270fast, false}}) {
+      storage.Put(before);
+      naive::QuarterTurn(storage.Record(), storage.Record(), left, size - 2);
+      const Bytes expected = storage.All();
+      storage.Put(before);
+      Adopt(tiled(storage.image, storage.image));
+      EXPECT_EQ(storage.All(), expected);
+    }
+  }
+}
+
+TEST_F(Turns, PixelsAreReadWholeBeforeTheyAreWritten) {
+  // The same bytes as RGB and as BGR: the middle pixel goes to itself and must come out with its ends exchanged.
+  const Storage storage(host_, Kind::Block, 1, 1, ImageFormatRGB);
+  storage.Put({1, 2, 3});
+  const auto other = host_.New("PictureZVK");
+  ImageConstructorMemory(other, storage.block, 1, 1, ImageFormatBGR, 3);
+  for (const auto turn : kTurns) {
+    storage.Put({1, 2, 3});
+    Adopt(turn(storage.image, other));
+    EXPECT_EQ(storage.All(), (Bytes{3, 2, 1}));
+  }
+}
+
+TEST_F(Turns, ThePlainFormFetchesTheDestRowForEveryPixel) {
+  const Storage source(host_, Kind::Block, 3, 2, ImageFormatG), dest(host_, Kind::Block, 2, 3, ImageFormatG);
+  ImageClassData &from = source.Record(), &to = dest.Record();
+  NoteFetches(from);
+  NoteFetches(to);
+  fetches.clear();
+  Adopt(Rotate90(source.image, dest.image));
+  EXPECT_EQ(fetches, (std::vector<Fetch>{{&from, 0},
+                                         {&to, 2},
+                                         {&to, 1},
+                                         {&to, 0},  //
+                                         {&from, 1},
+                                         {&to, 2},
+                                         {&to, 1},
+                                         {&to, 0}}));
+  fetches.clear();
+  Adopt(Rotate270(source.image, dest.image));
+  EXPECT_EQ(fetches, (std::vector<Fetch>{{&from, 0},
+                                         {&to, 0},
+                                         {&to, 1},
+                                         {&to, 2},  //
+                                         {&from, 1},
+                                         {&to, 0},
+                                         {&to, 1},
+                                         {&to, 2}}));
+}
+
+TEST_F(Turns, AHalfTurnFetchesEachRowOnce) {
+  const Storage source(host_, Kind::Block, 3, 3, ImageFormatG), dest(host_, Kind::Block, 3, 3, ImageFormatG);
+  ImageClassData &from = source.Record(), &to = dest.Record();
+  NoteFetches(from);
+  NoteFetches(to);
+  fetches.clear();
+  Adopt(Rotate180(source.image, dest.image));
+  EXPECT_EQ(fetches, (std::vector<Fetch>{{&from, 0}, {&to, 2}, {&from, 1}, {&to, 1}, {&from, 2}, {&to, 0}}));
+}
+
+TEST_F(Turns, TheTiledFormFetchesByTilesOfTwoRowsLessThanTheSmallerBlock) {
+  const Storage source(host_, Kind::Block, 3, 5, ImageFormatG), dest(host_, Kind::Block, 5, 3, ImageFormatG);
+  ImageClassData &from = source.Record(), &to = dest.Record();
+  NoteFetches(from);
+  NoteFetches(to);
+  from.MappedRowCount = 9;
+  to.MappedRowCount = 4;
+  std::vector<Fetch> expected{{&to, 0}, {&from, 0}};
+  for (const auto &[y, x] : std::vector<std::pair<int, std::vector<int>>>{{0, {2, 1}},
+                                                                          {1, {2, 1}},
+                                                                          {0, {0}},
+                                                                          {1, {0}},
+                                                                          {2, {2, 1}},
+                                                                          {3, {2, 1}},
+                                                                          {2, {0}},
+                                                                          {3, {0}},
+                                                                          {4, {2, 1}},
+                                                                          {4, {0}}}) {
+    expected.push_back({&from, y});
+    for (const int row : x) expected.push_back({&to, row});
+  }
+  fetches.clear();
+  Adopt(Rotate90fast(source.image, dest.image));
+  EXPECT_EQ(fetches, expected);
+}
+
+TEST_F(Turns, NoBlockMovesInsideATile) {
+  const Storage source(host_, Kind::File, 30, 30, ImageFormatRGB), dest(host_, Kind::File, 30, 30, ImageFormatRGB);
+  const auto mapsOf = [&](Turn turn) {
+    faults::Files files;
+    Adopt(turn(source.image, dest.image));
+    return files.Records(faults::FileCall::kMap).size();
+  };
+  // Blocks of 5 rows, so tiles of an edge of 3: a new block of the dest for each of 10 x 10 tiles, one of the source
+  // for each of their 10 rows, and two at the start.
+  EXPECT_LE(mapsOf(Rotate90fast), 112u);
+  EXPECT_LE(mapsOf(Rotate270fast), 112u);
+  // The plain form walks over the whole dest for each of 30 rows, up at three rows a block or down at three.
+  EXPECT_GT(mapsOf(Rotate90), 250u);
+  EXPECT_GT(mapsOf(Rotate270), 250u);
+}
+
+TEST_F(Turns, AMappedImageTurnedIntoItselfGivesTheBytesOfOneInMemory) {
+  for (const auto turn : kTurns) {
+    const Storage inFile(host_, Kind::File, 13, 13, ImageFormatRGB);
+    const Storage inMemory(host_, Kind::Memory, 13, 13, ImageFormatRGB);
+    inMemory.Record().MappedRowCount = 5;
+    for (const char letter : {'R', 'G', 'B'}) SetGrid(inFile.image, letter, Grid(inMemory.image, letter));
+    Adopt(turn(inFile.image, inFile.image));
+    Adopt(turn(inMemory.image, inMemory.image));
+    for (const char letter : {'R', 'G', 'B'}) EXPECT_EQ(Grid(inFile.image, letter), Grid(inMemory.image, letter));
+  }
+}
+
+TEST_F(Turns, ARowThatCannotBeMappedIsLeftOut) {
+  const auto source = Gray({{1, 2, 3}, {4, 5, 6}, {7, 8, 9}});
+  const Storage dest(host_, Kind::Block, 3, 3, ImageFormatG);
+  const auto turnedInto = [&](Turn turn) {
+    dest.Put(Bytes(9, 0));
+    Adopt(turn(source, dest.image));
+    return dest.All();
+  };
+  dest.Record().GetRow = RowsButOne;
+  for (const bool mapped : {true, false}) {
+    dest.Record().IsMapping = mapped;
+    EXPECT_EQ(turnedInto(Rotate180), (Bytes{9, 8, 7, 0, 0, 0, 3, 2, 1}));
+    EXPECT_EQ(turnedInto(Rotate90), (Bytes{3, 6, 9, 0, 0, 0, 1, 4, 7}));
+    EXPECT_EQ(turnedInto(Rotate270fast), (Bytes{7, 4, 1, 0, 0, 0, 9, 6, 3}));
+  }
+  dest.Record().IsMapping = false;
+  dest.Record().GetRow = GetRowLinear;
+  RecordOf(source)->GetRow = RowsButOne;
+  for (const bool mapped : {true, false}) {
+    RecordOf(source)->IsMapping = mapped;
+    EXPECT_EQ(turnedInto(Rotate180), (Bytes{9, 8, 7, 0, 0, 0, 3, 2, 1}));
+    EXPECT_EQ(turnedInto(Rotate90fast), (Bytes{3, 0, 9, 2, 0, 8, 1, 0, 7}));
+    EXPECT_EQ(turnedInto(Rotate270), (Bytes{7, 0, 1, 8, 0, 2, 9, 0, 3}));
+  }
+  RecordOf(source)->IsMapping = false;
+}
+
+// --- yields ---
+
+TEST_F(Turns, TimeIsGivenOnceOnEachImage) {
+  const auto source = NewImage(host_, 9, 9, ImageFormatRGB), dest = NewImage(host_, 9, 9, ImageFormatRGB);
+  YieldAlways(host_, source);
+  int64_t yields = 0;
+  for (const auto turn : kTurns) {
+    Adopt(turn(source, dest));
+    EXPECT_EQ(Yields(host_), ++yields);
+  }
+  YieldAlways(host_, dest);
+  for (const auto turn : kTurns) {
+    Adopt(turn(source, dest));
+    EXPECT_EQ(Yields(host_), yields += 2);
+  }
+}
+
+TEST_F(Turns, ADestThatShrinksDuringItsYieldIsNotWrittenBeyondItsEnd) {
+  for (const auto turn : kTurns) {
+    const auto source = NewImage(host_, 40, 40, ImageFormatRGB), dest = NewImage(host_, 40, 40, ImageFormatRGB);
+    YieldAlways(host_, dest);
+    host_->onYield = [&] {
+      ImageDestructor(dest);
+      ImageConstructor(dest, 3, 2, ImageFormatRGB);
+    };
+    Adopt(turn(source, dest));
+    host_->onYield = nullptr;
+    EXPECT_EQ(RecordOf(dest)->Width, 3);
+  }
+}
+
+}  // namespace
+}  // namespace zvk
