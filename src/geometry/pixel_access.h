@@ -6,7 +6,9 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 
+#include "image/channels.h"
 #include "image/image_record.h"
 #include "image/layouts.h"
 #include "image/rows.h"
@@ -40,9 +42,22 @@ PixelAccess<L::channelCount> AccessTo(const ImageClassData &image) {
   return {L::OffsetsOf(image), image.PixelSize};
 }
 
+// True if no row of the image has a byte of its samples in common with the next one. A caller's RowSize may be shorter
+// than the pixels.
+inline bool RowsLieApart(const ImageClassData &image) {
+  int32_t lowest = 0;
+  int32_t highest = 0;
+  for (const ChannelField &channel : kChannels) {
+    lowest = std::min(lowest, image.*channel.offset);
+    highest = std::max(highest, image.*channel.offset);
+  }
+  const int64_t extent = (int64_t{image.Width} - 1) * image.PixelSize + highest - lowest + 1;
+  return image.RowTable != nullptr || image.Height < 2 || extent <= std::abs(int64_t{image.RowSize});
+}
+
 // True if nobody can notice in what order pixels of the one image are read and pixels of the other written.
 inline bool MayReorder(const ImageClassData &source, const ImageClassData &dest) {
-  return HasFixedRows(source) && HasFixedRows(dest) && !SharesStorage(source, dest);
+  return HasFixedRows(source) && HasFixedRows(dest) && RowsLieApart(dest) && !SharesStorage(source, dest);
 }
 
 }  // namespace zvk

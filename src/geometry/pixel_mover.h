@@ -24,9 +24,9 @@ class PixelMover {
   PixelMover(L /*layout*/, const ImageClassData &source, const ImageClassData &dest)
       : PixelMover(SideOf<L>(source), SideOf<L>(dest), MovesBetween<L>(source, dest), L::PackedAlike(source, dest)) {}
 
-  // True if the samples of each pixel that is read lie apart from those of the next one. Only then may pixels be
+  // True if the samples of each pixel lie apart from those of the next one, on both sides. Only then may pixels be
   // reversed or transposed.
-  bool MovesRuns() const { return source_.span <= source_.pixelSize; }
+  bool MovesRuns() const { return source_.span <= source_.pixelSize && dest_.span <= dest_.pixelSize; }
 
   // The first sample of a pixel in a row.
   const uint8_t *SourceAt(const uint8_t *row, int32_t x) const { return row + source_.At(x); }

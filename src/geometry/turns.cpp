@@ -95,8 +95,9 @@ class QuarterTurn {
 
   // The whole image in the given order of tiles, which are squares of edge `edge`, or one tile for 0.
   void Move(int32_t edge) {
-    if (MayReorder(source_, dest_)) {
-      MoveInBlocks();
+    const PixelMover mover(L{}, source_, dest_);
+    if (mover.MovesRuns() && MayReorder(source_, dest_)) {
+      MoveInBlocks(mover);
     } else if (edge > 0) {
       MoveInTiles(edge);
     } else {
@@ -134,15 +135,14 @@ class QuarterTurn {
   }
 
   // For rows that stay where they are, in any order: blocks of which both sides lie in the cache, one below the other.
-  void MoveInBlocks() {
+  void MoveInBlocks(const PixelMover &mover) {
     constexpr int32_t kEdge = PixelMover::kBlockEdge;
-    const PixelMover mover(L{}, source_, dest_);
     const auto [columns, rows] = landing_;
     for (int32_t left = columns.first; left < columns.end; left += kEdge) {
       for (int32_t top = rows.first; top < rows.end; top += kEdge) {
         const Tile tile{{left, left + std::min(kEdge, columns.end - left)},
                         {top, top + std::min(kEdge, rows.end - top)}};
-        if (!mover.MovesRuns() || !MoveBlock(mover, tile)) MoveTile(tile);
+        if (!MoveBlock(mover, tile)) MoveTile(tile);
       }
     }
   }

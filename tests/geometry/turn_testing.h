@@ -57,6 +57,17 @@ inline Bytes Noise(size_t count, uint32_t seed) {
 
 enum class Kind { Memory, Block, Table, File };
 
+// Five rows in a block, the least that there may be, so that blocks move in a low image too. Views take that over.
+inline void UseSmallBlocks(ImageClassData &record) {
+  munmap(record.MappingBase, static_cast<size_t>(record.MappingBlockSize));
+  record.IsMapped = false;
+  record.MappingBase = record.Buffer = nullptr;
+  record.MappedFirstRow = record.MappedLastRow = -1;
+  record.MappedRowCount = 5;
+  record.MappingBlockSize = 5 * record.RowSize;
+  record.GetRow(&record, 0);
+}
+
 // An image of one kind of storage, filled with noise. Bytes() are all bytes of the storage, gaps between rows as well;
 // in a block the last row ends with its last pixel.
 class Storage {
@@ -89,7 +100,7 @@ class Storage {
         break;
       case Kind::File:
         zvk::ImageConstructorFile(image, width, height, format, 0, nullptr);
-        UseSmallBlocks();
+        UseSmallBlocks(record);
         break;
     }
     EXPECT_TRUE(record.Valid);
@@ -121,18 +132,6 @@ class Storage {
  private:
   size_t Size() const { return block ? static_cast<size_t>(block->Size()) : static_cast<size_t>(Record().TotalSize); }
   uint8_t *First() const { return block ? block->Data() : Record().Buffer; }
-
-  // Five rows in a block, the least that there may be, so that blocks move in a low image too. Views take that over.
-  void UseSmallBlocks() const {
-    ImageClassData &record = Record();
-    munmap(record.MappingBase, static_cast<size_t>(record.MappingBlockSize));
-    record.IsMapped = false;
-    record.MappingBase = record.Buffer = nullptr;
-    record.MappedFirstRow = record.MappedLastRow = -1;
-    record.MappedRowCount = 5;
-    record.MappingBlockSize = 5 * record.RowSize;
-    record.GetRow(&record, 0);
-  }
 
   Kind kind_;
   std::vector<uint8_t *> rows_;
