@@ -1,0 +1,175 @@
+// Moves and rotations of 24 megapixels, from memory to memory; and the same as plain loops beside them, at a sixteenth
+// of the size. Pixels a second are those of the source.
+#include <benchmark/benchmark.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <utility>
+#include <vector>
+
+#include "geometry/mirror.h"
+#include "geometry/rotate.h"
+#include "geometry/turns.h"
+#include "host/plugin_entry.h"
+#include "image/image_formats.h"
+#include "image/image_storage.h"
+#include "standalone/runtime/host.h"
+#include "tests/support/naive_rotate.h"
+
+namespace zvk {
+namespace {
+
+constexpr int32_t kWidth = 6000, kHeight = 4000;
+constexpr int32_t kNaiveWidth = 1500, kNaiveHeight = 1000;
+
+standalone::Host &BenchHost() {
+  static standalone::Host host;
+  static const bool started = (host.Start(&REALPluginMain), true);
+  (void)started;
+  return host;
+}
+
+class Image {
+ public:
+  Image(int32_t width, int32_t height, int32_t format) : object_(BenchHost().Classes().NewInstance("PictureZVK")) {
+    ImageConstructor(Handle(), width, height, format);
+    uint32_t state = 1;
+    for (int64_t i = 0; i < Record().TotalSize; ++i) {
+      state = state * 1664525 + 1013904223;
+      Record().Buffer[i] = static_cast<uint8_t>(state >> 24);
+    }
+  }
+  Image(const Image &) = delete;
+  ~Image() { object_->Unlock(); }
+
+  REALobject Handle() const { return object_->Handle(); }
+  ImageClassData &Record() const { return *RecordOf(Handle()); }
+
+ private:
+  standalone::Object *object_;
+};
+
+void CountPixels(benchmark::State &state, int64_t width, int64_t height) {
+  state.SetItemsProcessed(state.iterations() * width * height);
+}
+
+void InPlace(benchmark::State &state, void (*move)(REALobject), int32_t format) {
+  const Image image(kWidth, kHeight, format);
+  for (auto _ : state) move(image.Handle());
+  CountPixels(state, kWidth, kHeight);
+}
+
+void Turn(benchmark::State &state, REALobject (*turn)(REALobject, REALobject), int32_t format, int32_t destFormat) {
+  const bool sameSides = turn == Rotate180;
+  const Image source(kWidth, kHeight, format);
+  const Image dest(sameSides ? kWidth : kHeight, sameSides ? kHeight : kWidth, destFormat);
+  for (auto _ : state) REALUnlockObject(turn(source.Handle(), dest.Handle()));
+  CountPixels(state, kWidth, kHeight);
+}
+
+void Rotate(benchmark::State &state, double angle, int32_t format) {
+  const Image source(kWidth, kHeight, format);
+  for (auto _ : state) REALUnlockObject(rbRotate(source.Handle(), angle, 0, 0, 0, 0, 0, 0, 0, 0, 0));
+  CountPixels(state, kWidth, kHeight);
+}
+
+// --- plain loops over packed pixels ---
+
+using Pixels = std::vector<uint8_t>;
+
+template <int32_t kPixelSize>
+void PlainHMirror(Pixels &image) {
+  for (ptrdiff_t y = 0; y < kNaiveHeight; ++y) {
+    uint8_t *row = &image[static_cast<size_t>(y * kNaiveWidth * kPixelSize)];
+    for (ptrdiff_t x = 0; x < kNaiveWidth / 2; ++x) {
+      for (ptrdiff_t c = 0; c < kPixelSize; ++c) {
+        std::swap(row[x * kPixelSize + c], row[(kNaiveWidth - 1 - x) * kPixelSize + c]);
+      }
+    }
+  }
+}
+
+template <int32_t kPixelSize>
+void PlainHalfTurn(const Pixels &source, Pixels &dest) {
+  for (ptrdiff_t y = 0; y < kNaiveHeight; ++y) {
+    for (ptrdiff_t x = 0; x < kNaiveWidth; ++x) {
+      const uint8_t *from = &source[static_cast<size_t>((y * kNaiveWidth + x) * kPixelSize)];
+      const ptrdiff_t place = (kNaiveHeight - 1 - y) * kNaiveWidth + kNaiveWidth - 1 - x;
+      for (ptrdiff_t c = 0; c < kPixelSize; ++c) dest[static_cast<size_t>(place * kPixelSize + c)] = from[c];
+    }
+  }
+}
+
+template <int32_t kPixelSize>
+void PlainQuarterTurn(const Pixels &source, Pixels &dest) {
+  for (ptrdiff_t y = 0; y < kNaiveHeight; ++y) {
+    for (ptrdiff_t x = 0; x < kNaiveWidth; ++x) {
+      const uint8_t *from = &source[static_cast<size_t>((y * kNaiveWidth + x) * kPixelSize)];
+      const ptrdiff_t place = (kNaiveWidth - 1 - x) * kNaiveHeight + y;
+      for (ptrdiff_t c = 0; c < kPixelSize; ++c) dest[static_cast<size_t>(place * kPixelSize + c)] = from[c];
+    }
+  }
+}
+
+void NaiveInPlace(benchmark::State &state, void (*move)(Pixels &), int32_t pixelSize) {
+  Pixels image(static_cast<size_t>(kNaiveWidth) * kNaiveHeight * pixelSize, 7);
+  for (auto _ : state) {
+    move(image);
+    benchmark::ClobberMemory();
+  }
+  CountPixels(state, kNaiveWidth, kNaiveHeight);
+}
+
+void NaiveTurn(benchmark::State &state, void (*turn)(const Pixels &, Pixels &), int32_t pixelSize) {
+  const Pixels source(static_cast<size_t>(kNaiveWidth) * kNaiveHeight * pixelSize, 7);
+  Pixels dest = source;
+  for (auto _ : state) {
+    turn(source, dest);
+    benchmark::ClobberMemory();
+  }
+  CountPixels(state, kNaiveWidth, kNaiveHeight);
+}
+
+void NaiveRotate(benchmark::State &state, double angle, int32_t format) {
+  const Image source(kNaiveWidth, kNaiveHeight, format);
+  for (auto _ : state) naive::RotateByShears(source.Handle(), angle, {});
+  CountPixels(state, kNaiveWidth, kNaiveHeight);
+}
+
+#define ZVK_BENCHMARK(...) BENCHMARK_CAPTURE(__VA_ARGS__)->Unit(benchmark::kMillisecond)
+ZVK_BENCHMARK(InPlace, HMirror_RGB, HMirrorSelf, ImageFormatRGB);
+ZVK_BENCHMARK(InPlace, HMirror_RGBA, HMirrorSelf, ImageFormatRGBA);
+ZVK_BENCHMARK(InPlace, HMirror_RGBX, HMirrorSelf, ImageFormatRGBX);
+ZVK_BENCHMARK(NaiveInPlace, HMirror_RGB, PlainHMirror<3>, 3);
+ZVK_BENCHMARK(NaiveInPlace, HMirror_RGBA, PlainHMirror<4>, 4);
+ZVK_BENCHMARK(InPlace, VMirror_RGB, VMirrorSelf, ImageFormatRGB);
+ZVK_BENCHMARK(InPlace, VMirror_RGBA, VMirrorSelf, ImageFormatRGBA);
+ZVK_BENCHMARK(InPlace, VMirror_RGBX, VMirrorSelf, ImageFormatRGBX);
+ZVK_BENCHMARK(InPlace, Rotate180_RGB, Rotate180Self, ImageFormatRGB);
+ZVK_BENCHMARK(InPlace, Rotate180_RGBA, Rotate180Self, ImageFormatRGBA);
+ZVK_BENCHMARK(Turn, Rotate180_RGB, Rotate180, ImageFormatRGB, ImageFormatRGB);
+ZVK_BENCHMARK(Turn, Rotate180_RGBA, Rotate180, ImageFormatRGBA, ImageFormatRGBA);
+ZVK_BENCHMARK(Turn, Rotate180_RGBA_to_BGRX, Rotate180, ImageFormatRGBA, ImageFormatBGRX);
+ZVK_BENCHMARK(NaiveTurn, Rotate180_RGB, PlainHalfTurn<3>, 3);
+ZVK_BENCHMARK(NaiveTurn, Rotate180_RGBA, PlainHalfTurn<4>, 4);
+ZVK_BENCHMARK(Turn, Rotate90_G, Rotate90fast, ImageFormatG, ImageFormatG);
+ZVK_BENCHMARK(Turn, Rotate90_RGB, Rotate90fast, ImageFormatRGB, ImageFormatRGB);
+ZVK_BENCHMARK(Turn, Rotate90_RGBA, Rotate90fast, ImageFormatRGBA, ImageFormatRGBA);
+ZVK_BENCHMARK(Turn, Rotate90_RGBX, Rotate90fast, ImageFormatRGBX, ImageFormatRGBX);
+ZVK_BENCHMARK(Turn, Rotate90_RGB_to_BGRX, Rotate90fast, ImageFormatRGB, ImageFormatBGRX);
+ZVK_BENCHMARK(Turn, Rotate270_RGB, Rotate270, ImageFormatRGB, ImageFormatRGB);
+ZVK_BENCHMARK(NaiveTurn, Rotate90_RGB, PlainQuarterTurn<3>, 3);
+ZVK_BENCHMARK(NaiveTurn, Rotate90_RGBA, PlainQuarterTurn<4>, 4);
+ZVK_BENCHMARK(Rotate, by_5_RGB, 5.0, ImageFormatRGB);
+ZVK_BENCHMARK(Rotate, by_30_RGB, 30.0, ImageFormatRGB);
+ZVK_BENCHMARK(Rotate, by_45_RGB, 45.0, ImageFormatRGB);
+ZVK_BENCHMARK(Rotate, by_30_RGBA, 30.0, ImageFormatRGBA);
+ZVK_BENCHMARK(Rotate, by_30_RGBX, 30.0, ImageFormatRGBX);
+ZVK_BENCHMARK(Rotate, by_100_RGB, 100.0, ImageFormatRGB);
+ZVK_BENCHMARK(NaiveRotate, by_5_RGB, 5.0, ImageFormatRGB);
+ZVK_BENCHMARK(NaiveRotate, by_30_RGB, 30.0, ImageFormatRGB);
+ZVK_BENCHMARK(NaiveRotate, by_30_RGBA, 30.0, ImageFormatRGBA);
+
+}  // namespace
+}  // namespace zvk
