@@ -7,13 +7,14 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 
 #include "geometry/shear.h"
 
 namespace zvk {
 
-// Column 0 moves by `start` pixels downwards, every further one by `slope` less.
+// Column 0 moves by `start` pixels downwards, every further one by `slope` (-1 to 1) less.
 struct ColumnShear {
   double start;
   double slope;
@@ -57,28 +58,27 @@ void ShearColumnsByPixels(ImageClassData &source, ImageClassData &dest, const Co
   }
 }
 
-// The columns row by row, in strips that are narrow enough for what they touch to stay in the cache. The samples of a
-// strip's pixels stand side by side, in the order of the images where they are packed alike.
-template <class L, bool kPacked>
+// The columns row by row, in strips that are narrow enough for what they touch to stay in the cache. A strip passes
+// through a window of as many rows as the offsets of its columns lie apart: every pixel that is made goes to the row to
+// which its column moves it, and a row that no further pixel can reach goes to dest.
+template <class L>
 class ColumnStrips {
  public:
   ColumnStrips(ImageClassData &source, ImageClassData &dest, const ColumnShear &shear, const Pixel<L> &background)
       : source_(source),
         dest_(dest),
         shear_(shear),
-        background_(kPacked ? AsStored(background, dest) : background.samples),
-        from_(ShearAccess<L>(source)),
-        to_(ShearAccess<L>(dest)),
-        destRows_(dest.Height) {}
+        background_(background.samples),
+        intoRun_(IntoRun<L>(source)),
+        outOfRun_(OutOfRun<L>(dest)),
+        window_(WindowSize(shear)) {}
 
   // False, with nothing done, if there is no memory to work in.
   bool Shear() {
-    if (!destRows_) return false;
-    for (int32_t row = 0; row < dest_.Height; ++row) destRows_[row] = dest_.GetRow(&dest_, row);
+    if (!window_) return false;
     double f = shear_.start;
-    for (int32_t column = 0; column < shear_.columns; column += kColumns) {
-      firstColumn_ = column;
-      columns_ = std::min(kColumns, shear_.columns - column);
+    for (firstColumn_ = 0; firstColumn_ < shear_.columns; firstColumn_ += kColumns) {
+      columns_ = std::min(kColumns, shear_.columns - firstColumn_);
       f = Prepare(f);
       ShearStrip();
     }
@@ -86,128 +86,117 @@ class ColumnStrips {
   }
 
  private:
-  static constexpr int32_t kColumns = 128;
+  static constexpr int32_t kColumns = 256;
+  static constexpr int32_t kMostRows = kColumns + 2;
   static constexpr int32_t kCount = L::channelCount;
 
-  // Neighbouring columns, counted from the first one of the strip, that move by the same number of whole pixels.
-  struct Run {
-    int32_t first;
-    int32_t columns;
-    int64_t offset;
-  };
+  // Bytes of the window of the widest strip. Offsets that lie by less than a pixel apart may fall into two rows.
+  static int64_t WindowSize(const ColumnShear &shear) {
+    const int64_t columns = std::min(kColumns, shear.columns);
+    return (Truncate(std::fabs(shear.slope) * columns) + 2) * columns * kCount;
+  }
 
   int32_t SampleCount() const { return columns_ * kCount; }
 
   // Returns the offset of the column behind the strip.
   double Prepare(double f) {
-    runCount_ = 0;
     hasFractions_ = true;
     for (int32_t column = 0; column < columns_; ++column) {
       const ColumnOffset offset(f);
       const ShareWeight weight(offset.weight);
+      offsets_[column] = offset.pixels;
       hasFractions_ = hasFractions_ && weight.fraction != 0;
       for (int32_t c = 0; c < kCount; ++c) {
-        weights_[column * kCount + c] = weight.weight;
-        fractions_[column * kCount + c] = weight.fraction;
-        shares_[column * kCount + c] = ShareOf(background_[c], weight.weight);
+        const int32_t i = column * kCount + c;
+        weights_[i] = weight.weight;
+        fractions_[i] = weight.fraction;
+        backgrounds_[i] = background_[c];
+        shares_[i] = ShareOf(background_[c], weight.weight);
       }
-      if (runCount_ == 0 || runs_[runCount_ - 1].offset != offset.pixels) {
-        runs_[runCount_++] = {column, 0, offset.pixels};
-      }
-      ++runs_[runCount_ - 1].columns;
       f -= shear_.slope;
+    }
+    windowRows_ = std::abs(offsets_[columns_ - 1] - offsets_[0]) + 1;
+    lowest_ = std::min(offsets_[0], offsets_[columns_ - 1]);
+    for (int32_t column = 0; column < columns_; ++column) offsets_[column] -= lowest_;
+    for (int32_t row = 0; row < windowRows_; ++row) {
+      rows_[row] = rows_[row + windowRows_] = window_.Get() + ptrdiff_t{row} * SampleCount();
+      ClearRow(row);
     }
     return f;
   }
 
   void ShearStrip() {
-    for (int32_t column = 0; column < columns_; ++column) Put(column, background_);
-    for (int32_t row = 0; row < dest_.Height; ++row) Store({0, columns_, 0}, row, dest_.Height);
+    nextRow_ = 0;
     for (int32_t row = 0; row < source_.Height; ++row) {
-      const uint8_t *samples = Read(row);
-      if (samples == nullptr) continue;
-      if (hasFractions_) {
-        ShearAcross(samples, SampleCount(), fractions_.data(), shares_.data(), made_.data());
-      } else {
-        ShearAcross(samples, SampleCount(), weights_.data(), shares_.data(), made_.data());
+      const uint8_t *sourceRow = source_.GetRow(&source_, row);
+      if (sourceRow != nullptr) {
+        intoRun_(sourceRow + ptrdiff_t{firstColumn_} * source_.PixelSize, read_.data(), columns_);
+        if (hasFractions_) {
+          ShearAcross(read_.data(), SampleCount(), fractions_.data(), shares_.data(), made_.data());
+        } else {
+          ShearAcross(read_.data(), SampleCount(), weights_.data(), shares_.data(), made_.data());
+        }
+        Store(row);
       }
-      StoreRuns(row);
+      if (row < source_.Height - 1) Finish(row);
     }
-    // These fall on the last pixels of the columns and replace them, while a sheared row has one pixel more.
-    for (int32_t i = 0; i < SampleCount(); ++i) {
-      made_[i] = LastSample(background_[i % kCount], shares_[i], weights_[i]);
-    }
-    StoreRuns(source_.Height - 1);
+    // This falls on the last pixels of the columns and replaces them, while a sheared row has one pixel more.
+    for (int32_t i = 0; i < SampleCount(); ++i) made_[i] = LastSample(backgrounds_[i], shares_[i], weights_[i]);
+    Store(source_.Height - 1);
+    for (int32_t i = 0; i < windowRows_; ++i) Finish(int64_t{source_.Height} - 1 + i);
+    while (nextRow_ < dest_.Height) Write(backgrounds_.data());
   }
 
-  void Put(int32_t column, const Samples<L> &samples) {
-    std::memcpy(&made_[static_cast<size_t>(column) * kCount], samples.data(), kCount);
-  }
-
-  // The samples of the strip in a row of the source; nil if the row cannot be had.
-  const uint8_t *Read(int32_t row) {
-    const uint8_t *sourceRow = source_.GetRow(&source_, row);
-    if (sourceRow == nullptr) return nullptr;
-    if constexpr (kPacked) {
-      return sourceRow + L::FirstOffset(source_) + ptrdiff_t{firstColumn_} * kCount;
-    } else {
-      for (int32_t column = 0; column < columns_; ++column) {
-        const Samples<L> samples = from_.Read(sourceRow, firstColumn_ + column);
-        std::memcpy(&read_[static_cast<size_t>(column) * kCount], samples.data(), kCount);
-      }
-      return read_.data();
+  // Puts what was made of a row of the source into the window.
+  void Store(int32_t row) {
+    uint8_t *const *rows = &rows_[row % windowRows_];
+    const uint8_t *made = made_.data();
+    const int32_t *offsets = offsets_.data();
+    const int32_t columns = columns_;
+    for (int32_t column = 0; column < columns; ++column) {
+      const ptrdiff_t place = ptrdiff_t{column} * kCount;
+      std::memcpy(rows[offsets[column]] + place, made + place, kCount);
     }
   }
 
-  void StoreRuns(int64_t row) {
-    for (int32_t i = 0; i < runCount_; ++i) Store(runs_[i], row, shear_.rows);
-  }
-
-  // Stores what was made for the columns of a run, in the row of dest where `row` comes to lie, if that is less than
-  // `end`.
-  void Store(const Run &run, int64_t row, int32_t end) {
-    const int64_t destRow = row + run.offset;
-    if (destRow < 0 || destRow >= end) return;
-    uint8_t *pixels = destRows_[static_cast<ptrdiff_t>(destRow)];
-    if (pixels == nullptr) return;
-    const uint8_t *made = &made_[static_cast<size_t>(run.first) * kCount];
-    if constexpr (kPacked) {
-      pixels += L::FirstOffset(dest_) + (ptrdiff_t{firstColumn_} + run.first) * kCount;
-      if (run.columns >= kLongRun) {
-        std::memcpy(pixels, made, static_cast<size_t>(run.columns) * kCount);
-        return;
-      }
-      for (int32_t column = 0; column < run.columns; ++column) {
-        std::memcpy(pixels + ptrdiff_t{column} * kCount, made + ptrdiff_t{column} * kCount, kCount);
-      }
-    } else {
-      for (int32_t column = 0; column < run.columns; ++column) {
-        Samples<L> samples = {};
-        std::memcpy(samples.data(), made + ptrdiff_t{column} * kCount, kCount);
-        to_.Write(pixels, firstColumn_ + run.first + column, samples);
-      }
+  // Takes the row of the window to which the lowest offset moves `row` out of it.
+  void Finish(int64_t row) {
+    const auto slot = static_cast<int32_t>(row % windowRows_);
+    if (row + lowest_ >= 0 && row + lowest_ < shear_.rows) {
+      while (nextRow_ < row + lowest_) Write(backgrounds_.data());
+      Write(rows_[slot]);
     }
+    ClearRow(slot);
   }
 
-  // From here on a run is copied by the library's routine for memory.
-  static constexpr int32_t kLongRun = 8;
+  void ClearRow(int32_t slot) { std::memcpy(rows_[slot], backgrounds_.data(), static_cast<size_t>(SampleCount())); }
+
+  // Fills the strip in the next row of dest.
+  void Write(const uint8_t *samples) {
+    uint8_t *row = dest_.GetRow(&dest_, nextRow_++);
+    if (row != nullptr) outOfRun_(samples, row + ptrdiff_t{firstColumn_} * dest_.PixelSize, columns_);
+  }
 
   ImageClassData &source_;
   ImageClassData &dest_;
   const ColumnShear shear_;
   const Samples<L> background_;
-  const PixelAccess<L::channelCount> from_;
-  const PixelAccess<L::channelCount> to_;
-  ZeroedBuffer<uint8_t *> destRows_;
+  const SampleMover intoRun_;
+  const SampleMover outOfRun_;
+  ZeroedBuffer<uint8_t> window_;
 
   // Of the strip at hand.
   int32_t firstColumn_ = 0;
   int32_t columns_ = 0;
-  int32_t runCount_ = 0;
+  int32_t lowest_ = 0;  // offset of a column
+  int32_t windowRows_ = 0;
+  int32_t nextRow_ = 0;  // of dest
   bool hasFractions_ = false;
-  std::array<Run, kColumns> runs_ = {};
+  std::array<uint8_t *, 2 *kMostRows> rows_ = {};  // of the window, twice, so that no index need be wrapped
+  std::array<int32_t, kColumns> offsets_ = {};     // beyond the lowest one
   std::array<double, kColumns *kCount> weights_ = {};
   std::array<uint16_t, kColumns *kCount> fractions_ = {};
+  std::array<uint8_t, kColumns *kCount> backgrounds_ = {};
   std::array<uint8_t, kColumns *kCount> shares_ = {};
   std::array<uint8_t, kColumns *kCount> read_ = {};
   std::array<uint8_t, kColumns *kCount> made_ = {};
@@ -221,12 +210,8 @@ template <class L>
 void ShearColumns(ImageClassData &source, ImageClassData &dest, ColumnShear shear, const Pixel<L> &background) {
   shear.columns = std::min({shear.columns, source.Width, dest.Width});
   shear.rows = std::min(shear.rows, dest.Height);
-  if (MayReorder(source, dest)) {
-    const bool done = L::PackedAlike(source, dest)
-                          ? shear_detail::ColumnStrips<L, true>(source, dest, shear, background).Shear()
-                          : shear_detail::ColumnStrips<L, false>(source, dest, shear, background).Shear();
-    if (done) return;
-  }
+  const bool fitsStrips = std::fabs(shear.slope) <= 1.0 && MayReorder(source, dest);
+  if (fitsStrips && shear_detail::ColumnStrips<L>(source, dest, shear, background).Shear()) return;
   shear_detail::ShearColumnsByPixels(source, dest, shear, background);
 }
 

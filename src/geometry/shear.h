@@ -16,6 +16,7 @@
 #include "host/truncate.h"
 #include "image/image_record.h"
 #include "image/layouts.h"
+#include "image/sample_mover.h"
 
 namespace zvk {
 
@@ -43,6 +44,22 @@ PixelAccess<L::channelCount> ShearAccess(const ImageClassData &image) {
   PixelAccess<L::channelCount> access{{}, image.PixelSize};
   for (size_t i = 0; i < L::channelCount; ++i) access.offsets[i] = image.*kShearChannels<L>[i];
   return access;
+}
+
+// Moves the samples of pixels into a run without gaps, in the order of the shear.
+template <class L>
+SampleMover IntoRun(const ImageClassData &image) {
+  std::array<SampleMove, L::channelCount> moves = {};
+  for (int32_t i = 0; i < int32_t{L::channelCount}; ++i) moves[i] = {image.*kShearChannels<L>[i], i};
+  return SampleMover(image.PixelSize, L::channelCount, moves);
+}
+
+// And such a run into pixels.
+template <class L>
+SampleMover OutOfRun(const ImageClassData &image) {
+  std::array<SampleMove, L::channelCount> moves = {};
+  for (int32_t i = 0; i < int32_t{L::channelCount}; ++i) moves[i] = {i, image.*kShearChannels<L>[i]};
+  return SampleMover(L::channelCount, image.PixelSize, moves);
 }
 
 template <size_t kCount>
@@ -175,8 +192,8 @@ void SkewWholeRow(ImageClassData &source, ImageClassData &dest, int32_t row, int
     line.Make(sourceRow + L::FirstOffset(source), 0, 0, dest.Width, destRow + L::FirstOffset(dest));
     return;
   }
-  const auto from = ShearAccess<L>(source);
-  const auto to = ShearAccess<L>(dest);
+  const SampleMover intoRun = IntoRun<L>(source);
+  const SampleMover outOfRun = OutOfRun<L>(dest);
   constexpr int64_t kPixels = 256;
   std::array<uint8_t, (kPixels + 1) *kCount> read = {};
   std::array<uint8_t, kPixels *kCount> made = {};
@@ -184,16 +201,9 @@ void SkewWholeRow(ImageClassData &source, ImageClassData &dest, int32_t row, int
     const int64_t end = std::min<int64_t>(x + kPixels, dest.Width);
     const int64_t firstSource = std::clamp<int64_t>(x - offset - 1, 0, source.Width);
     const int64_t endSource = std::clamp<int64_t>(end - offset, 0, source.Width);
-    for (int64_t i = firstSource; i < endSource; ++i) {
-      const Samples<L> samples = from.Read(sourceRow, static_cast<int32_t>(i));
-      std::memcpy(&read[(i - firstSource) * kCount], samples.data(), kCount);
-    }
+    intoRun(sourceRow + firstSource * source.PixelSize, read.data(), static_cast<int32_t>(endSource - firstSource));
     line.Make(read.data(), firstSource, x, end, made.data());
-    for (int64_t i = x; i < end; ++i) {
-      Samples<L> samples = {};
-      std::memcpy(samples.data(), &made[(i - x) * kCount], kCount);
-      to.Write(destRow, static_cast<int32_t>(i), samples);
-    }
+    outOfRun(made.data(), destRow + x * dest.PixelSize, static_cast<int32_t>(end - x));
   }
 }
 

@@ -330,7 +330,7 @@ TEST_F(Rotate, AnImageThatCannotBeMadeGivesNilAndNothingIsLeftOver) {
     for (int nth = 1; nth <= (angle < 45 ? 3 : 4); ++nth) {
       int large = 0;
       faults::Heap heap;
-      heap.FailCalloc([&](size_t count, size_t size) { return count * size >= 1200 && ++large == nth; });
+      heap.FailCalloc([&](size_t, size_t size) { return size >= 1200 && size % 64 == 0 && ++large == nth; });
       EXPECT_EQ(rbRotate(image, angle, 0, 0, 0, 0, 0, 0, 0, 0, 0), nullptr) << nth;
       EXPECT_EQ(large, nth);
       heap.FailCalloc({});
