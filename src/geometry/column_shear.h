@@ -89,6 +89,8 @@ class ColumnStrips {
   static constexpr int32_t kColumns = 256;
   static constexpr int32_t kMostRows = kColumns + 2;
   static constexpr int32_t kCount = L::channelCount;
+  template <class T>
+  using PerSample = std::array<T, size_t{kColumns} * kCount>;
 
   // Bytes of the window of the widest strip. Offsets that lie by less than a pixel apart may fall into two rows.
   static int64_t WindowSize(const ColumnShear &shear) {
@@ -192,14 +194,14 @@ class ColumnStrips {
   int32_t windowRows_ = 0;
   int32_t nextRow_ = 0;  // of dest
   bool hasFractions_ = false;
-  std::array<uint8_t *, 2 *kMostRows> rows_ = {};  // of the window, twice, so that no index need be wrapped
-  std::array<int32_t, kColumns> offsets_ = {};     // beyond the lowest one
-  std::array<double, kColumns *kCount> weights_ = {};
-  std::array<uint16_t, kColumns *kCount> fractions_ = {};
-  std::array<uint8_t, kColumns *kCount> backgrounds_ = {};
-  std::array<uint8_t, kColumns *kCount> shares_ = {};
-  std::array<uint8_t, kColumns *kCount> read_ = {};
-  std::array<uint8_t, kColumns *kCount> made_ = {};
+  std::array<uint8_t *, size_t{2} *kMostRows> rows_ = {};  // of the window, twice, so that no index need be wrapped
+  std::array<int32_t, kColumns> offsets_ = {};             // beyond the lowest one
+  PerSample<double> weights_ = {};
+  PerSample<uint16_t> fractions_ = {};
+  PerSample<uint8_t> backgrounds_ = {};
+  PerSample<uint8_t> shares_ = {};
+  PerSample<uint8_t> read_ = {};
+  PerSample<uint8_t> made_ = {};
 };
 
 }  // namespace shear_detail

@@ -62,7 +62,7 @@ template <class L>
 class RowMirror {
  public:
   explicit RowMirror(const ImageClassData &image)
-      : image_(image), mover_(L{}, image, image), byRuns_(mover_.MovesRuns() && AreApart(L::OffsetsOf(image))) {}
+      : image_(image), mover_(L{}, image, image), byRuns_(PixelsLieApart<L>(image) && AreApart(L::OffsetsOf(image))) {}
 
   void operator()(uint8_t *row) const {
     if (byRuns_) {
@@ -121,7 +121,7 @@ class RowExchange {
     const uint8_t *source = mover_.SourceAt(copy, first_);
     if constexpr (kOrder == PixelOrder::Forward) {
       mover_.Copy(source, mover_.DestAt(row, first_), count_);
-    } else if (mover_.MovesRuns()) {
+    } else if (PixelsLieApart<L>(image_)) {
       mover_.Reverse(source, mover_.DestAt(row, image_.Width - first_ - count_), count_);
     } else {
       const auto pixels = AccessTo<L>(image_);

@@ -42,6 +42,15 @@ PixelAccess<L::channelCount> AccessTo(const ImageClassData &image) {
   return {L::OffsetsOf(image), image.PixelSize};
 }
 
+// True if no pixel of the image has a byte of its samples in common with the next one. Only a part of an image whose
+// offsets were changed may have.
+template <class L>
+bool PixelsLieApart(const ImageClassData &image) {
+  const auto offsets = L::OffsetsOf(image);
+  const auto [lowest, highest] = std::minmax_element(offsets.begin(), offsets.end());
+  return int64_t{*highest} - *lowest < image.PixelSize;
+}
+
 // True if no row of the image has a byte of its samples in common with the next one. A caller's RowSize may be shorter
 // than the pixels.
 inline bool RowsLieApart(const ImageClassData &image) {

@@ -1,5 +1,7 @@
 #include "geometry/pixel_mover.h"
 
+#include <algorithm>
+
 #include "geometry/pixel_reversal.h"
 
 namespace zvk {

@@ -2,7 +2,6 @@
 // pixels that are written where nobody can notice in what order that happens.
 #pragma once
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -22,11 +21,8 @@ class PixelMover {
  public:
   template <class L>
   PixelMover(L /*layout*/, const ImageClassData &source, const ImageClassData &dest)
-      : PixelMover(SideOf<L>(source), SideOf<L>(dest), MovesBetween<L>(source, dest), L::PackedAlike(source, dest)) {}
-
-  // True if the samples of each pixel lie apart from those of the next one, on both sides. Only then may pixels be
-  // reversed or transposed.
-  bool MovesRuns() const { return source_.span <= source_.pixelSize && dest_.span <= dest_.pixelSize; }
+      : PixelMover({source.PixelSize, L::FirstOffset(source)}, {dest.PixelSize, L::FirstOffset(dest)},
+                   MovesBetween<L>(source, dest), L::PackedAlike(source, dest)) {}
 
   // The first sample of a pixel in a row.
   const uint8_t *SourceAt(const uint8_t *row, int32_t x) const { return row + source_.At(x); }
@@ -34,29 +30,21 @@ class PixelMover {
 
   // `count` pixels in their order.
   void Copy(const uint8_t *source, uint8_t *dest, int32_t count) const { mover_(source, dest, count); }
-  // `count` pixels in reverse order.
+  // `count` pixels in reverse order. For images whose pixels lie apart.
   void Reverse(const uint8_t *source, uint8_t *dest, int32_t count) const;
-  // A block of at most kBlockEdge pixels a side, with rows and columns exchanged.
+  // A block of at most kBlockEdge pixels a side, with rows and columns exchanged. For images whose pixels lie apart.
   static constexpr int32_t kBlockEdge = 64;
   void Transpose(const PixelBlock &block) const;
 
  private:
   struct Side {
     int32_t pixelSize;
-    int32_t lowest;  // offset of the first sample
-    int64_t span;    // bytes from the first sample to the last one
+    int32_t firstOffset;
 
-    ptrdiff_t At(int32_t x) const { return lowest + ptrdiff_t{x} * pixelSize; }
+    ptrdiff_t At(int32_t x) const { return firstOffset + ptrdiff_t{x} * pixelSize; }
   };
 
   PixelMover(const Side &source, const Side &dest, std::span<const SampleMove> moves, bool packedAlike);
-
-  template <class L>
-  static Side SideOf(const ImageClassData &image) {
-    const auto offsets = L::OffsetsOf(image);
-    const auto [lowest, highest] = std::minmax_element(offsets.begin(), offsets.end());
-    return {image.PixelSize, *lowest, int64_t{*highest} - *lowest + 1};
-  }
 
   // Counted from the first samples.
   template <class L>

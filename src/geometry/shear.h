@@ -214,7 +214,7 @@ void SkewWholeRow(ImageClassData &source, ImageClassData &dest, int32_t row, int
 template <class L>
 void HorizSkew(ImageClassData &source, ImageClassData &dest, int32_t row, int32_t offset, double weight,
                Pixel<L> background) {
-  if (MayReorder(source, dest)) {
+  if (PixelsLieApart<L>(dest) && MayReorder(source, dest)) {
     shear_detail::SkewWholeRow(source, dest, row, offset, weight, background);
   } else {
     shear_detail::SkewByPixels(source, dest, row, offset, weight, background);

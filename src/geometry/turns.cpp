@@ -48,7 +48,7 @@ void HalfTurn(ImageClassData &source, ImageClassData &dest) {
   const Range columns = destColumnOf.Landing(dest.Width);
   const Range rows = destRowOf.Landing(dest.Height);
   const PixelMover mover(L{}, source, dest);
-  const bool movesRuns = MayReorder(source, dest) && mover.MovesRuns();
+  const bool movesRuns = PixelsLieApart<L>(source) && PixelsLieApart<L>(dest) && MayReorder(source, dest);
   const auto from = AccessTo<L>(source);
   const auto to = AccessTo<L>(dest);
   const bool oneBlock = HaveOneBlock(source, dest);
@@ -95,9 +95,8 @@ class QuarterTurn {
 
   // The whole image in the given order of tiles, which are squares of edge `edge`, or one tile for 0.
   void Move(int32_t edge) {
-    const PixelMover mover(L{}, source_, dest_);
-    if (mover.MovesRuns() && MayReorder(source_, dest_)) {
-      MoveInBlocks(mover);
+    if (PixelsLieApart<L>(source_) && PixelsLieApart<L>(dest_) && MayReorder(source_, dest_)) {
+      MoveInBlocks();
     } else if (edge > 0) {
       MoveInTiles(edge);
     } else {
@@ -135,8 +134,9 @@ class QuarterTurn {
   }
 
   // For rows that stay where they are, in any order: blocks of which both sides lie in the cache, one below the other.
-  void MoveInBlocks(const PixelMover &mover) {
+  void MoveInBlocks() {
     constexpr int32_t kEdge = PixelMover::kBlockEdge;
+    const PixelMover mover(L{}, source_, dest_);
     const auto [columns, rows] = landing_;
     for (int32_t left = columns.first; left < columns.end; left += kEdge) {
       for (int32_t top = rows.first; top < rows.end; top += kEdge) {

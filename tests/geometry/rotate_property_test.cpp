@@ -19,12 +19,13 @@ namespace {
 using namespace turn_testing;
 using ::naive::RotateBackground;
 
-// What the global factory answers, the same way for both rotations: in a file, larger, in other formats, or one image
-// for everything, if it is large enough.
+// What the global factory answers, the same way for both rotations: in a file, larger, in other formats, a part of an
+// image with some channels in other pixels, or one image for everything, if it is large enough.
 struct FactoryPlan {
   std::vector<int32_t> more;
   std::vector<int32_t> formats;
   std::vector<bool> inFile;
+  std::vector<bool> parts;
   REALobject shared = nullptr;
   size_t asked = 0;
 };
@@ -38,13 +39,20 @@ REALobject NewPicture(REALobject, int32_t width, int32_t height, int32_t format)
   }
   REALobject picture = REALnewInstance("PictureZVK");
   if (plan.formats[i] != 0) format = plan.formats[i];
+  width += plan.more[i];
+  height += plan.more[i];
+  const int32_t wider = plan.parts[i] ? width + 1 : width;
   if (plan.inFile[i]) {
-    ImageConstructorFile(picture, width + plan.more[i], height + plan.more[i], format, 0, nullptr);
+    ImageConstructorFile(picture, wider, height, format, 0, nullptr);
     if (RecordOf(picture)->Valid) UseSmallBlocks(*RecordOf(picture));
   } else {
-    ImageConstructor(picture, width + plan.more[i], height + plan.more[i], format);
+    ImageConstructor(picture, wider, height, format);
   }
-  return picture;
+  if (!plan.parts[i] || !RecordOf(picture)->Valid) return picture;
+  const REALobject part = ClipImage5(picture, 1, 0, width, height);
+  RecordOf(part)->GreenOffset = RecordOf(part)->GrayOffset = RecordOf(part)->CyanOffset = 0;
+  REALUnlockObject(picture);
+  return part;
 }
 
 class RotateProperty : public testing::Test {
@@ -167,6 +175,7 @@ TEST_F(RotateProperty, ImagesOfAnyFactoryGiveThePlainBytes) {
       plan.more.push_back(OneIn(2) ? Any(0, 9) : 0);
       plan.formats.push_back(OneIn(3) ? AnyFormat() : 0);
       plan.inFile.push_back(OneIn(3));
+      plan.parts.push_back(OneIn(4));
     }
     SetFactory(host_.New("Factory"));
     ExpectTheNaiveBytes(AnyView(storage.image));
