@@ -4,17 +4,14 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <utility>
 #include <vector>
 
+#include "bench/bench_images.h"
 #include "geometry/mirror.h"
 #include "geometry/rotate.h"
 #include "geometry/turns.h"
-#include "host/plugin_entry.h"
 #include "image/image_formats.h"
-#include "image/image_storage.h"
-#include "standalone/runtime/host.h"
 #include "tests/support/naive_rotate.h"
 
 namespace zvk {
@@ -22,37 +19,6 @@ namespace {
 
 constexpr int32_t kWidth = 6000, kHeight = 4000;
 constexpr int32_t kNaiveWidth = 1500, kNaiveHeight = 1000;
-
-standalone::Host &BenchHost() {
-  static standalone::Host host;
-  static const bool started = (host.Start(&REALPluginMain), true);
-  (void)started;
-  return host;
-}
-
-class Image {
- public:
-  Image(int32_t width, int32_t height, int32_t format) : object_(BenchHost().Classes().NewInstance("PictureZVK")) {
-    ImageConstructor(Handle(), width, height, format);
-    uint32_t state = 1;
-    for (int64_t i = 0; i < Record().TotalSize; ++i) {
-      state = state * 1664525 + 1013904223;
-      Record().Buffer[i] = static_cast<uint8_t>(state >> 24);
-    }
-  }
-  Image(const Image &) = delete;
-  ~Image() { object_->Unlock(); }
-
-  REALobject Handle() const { return object_->Handle(); }
-  ImageClassData &Record() const { return *RecordOf(Handle()); }
-
- private:
-  standalone::Object *object_;
-};
-
-void CountPixels(benchmark::State &state, int64_t width, int64_t height) {
-  state.SetItemsProcessed(state.iterations() * width * height);
-}
 
 void InPlace(benchmark::State &state, void (*move)(REALobject), int32_t format) {
   const Image image(kWidth, kHeight, format);

@@ -2,9 +2,12 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 
 #include "geometry/pixel_access.h"
 #include "geometry/pixel_mover.h"
+#include "image/file_storage.h"
+#include "image/image_storage.h"
 #include "image/layouts.h"
 #include "pixelops/filter_frame.h"
 
@@ -34,6 +37,35 @@ struct Course {
   }
 };
 
+// --- a dest that is too small ---
+
+// Nobody checks the size of a dest: what is moved beyond its sides goes into the image behind it, if it is a part of
+// one. Only where there is no storage any more it is left out. So many columns and rows there are from its upper left
+// pixel on: at least its own, then those whose samples lie within RowSize, and the rows of the storage.
+
+template <class L>
+int32_t StoredColumns(const ImageClassData &dest) {
+  const auto offsets = L::OffsetsOf(dest);
+  const int64_t room = std::abs(int64_t{dest.RowSize}) - 1 - *std::max_element(offsets.begin(), offsets.end());
+  return room < 0 ? dest.Width : static_cast<int32_t>(std::max<int64_t>(dest.Width, room / dest.PixelSize + 1));
+}
+
+int32_t StoredRows(const ImageClassData &dest) {
+  if (dest.RowTable != nullptr) return dest.Height;
+  const bool mirrored = dest.GetRow == GetRowLinearMirrored || dest.GetRow == GetRowMappingMirrored;
+  const int64_t rows =
+      mirrored ? int64_t{dest.RowOffset} + dest.Height : int64_t{dest.UnclippedHeight} - dest.RowOffset;
+  return static_cast<int32_t>(std::max<int64_t>(dest.Height, rows));
+}
+
+// True if pixels may be moved in any order: all of the source's columns and rows land inside dest, in places that have
+// nothing in common with each other or with the source.
+template <class L>
+bool MoveApart(const ImageClassData &source, const ImageClassData &dest, int32_t columns, int32_t rows) {
+  return PixelsLieApart<L>(source) && PixelsLieApart<L>(dest) && MayReorder(source, dest) &&
+         WritesApart(source, dest, columns, rows);
+}
+
 // True if one mapped block serves both images: then a row of the one is gone when a row of the other has been fetched.
 bool HaveOneBlock(const ImageClassData &source, const ImageClassData &dest) {
   return &source == &dest && source.IsMapping;
@@ -45,10 +77,10 @@ template <class L>
 void HalfTurn(ImageClassData &source, ImageClassData &dest) {
   const Course destColumnOf{source.Width, true};
   const Course destRowOf{source.Height, true};
-  const Range columns = destColumnOf.Landing(dest.Width);
-  const Range rows = destRowOf.Landing(dest.Height);
+  const Range columns = destColumnOf.Landing(StoredColumns<L>(dest));
+  const Range rows = destRowOf.Landing(StoredRows(dest));
   const PixelMover mover(L{}, source, dest);
-  const bool movesRuns = PixelsLieApart<L>(source) && PixelsLieApart<L>(dest) && MayReorder(source, dest);
+  const bool movesRuns = MoveApart<L>(source, dest, source.Width, source.Height);
   const auto from = AccessTo<L>(source);
   const auto to = AccessTo<L>(dest);
   const bool oneBlock = HaveOneBlock(source, dest);
@@ -57,7 +89,7 @@ void HalfTurn(ImageClassData &source, ImageClassData &dest) {
     uint8_t *destRow = dest.GetRow(&dest, destRowOf(y));
     if (sourceRow == nullptr || destRow == nullptr) continue;
     if (movesRuns) {
-      mover.Reverse(mover.SourceAt(sourceRow, columns.first), mover.DestAt(destRow, 0), columns.end - columns.first);
+      mover.Reverse(mover.SourceAt(sourceRow, 0), mover.DestAt(destRow, 0), source.Width);
       continue;
     }
     for (int32_t x = columns.end - 1; x >= columns.first; --x) {
@@ -91,11 +123,11 @@ class QuarterTurn {
         to_(AccessTo<L>(dest)),
         destRowOf_{source.Width, direction == Direction::Left},
         destColumnOf_{source.Height, direction == Direction::Right},
-        landing_{destRowOf_.Landing(dest.Height), destColumnOf_.Landing(dest.Width)} {}
+        landing_{destRowOf_.Landing(StoredRows(dest)), destColumnOf_.Landing(StoredColumns<L>(dest))} {}
 
   // The whole image in the given order of tiles, which are squares of edge `edge`, or one tile for 0.
   void Move(int32_t edge) {
-    if (PixelsLieApart<L>(source_) && PixelsLieApart<L>(dest_) && MayReorder(source_, dest_)) {
+    if (MoveApart<L>(source_, dest_, source_.Height, source_.Width)) {
       MoveInBlocks();
     } else if (edge > 0) {
       MoveInTiles(edge);

@@ -6,8 +6,9 @@
 namespace zvk {
 
 // Handlers. Each returns dest with a reference for the caller, or a new image of the source's format for a nil dest;
-// nil if the source is not usable or has 16-bit samples, if the dest is not usable, or if there is no new image. Pixels
-// that fall outside a dest that is too small are left out. A source of no family of colours moves nothing.
+// nil if the source is not usable or has 16-bit samples, if the dest is not usable, or if there is no new image. The
+// size of dest is not checked: what falls beyond it goes into the image of which it is a part, or is left out where
+// there is none. A source of no family of colours moves nothing.
 
 // Half a turn, to an image of the same size.
 REALobject Rotate180(REALobject instance, REALobject dest);

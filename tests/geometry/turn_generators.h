@@ -54,12 +54,12 @@ inline Owned<Object> AnyView(Owned<Object> image) {
 inline Owned<Object> AnyImageOver(PluginHost &host, const Storage &storage) {
   const int32_t format = AnyFormat(), size = storage.block->Size(), pixelSize = PixelSizeOf(format);
   const int32_t width = Any(1, std::max(1, std::min(12, size / pixelSize)));
-  const int32_t distance = Any(0, width * pixelSize + 3);
-  const int32_t most = distance == 0 ? 12 : std::min(12, (size - width * pixelSize) / distance + 1);
-  const int32_t height = Any(1, std::max(1, most));
+  const int32_t distance = std::min(size, Any(0, width * pixelSize + 3));
+  const int32_t lastRow = std::max(distance, width * pixelSize);
+  const int32_t height = Any(1, distance == 0 ? 12 : std::min(12, (size - lastRow) / distance + 1));
   auto image = host.New("PictureZVK");
   zvk::ImageConstructorMemory(image, storage.block, width, height, format, distance);
-  RecordOf(image)->Buffer += Any(0, std::max(0, size - (height - 1) * distance - width * pixelSize));
+  RecordOf(image)->Buffer += Any(0, size - (height - 1) * distance - lastRow);
   return image;
 }
 

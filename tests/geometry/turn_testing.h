@@ -261,10 +261,22 @@ inline void SetGrid(const Owned<Object> &image, char letter, const std::vector<B
 
 namespace naive {
 
+// The row of the storage that an image shows in a row of its own.
+inline int32_t StorageRow(const ImageClassData &image, int32_t row) {
+  const bool mirrored = image.GetRow == zvk::GetRowLinearMirrored || image.GetRow == zvk::GetRowMappingMirrored;
+  return image.RowOffset + (mirrored ? image.Height - 1 - row : row);
+}
+
 inline void MovePixel(ImageClassData &source, int32_t x, int32_t y, ImageClassData &dest, int32_t column, int32_t row) {
-  // A dest that is too small gets what falls into it.
-  if (column >= dest.Width || row >= dest.Height) return;
   const std::string letters = LettersOf(source);
+  // The size of a dest is not checked, but where there is no storage behind it nothing can be stored.
+  for (const char letter : letters) {
+    const int64_t byte = int64_t{column} * dest.PixelSize + OffsetOf(dest, letter);
+    if (column >= dest.Width && byte >= std::abs(int64_t{dest.RowSize})) return;
+  }
+  const int32_t storageRow = StorageRow(dest, row);
+  const bool hasRow = dest.RowTable == nullptr && storageRow >= 0 && storageRow < dest.UnclippedHeight;
+  if (row >= dest.Height && !hasRow) return;
   SetPixelAt(dest, column, row, letters, PixelAt(source, x, y, letters));
 }
 

@@ -194,7 +194,30 @@ TEST_F(Turns, ADestThatIsTooLargeKeepsTheRest) {
   EXPECT_EQ(turnedInto(Rotate270fast), (Bytes{1, 9, 9, 2, 9, 9, 9, 9, 9}));
 }
 
-TEST_F(Turns, WhatFallsOutsideADestThatIsTooSmallIsLeftOut) {
+TEST_F(Turns, TheSizeOfADestIsNotChecked) {
+  // What falls beyond a part of an image goes into the image behind it.
+  const auto source = Gray({{1, 2, 3}, {4, 5, 6}});
+  const Storage whole(host_, Kind::Block, 4, 4, ImageFormatG, 2);
+  const auto part = Adopt(ClipImage5(whole.image, 1, 1, 1, 1));
+  const auto lowPart = Adopt(ClipImage5(whole.image, 1, 2, 1, 1)), mirroredPart = Adopt(GetMirroredView(lowPart));
+  const auto turnedInto = [&](Turn turn, const Owned<Object> &dest) {
+    whole.Put(Bytes(22, 0));
+    Adopt(turn(source, dest));
+    return Grid(whole.image, 'g');
+  };
+  EXPECT_EQ(turnedInto(Rotate180, part), (std::vector<Bytes>{{0, 0, 0, 0}, {0, 6, 5, 4}, {0, 3, 2, 1}, {0, 0, 0, 0}}));
+  const std::vector<Bytes> left{{0, 0, 0, 0}, {0, 3, 6, 0}, {0, 2, 5, 0}, {0, 1, 4, 0}};
+  EXPECT_EQ(turnedInto(Rotate90, part), left);
+  EXPECT_EQ(turnedInto(Rotate90fast, part), left);
+  const std::vector<Bytes> right{{0, 0, 0, 0}, {0, 4, 1, 0}, {0, 5, 2, 0}, {0, 6, 3, 0}};
+  EXPECT_EQ(turnedInto(Rotate270, part), right);
+  EXPECT_EQ(turnedInto(Rotate270fast, part), right);
+  // Upwards from row 2.
+  EXPECT_EQ(turnedInto(Rotate90, mirroredPart),
+            (std::vector<Bytes>{{0, 1, 4, 0}, {0, 2, 5, 0}, {0, 3, 6, 0}, {0, 0, 0, 0}}));
+}
+
+TEST_F(Turns, WhatFallsOutsideTheStorageIsLeftOut) {
   const auto source = Gray({{1, 2, 3}, {4, 5, 6}, {7, 8, 9}});
   const Storage dest(host_, Kind::Block, 2, 1, ImageFormatG);  // fenced
   const auto turnedInto = [&](Turn turn) {
