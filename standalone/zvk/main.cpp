@@ -13,6 +13,8 @@
 #include "standalone/zvk/info_command.h"
 #include "standalone/zvk/messages.h"
 #include "standalone/zvk/methods_command.h"
+#include "standalone/zvk/mirror_command.h"
+#include "standalone/zvk/rotate_command.h"
 #include "standalone/zvk/run_command.h"
 #include "standalone/zvk/scale_command.h"
 #include "standalone/zvk/sheet_command.h"
@@ -28,6 +30,8 @@ using AddCommand = void (*)(CLI::App &program);
 constexpr AddCommand kCommands[] = {
     standalone::AddScaleCommand,
     standalone::AddFilterCommand,
+    standalone::AddRotateCommand,
+    standalone::AddMirrorCommand,
     standalone::AddCombineCommand,
     standalone::AddSheetCommand,
     standalone::AddInfoCommand,
@@ -43,8 +47,8 @@ int Report(const std::string &message, int exitCode) {
 }
 
 int Run(int argc, char **argv) {
-  CLI::App program("Scales, filters and combines pictures with the PictureZVK plug-in, run by a stand-alone host.",
-                   "zvk");
+  CLI::App program(
+      "Scales, filters, turns and combines pictures with the PictureZVK plug-in, run by a stand-alone host.", "zvk");
   program.set_version_flag("--version", "zvk " ZVK_VERSION, "Print the version and exit");
   program.set_help_flag("-h,--help", "Print this help and exit");
   program.require_subcommand(1);

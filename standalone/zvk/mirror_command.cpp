@@ -1,0 +1,66 @@
+#include "standalone/zvk/mirror_command.h"
+
+#include <CLI/CLI.hpp>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "standalone/zvk/colour_argument.h"
+#include "standalone/zvk/image_io.h"
+#include "standalone/zvk/messages.h"
+#include "standalone/zvk/plugin_session.h"
+
+namespace standalone {
+namespace {
+
+struct MirrorRequest {
+  std::string input;
+  std::string output;
+  std::string direction;
+  uint32_t background = kWhite;
+  PluginOptions plugin;
+};
+
+const char *MethodOf(const std::string &direction) {
+  if (direction == "h") return "HMirror";
+  if (direction == "v") return "VMirror";
+  throw UsageError("direction '" + direction + "' is not understood; write h to exchange left and right, or v to " +
+                   "exchange top and bottom");
+}
+
+void Mirror(const MirrorRequest &request) {
+  const char *const method = MethodOf(request.direction);
+  RefuseUnknownExtension(request.output);
+  const PluginSession session(request.plugin);
+  const Value image = LoadImage(session, request.input);
+  image.Call(method);
+  SaveImage(image, request.output, request.background);
+}
+
+}  // namespace
+
+void AddMirrorCommand(CLI::App &program) {
+  const auto request = std::make_shared<MirrorRequest>();
+  CLI::App &command = *program.add_subcommand("mirror", "Mirror an image file");
+  AddInputArgument(command, request->input);
+  AddOutputArgument(command, request->output);
+  command.add_option("DIRECTION", request->direction, "h exchanges left and right, v exchanges top and bottom")
+      ->required()
+      ->type_name("");
+  AddBackgroundOption(command, request->background);
+  AddPluginOptions(command, request->plugin);
+  command.footer(std::string(kTransparencyHelp) +
+                 "\n"
+                 "\n"
+                 "Examples:\n"
+                 "  zvk mirror photo.jpg mirrored.jpg h\n"
+                 "  zvk mirror logo.png upside_down.png v\n"
+                 "\n"
+                 "Exit codes:\n"
+                 "  0  done\n"
+                 "  1  the work failed; OUT is as it was before\n"
+                 "  2  the command line is wrong; nothing was done");
+  command.callback([request] { Mirror(*request); });
+}
+
+}  // namespace standalone
