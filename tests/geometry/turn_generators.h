@@ -20,8 +20,11 @@ inline bool OneIn(int32_t count) { return Any(1, count) == 1; }
 // Now and then longer than the runs and blocks in which pixels are moved.
 inline int32_t AnySide() { return OneIn(6) ? Any(1, 300) : Any(1, 20); }
 
+inline int32_t AnyFamilyFormat() {
+  return kFormats[static_cast<size_t>(Any(0, static_cast<int32_t>(kFormats.size()) - 1))];
+}
 // Now and then of no family.
-inline int32_t AnyFormat() { return OneIn(20) ? Any(33, 40) : kFormats[static_cast<size_t>(Any(0, 30))]; }
+inline int32_t AnyFormat() { return OneIn(20) ? Any(33, 40) : AnyFamilyFormat(); }
 
 inline Kind AnyKind() { return OneIn(4) ? Kind::File : OneIn(6) ? Kind::Table : OneIn(3) ? Kind::Memory : Kind::Block; }
 
