@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "geometry/rotate.h"
+#include "geometry/turns.h"
 #include "pixelops/box_blur.h"
 #include "pixelops/diffuse_filter.h"
 #include "pixelops/dither.h"
@@ -81,6 +83,11 @@ const Coverage kCoverage[] = {
     {"BoxBlurFilterOnce", kAll, CALL(BoxBlurFilter2(self, dest, 1, 1, true, true))},
     {"BoxBlurFractionalFilter", kInksAsRGB, CALL(BoxBlurFractionalFilter(self, dest, 0.7)), Result::DestOrNil},
     {"DitherFilter", kNoInks, CALL(DitherFilter(self, dest, 10, 3))},
+    {"Rotate180", kAll, CALL(Rotate180(self, dest))},
+    {"Rotate90", kAll, CALL(Rotate90fast(self, dest))},
+    {"Rotate90slow", kAll, CALL(Rotate90(self, dest))},
+    {"Rotate270", kAll, CALL(Rotate270fast(self, dest))},
+    {"Rotate270slow", kAll, CALL(Rotate270(self, dest))},
 };
 
 #undef CALL
@@ -114,8 +121,8 @@ void ExpectChanged(const Image &image, const Image &before, const std::string &c
     }
   }
   // Behind the pixels of a row.
-  for (int32_t y = 0; y < kSide; ++y) {
-    const auto first = ptrdiff_t{kSide} * pixelSize, end = ptrdiff_t{Record(image).RowSize};
+  for (int32_t y = 0; y < Record(image).Height; ++y) {
+    const auto first = ptrdiff_t{Record(image).Width} * pixelSize, end = ptrdiff_t{Record(image).RowSize};
     EXPECT_EQ(Bytes(Row(image, y) + first, Row(image, y) + end), Bytes(Row(before, y) + first, Row(before, y) + end));
   }
 }
@@ -210,13 +217,32 @@ TEST_P(FilterCoverage, TwoYieldsAndNoMore) {
   EXPECT_EQ(yields, GetParam().result == Result::AlwaysANewImage ? 3 : 2);
 }
 
-// --- in place: the first image changes by the second one ---
+// --- filters of another form ---
 
+const auto kSomeFormats = {ImageFormatG,    ImageFormat3of4, ImageFormatAG,    ImageFormatBGRX,
+                           ImageFormatABGR, ImageFormatCMYK, ImageFormatXKYMC, ImageFormatAKYMC};
+
+class RotateCoverage : public FilterTest {};
+
+TEST_F(RotateCoverage, AllChannelsOfANewImage) {
+  for (const int32_t format : kSomeFormats) {
+    SCOPED_TRACE(format);
+    const Image self = Noise(kSide, kSide, format);
+    const Image result = Adopt(rbRotate(self, 30, 0, 0, 0, 0, 0, 0, 0, 0, 0));
+    ASSERT_TRUE(result);
+    ASSERT_GT(Record(result).Width, kSide);
+    ExpectChanged(result, New(Record(result).Width, Record(result).Height, format), naive::ChannelsOf(Record(result)));
+  }
+  for (const int32_t format : {ImageFormatBuffer, ImageFormatScaling3}) {
+    EXPECT_EQ(rbRotate(Noise(kSide, kSide, format), 30, 0, 0, 0, 0, 0, 0, 0, 0, 0), nullptr);
+  }
+}
+
+// In place: the first image changes by the second one.
 class UnsharpCoverage : public FilterTest {};
 
 TEST_F(UnsharpCoverage, AllChannelsOfTheImageItself) {
-  for (const int32_t format : {ImageFormatG, ImageFormat3of4, ImageFormatAG, ImageFormatBGRX, ImageFormatABGR,
-                               ImageFormatCMYK, ImageFormatXKYMC, ImageFormatAKYMC}) {
+  for (const int32_t format : kSomeFormats) {
     SCOPED_TRACE(format);
     const Image image = Noise(kSide, kSide, format, 1), before = Noise(kSide, kSide, format, 1);
     const Image blurred = Noise(kSide, kSide, format, 2);
