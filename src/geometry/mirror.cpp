@@ -18,14 +18,20 @@ namespace {
 
 using enum ColourFamily;
 
+bool IsServed(const ImageClassData &image) { return image.BitsPerComponent != 16 && IsUsable(image); }
+
 // The record of an image that is changed in place, after the first yield; nil if it is refused.
 ImageClassData *ImageToMove(REALobject instance) {
   ImageClassData *image = RecordOf(instance);
-  if (image == nullptr || image->BitsPerComponent == 16 || !IsUsable(*image)) return nullptr;
+  if (image == nullptr || !IsServed(*image)) return nullptr;
   YieldOn(*image);
   // A yield lets other code of the host run, which may have closed the image or constructed it anew.
-  return IsUsable(*image) ? image : nullptr;
+  return IsServed(*image) ? image : nullptr;
 }
+
+// True if an image can still be moved after a later yield. One without colours is left alone, and its pixels may be
+// larger than any that have channels.
+bool MayGoOn(const ImageClassData &image) { return IsServed(image) && (image.IsGray || image.IsRGB || image.IsCMYK); }
 
 // --- within a row ---
 
@@ -163,7 +169,7 @@ void ExchangeHalves(REALobject instance) {
       }
       if (image->Yield.YieldTicks == 0) continue;
       YieldOn(*image);
-      if (!IsUsable(*image) || image->RowSize != rowSize) return;
+      if (!MayGoOn(*image) || image->RowSize != rowSize) return;
       rows.emplace(*image);
     }
     if (kOrder == PixelOrder::Backward && image->Height % 2 != 0) {
@@ -186,7 +192,7 @@ void HMirrorSelf(REALobject instance) {
       if (row != nullptr) (*mirror)(row);
       if (image->Yield.YieldTicks == 0) continue;
       YieldOn(*image);
-      if (!IsUsable(*image)) return;
+      if (!MayGoOn(*image)) return;
       mirror.emplace(*image);
     }
   });

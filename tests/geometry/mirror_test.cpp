@@ -343,5 +343,33 @@ TEST_F(Mirror, AnImageThatIsConstructedAnewMeanwhileIsMovedAsItThenIs) {
   }
 }
 
+TEST_F(Mirror, AnImageThatIsConstructedAnewWithoutColoursOrInSixteenBitsMeanwhileIsTouchedNoMore) {
+  // The same RowSize before and after.
+  for (const auto &[format, width] : {std::pair{int32_t{ImageFormatScaling8}, 256}, {ImageFormatGray16, 1024}}) {
+    for (const auto move : kInPlace) {
+      for (const int last : {1, 2}) {
+        const auto image = NewImage(host_, 2048, 4, ImageFormatG);
+        YieldAlways(host_, image);
+        int yields = 0;
+        Bytes before;
+        host_->onYield = [&, format = format, width = width] {
+          if (++yields != last) return;
+          ImageDestructor(image);
+          ImageConstructor(image, width, 4, format);
+          uint8_t *pixels = RecordOf(image)->Buffer;
+          for (int32_t i = 0; i < 4 * 2048; ++i) pixels[i] = static_cast<uint8_t>(i % 251);
+          before.assign(pixels, pixels + 4 * 2048);
+        };
+        move(image);
+        host_->onYield = nullptr;
+        EXPECT_EQ(yields, last);
+        ASSERT_EQ(RecordOf(image)->RowSize, 2048);
+        const uint8_t *pixels = RecordOf(image)->Buffer;
+        EXPECT_EQ(Bytes(pixels, pixels + 4 * 2048), before);
+      }
+    }
+  }
+}
+
 }  // namespace
 }  // namespace zvk
