@@ -57,8 +57,8 @@ int32_t SmallestOffset(const ImageClassData &image) {
 
 // Bytes from the start of a row to the end of its image's storage.
 int64_t BytesToStorageEnd(const ImageClassData &image, const uint8_t *row) {
-  // Rows of a table lie anywhere, so each is a storage of its own.
-  if (image.RowTable != nullptr) return image.RowSize;
+  // Rows of a table lie anywhere, and those of a file at the end of a block, so each is a storage of its own.
+  if (image.RowTable != nullptr || image.IsMapping) return image.RowSize;
   // Rows that run backwards end with the top one.
   const int64_t size = image.RowSize < 0 ? -int64_t{image.RowSize} : image.TotalSize;
   // A RowSize shorter than the pixels leaves the last ones outside of what it describes.
@@ -79,6 +79,12 @@ void CopyBlock(ImageClassData &dest, uint8_t *destRow, const ImageClassData &sou
   if (size > 0) std::memmove(destRow + destStart, sourceRow + sourceStart, static_cast<size_t>(size));
 }
 
+// Where the wide samples of a row end, in bytes from its start, up to that of the pixel before column `end`. The host
+// may have moved them, so that they reach into the next pixel.
+int64_t EndOfWideSamples(const ImageClassData &image, int32_t grayOffset, int32_t end) {
+  return (int64_t{end} - 1) * image.PixelSize + grayOffset + 2;
+}
+
 bool CopyRows(ImageClassData &dest, ImageClassData &source, const Transfer &transfer) {
   const auto forEachRow = [&](const auto &copyRow) {
     return ForEachRowGroup(dest, transfer.destY, source, nullptr, transfer.sourceY, transfer.height, copyRow);
@@ -95,8 +101,25 @@ bool CopyRows(ImageClassData &dest, ImageClassData &source, const Transfer &tran
   }
   const ptrdiff_t destStart = ptrdiff_t{transfer.destX} * dest.PixelSize;
   const ptrdiff_t sourceStart = ptrdiff_t{transfer.sourceX} * source.PixelSize;
-  return forEachRow(
-      [&](const RowGroup &rows) { pixels->Row(rows.Dest() + destStart, rows.First() + sourceStart, transfer.width); });
+  if (dest.BitsPerComponent != 16 || !source.IsGray) {
+    return forEachRow([&](const RowGroup &rows) {
+      pixels->Row(rows.Dest() + destStart, rows.First() + sourceStart, transfer.width);
+    });
+  }
+  // The last sample of a storage has no second byte where the host has moved the samples by a byte.
+  const int32_t to = dest.GrayOffset, from = source.GrayOffset;
+  const int64_t destEnd = EndOfWideSamples(dest, to, transfer.destX + transfer.width);
+  const int64_t sourceEnd =
+      source.BitsPerComponent == 16 ? EndOfWideSamples(source, from, transfer.sourceX + transfer.width) : 0;
+  return forEachRow([&](const RowGroup &rows) {
+    uint8_t *destPixel = rows.Dest() + destStart;
+    const uint8_t *sourcePixel = rows.First() + sourceStart;
+    const bool isCut =
+        destEnd > BytesToStorageEnd(dest, rows.Dest()) || sourceEnd > BytesToStorageEnd(source, rows.First());
+    const ptrdiff_t whole = isCut ? transfer.width - 1 : transfer.width;
+    pixels->Row(destPixel, sourcePixel, static_cast<int32_t>(whole));
+    if (isCut) destPixel[whole * dest.PixelSize + to] = sourcePixel[whole * source.PixelSize + from];
+  });
 }
 
 }  // namespace

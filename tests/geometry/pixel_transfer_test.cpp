@@ -117,6 +117,38 @@ TEST_F(PixelTransferTest, ColoursIntoSixteenBitsWriteTheFirstByteAlone) {
   EXPECT_EQ(Copied(ImageFormatCMYK, {1, 2, 3, 4}, ImageFormatGray16, {9, 8}), (Bytes{4, 8}));
 }
 
+TEST_F(PixelTransferTest, OfAWideSampleThatTheHostHasMovedToTheEndOfTheStorageTheFirstByteIsCopied) {
+  for (const Kind kind : {Kind::Block, Kind::File}) {
+    constexpr int32_t kWidth = 2048;  // fills the pages of a row
+    StoredImage dest(host_, kind, kWidth, 1, ImageFormatGray16), gray(host_, Kind::Block, kWidth, 1, ImageFormatG);
+    SetGrayOffset(dest, 0, 1);
+    dest.SetBytes(Bytes(2 * kWidth, 9));
+    gray.SetBytes(Bytes(kWidth, 5));
+    EXPECT_TRUE(rbCopyPixels2(dest, gray));
+    Bytes expected(2 * kWidth, 5);
+    expected[0] = 9;
+    EXPECT_EQ(dest.Bytes(), expected) << kind;
+
+    StoredImage source(host_, kind, kWidth, 1, ImageFormatGray16),
+        wide(host_, Kind::Block, kWidth, 1, ImageFormatGray16);
+    SetGrayOffset(source, 0, 1);
+    source.SetBytes(Bytes(2 * kWidth, 7));
+    wide.SetBytes(Bytes(2 * kWidth, 9));
+    EXPECT_TRUE(rbCopyPixels2(wide, source));
+    expected.assign(2 * kWidth, 7);
+    expected.back() = 9;
+    EXPECT_EQ(wide.Bytes(), expected) << kind;
+  }
+}
+
+TEST_F(PixelTransferTest, AWideSampleThatTheHostHasMovedEndsInTheNextRow) {
+  StoredImage dest(host_, Kind::Block, 2, 2, ImageFormatGray16), source(host_, Kind::Block, 2, 2, ImageFormatG);
+  SetGrayOffset(dest, 0, 1);
+  source.SetBytes({1, 2, 3, 4});
+  EXPECT_TRUE(rbCopyPixels2(dest, source));
+  EXPECT_EQ(dest.Bytes(), (Bytes{0, 1, 1, 2, 2, 3, 3, 4}));
+}
+
 // --- every pair of formats ---
 
 TEST_F(PixelTransferTest, EveryPairOfFormatsIsCopiedAsThePlainLoopsSayOnEveryStorage) {
