@@ -65,8 +65,7 @@ Arguments ReadArguments(const MethodDeclaration &form, const std::vector<GivenAr
 // Like the source; with the same pixels if there is alpha, which a filter may leave as it is.
 Value NewDest(const PluginSession &session, const Value &source) {
   Value dest = session.Images().New({source.Get("Width"), source.Get("Height"), source.Get("ImageFormat")});
-  if (!source.Get("HasAlpha").AsBoolean()) return dest;
-  for (int32_t y = 0; y < SizeOf(source).height; ++y) dest.Assign("Row", {y}, source.Call("Row", {y}));
+  if (source.Get("HasAlpha").AsBoolean()) dest.Call("CopyPixels", {source});
   return dest;
 }
 

@@ -180,6 +180,13 @@ TEST_F(FilterCommand, RepeatsRandomNumbersFromTheSeed) {
   }
 }
 
+// A filter that can do without a dest makes one of its own shape.
+TEST_F(FilterCommand, LeavesAnOptionalDestToTheFilter) {
+  WriteRow("in.png", {0x102030, 0x405060, 0x708090});
+  EXPECT_EQ(Filter("Rotate90", {}), Colours({{0x708090}, {0x405060}, {0x102030}}));
+  EXPECT_EQ(Filter("Rotate180", {}), Colours({{0x708090, 0x405060, 0x102030}}));
+}
+
 TEST_F(FilterCommand, WritesTheFileItReads) {
   WriteRow("in.png", {0x007FFF});
   EXPECT_EQ(Run({"filter", "SolarizeFilter", "in.png", "in.png"}).errors, "");
