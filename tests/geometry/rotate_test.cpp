@@ -473,5 +473,22 @@ TEST_F(Rotate, AnImageThatIsConstructedAnewMeanwhileIsReadWithinItsNewSize) {
   }
 }
 
+TEST_F(Rotate, AnImageWhosePixelsHaveLostTheirSizeMeanwhileGivesNil) {
+  constexpr int32_t kNoFormat = 99;  // refused, which leaves the image valid, over its buffer, with pixels of no size
+  for (const int32_t format : {ImageFormatG, ImageFormatRGBA}) {
+    for (const int last : {1, 2}) {
+      const auto image = Noisy(20, 20, format);
+      YieldAlways(host_, image);
+      int yields = 0;
+      host_->onYield = [&] {
+        if (++yields == last) ImageConstructor(image, 20, 20, kNoFormat);
+      };
+      EXPECT_FALSE(Turned(image, 30.0)) << last;
+      EXPECT_EQ(yields, last);
+      host_->onYield = nullptr;
+    }
+  }
+}
+
 }  // namespace
 }  // namespace zvk
