@@ -10,6 +10,7 @@
 #include "image/image_record.h"
 #include "image/rectangle.h"
 #include "image/row_group.h"
+#include "image/rows.h"
 
 namespace zvk {
 
@@ -57,13 +58,9 @@ int32_t SmallestOffset(const ImageClassData &image) {
 
 // Bytes from the start of a row to the end of its image's storage.
 int64_t BytesToStorageEnd(const ImageClassData &image, const uint8_t *row) {
-  // Rows of a table lie anywhere, and those of a file at the end of a block, so each is a storage of its own.
-  if (image.RowTable != nullptr || image.IsMapping) return image.RowSize;
-  // Rows that run backwards end with the top one.
-  const int64_t size = image.RowSize < 0 ? -int64_t{image.RowSize} : image.TotalSize;
   // A RowSize shorter than the pixels leaves the last ones outside of what it describes.
   const int64_t pixels = int64_t{SmallestOffset(image)} / image.PixelSize + image.Width;
-  return std::max(image.Buffer + size - row, pixels * image.PixelSize);
+  return std::max<int64_t>(BytesFromRow(image, row), pixels * image.PixelSize);
 }
 
 // Each block is longer than the rectangle by destX pixels: it goes on into the rest of the row and the rows behind it,

@@ -66,6 +66,13 @@ bool SharesStorage(const ImageClassData &a, const ImageClassData &b) {
   return Overlap(LinearRange(a), LinearRange(b));
 }
 
+ptrdiff_t BytesFromRow(const ImageClassData &image, const uint8_t *row) {
+  const ptrdiff_t rowBytes = std::abs(ptrdiff_t{image.RowSize});
+  if (image.RowTable != nullptr || image.IsMapping) return rowBytes;
+  // Rows that run backwards have a size below zero, and end with the top one.
+  return std::max(static_cast<ptrdiff_t>(image.TotalSize), rowBytes) - (row - image.Buffer);
+}
+
 bool HasSamePixels(const ImageClassData &before, const ImageClassData &image) {
   const auto place = [](const ImageClassData &record) {
     // The block of a mapped file moves with every walk over it.

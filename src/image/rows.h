@@ -1,6 +1,9 @@
 // How an operation may reach the rows of its images, chosen once for a whole call.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
+
 #include "image/image_record.h"
 
 namespace zvk {
@@ -12,6 +15,9 @@ inline bool HasFixedRows(const ImageClassData &image) { return !image.IsMapping;
 // worked on in forms that reorder or buffer reads and writes. A mapped file may share with anything. Two row tables are
 // taken to be the same rows or none.
 bool SharesStorage(const ImageClassData &a, const ImageClassData &b);
+
+// How many bytes the storage has from the start of a row on. A row of a table, or of a mapped block, counts by itself.
+ptrdiff_t BytesFromRow(const ImageClassData &image, const uint8_t *row);
 
 // True if an image still has the pixels of which `before` is a record: in a yield the host may have closed it, or have
 // constructed it anew. Channels, which the host may move in its pixels, are not compared.

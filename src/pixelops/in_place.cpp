@@ -1,7 +1,8 @@
 #include "pixelops/in_place.h"
 
 #include <algorithm>
-#include <cstdlib>
+
+#include "image/rows.h"
 
 namespace zvk {
 
@@ -12,17 +13,6 @@ std::optional<Rectangle> BeginInPlace(ImageClassData *image, const Rectangle &ca
   YieldOn(*image);
   return fitted;
 }
-
-namespace {
-
-// How many bytes the storage has from the start of a row on. A row of a table, or of a mapped block, counts by itself.
-ptrdiff_t BytesFromRow(const ImageClassData &image, const uint8_t *row) {
-  const ptrdiff_t rowBytes = std::abs(ptrdiff_t{image.RowSize});
-  if (image.RowTable != nullptr || image.IsMapping) return rowBytes;
-  return std::max(static_cast<ptrdiff_t>(image.TotalSize), rowBytes) - (row - image.Buffer);
-}
-
-}  // namespace
 
 std::span<uint8_t> PixelBytes(const ImageClassData &image, uint8_t *row, int32_t offset, int32_t x, int32_t width) {
   const ptrdiff_t pixelSize = image.PixelSize;

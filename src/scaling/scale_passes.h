@@ -70,11 +70,46 @@ void Store(uint8_t *address, Sample sample) {
   std::memcpy(address, &sample, sizeof sample);
 }
 
+// Where the samples of a row end. The host may have moved wide ones by a byte, and then the last one of a storage has
+// no second byte.
+template <const ScalePair &Pair>
+const uint8_t *EndOfSamples(const ImageClassData &image, const uint8_t *row) {
+  if constexpr (Pair.SampleSize == 1) return nullptr;  // nobody asks
+  // Pixels that a caller has left out of the storage that he described are there all the same.
+  const int64_t pixels = int64_t{image.GrayOffset} / image.PixelSize + image.Width;
+  return row + std::max<int64_t>(BytesFromRow(image, row), pixels * image.PixelSize);
+}
+
+// A sample of a row that ends there. A second byte behind the end is taken to be 0, and is not written.
+template <class Sample>
+Sample LoadInside(const uint8_t *address, const uint8_t *end) {
+  if constexpr (sizeof(Sample) > 1) {
+    if (end - address < ptrdiff_t{sizeof(Sample)}) {
+      Sample sample = 0;
+      std::memcpy(&sample, address, 1);
+      return sample;
+    }
+  }
+  return Load<Sample>(address);
+}
+template <class Sample>
+void StoreInside(uint8_t *address, Sample sample, const uint8_t *end) {
+  if constexpr (sizeof(Sample) > 1) {
+    if (end - address < ptrdiff_t{sizeof(Sample)}) {
+      std::memcpy(address, &sample, 1);
+      return;
+    }
+  }
+  Store(address, sample);
+}
+
 // The samples of one source pixel, as AddTap takes them, each `step` doubles from the one before.
 template <const ScalePair &Pair>
-void ReadPixel(const ImageClassData &source, const uint8_t *pixel, double *samples, ptrdiff_t step) {
+void ReadPixel(const ImageClassData &source, const uint8_t *pixel, const uint8_t *end, double *samples,
+               ptrdiff_t step) {
   for (int32_t i = 0; i < Pair.Read.count; ++i) {
-    samples[i * step] = Load<SampleOf<Pair>>(pixel + source.*Pair.Read[i]) * SamplePart<Pair.Values>(i);
+    const auto sample = LoadInside<SampleOf<Pair>>(pixel + source.*Pair.Read[i], end);
+    samples[i * step] = sample * SamplePart<Pair.Values>(i);
   }
 }
 
@@ -98,6 +133,7 @@ void HorizontalRow(const ScaleJob &job, int32_t y, double rounding) {
   if (!HasGetRow(source) || !HasGetRow(temp)) return;
   const uint8_t *sourceRow = source.GetRow(&source, y);
   if (sourceRow == nullptr) return;
+  const uint8_t *end = EndOfSamples<Pair>(source, sourceRow);
   for (int32_t x = 0; x < job.Width; ++x) {
     const ScaleTapList &list = job.Table[x];
     double sums[kValues<Pair>] = {};
@@ -105,7 +141,7 @@ void HorizontalRow(const ScaleJob &job, int32_t y, double rounding) {
       const ScaleTap tap = list.Taps[t];
       if (tap.Weight == 0.0f) continue;
       double samples[Pair.Read.count] = {};
-      ReadPixel<Pair>(source, sourceRow + ptrdiff_t{tap.SourceIndex} * source.PixelSize, samples, 1);
+      ReadPixel<Pair>(source, sourceRow + ptrdiff_t{tap.SourceIndex} * source.PixelSize, end, samples, 1);
       AddTap<Pair.Read.count, Pair.Values, 1>(samples, tap.Weight, sums);
     }
     SampleOf<Pair> values[kValues<Pair>] = {};
@@ -142,7 +178,8 @@ void VerticalRow(const ScaleJob &job, int32_t y) {
     uint8_t *destRow = dest.GetRow(&dest, y);
     if (destRow == nullptr) continue;
     uint8_t *pixel = destRow + ptrdiff_t{x} * dest.PixelSize;
-    for (const ScaleWrite &write : Pair.Write) Store(pixel + dest.*write.channel, values[write.value]);
+    const uint8_t *end = EndOfSamples<Pair>(dest, destRow);
+    for (const ScaleWrite &write : Pair.Write) StoreInside(pixel + dest.*write.channel, values[write.value], end);
   }
 }
 
@@ -230,9 +267,13 @@ class StagedColumns {
   void Stage(const uint8_t *const *rows, const Stretch &stretch) {
     const ImageClassData &source = *job_.Source;
     double *samples = samples_.Get();
+    const uint8_t *ends[Rows];
+    for (int32_t row = 0; row < Rows; ++row) ends[row] = EndOfSamples<Pair>(source, rows[row]);
     for (int32_t column = stretch.firstColumn; column < stretch.endColumn; ++column) {
       const ptrdiff_t position = ptrdiff_t{column} * source.PixelSize;
-      for (int32_t row = 0; row < Rows; ++row) ReadPixel<Pair>(source, rows[row] + position, samples + row, Rows);
+      for (int32_t row = 0; row < Rows; ++row) {
+        ReadPixel<Pair>(source, rows[row] + position, ends[row], samples + row, Rows);
+      }
       samples += ptrdiff_t{Pair.Read.count} * Rows;
     }
   }
@@ -301,9 +342,10 @@ class SummedRows {
     const ImageClassData dest = *job_.Dest;
     const int32_t width = job_.Width;
     const Sample *pixelValues = values_.Get();
+    const uint8_t *end = EndOfSamples<Pair>(dest, destRow);
     for (int32_t x = 0; x < width; ++x) {
       for (const ScaleWrite &write : Pair.Write) {
-        Store(destRow + dest.*write.channel, pixelValues[Pair.TempBytes[write.value] / Pair.SampleSize]);
+        StoreInside(destRow + dest.*write.channel, pixelValues[Pair.TempBytes[write.value] / Pair.SampleSize], end);
       }
       destRow += dest.PixelSize;
       pixelValues += Pair.Stride / Pair.SampleSize;

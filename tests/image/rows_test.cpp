@@ -113,6 +113,27 @@ TEST(Rows, AMappedFileMayShareWithAnything) {
   EXPECT_TRUE(HasFixedRows(Gray(0, 10, 1)));
 }
 
+TEST(Rows, TheStorageEndsBehindTheLastRowInMemory) {
+  std::array<uint8_t, 100> bytes = {};
+  ImageClassData image{};
+  image.Buffer = bytes.data() + 40;
+  image.RowSize = 10;
+  image.TotalSize = 50;
+  EXPECT_EQ(BytesFromRow(image, image.Buffer + 20), 30);
+  image.RowSize = -10;
+  image.TotalSize = -50;
+  EXPECT_EQ(BytesFromRow(image, image.Buffer), 10);
+  EXPECT_EQ(BytesFromRow(image, image.Buffer - 20), 30);
+  image.RowSize = 10;
+  image.TotalSize = 50;
+  image.IsMapping = true;
+  EXPECT_EQ(BytesFromRow(image, image.Buffer + 20), 10);
+  image.IsMapping = false;
+  uint8_t *table[] = {bytes.data()};
+  image.RowTable = table;
+  EXPECT_EQ(BytesFromRow(image, table[0]), 10);
+}
+
 TEST(Rows, AnImageHasTheSamePixelsUntilItIsClosedOrConstructedAnew) {
   const ImageClassData before = Gray(0, 10, 3);
   ImageClassData image = before;

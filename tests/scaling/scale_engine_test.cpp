@@ -10,10 +10,14 @@
 #include <vector>
 
 #include "image/image_factory.h"
+#include "image/image_formats.h"
 #include "scaling/scale_taps.h"
+#include "scaling/scale_threads.h"
 #include "tests/scaling/scale_host.h"
 #include "tests/scaling/scale_testing.h"
 #include "tests/support/faults.h"
+#include "tests/support/plugin_host.h"
+#include "tests/support/stored_image.h"
 
 namespace zvk {
 namespace {
@@ -212,6 +216,39 @@ TEST_F(ScaleEngine, WideGrayKeepsItsWideSamples) {
   std::memcpy(scaled, dest.Pixel(0, 0), 8);
   // 1000 + 64535 / 4 = 17133.75; 1000 + 3 x 64535 / 4 = 49401.25
   EXPECT_THAT(scaled, testing::ElementsAre(1000, 17134, 49401, 65535));
+}
+
+// The images' storages lie between pages that nobody may touch.
+TEST(ScaleWideGray, OfASampleThatTheHostHasMovedToTheEndOfTheStorageTheFirstByteCounts) {
+  using stored_image::Kind;
+  using stored_image::StoredImage;
+  PluginHost host({.fenced = true});
+  constexpr int32_t kWidth = 2048;  // fills the pages of a row in a file
+  for (const Kind kind : {Kind::Block, Kind::File}) {
+    for (const bool threaded : {false, true}) {
+      StoredImage source(host, kind, kWidth, 2, ImageFormatGray16), dest(host, kind, kWidth, 2, ImageFormatGray16);
+      const auto scale = [&] {
+        return threaded ? PictureScaleZVKMT(dest, 1, source, nullptr, kTriangle, kWidth, 2)
+                        : PictureScaleZVK(dest, source, nullptr, kTriangle, kWidth, 2);
+      };
+      source.SetBytes(Bytes(4 * kWidth, 7));
+      SetGrayOffset(dest, 0, 1);
+      EXPECT_TRUE(scale());
+      Bytes expected(4 * kWidth, 7);
+      expected[0] = 0;
+      // A row of a file is a storage of its own.
+      if (kind == Kind::File) expected[2 * kWidth] = 0;
+      EXPECT_EQ(dest.Bytes(), expected) << kind;
+
+      SetGrayOffset(dest, 0, 0);
+      SetGrayOffset(source, 0, 1);
+      EXPECT_TRUE(scale());
+      expected.assign(4 * kWidth, 7);
+      expected.back() = 0;
+      if (kind == Kind::File) expected[2 * kWidth - 1] = 0;
+      EXPECT_EQ(dest.Bytes(), expected) << kind;
+    }
+  }
 }
 
 TEST_F(ScaleEngine, WideGrayIsOneByteToOtherFamilies) {
