@@ -149,10 +149,11 @@ template <class Key>
   for (size_t block = 0; block < blocks; ++block) {
     for (size_t i = 0; i < kKeyBlock; ++i) largest[i] = std::max(largest[i], bins.keys[block * kKeyBlock + i]);
   }
-  Key fullest = 256;  // no more than the key of any bin that holds a sample, of which there is one
+  Key fullest = 0;
   for (const Key key : largest) fullest = std::max(fullest, key);
   const auto sum = static_cast<int32_t>(bins.sums[255 - (fullest & 255)]);
-  return static_cast<uint8_t>(sum / static_cast<int32_t>(fullest >> 8));
+  const auto count = std::max(static_cast<int32_t>(fullest >> 8), 1);  // a window holds its own pixel at least
+  return static_cast<uint8_t>(sum / count);
 }
 
 template <class Key, size_t kChannels>
