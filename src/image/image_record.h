@@ -109,9 +109,15 @@ inline ImageClassData *RecordOf(REALobject instance) {
 // view of an image over a row table, which has the accessor and no table.
 bool HasGetRow(const ImageClassData &image);
 
+// True if a row's pixels can be counted in 32 bits. A constructor takes a wider image too, with a RowSize that has
+// wrapped, and so with rows far shorter than its pixels.
+inline bool HasCountableRows(const ImageClassData &image) {
+  return int64_t{image.Width} * image.PixelSize <= INT32_MAX;
+}
+
 // True if the image can be worked on at all. Every pixel operation refuses another one.
 inline bool IsUsable(const ImageClassData &image) {
-  return image.Valid && HasGetRow(image) && image.Width >= 0 && image.Height >= 1;
+  return image.Valid && HasGetRow(image) && image.Width >= 0 && image.Height >= 1 && HasCountableRows(image);
 }
 
 // Gives the host time if the image asks for it.

@@ -292,6 +292,17 @@ TEST_F(ImageStorage, ANilRowTableGivesNilRowsAndIsNotUsable) {
   EXPECT_TRUE(IsUsable(record));
 }
 
+TEST_F(ImageStorage, AnImageWhoseRowHasWrappedIsMadeAndNotWorkedOn) {
+  // 4 x (2^30 + 10) is 40 in 32 bits.
+  ImageConstructor(image_, (1 << 30) + 10, 1, ImageFormatRGBA);
+  EXPECT_TRUE(record_->Valid);
+  EXPECT_EQ(record_->RowSize, 64);
+  EXPECT_FALSE(IsUsable(*record_));
+  record_->Width = INT32_MAX / 4;
+  EXPECT_TRUE(IsUsable(*record_));
+  record_->Width = 10;
+}
+
 TEST_F(ImageStorage, AnImageIsUsableFromAWidthOfZeroAndAHeightOfOne) {
   ImageConstructor(image_, 10, 10, ImageFormatG);
   const ImageClassData good = *record_;
