@@ -259,9 +259,9 @@ TEST_F(LongScaleCommand, ShowsNothingWhereThereIsNoTerminal) {
   EXPECT_EQ(result.errors, "");
 }
 
-TEST_F(LongScaleCommand, ShowsTheElapsedTimeWhileThreadsWork) {
+TEST_F(LongScaleCommand, ShowsTheElapsedTimeWhileAThreadWorks) {
   std::vector<std::string> arguments = arguments_;
-  arguments.insert(arguments.end(), {"--threads", "2"});
+  arguments.insert(arguments.end(), {"--threads", "1"});
   const ProgramResult result = RunOnTerminal(arguments, Pace::Slow);
   EXPECT_EQ(result.exitCode, 0);
   EXPECT_THAT(result.output, testing::ContainsRegex("^\r\x1b\\[Kscaling to 2000 x 2000, [0-9]+\\.[0-9] s\r\x1b\\[K"));
