@@ -4,9 +4,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <iterator>
 #include <string>
 #include <vector>
 
+#include "tests/end_to_end/listed_methods.h"
 #include "tests/end_to_end/loaded_plugin.h"
 
 namespace standalone {
@@ -60,6 +62,25 @@ TEST_P(TablesOnEveryHost, TellTheConstantsAsDeclarations) {
                                      "ScaleCubic = 7", "ImageFormatXKYMC = &h00000020"}));
   EXPECT_EQ(declarations.back(), "DitherCluster8Matrix = &h0000000A");
   EXPECT_EQ(Constant("ImageFormatXKYMC"), 32);
+}
+
+TEST_P(TablesOnEveryHost, AreWhole) {
+  EXPECT_EQ(Pictures().properties.size(), 43u);
+  EXPECT_EQ(Pictures().constants.size(), 80u);
+  EXPECT_EQ(Pictures().sharedMethods.size(), 3u);
+  ASSERT_EQ(Pictures().methods.size(), 124u);
+  ASSERT_EQ(std::size(kListedMethods), 124u);
+  const uint32_t forPictures = host_.Version() >= 2010.029 ? 4 : 0;
+  for (size_t position = 0; position < std::size(kListedMethods); ++position) {
+    const ListedMethod &listed = kListedMethods[position];
+    const RegisteredMethod &method = Pictures().methods[position];
+    EXPECT_EQ(method.declaration, listed.declaration) << position;
+    EXPECT_EQ(method.flags, listed.consoles == Consoles::None  ? 0
+                            : listed.consoles == Consoles::All ? 4
+                                                               : forPictures)
+        << position;
+    EXPECT_NE(method.function, nullptr) << position;
+  }
 }
 
 TEST_P(TablesOnEveryHost, TellMethodsAndSharedMethods) {
