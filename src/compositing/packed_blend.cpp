@@ -83,7 +83,7 @@ void MeanConversion::operator()(const uint8_t *source, uint8_t *tile, int32_t wi
 PackedOperand::PackedOperand(const WorkingPixel &working, std::span<const uint8_t> samples) : pixelSize_(0) {
   for (size_t i = 0; i < samples.size(); ++i) {
     for (int32_t x = 0; x < kTilePixels; ++x) {
-      tile_[static_cast<size_t>(x * working.Size() + working.At(i))] = samples[i];
+      tile_[ptrdiff_t{x} * working.Size() + working.At(i)] = samples[i];
     }
   }
 }
