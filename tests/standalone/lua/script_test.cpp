@@ -72,7 +72,7 @@ TEST_F(ScriptTest, OptionalArgumentsMayBeLeftOut) {
 TEST_F(ScriptTest, AMethodIsAssignedToBySetBeforeItsName) {
   EXPECT_EQ(Run(R"(
       local image = PictureZVK(4, 2, PictureZVK.ImageFormatG)
-      local row = MemoryBlock(4)
+      local row = MemoryBlock(image.RowSize)
       for i = 0, 3 do row:SetByte(i, 10 * i) end
       image:SetRow(1, row)
       assert(image:Row(1):Byte(3) == 30 and image:Row(0):Byte(3) == 0)
@@ -224,6 +224,9 @@ TEST_F(ScriptTest, ClosedObjectsAreGivenBackAtOnce) {
 }
 
 TEST_F(ScriptTest, GarbageIsCollectedBeforeItFillsTheMemory) {
+#ifdef __SANITIZE_ADDRESS__
+  GTEST_SKIP() << "AddressSanitizer's allocator does not tell mallinfo2 how much memory is in use";
+#endif
   EXPECT_EQ(Run(R"(
       local count = 0
       for i = 1, 400 do

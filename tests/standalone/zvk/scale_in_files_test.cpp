@@ -123,12 +123,12 @@ TEST_F(ScaleInFile, FastGivesTheBytesOfTheRunInMemory) {
 }
 
 // In memory the picture would take 192 MB. Beside what the program takes in any case, two blocks of 16 MiB and a row of
-// strips do not take a third of it.
+// strips do not take half of it, nor does what AddressSanitizer keeps back of the memory that was freed.
 TEST_F(ScaleInFile, NeedsMemoryForItsBlocksAndNotForThePicture) {
   WriteBands("in.tif", 4000, 16000);
   const ProgramResult result =
       Scale({"in.tif", "out.tif", "40x160", "--filter", "box", "--in-file", "--block", "16777216"});
-  EXPECT_LT(result.peakMemory - Run({"--version"}).peakMemory, 64'000'000);
+  EXPECT_LT(result.peakMemory - Run({"--version"}).peakMemory, 96'000'000);
   EXPECT_EQ(ReadImage("out.tif").size(), 160u);
 }
 
