@@ -258,6 +258,7 @@ class BoxBlur {
         for (size_t c = 0; c < sums.size(); ++c) pixel[to[c]] = window_.Mean(sums[c]);
         for (size_t c = 0; c < sums.size(); ++c) sums[c] += sample(std::min(x + window_.radius + 1, last), c);
         for (size_t c = 0; c < sums.size(); ++c) sums[c] -= sample(std::max(x - window_.radius, 0), c);
+        OneStepAtATime();  // the compiler cannot tell by addresses whether two mappings of a file overlap
       }
     });
   }

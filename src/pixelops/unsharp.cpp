@@ -7,6 +7,7 @@
 
 #include "host/truncate.h"
 #include "image/image_record.h"
+#include "image/kernel_clones.h"
 #include "image/layouts.h"
 #include "image/rows.h"
 
@@ -64,6 +65,7 @@ void Sharpen(ImageClassData &image, ImageClassData &blurred, const UnsharpTable 
       }
       pixel += pixelSize;
       other += blurredPixelSize;
+      OneStepAtATime();  // the compiler cannot tell by addresses whether two mappings of a file overlap
     }
   });
 }

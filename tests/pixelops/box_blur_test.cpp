@@ -282,5 +282,26 @@ TEST_F(BoxBlurTest, AlongRowsAloneEachRowIsFetchedOnce) {
   EXPECT_EQ(FetchesFor(host_, 2, 2, blur), FetchesOf("d0 s0 d1 s1"));
 }
 
+TEST_F(BoxBlurTest, AlongRowsAloneViewsOfAFileAreBlurredPixelAfterPixelThroughTheirMappings) {
+  for (const int32_t format : {ImageFormatG, ImageFormatRGB, ImageFormatARGB, ImageFormatCMYKA}) {
+    const Image file = NoiseInFile(200, 1, format);
+    const ptrdiff_t pixelSize = Record(file).PixelSize, last = 198 * pixelSize;
+    // The mean around a pixel goes to the one to its right, and is read from there as the window moves on.
+    Bytes expected = PixelsOf(file)[0];
+    for (ptrdiff_t c = 0; c < pixelSize; ++c) {
+      uint8_t *const row = expected.data() + c;
+      int sum = 2 * row[0] + row[pixelSize];
+      for (ptrdiff_t x = 0; x <= last; x += pixelSize) {
+        row[x + pixelSize] = static_cast<uint8_t>(sum >= 0 && sum < 768 ? sum / 3 : 0);
+        sum += row[std::min(x + 2 * pixelSize, last)];
+        sum -= row[std::max(x - pixelSize, ptrdiff_t{0})];
+      }
+    }
+    const Image left = Adopt(ClipImage5(file, 0, 0, 199, 1)), right = Adopt(ClipImage5(file, 1, 0, 199, 1));
+    EXPECT_EQ(Blur(left, right, 1, false, true).Handle(), right.Handle());
+    EXPECT_EQ(PixelsOf(file), Grid{expected}) << format;
+  }
+}
+
 }  // namespace
 }  // namespace zvk

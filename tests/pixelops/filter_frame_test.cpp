@@ -8,6 +8,7 @@
 
 #include "image/image_factory.h"
 #include "tests/pixelops/filter_testing.h"
+#include "tests/pixelops/noted_rows.h"
 
 namespace zvk {
 namespace {
@@ -265,22 +266,15 @@ TEST_F(FilterFrameYield, AnImageThatAYieldHasGivenSixteenBitsIsRefused) {
 
 // --- rows ---
 
-std::vector<std::pair<const ImageClassData *, int32_t>> fetches;
-
-uint8_t *NotedRow(ImageClassData *record, int32_t index) {
-  fetches.emplace_back(record, index);
-  return GetRowLinear(record, index);
-}
-
 TEST_F(FilterFrame, TheRowOfDestIsFetchedBeforeThatOfTheSource) {
   const Image self = New(1, 2, ImageFormatG), dest = New(1, 5, ImageFormatG);
-  Record(self).GetRow = Record(dest).GetRow = NotedRow;
-  fetches.clear();
+  Record(self).GetRow = NoteRow<'s'>;
+  Record(dest).GetRow = NoteRow<'d'>;
+  noted.clear();
   std::vector<std::pair<const uint8_t *, uint8_t *>> rows;
   ForEachRowPair(Record(self), Record(dest), [&](const uint8_t *from, uint8_t *to) { rows.emplace_back(from, to); });
+  EXPECT_EQ(TakeFetches(), FetchesOf("d0 s0 d1 s1"));
   const auto *const source = &Record(self), *const target = &Record(dest);
-  EXPECT_EQ(fetches, (std::vector<std::pair<const ImageClassData *, int32_t>>{
-                         {target, 0}, {source, 0}, {target, 1}, {source, 1}}));
   EXPECT_EQ(rows, (std::vector<std::pair<const uint8_t *, uint8_t *>>{
                       {source->Buffer, target->Buffer},
                       {source->Buffer + source->RowSize, target->Buffer + target->RowSize}}));

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "image/file_storage.h"
 #include "image/image_formats.h"
 #include "image/image_record.h"
 #include "image/image_storage.h"
@@ -89,6 +90,14 @@ class FilterTest : public testing::Test {
   Image Noise(int32_t width, int32_t height, int32_t format, uint32_t seed = 1) {
     Image image = New(width, height, format);
     FillNoise(Record(image).Buffer, static_cast<size_t>(Record(image).TotalSize), seed);
+    return image;
+  }
+
+  // An image of noise in a file; its rows are a page long each.
+  Image NoiseInFile(int32_t width, int32_t height, int32_t format, uint32_t seed = 1) {
+    Image image = host_.New("PictureZVK");
+    ImageConstructorFile(image, width, height, format, 0, nullptr);
+    SetPixels(image, PixelsOf(Noise(width, height, format, seed)));
     return image;
   }
 

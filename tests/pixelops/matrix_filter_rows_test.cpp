@@ -4,9 +4,9 @@
 #include <utility>
 #include <vector>
 
-#include "image/file_storage.h"
 #include "pixelops/matrix_filter.h"
 #include "tests/pixelops/filter_testing.h"
+#include "tests/pixelops/noted_rows.h"
 #include "tests/support/faults.h"
 #include "tests/support/file_faults.h"
 #include "tests/support/naive_filters.h"
@@ -15,17 +15,6 @@ namespace zvk {
 namespace {
 
 using namespace filter_testing;
-
-using Fetches = std::vector<std::pair<char, int32_t>>;
-
-// The fetches of rows since the last look, by the letter in which an image is noted.
-Fetches fetches;
-
-template <char kLetter>
-uint8_t *NotedRow(ImageClassData *record, int32_t index) {
-  fetches.emplace_back(kLetter, index);
-  return GetRowLinear(record, index);
-}
 
 class MatrixFilterRows : public FilterTest {
  protected:
@@ -38,23 +27,8 @@ class MatrixFilterRows : public FilterTest {
   template <char kLetter>
   Image Mapped(int32_t width, int32_t height) {
     Image image = Noise(width, height, ImageFormatG);
-    Record(image).IsMapping = true;
-    Record(image).GetRow = NotedRow<kLetter>;
+    PassForMapped<kLetter>(image);
     return image;
-  }
-  // A file-backed image whose rows are a page long each.
-  Image InFile(int32_t width, int32_t height, int32_t format, uint32_t seed) {
-    Image image = host_.New("PictureZVK");
-    ImageConstructorFile(image, width, height, format, 0, nullptr);
-    for (int32_t y = 0; y < height; ++y) {
-      FillNoise(Row(image, y), static_cast<size_t>(width) * static_cast<size_t>(Record(image).PixelSize), seed + y);
-    }
-    return image;
-  }
-
-  static void Unmap(const Image &image) {
-    Record(image).IsMapping = false;
-    Record(image).GetRow = GetRowLinear;
   }
 };
 
@@ -62,50 +36,46 @@ const naive::Matrix kBlur{3, {1, 1, 1, 1, 1, 1, 1, 1, 1}, 0, 1.0 / 9};
 
 TEST_F(MatrixFilterRows, OfAMappedSourceARowIsFetchedForEachRowOfTheMatrixAndEachPixel) {
   const Image self = Mapped<'s'>(2, 3), dest = Mapped<'d'>(2, 3);
-  fetches.clear();
+  noted.clear();
   EXPECT_TRUE(Apply(self, dest, kBlur));
-  EXPECT_EQ(fetches, (Fetches{{'d', 0}, {'s', 0}, {'s', 0}, {'s', 1}, {'s', 0}, {'s', 0}, {'s', 1},
-                              {'d', 1}, {'s', 0}, {'s', 1}, {'s', 2}, {'s', 0}, {'s', 1}, {'s', 2},
-                              {'d', 2}, {'s', 1}, {'s', 2}, {'s', 2}, {'s', 1}, {'s', 2}, {'s', 2}}));
-  Unmap(self);
-  Unmap(dest);
+  EXPECT_EQ(TakeFetches(), FetchesOf("d0 s0 s0 s1 s0 s0 s1 d1 s0 s1 s2 s0 s1 s2 d2 s1 s2 s2 s1 s2 s2"));
+  PassForLinear(self);
+  PassForLinear(dest);
 }
 
 TEST_F(MatrixFilterRows, ARowIsFetchedAlsoWhereNoEntryOfItCounts) {
   const Image self = Mapped<'s'>(1, 1), dest = Mapped<'d'>(1, 1);
-  fetches.clear();
+  noted.clear();
   EXPECT_TRUE(Apply(self, dest, {2, {255, 0, 300, 0}}));
-  EXPECT_EQ(fetches, (Fetches{{'d', 0}, {'s', 0}, {'s', 0}}));
-  fetches.clear();
+  EXPECT_EQ(TakeFetches(), FetchesOf("d0 s0 s0"));
   EXPECT_TRUE(Apply(self, dest, {0, {}}));
-  EXPECT_EQ(fetches, (Fetches{{'d', 0}}));
-  Unmap(self);
-  Unmap(dest);
+  EXPECT_EQ(TakeFetches(), FetchesOf("d0"));
+  PassForLinear(self);
+  PassForLinear(dest);
 }
 
 TEST_F(MatrixFilterRows, ADimensionAbove50FetchesNoRowsWithoutEntries) {
   const Image self = Mapped<'s'>(1, 1), dest = New(1, 1, ImageFormatG);
+  noted.clear();
   for (const auto &[dimension, rows] : {std::pair{50, 50}, {51, 50}, {1250, 2}, {2500, 1}, {INT32_MAX, 1}}) {
-    fetches.clear();
     EXPECT_TRUE(Apply(self, dest, {dimension, {1}}));
-    EXPECT_EQ(fetches.size(), static_cast<size_t>(rows)) << dimension;
+    EXPECT_EQ(TakeFetches().size(), static_cast<size_t>(rows)) << dimension;
   }
-  Unmap(self);
+  PassForLinear(self);
 }
 
 TEST_F(MatrixFilterRows, OfAnImageInMemoryEveryRowIsFetchedOnce) {
   const Image self = Noise(4, 9, ImageFormatRGB), dest = New(4, 9, ImageFormatRGB);
-  Record(self).GetRow = NotedRow<'s'>;
-  fetches.clear();
+  Record(self).GetRow = NoteRow<'s'>;
+  noted.clear();
   EXPECT_TRUE(Apply(self, dest, kBlur));
-  EXPECT_EQ(fetches.size(), 9u);
+  EXPECT_EQ(TakeFetches().size(), 9u);
   Record(self).GetRow = GetRowLinear;
 }
 
 TEST_F(MatrixFilterRows, FilesGiveTheBytesThatMemoryGives) {
   const Image inMemory = Noise(9, 30, ImageFormatBGRA);
-  const Image file = InFile(9, 30, ImageFormatBGRA, 1), destFile = InFile(9, 30, ImageFormatBGRA, 2);
-  SetPixels(file, PixelsOf(inMemory));
+  const Image file = NoiseInFile(9, 30, ImageFormatBGRA), destFile = NoiseInFile(9, 30, ImageFormatBGRA, 2);
   const Image dest = New(9, 30, ImageFormatBGRA);
   EXPECT_TRUE(Apply(inMemory, dest, kBlur));
   EXPECT_TRUE(Apply(file, destFile, kBlur));
@@ -117,7 +87,7 @@ TEST_F(MatrixFilterRows, FilesGiveTheBytesThatMemoryGives) {
 
 TEST_F(MatrixFilterRows, AFileThatIsItsOwnDestIsWrittenWhereItsBlockHasMoved) {
   // A window of more rows than the block has, so that it moves for every pixel.
-  const Image file = InFile(3, 60, ImageFormatRGB, 1);
+  const Image file = NoiseInFile(3, 60, ImageFormatRGB);
   const Image inMemory = New(3, 60, ImageFormatRGB, PixelsOf(file));
   ShrinkBlock(file);
   naive::Matrix matrix{21, std::vector<int32_t>(441, 0), 3};
@@ -138,7 +108,7 @@ TEST_F(MatrixFilterRows, ARowOfTheSourceThatCannotBeHadAddsNothing) {
   const Image byPixel = New(1, 3, ImageFormatG);
   EXPECT_TRUE(Apply(self, byPixel, column));
   EXPECT_EQ(PixelsOf(byPixel), (Grid{{2}, {5}, {8}}));
-  Unmap(self);
+  PassForLinear(self);
 }
 
 TEST_F(MatrixFilterRows, ARowOfTheDestThatCannotBeHadIsLeftOut) {
@@ -152,12 +122,12 @@ TEST_F(MatrixFilterRows, ARowOfTheDestThatCannotBeHadIsLeftOut) {
     SetPixels(dest, {{9}, {9}, {9}});
     Record(dest).GetRow = [](ImageClassData *record, int32_t y) { return y == 1 ? nullptr : GetRowLinear(record, y); };
   }
-  Unmap(self);
+  PassForLinear(self);
   Record(dest).GetRow = GetRowLinear;
 }
 
 TEST_F(MatrixFilterRows, WhereBlocksCannotBeMappedNothingFaults) {
-  const Image file = InFile(2, 20, ImageFormatG, 1), dest = InFile(2, 20, ImageFormatG, 2);
+  const Image file = NoiseInFile(2, 20, ImageFormatG), dest = NoiseInFile(2, 20, ImageFormatG, 2);
   const Grid sourceBefore = PixelsOf(file), destBefore = PixelsOf(dest);
   ShrinkBlock(file);
   ShrinkBlock(dest);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <utility>
@@ -239,6 +240,22 @@ TEST_F(UnsharpTest, TheRowOfTheBlurredImageIsFetchedFirst) {
     return image;
   };
   EXPECT_EQ(FetchesFor(host_, 2, 3, sharpen), FetchesOf("s0 d0 s1 d1 s2 d2"));
+}
+
+TEST_F(UnsharpTest, ViewsOfAFileAreSharpenedPixelAfterPixelThroughTheirMappings) {
+  for (const int32_t format : {ImageFormatG, ImageFormatRGB, ImageFormatARGB, ImageFormatCMYKA}) {
+    const Image file = NoiseInFile(200, 1, format);
+    const auto pixelSize = static_cast<size_t>(Record(file).PixelSize);
+    // Every pixel is sharpened by the one to its left as that has become.
+    Bytes expected = PixelsOf(file)[0];
+    for (size_t i = pixelSize; i < expected.size(); ++i) {
+      const int blurred = expected[i - pixelSize];
+      expected[i] = static_cast<uint8_t>(std::clamp((expected[i] - blurred) * 2 + blurred, 0, 255));
+    }
+    const Image left = Adopt(ClipImage5(file, 0, 0, 199, 1)), right = Adopt(ClipImage5(file, 1, 0, 199, 1));
+    EXPECT_TRUE(unsharpFilter(right, left, 0.25, 0));
+    EXPECT_EQ(PixelsOf(file), Grid{expected}) << format;
+  }
 }
 
 }  // namespace
