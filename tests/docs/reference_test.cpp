@@ -99,6 +99,11 @@ TEST_F(ReferenceTest, AMemberThatNoTextExplainsIsRefused) {
   ExpectRefused("PictureZVK.ScaleBox = 2 is in the class tables and in no text of texts; name it in one");
 }
 
+TEST_F(ReferenceTest, AMemberOfWhichNothingIsToldIsRefused) {
+  Write("texts/properties.md", "# Properties\n\n- `Width`\n");
+  ExpectRefused("texts/properties.md names Width and tells nothing of it");
+}
+
 TEST_F(ReferenceTest, AnOverloadThatNoTextExplainsIsRefused) {
   std::string family = kFamily;
   family.replace(family.find("covers: FillRect, Row"), 21, "covers: FillRect(value as integer)\ncovers: Row");
@@ -135,6 +140,13 @@ TEST_F(ReferenceTest, AFamilyHasOneExampleOfThreeToTwelveLines) {
 TEST_F(ReferenceTest, ALinkToNoHeadingIsRefused) {
   Write("texts/introduction.md", "# Reference\n\n## Use\n\nSee [ovals](#ovals).\n");
   ExpectRefused("there is a link to #ovals, but no such heading");
+}
+
+TEST_F(ReferenceTest, ALineThatWouldBecomeAListIsRefused) {
+  for (const std::string line : {"+ 28 B.", "* 2.", "256. A colour."}) {
+    Write("texts/introduction.md", "# Reference\n\n## Use\n\nGray is 77 R\n" + line + "\n");
+    ExpectRefused("texts/introduction.md:6 begins like a list; break its lines elsewhere");
+  }
 }
 
 TEST_F(ReferenceTest, TwoHeadingsOfOneNameAreRefused) {

@@ -44,7 +44,8 @@ local function requireExplained(members, path)
   for _, kind in ipairs{"Properties", "Constants", "Methods", "Shared methods", "Events"} do
     for _, member in ipairs(members[kind]) do
       if not member.path then
-        fail("%s.%s is in the class tables and in no text of %s; name it in one", member.class, member.declaration, path)
+        fail("%s.%s is in the class tables and in no text of %s; name it in one", member.class, member.declaration,
+             path)
       end
     end
   end
@@ -61,10 +62,30 @@ local function demoted(text, levels)
   return table.concat(lines, "\n") .. "\n"
 end
 
+-- A text of docs/reference/, none of whose lines becomes an entry of a list because of how it was broken.
+local function readText(path)
+  local text = markdown.read(path)
+  markdown.walk(text, function(line, number, fence)
+    if not fence and (line:match("^[+*>] ") or line:match("^%d+[.)] ")) then
+      fail("%s:%d begins like a list; break its lines elsewhere", path, number)
+    end
+  end)
+  return text
+end
+
+-- What a line of a head covers: names with commas between them, each for all declarations of the name, or one whole
+-- declaration.
+local function entriesIn(value)
+  if value:find("(", 1, true) then return {value} end
+  local entries = {}
+  for name in value:gmatch("[^, ]+") do entries[#entries + 1] = name end
+  return entries
+end
+
 -- The family that a text explains: its title, group, the members that it covers, and what it says.
 local function readFamily(path, members)
   local family = {path = path, members = {}}
-  local title, head, body = markdown.read(path):match("^# ([^\n]+)\n\n<!%-%-\n(.-)%-%->\n\n(.*)$")
+  local title, head, body = readText(path):match("^# ([^\n]+)\n\n<!%-%-\n(.-)%-%->\n\n(.*)$")
   if not title then fail("%s does not begin with a title and a comment that says group and covers", path) end
   family.title, family.body = title, body
   for line in head:gmatch("[^\n]+") do
@@ -72,18 +93,19 @@ local function readFamily(path, members)
     if key == "group" then
       family.group = value
     elseif key == "covers" then
-      for entry in (value:find("(", 1, true) and value .. "\0" or value:gsub(", *", "\0") .. "\0"):gmatch("(.-)%z") do
-        local isFound = false
+      for _, entry in ipairs(entriesIn(value)) do
+        local before = #family.members
         for _, kind in ipairs{"Methods", "Shared methods", "Events"} do
           for _, member in ipairs(members[kind]) do
             if member.name == entry or member.declaration == entry then
               explain(member, path)
               table.insert(family.members, member)
-              isFound = true
             end
           end
         end
-        if not isFound then fail("%s covers %s, which no class has; 'zvk methods' tells what there is", path, entry) end
+        if #family.members == before then
+          fail("%s covers %s, which no class has; 'zvk methods' tells what there is", path, entry)
+        end
       end
     else
       fail("%s says '%s' in its head; there are group and covers", path, line)
@@ -102,19 +124,21 @@ local function readFamily(path, members)
   return family
 end
 
--- Replaces each list of "- `Name`: words" by what table(items) makes of it.
-local function withTables(path, members, table_)
+-- A text with each list of "- `Name`: words" replaced by what makeTable gives for its members and words. Of an image
+-- format the words may be missing, since its image tells what it is.
+local function withTables(path, members, makeTable)
   local byName, out, items = {}, {}, {}
   for _, member in ipairs(members) do byName[member.name] = member end
   local function flush()
-    if #items > 0 then table.move(table_(items), 1, #items + 2, #out + 1, out) end
+    if #items > 0 then table.move(makeTable(items), 1, #items + 2, #out + 1, out) end
     items = {}
   end
-  for _, line in ipairs(markdown.lines(markdown.read(path))) do
+  for _, line in ipairs(markdown.lines(readText(path))) do
     local name, words = line:match("^%- `(%w+)`:? ?(.*)$")
     if name then
       local member = byName[name]
       if not member then fail("%s explains %s, which no class has; 'zvk methods' tells what there is", path, name) end
+      if words == "" and not name:match("^ImageFormat") then fail("%s names %s and tells nothing of it", path, name) end
       explain(member, path)
       items[#items + 1] = {member = member, words = words}
     else
@@ -140,7 +164,7 @@ local function propertyTable(items)
   return tableOf({"Property", "Use", "Meaning"}, rows)
 end
 
--- The bytes of a pixel in their order, from an image of that format: channels by their letters, X for bytes of none.
+-- An image of that format, and the bytes of its pixel in their order: channels by their letters, X for bytes of none.
 local function pixelBytes(format)
   local image = PictureZVK(1, 1, format)
   if image.ChannelCount == 0 then return image, "raw" end
@@ -246,7 +270,7 @@ end
 
 local function makePage()
   local members = readMembers()
-  local introduction, rest = markdown.read(texts .. "/introduction.md"):match("^(.-\n)(## .*)$")
+  local introduction, rest = readText(texts .. "/introduction.md"):match("^(.-\n)(## .*)$")
   if not introduction then fail("%s/introduction.md has no title and no part", texts) end
   local families = {}
   local folder = FolderItem(texts)
