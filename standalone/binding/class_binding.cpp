@@ -260,7 +260,7 @@ Value ClassBinding::GetFrom(Object &instance, std::string_view name) const {
   const BoundProperty *const property = FindBoundProperty(name, &owner);
   if (property == nullptr) {
     if (std::optional<Value> own = GetOwnProperty(instance, name)) return *std::move(own);
-    throw BindingError(Name() + " has no property " + Quoted(name));
+    throw BindingError(Name() + " has no property or method " + Quoted(name));
   }
   const RegisteredProperty &registered = *property->registered;
   if (registered.getter == nullptr) throw BindingError(Name() + "." + registered.name + " cannot be read");

@@ -251,7 +251,7 @@ TEST_F(ClassBindingTest, PropertyErrorsSayWhatIsWrong) {
   EXPECT_EQ(ErrorOf([&] { gadget.Set("Number", "x"); }), "Gadget.Number is of type Integer and does not take String");
   EXPECT_EQ(ErrorOf([&] { gadget.Set("Partner", Block(1)); }),
             "Gadget.Partner is of type Gadget and does not take MemoryBlock");
-  EXPECT_EQ(ErrorOf([&] { gadget.Get("Nonsense"); }), "Gadget has no property \"Nonsense\"");
+  EXPECT_EQ(ErrorOf([&] { gadget.Get("Nonsense"); }), "Gadget has no property or method \"Nonsense\"");
   EXPECT_EQ(ErrorOf([&] { gadget.Set("Nonsense", 1); }), "Gadget has no property \"Nonsense\" that takes Integer");
   EXPECT_EQ(ErrorOf([&] { Value().Get("Number"); }), "nil has no \"Number\"");
 }

@@ -96,7 +96,7 @@ TEST_F(ScriptTest, ACallThatFitsNoneListsTheDeclarationsThatThereAre) {
 }
 
 TEST_F(ScriptTest, WhatThereIsNotIsSaid) {
-  EXPECT_THAT(Run("PictureZVK(4, 2, 1):Sclae()"), HasSubstr("PictureZVK has no property \"Sclae\""));
+  EXPECT_THAT(Run("PictureZVK(4, 2, 1):Sclae()"), HasSubstr("PictureZVK has no property or method \"Sclae\""));
   EXPECT_THAT(Run("print(PictureZVK.ImageFormatRBG)"), HasSubstr("no constant or shared method \"ImageFormatRBG\""));
   EXPECT_THAT(Run("PictureZVK(4, 2, 1):Constructor(9, 9, 1)"), HasSubstr("an object is constructed once"));
   EXPECT_THAT(Run("PictureZVK.Other = 1"), HasSubstr("nothing can be assigned to the class PictureZVK"));
