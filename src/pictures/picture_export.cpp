@@ -2,11 +2,13 @@
 
 #include <cstddef>
 #include <cstring>
+#include <type_traits>
 #include <utility>
 
 #include "host/host_services.h"
 #include "host/resources.h"
 #include "image/kernel_clones.h"
+#include "image/rows.h"
 #include "pictures/pixel_words.h"
 
 namespace zvk {
@@ -86,8 +88,19 @@ void WriteRow(PixelSizes<kSizes...>, const uint8_t *source, ptrdiff_t pixelSize,
 // and closed the image or constructed it anew, where the rectangle may not lie.
 const uint8_t *SourceRow(ImageClassData &image, const Rectangle &rectangle, int32_t i) {
   const int32_t y = rectangle.y + i;
-  if (!HasGetRow(image) || y >= image.Height || rectangle.width > image.Width - rectangle.x) return nullptr;
+  if (!HasRows(image) || y >= image.Height || rectangle.width > image.Width - rectangle.x) return nullptr;
   return image.GetRow(&image, y);
+}
+
+// How many of the rectangle's pixels have their samples in the storage: a 16-bit sample whose offset the host program
+// has moved hangs over the last pixel.
+template <class Reader>
+int32_t ReadablePixels(const ImageClassData &image, const Rectangle &rectangle, const uint8_t *row) {
+  if constexpr (std::is_same_v<Reader, Gray16Reader>) {
+    const ptrdiff_t lastPixel = (ptrdiff_t{rectangle.x} + rectangle.width - 1) * image.PixelSize;
+    if (lastPixel + image.GrayOffset + 2 > BytesFromRow(image, row)) return rectangle.width - 1;
+  }
+  return rectangle.width;
 }
 
 template <class Reader>
@@ -100,7 +113,7 @@ void WriteRows(ImageClassData &image, const Rectangle &rectangle, PictureEditor 
         const ptrdiff_t pixelSize = image.PixelSize;
         if (const uint8_t *row = SourceRow(image, rectangle, i); row != nullptr) {
           WriteRow<Reader, Word>(typename Reader::UsualSizes(), row + rectangle.x * pixelSize, pixelSize,
-                                 picture.RowAddress, rectangle.width, readerOf(image));
+                                 picture.RowAddress, ReadablePixels<Reader>(image, rectangle, row), readerOf(image));
         }
       }
       picture.NextRow();
