@@ -8,7 +8,7 @@ namespace zvk {
 
 ImageClassData *ReadableRecord(REALobject instance) {
   ImageClassData *image = RecordOf(instance);
-  return image != nullptr && image->Valid && HasGetRow(*image) ? image : nullptr;
+  return image != nullptr && image->Valid && HasRows(*image) ? image : nullptr;
 }
 
 uint8_t *BytesOfBlock(REALobject block) {

@@ -52,7 +52,7 @@ void rbSetRow(REALobject instance, int32_t index, REALobject block) {
     RaiseException("NilObjectException", "Memoryblock is nil");
     return;
   }
-  uint8_t *row = HasGetRow(*image) ? image->GetRow(image, index) : nullptr;
+  uint8_t *row = HasRows(*image) ? image->GetRow(image, index) : nullptr;
   if (row == nullptr || image->RowSize < 1) return;
   // The block may be the very memory that the image lies in.
   std::memmove(row, bytes, static_cast<size_t>(image->RowSize));

@@ -78,7 +78,7 @@ uint8_t *GetRowMappingMirrored(ImageClassData *record, int32_t index) {
 
 void SetMemBlockSize(REALobject instance, int32_t /*param*/, int32_t value) {
   ImageClassData *record = RecordOf(instance);
-  if (record == nullptr || !HasGetRow(*record) || record->RowSize == 0) return;
+  if (record == nullptr || !HasRows(*record) || record->RowSize == 0) return;
   DropBlock(record);
   ApplyBlockRule(record, value);
   record->GetRow(record, 0);

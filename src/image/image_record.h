@@ -105,19 +105,14 @@ inline ImageClassData *RecordOf(REALobject instance) {
                              : nullptr;
 }
 
-// True if the image has a row accessor that leads somewhere: not before construction, not after Close, and not in a
-// view of an image over a row table, which has the accessor and no table.
-bool HasGetRow(const ImageClassData &image);
-
-// True if a row's pixels can be counted in 32 bits. A constructor takes a wider image too, with a RowSize that has
-// wrapped, and so with rows far shorter than its pixels.
-inline bool HasCountableRows(const ImageClassData &image) {
-  return int64_t{image.Width} * image.PixelSize <= INT32_MAX;
-}
+// True if the image has rows to work on. It has none before construction, after Close, and in a view of an image over a
+// row table, which has the accessor and no table. Nor if a row's bytes cannot be counted in 32 bits: a constructor
+// takes such an image too, but its RowSize has wrapped, and its rows are far shorter than their pixels.
+bool HasRows(const ImageClassData &image);
 
 // True if the image can be worked on at all. Every pixel operation refuses another one.
 inline bool IsUsable(const ImageClassData &image) {
-  return image.Valid && HasGetRow(image) && image.Width >= 0 && image.Height >= 1 && HasCountableRows(image);
+  return image.Valid && HasRows(image) && image.Width >= 0 && image.Height >= 1;
 }
 
 // Gives the host time if the image asks for it.

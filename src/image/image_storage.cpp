@@ -18,9 +18,10 @@ int32_t Mirrored(const ImageClassData *record, int32_t index) { return record->H
 
 }  // namespace
 
-bool HasGetRow(const ImageClassData &image) {
+bool HasRows(const ImageClassData &image) {
   const bool overTable = image.GetRow == GetRowGDImage || image.GetRow == GetRowGDImageMirrored;
-  return image.GetRow != nullptr && (!overTable || image.RowTable != nullptr);
+  const bool isCountable = int64_t{image.Width} * image.PixelSize <= INT32_MAX;
+  return image.GetRow != nullptr && (!overTable || image.RowTable != nullptr) && isCountable;
 }
 
 uint8_t *GetRowLinear(ImageClassData *record, int32_t index) {

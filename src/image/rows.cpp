@@ -22,8 +22,8 @@ bool Overlap(const ByteRange &a, const ByteRange &b) {
   return before(a.first, b.end) && before(b.first, a.end);
 }
 
-// Bytes that a row may reach, from its address: the offsets of a clip may lead beyond PixelSize, or below zero where
-// they have wrapped, and a caller's RowSize may be shorter than the pixels.
+// Bytes that a row may reach, from its address: the offsets of a clip may lead beyond PixelSize, or be below zero,
+// and a caller's RowSize may be shorter than the pixels.
 struct RowReach {
   int64_t first;
   int64_t end;

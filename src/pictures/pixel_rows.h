@@ -19,7 +19,7 @@ namespace zvk {
 // code of the host may have run since, and closed the image or constructed it anew, where the transfer may not fit.
 inline uint8_t *DestPixel(ImageClassData &image, const Transfer &transfer, int32_t i) {
   const int32_t y = transfer.destY + i;
-  if (!HasGetRow(image) || y >= image.Height || transfer.width > image.Width - transfer.destX) return nullptr;
+  if (!HasRows(image) || y >= image.Height || transfer.width > image.Width - transfer.destX) return nullptr;
   uint8_t *row = image.GetRow(&image, y);
   return row != nullptr ? row + static_cast<ptrdiff_t>(transfer.destX) * image.PixelSize : nullptr;
 }
@@ -108,7 +108,7 @@ void StoreRow(uint8_t *dest, ptrdiff_t count, const ImageClassData &image, Colou
     StorePacked<2, 0>(dest + blue, count, colours);
   } else if (image.PixelSize == 4 && inOneWord(green) && inOneWord(blue) && inOneWord(alphaOffset) && red != green &&
              red != blue && green != blue) {
-    // Shifts and masks, as an offset that wrapped in a clip is below zero. The last pixel goes by bytes: its fourth one
+    // Shifts and masks, as an offset may be below zero. The last pixel goes by bytes: its fourth one
     // may lie behind a caller's memory.
     StoreWords(dest + (red & ~3), count - 1, {red & 3, green & 3, blue & 3, alphaOffset & 3}, colours, alpha);
     StoreBytes(dest, count - 1, count, image, colours, alpha);

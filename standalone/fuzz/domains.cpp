@@ -55,7 +55,7 @@ int32_t AnySize(RandomSource &random, std::string_view method, const MethodDecla
   const bool isBounded =
       IsConstructor(method) && (HasParameter(declaration, "Buf") || HasParameter(declaration, "FilePath"));
   if (isBounded || !random.OneIn(20)) return static_cast<int32_t>(random.Between(1, kLargestSide));
-  return random.OneOf({0, -1, kLowest, kHighest, 65536, 1'000'000});
+  return random.OneOf({0, -1, kLowest, kHighest, 65536, 1'000'000, (1 << 30) + 10});
 }
 
 Value SizeWithin(RandomSource &random, const Value &self, const char *property) {

@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
+#include <limits>
 #include <utility>
 #include <vector>
 
@@ -209,12 +210,15 @@ class Case : public FuzzPool {
     return arguments;
   }
 
-  // Takes an image into the pool unless it is too large to work on.
+  // Takes an image into the pool unless it is too large to work on. One whose rows have wrapped in 32 bits has little
+  // memory, and everything must refuse it.
   void Keep(const Value &result) {
     if (result.GetKind() != Value::Kind::Object) return;
     if (result.AsObject()->Type().IsA("PictureZVK")) {
-      const int64_t pixels = int64_t{result.Get("Width").AsInteger()} * result.Get("Height").AsInteger();
-      if (pixels < 0 || pixels > kMostPixels) return;
+      const int64_t width = result.Get("Width").AsInteger();
+      const int64_t pixels = width * result.Get("Height").AsInteger();
+      const bool hasWrappedRows = width * result.Get("PixelSize").AsInteger() > std::numeric_limits<int32_t>::max();
+      if (pixels < 0 || (pixels > kMostPixels && !hasWrappedRows)) return;
       if (all_.size() < kMostImages) {
         all_.push_back(result);
       } else {

@@ -99,7 +99,7 @@ TEST(ImageRecord, ANewInstanceIsAllZero) {
   const auto image = host.New("PictureZVK");
   const auto *bytes = reinterpret_cast<const uint8_t *>(RecordOf(image));
   for (size_t i = 0; i < sizeof(ImageClassData); ++i) ASSERT_EQ(bytes[i], 0) << i;
-  EXPECT_FALSE(HasGetRow(*RecordOf(image)));
+  EXPECT_FALSE(HasRows(*RecordOf(image)));
   EXPECT_FALSE(IsUsable(*RecordOf(image)));
 }
 

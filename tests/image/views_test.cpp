@@ -59,6 +59,12 @@ TEST_F(Views, AChannelThatTheImageLacksIsNil) {
   EXPECT_EQ(host_.TakeException(), std::nullopt);
 }
 
+TEST_F(Views, OfAnImageWhoseRowHasWrappedAreNil) {
+  const auto image = New((1 << 30) + 10, 1, ImageFormatRGBA);
+  EXPECT_EQ(RedChannel(image), nullptr);
+  EXPECT_EQ(ClipImage5(image, 1000, 0, 5, 1), nullptr);
+}
+
 TEST_F(Views, AChannelViewIsAGrayImageWithThePixelSizeOfItsParent) {
   const auto source = New(4, 3, ImageFormatBGRA);
   const auto view = Adopt(RedChannel(source));

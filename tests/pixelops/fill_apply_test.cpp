@@ -98,6 +98,13 @@ TEST_F(FillApply, InksAndImagesOfNoFamilyAreRefused) {
   }
 }
 
+TEST_F(FillApply, AnImageWhoseRowHasWrappedIsRefused) {
+  auto image = host_.New("PictureZVK");
+  ImageConstructor(image, (1 << 30) + 10, 1, ImageFormatRGBA);
+  EXPECT_FALSE(FillRectApplyRGBA1(image, 1, 2, 3, 4));
+  EXPECT_FALSE(FillRectApplyRGBA5(image, 100, 0, 1, 1, 1, 2, 3, 4));
+}
+
 TEST_F(FillApply, UnusableImagesAreRefused) {
   for (const int32_t format : {ImageFormatRGB, ImageFormatG}) {
     ForEachUnusable(host_, format, [](const char *what, REALobject image) {
