@@ -47,6 +47,24 @@ Owned<Picture> MaskOf(gdImagePtr image) {
   return Owned<Picture>::Adopt(Picture::Make(std::make_unique<GdPictureStorage>(std::move(mask))));
 }
 
+gdImagePtr ImageOf(Picture &picture) {
+  auto *const storage = dynamic_cast<GdPictureStorage *>(&picture.Storage());
+  if (storage == nullptr) throw std::invalid_argument("a picture of the GD library is wanted");
+  return storage->Image();
+}
+
+Owned<Picture> TurnedPixels(gdImagePtr image, const Turn &turn) {
+  OwnedGdImage turned = turn.exchangesSides ? NewImage(image->sy, image->sx) : NewImage(image->sx, image->sy);
+  for (int y = 0; y < turned->sy; ++y) {
+    const int down = turn.mirrorsDown ? turned->sy - 1 - y : y;
+    for (int x = 0; x < turned->sx; ++x) {
+      const int across = turn.mirrorsAcross ? turned->sx - 1 - x : x;
+      turned->tpixels[y][x] = turn.exchangesSides ? image->tpixels[across][down] : image->tpixels[down][across];
+    }
+  }
+  return Owned<Picture>::Adopt(Picture::Make(std::make_unique<GdPictureStorage>(std::move(turned))));
+}
+
 }  // namespace
 
 GdPictureStorage::GdPictureStorage(OwnedGdImage image) : image_(std::move(image)) {
@@ -81,13 +99,20 @@ void UseGdPictures(Host &host) {
   });
 }
 
-LoadedPicture LoadPicture(const std::string &path) {
+LoadedPicture LoadPicture(const std::string &path, Orient orient) {
   LoadedImage loaded = LoadImageFile(path);
   Owned<Picture> mask = loaded.hasTransparency ? MaskOf(loaded.image.get()) : Owned<Picture>();
   Owned<Picture> picture =
       Owned<Picture>::Adopt(Picture::Make(std::make_unique<GdPictureStorage>(std::move(loaded.image))));
   if (mask) picture->SetMask(std::move(mask));
-  return {std::move(picture), loaded.format, loaded.hasTransparency};
+  return {Turned(std::move(picture), TurnOf(path, orient)), loaded.format, loaded.hasTransparency};
+}
+
+Owned<Picture> Turned(Owned<Picture> picture, const Turn &turn) {
+  if (turn == Turn()) return picture;
+  Owned<Picture> turned = TurnedPixels(ImageOf(*picture), turn);
+  if (picture->Mask() != nullptr) turned->SetMask(TurnedPixels(ImageOf(*picture->Mask()), turn));
+  return turned;
 }
 
 void SavePicture(Picture &picture, const std::string &path, const SaveOptions &options) {

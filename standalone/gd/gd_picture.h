@@ -13,6 +13,7 @@
 #include <string>
 #include <string_view>
 
+#include "standalone/files/orientation.h"
 #include "standalone/gd/image_file.h"
 #include "standalone/runtime/host.h"
 #include "standalone/runtime/picture.h"
@@ -53,7 +54,11 @@ struct LoadedPicture {
 
 // Reads an image file into a picture. Where some of it is not opaque, the picture gets a mask: white where the file is
 // opaque, black where it is clear. Throws ImageFileError.
-LoadedPicture LoadPicture(const std::string &path);
+LoadedPicture LoadPicture(const std::string &path, Orient orient = Orient::Upright);
+
+// The picture with its mask, turned; itself if there is nothing to turn. It is of the GD library, else
+// std::invalid_argument is thrown. Throws std::bad_alloc.
+Owned<Picture> Turned(Owned<Picture> picture, const Turn &turn);
 
 // Writes a picture of any form into an image file. Where alpha is kept, it is that of the mask (its red) if the picture
 // has one, else that of the pixels. Throws ImageFileError.

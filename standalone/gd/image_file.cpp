@@ -16,6 +16,7 @@
 #include <utility>
 #include <vector>
 
+#include "standalone/files/orientation.h"
 #include "standalone/files/part_file.h"
 
 namespace standalone {
@@ -169,6 +170,12 @@ gdImagePtr DecodePng(int size, void *bytes) {
   return gdImageCreateFromPngPtr(static_cast<int>(kept.size()), kept.data());
 }
 
+// GD turns some TIFF files upright, as far as the TIFF library does it, and others not.
+gdImagePtr DecodeTiff(int size, void *bytes) {
+  ForgetOrientationOfTiff({static_cast<uint8_t *>(bytes), static_cast<size_t>(size)});
+  return gdImageCreateFromTiffPtr(size, bytes);
+}
+
 void *EncodePng(gdImagePtr image, int *size, const SaveOptions &) { return gdImagePngPtr(image, size); }
 
 void *EncodeJpeg(gdImagePtr image, int *size, const SaveOptions &options) {
@@ -208,14 +215,7 @@ constexpr std::array<Format, 6> kFormats = {{
     {"JPEG", {"jpg", "jpeg"}, {"\xFF\xD8\xFF"sv}, IsWholeJpeg, gdImageCreateFromJpegPtr, EncodeJpeg, 65500, false},
     {"GIF", {"gif"}, {"GIF87a"sv, "GIF89a"sv}, IsWholeGif, gdImageCreateFromGifPtr, EncodeGif, 65535, false},
     {"WebP", {"webp"}, {"RIFF"sv}, IsLeftToDecoder, gdImageCreateFromWebpPtr, EncodeWebp, 16383, true},
-    {"TIFF",
-     {"tif", "tiff"},
-     {"II*\0"sv, "MM\0*"sv},
-     IsLeftToDecoder,
-     gdImageCreateFromTiffPtr,
-     EncodeTiff,
-     INT_MAX,
-     true},
+    {"TIFF", {"tif", "tiff"}, {"II*\0"sv, "MM\0*"sv}, IsLeftToDecoder, DecodeTiff, EncodeTiff, INT_MAX, true},
     {"BMP", {"bmp"}, {"BM"sv}, IsLeftToDecoder, gdImageCreateFromBmpPtr, EncodeBmp, INT_MAX, false},
 }};
 

@@ -37,7 +37,8 @@ struct SaveOptions {
 };
 
 // Reads a file, by its content and whatever its name. Palette images and colour keys are turned into true colour with
-// alpha; of an animation the first image is taken. Throws ImageFileError.
+// alpha; of an animation the first image is taken. Pixels are as they are stored, whatever their orientation
+// (standalone/files/orientation.h). Throws ImageFileError.
 LoadedImage LoadImageFile(const std::string &path);
 
 // Writes the true-colour image in the format that the path's extension names. The file appears whole or not at all: it

@@ -112,9 +112,15 @@ REALobject NewPicture(int32_t width, int32_t height, int32_t depth) {
   return picture.Release()->Handle();
 }
 
-REALobject OpenPath(REALstring path) { return LoadPicture(TextOf(path)).picture.Release()->Handle(); }
+template <Orient kOrient>
+REALobject OpenPath(REALstring path) {
+  return LoadPicture(TextOf(path), kOrient).picture.Release()->Handle();
+}
 
-REALobject OpenFile(REALobject file) { return LoadPicture(The<FolderItem>(file).Path()).picture.Release()->Handle(); }
+template <Orient kOrient>
+REALobject OpenFile(REALobject file) {
+  return LoadPicture(The<FolderItem>(file).Path(), kOrient).picture.Release()->Handle();
+}
 
 void SaveToPath(Picture &picture, const std::string &path, int32_t quality) {
   SavePicture(picture, path,
@@ -280,6 +286,7 @@ RegisteredClass Members(const char *name) {
 
 // clang-format off
 
+template <Orient kOrient>
 RegisteredClass PictureMembers() {
   RegisteredClass members = Members("Picture");
   members.properties = {
@@ -296,8 +303,8 @@ RegisteredClass PictureMembers() {
   };
   members.sharedMethods = {
       Method<NewPicture>("Constructor(width as Integer, height as Integer, depth as Integer = 32) as Picture"),
-      Method<OpenFile>("Open(file as FolderItem) as Picture"),
-      Method<OpenPath>("Open(path as String) as Picture"),
+      Method<OpenFile<kOrient>>("Open(file as FolderItem) as Picture"),
+      Method<OpenPath<kOrient>>("Open(path as String) as Picture"),
   };
   return members;
 }
@@ -361,11 +368,13 @@ RegisteredClass FolderItemMembers() {
 
 }  // namespace
 
-void DescribeHostClasses(Host &host) {
+void DescribeHostClasses(Host &host, Orient orient) {
   ClassRegistry &classes = host.Classes();
   classes.Define(kIO, &classes.Get("RuntimeException"), [](const Class &type) { return new ExceptionObject(type); });
+  RegisteredClass pictures =
+      orient == Orient::Upright ? PictureMembers<Orient::Upright>() : PictureMembers<Orient::AsStored>();
   for (RegisteredClass &members :
-       std::vector{PictureMembers(), GraphicsMembers(), MemoryBlockMembers(), FolderItemMembers()}) {
+       std::vector{std::move(pictures), GraphicsMembers(), MemoryBlockMembers(), FolderItemMembers()}) {
     const std::string name = members.name;
     classes.Describe(name, std::move(members));
   }

@@ -3,12 +3,13 @@
 // own names, so that they are called like the members of any plug-in's class.
 #pragma once
 
+#include "standalone/files/orientation.h"
 #include "standalone/runtime/host.h"
 
 namespace standalone {
 
 // Gives the classes Picture, Graphics, MemoryBlock and FolderItem of the host their members, and adds IOException. To
-// be called once for a host, before its bindings look at these classes.
-void DescribeHostClasses(Host &host);
+// be called once for a host, before its bindings look at these classes. Pictures are opened as `orient` tells.
+void DescribeHostClasses(Host &host, Orient orient = Orient::Upright);
 
 }  // namespace standalone

@@ -50,10 +50,10 @@ class RowReader {
   // Bytes of a pixel in a row: 4 where alpha is kept, else 3.
   int32_t PixelBytes() const { return keepsAlpha_ ? 4 : 3; }
 
-  // The next row from the top: Width() pixels of PixelBytes() into `row`, which has room for them. Each of the Height()
-  // rows is read once. 16 bits a sample become 8. The colours stay as they are, but for those that have been multiplied
-  // by an alpha which is kept: they are divided by it. Throws ImageFileError if the file is damaged; with the last row
-  // all of it has been looked at.
+  // The next row as they are stored (StoredOrientation tells where it is seen): Width() pixels of PixelBytes() into
+  // `row`, which has room for them. Each of the Height() rows is read once. 16 bits a sample become 8. The colours stay
+  // as they are, but for those that have been multiplied by an alpha which is kept: they are divided by it. Throws
+  // ImageFileError if the file is damaged; with the last row all of it has been looked at.
   virtual void ReadRow(std::span<uint8_t> row) = 0;
 
   // True if a pixel read so far was not opaque.

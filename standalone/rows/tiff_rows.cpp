@@ -113,9 +113,6 @@ class TiffRowReader : public RowReader {
     if (form_.samples > 1 && Field(TIFFTAG_PLANARCONFIG) != PLANARCONFIG_CONTIG) {
       Refuse("with a plane for each channel", "save it with the channels of a pixel side by side (tiffcp -p contig)");
     }
-    if (Field(TIFFTAG_ORIENTATION) != ORIENTATION_TOPLEFT) {
-      Refuse("that is stored turned or mirrored", "save it the right way up");
-    }
     uint16_t extraCount = 0;
     uint16_t *extraKinds = nullptr;
     TIFFGetFieldDefaulted(tiff_.get(), TIFFTAG_EXTRASAMPLES, &extraCount, &extraKinds);

@@ -28,6 +28,7 @@ struct CombineRequest {
   bool isPremultiplied = false;
   std::string fore;   // empty: none
   std::string cover;  // empty: none
+  Orient orient = Orient::Upright;
   uint32_t background = kWhite;
   PluginOptions plugin;
 };
@@ -82,15 +83,15 @@ void RefuseSize(const CombineRequest &request, const Value &image, const Value &
 
 Layer LoadLayer(const PluginSession &session, const CombineRequest &request) {
   if (!request.mask.empty()) {
-    Layer layer = {LoadImage(session, request.image), LoadImage(session, request.mask)};
+    Layer layer = {LoadImage(session, request.image, request.orient), LoadImage(session, request.mask, request.orient)};
     RefuseSize(request, layer.image, layer.mask);
     return layer;
   }
   // Neither way of combining with a colour looks at alpha.
   if (!request.fore.empty() || !request.cover.empty()) {
-    return {LoadOpaqueImage(session, request.image, request.background), nullptr};
+    return {LoadOpaqueImage(session, request.image, request.background, request.orient), nullptr};
   }
-  const Value image = LoadImage(session, request.image);
+  const Value image = LoadImage(session, request.image, request.orient);
   if (!HasAlpha(image)) return {image, nullptr};
   return {image.Call("RGBChannels"), MaskOfAlpha(session, image)};
 }
@@ -117,7 +118,7 @@ void Combine(const CombineRequest &request) {
   RefuseUnknownExtension(request.output);
 
   const PluginSession session(request.plugin);
-  const Value base = LoadImage(session, request.base);
+  const Value base = LoadImage(session, request.base, request.orient);
   const Layer layer = LoadLayer(session, request);
   const Size size = SizeOf(layer.image);
   const bool usesColours = cover != kNoColour;
@@ -166,6 +167,7 @@ void AddCombineCommand(CLI::App &program) {
           ->type_name("#RRGGBB");
   mask->excludes(fore)->excludes(cover);
   fore->excludes(cover);
+  AddOrientOption(command, request->orient);
   AddBackgroundOption(command, request->background);
   AddPluginOptions(command, request->plugin);
   command.footer(

@@ -27,6 +27,7 @@ struct FilterRequest {
   std::vector<std::string> words;
   bool listsFilters = false;
   std::optional<uint32_t> seed;
+  Orient orient = Orient::Upright;
   uint32_t background = kWhite;
   PluginOptions plugin;
 };
@@ -78,8 +79,8 @@ void AddImages(const PluginSession &session, const FilterRequest &request, const
     const GivenArgument *const argument = FindGiven(given, form.parameters[i].name);
     const bool isImage = form.parameters[i].type.kind == TypeKind::Object;
     if (!isImage || argument == nullptr) continue;
-    arguments[i] = hasAlpha ? LoadImageWithAlpha(session, argument->text)
-                            : LoadOpaqueImage(session, argument->text, request.background);
+    arguments[i] = hasAlpha ? LoadImageWithAlpha(session, argument->text, request.orient)
+                            : LoadOpaqueImage(session, argument->text, request.background, request.orient);
   }
   if (HasDest(form) && !form.parameters[0].defaultValue) arguments[0] = NewDest(session, source);
 }
@@ -105,7 +106,7 @@ Value Filtered(const PluginSession &session, const FilterRequest &request) {
   const MethodDeclaration &form = ChooseForm(FormsNamed(FiltersOf(session.Images()), request.name), given);
   Arguments arguments = ReadArguments(form, given, session.Images().Constants());
 
-  const Value source = LoadImage(session, request.input);
+  const Value source = LoadImage(session, request.input, request.orient);
   AddImages(session, request, form, given, source, arguments);
   const Value result = source.Call(form.name, arguments);
   const bool isDone = result.GetKind() == Value::Kind::Boolean ? result.AsBoolean() : !result.IsNil();
@@ -152,6 +153,7 @@ void AddFilterCommand(CLI::App &program) {
                   "the same picture [default: the\ntime]")
       ->check(CLI::Range(uint32_t{0}, std::numeric_limits<uint32_t>::max()))
       ->type_name("N");
+  AddOrientOption(command, request->orient);
   AddBackgroundOption(command, request->background);
   AddPluginOptions(command, request->plugin);
   command.footer(

@@ -108,9 +108,9 @@ Owned<Picture> LoadRows(const std::string &path) {
 }
 
 // With a mask, white where it is opaque, if some of it is not.
-Owned<Picture> LoadMaskedPicture(const std::string &path) {
+Owned<Picture> LoadMaskedPicture(const std::string &path, Orient orient) {
   Owned<Picture> picture = LoadRows(path);
-  return picture ? std::move(picture) : LoadPicture(path).picture;
+  return picture ? Turned(std::move(picture), TurnOf(path, orient)) : LoadPicture(path, orient).picture;
 }
 
 // The alpha of the image is that of the mask, or 255.
@@ -161,6 +161,12 @@ void AddOutputArgument(CLI::App &command, std::string &path) {
                       ".\nIt appears whole or not at all, and may be one that is read");
 }
 
+void AddOrientOption(CLI::App &command, Orient &orient) {
+  command.add_flag_callback(
+      "--no-orient", [&orient] { orient = Orient::AsStored; },
+      "Take image files as they are stored, and not the way up that\ntheir EXIF data tell (or a TIFF file its field)");
+}
+
 void RefuseUnknownExtension(const std::string &path) {
   if (HasKnownImageExtension(path)) return;
   throw UsageError(path + ": no known image extension; use one of " + KnownImageExtensions());
@@ -186,18 +192,18 @@ void NoteNoTransparency(const std::string &path, uint32_t background) {
   PrintMessage(path + ": cannot hold transparency; transparent pixels are laid on " + ColourText(background));
 }
 
-Value LoadImage(const PluginSession &session, const std::string &path) {
-  Owned<Picture> picture = LoadMaskedPicture(path);
+Value LoadImage(const PluginSession &session, const std::string &path, Orient orient) {
+  Owned<Picture> picture = LoadMaskedPicture(path, orient);
   if (picture->Mask() != nullptr) return ImageWithAlpha(session, picture);
   return session.Images().New({std::move(picture)});
 }
 
-Value LoadImageWithAlpha(const PluginSession &session, const std::string &path) {
-  return ImageWithAlpha(session, LoadMaskedPicture(path));
+Value LoadImageWithAlpha(const PluginSession &session, const std::string &path, Orient orient) {
+  return ImageWithAlpha(session, LoadMaskedPicture(path, orient));
 }
 
-Value LoadOpaqueImage(const PluginSession &session, const std::string &path, uint32_t background) {
-  Owned<Picture> picture = LoadMaskedPicture(path);
+Value LoadOpaqueImage(const PluginSession &session, const std::string &path, uint32_t background, Orient orient) {
+  Owned<Picture> picture = LoadMaskedPicture(path, orient);
   if (picture->Mask() != nullptr) {
     NoteLaidOnBackground(path, background);
     LayOnBackground(*picture, background);

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "standalone/binding/value.h"
+#include "standalone/files/orientation.h"
 #include "standalone/gd/image_file.h"
 #include "standalone/zvk/colour_argument.h"
 #include "standalone/zvk/plugin_session.h"
@@ -22,6 +23,9 @@ namespace standalone {
 void AddInputArgument(CLI::App &command, std::string &path);
 void AddOutputArgument(CLI::App &command, std::string &path);
 
+// Adds --no-orient, which every command has that reads image files; `orient` must live as long as the command.
+void AddOrientOption(CLI::App &command, Orient &orient);
+
 // What a command's help says about files with transparent pixels.
 extern const char kTransparencyHelp[];
 
@@ -30,15 +34,16 @@ void RefuseUnknownExtension(const std::string &path);
 
 // The picture in the file, 8 bits a channel. If all of it is opaque, it is an image over a host picture, of red, green
 // and blue without alpha. Else it is one of ImageFormatRGBA, in memory, whose alpha is 255 where the file is opaque.
-// Alpha of PNG and TIFF files comes with all its bits, of others with the 7 that the GD library has. Throws
-// ImageFileError.
-Value LoadImage(const PluginSession &session, const std::string &path);
+// Alpha of PNG and TIFF files comes with all its bits, of others with the 7 that the GD library has. The image is
+// upright, unless it is wanted as it is stored. Throws ImageFileError.
+Value LoadImage(const PluginSession &session, const std::string &path, Orient orient = Orient::Upright);
 
 // The same with alpha in any case.
-Value LoadImageWithAlpha(const PluginSession &session, const std::string &path);
+Value LoadImageWithAlpha(const PluginSession &session, const std::string &path, Orient orient = Orient::Upright);
 
 // The same without alpha in any case: transparent pixels are laid on the background, and that is told.
-Value LoadOpaqueImage(const PluginSession &session, const std::string &path, uint32_t background);
+Value LoadOpaqueImage(const PluginSession &session, const std::string &path, uint32_t background,
+                      Orient orient = Orient::Upright);
 
 // Writes an image of gray, RGB or CMYK in the file format of the path's extension. If the image has alpha that is to be
 // kept, and transparent pixels, it goes to PNG and TIFF files with all its bits and to WebP files with 7; in others

@@ -8,10 +8,12 @@
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "standalone/gd/gd_picture.h"
 #include "standalone/rows/row_reader.h"
 #include "standalone/runtime/picture.h"
+#include "standalone/zvk/image_io.h"
 #include "standalone/zvk/messages.h"
 #include "standalone/zvk/plugin_session.h"
 #include "standalone/zvk/size_argument.h"
@@ -22,8 +24,21 @@ namespace {
 constexpr int64_t kSmallestPage = 4096;
 constexpr int64_t kBytesOfPicturePixel = 4;
 
+// How a picture of each orientation becomes upright.
+constexpr int kUpright = 1;
+constexpr const char *kTurns[] = {"",
+                                  "upright",
+                                  "mirrored left to right",
+                                  "turned by 180 degrees",
+                                  "mirrored top to bottom",
+                                  "turned to the left and mirrored top to bottom",
+                                  "turned to the right",
+                                  "turned to the right and mirrored top to bottom",
+                                  "turned to the left"};
+
 struct InfoRequest {
   std::string input;
+  Orient orient = Orient::Upright;
   PluginOptions plugin;
 };
 
@@ -32,7 +47,7 @@ RowsHeader ReadHeader(const std::string &path) {
   try {
     return OpenRows(path)->Header();
   } catch (const NotByRowsError &) {
-    const LoadedPicture loaded = LoadPicture(path);
+    const LoadedPicture loaded = LoadPicture(path, Orient::AsStored);
     return {loaded.format, loaded.picture->Width(), loaded.picture->Height(), false, loaded.hasTransparency};
   }
 }
@@ -49,13 +64,22 @@ std::string StorageText(int64_t rowBytes, int64_t allBytes) {
 
 void Info(const InfoRequest &request) {
   const PluginSession session(request.plugin);
-  const RowsHeader header = ReadHeader(request.input);
+  RowsHeader header = ReadHeader(request.input);
+  const Size stored = {header.width, header.height};
+  const int orientation = StoredOrientation(request.input);
+  if (request.orient == Orient::Upright && TurnOf(orientation).exchangesSides) std::swap(header.width, header.height);
   const ClassBinding &images = session.Images();
   const Value format = images.Constant("ImageFormat" + FormatName(header));
   const Arguments arguments = {header.width, header.height, format};
   const int64_t pixelBytes = images.New({1, 1, format}).Get("PixelSize").AsInteger();
 
   PrintLine("size", Text({header.width, header.height}) + " pixels");
+  if (orientation != kUpright) {
+    const std::string turn = kTurns[orientation];
+    PrintLine("orientation", std::to_string(orientation) + (request.orient == Orient::Upright
+                                                                ? ", " + turn + " from " + Text(stored) + " pixels"
+                                                                : ", to be " + turn));
+  }
   PrintLine("file", std::string(header.format));
   PrintLine("format", FormatName(header) + ", " + std::to_string(pixelBytes) +
                           (pixelBytes == 1 ? " byte a pixel" : " bytes a pixel"));
@@ -88,12 +112,14 @@ void AddInfoCommand(CLI::App &program) {
       .add_option("IN", request->input, "Image file to look at, whatever its name: PNG, JPEG, GIF, WebP, TIFF or BMP")
       ->required()
       ->type_name("");
+  AddOrientOption(command, request->orient);
   AddPluginOptions(command, request->plugin);
   command.footer(
-      "Prints the size, the kind of file, the pixel format that fits it, and how many bytes an image\n"
-      "of that format takes: in memory, in a file (as with 'zvk scale --in-file') and over a host\n"
-      "picture, which has 4 bytes a pixel whatever the format. Of large PNG, JPEG and TIFF files only\n"
-      "the beginning is read.\n"
+      "Prints the size of the upright picture, the orientation of the stored one if that is another,\n"
+      "the kind of file, the pixel format that fits it, and how many bytes an image of that format\n"
+      "takes: in memory, in a file (as with 'zvk scale --in-file') and over a host picture, which has\n"
+      "4 bytes a pixel whatever the format. Of large PNG, JPEG and TIFF files only the beginning is\n"
+      "read.\n"
       "\n"
       "Examples:\n"
       "  zvk info photo.jpg\n"

@@ -17,6 +17,7 @@ struct MirrorRequest {
   std::string input;
   std::string output;
   std::string direction;
+  Orient orient = Orient::Upright;
   uint32_t background = kWhite;
   PluginOptions plugin;
 };
@@ -32,7 +33,7 @@ void Mirror(const MirrorRequest &request) {
   const char *const method = MethodOf(request.direction);
   RefuseUnknownExtension(request.output);
   const PluginSession session(request.plugin);
-  const Value image = LoadImage(session, request.input);
+  const Value image = LoadImage(session, request.input, request.orient);
   image.Call(method);
   SaveImage(image, request.output, request.background);
 }
@@ -47,6 +48,7 @@ void AddMirrorCommand(CLI::App &program) {
   command.add_option("DIRECTION", request->direction, "h exchanges left and right, v exchanges top and bottom")
       ->required()
       ->type_name("");
+  AddOrientOption(command, request->orient);
   AddBackgroundOption(command, request->background);
   AddPluginOptions(command, request->plugin);
   command.footer(std::string(kTransparencyHelp) +

@@ -25,6 +25,7 @@ struct RotateRequest {
   std::string input;
   std::string output;
   std::string angle;
+  Orient orient = Orient::Upright;
   std::string background;  // empty: by what the file has
   PluginOptions plugin;
 };
@@ -48,9 +49,10 @@ ColourArgument BackgroundOf(const RotateRequest &request) {
 }
 
 // What lies in the corners decides whether an opaque picture needs alpha, too.
-Value LoadSource(const PluginSession &session, const std::string &path, const ColourArgument &background) {
+Value LoadSource(const PluginSession &session, const RotateRequest &request, const ColourArgument &background) {
   const bool hasClearCorners = background.alpha.value_or(kOpaque) != kOpaque;
-  return hasClearCorners ? LoadImageWithAlpha(session, path) : LoadImage(session, path);
+  return hasClearCorners ? LoadImageWithAlpha(session, request.input, request.orient)
+                         : LoadImage(session, request.input, request.orient);
 }
 
 void Rotate(const RotateRequest &request) {
@@ -58,7 +60,7 @@ void Rotate(const RotateRequest &request) {
   const ColourArgument background = BackgroundOf(request);
   RefuseUnknownExtension(request.output);
   const PluginSession session(request.plugin);
-  const Value image = LoadSource(session, request.input, background);
+  const Value image = LoadSource(session, request, background);
   // Alpha of the corners counts in an image with alpha only.
   const int32_t red = background.rgb >> 16 & 255, green = background.rgb >> 8 & 255, blue = background.rgb & 255;
   const int32_t alpha = background.alpha.value_or(kClear);
@@ -83,6 +85,7 @@ void AddRotateCommand(CLI::App &program) {
                   "without changing them")
       ->required()
       ->type_name("");
+  AddOrientOption(command, request->orient);
   command
       .add_option("--background", request->background,
                   "The colour of the corners that the turned picture leaves free;\nAA is their alpha, 00 (clear) to FF "

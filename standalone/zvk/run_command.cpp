@@ -12,6 +12,7 @@
 #include "standalone/lua/host_classes.h"
 #include "standalone/lua/script.h"
 #include "standalone/runtime/host.h"
+#include "standalone/zvk/image_io.h"
 #include "standalone/zvk/messages.h"
 #include "standalone/zvk/plugin_session.h"
 
@@ -21,6 +22,7 @@ namespace {
 struct RunRequest {
   std::optional<std::string> code;
   std::optional<unsigned> seed;
+  Orient orient = Orient::Upright;
   PluginOptions plugin;
 };
 
@@ -39,7 +41,7 @@ void RunScript(const RunRequest &request, std::vector<std::string> arguments) {
     }
   }
   const PluginSession session(request.plugin);
-  DescribeHostClasses(Host::Current());
+  DescribeHostClasses(Host::Current(), request.orient);
   // After loading, for the plug-in takes the time as its seed.
   if (request.seed) srand(*request.seed);
   Script script;
@@ -59,6 +61,7 @@ void AddRunCommand(CLI::App &program) {
   command.prefix_command();
   command.add_option("-e", request->code, "Run this code in place of a file")->type_name("CODE");
   command.add_option("--seed", request->seed, "Make what is random the same in each run")->type_name("N");
+  AddOrientOption(command, request->orient);
   AddPluginOptions(command, request->plugin);
   command.footer(
       "zvk run [OPTIONS] SCRIPT.lua [ARG ...]\n"

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "standalone/files/orientation.h"
 #include "standalone/rows/row_reader.h"
 #include "standalone/rows/row_writer.h"
 #include "standalone/runtime/memory_block.h"
@@ -41,6 +42,32 @@ void ReadRows(PluginSession &session, RowReader &reader, const Value &image, con
     }
   });
   if (laysOn && reader.HasSeenTransparency()) NoteLaidOnBackground(job.input, job.background);
+}
+
+Value NewSource(const PluginSession &session, Size size, const Value &format, int32_t blockSize) {
+  Value image = NewFileImage(session, size, format.AsInteger(), blockSize);
+  image.Set("YieldTicks", -kMillisecondsBetweenYields);
+  return image;
+}
+
+// The image after its turn, by the plug-in's own moves, which go through files block by block.
+Value TurnImage(const PluginSession &session, const Value &stored, const Turn &turn, int32_t blockSize) {
+  if (!turn.exchangesSides) {
+    if (turn.mirrorsAcross && turn.mirrorsDown) {
+      stored.Call("Rotate180");
+    } else if (turn.mirrorsAcross || turn.mirrorsDown) {
+      stored.Call(turn.mirrorsAcross ? "HMirror" : "VMirror");
+    }
+    return stored;
+  }
+  const Size size = SizeOf(stored);
+  Value turned = NewSource(session, {size.height, size.width}, stored.Get("ImageFormat"), blockSize);
+  // A quarter turn exchanges the sides and mirrors the result: to the right across, to the left down.
+  if (stored.Call(turn.mirrorsAcross ? "Rotate270" : "Rotate90", {turned}).IsNil()) {
+    throw std::runtime_error("a picture of " + Text(size) + " pixels cannot be turned; add --no-orient");
+  }
+  if (turn.mirrorsAcross == turn.mirrorsDown) turned.Call("VMirror");
+  return turned;
 }
 
 bool IsOpaque(const Value &image, Size size, const Value &format) {
@@ -91,7 +118,9 @@ void ScaleInFiles(PluginSession &session, const ScaleJob &job, int32_t blockSize
   const std::unique_ptr<RowReader> reader = Open(job.input);
   reader->KeepAlpha();
   const bool mayBeClear = reader->Header().hasAlpha;
-  const Size sourceSize = {reader->Width(), reader->Height()};
+  const Turn turn = TurnOf(job.input, job.orient);
+  const Size storedSize = {reader->Width(), reader->Height()};
+  const Size sourceSize = turn.exchangesSides ? Size{storedSize.height, storedSize.width} : storedSize;
   const Size size = CompleteSize(job.size, sourceSize, kLargestRowSide);
   // What stands in the way of the output is told before the long work, not after it.
   CreateRows(job.output, size.width, size.height).reset();
@@ -102,8 +131,10 @@ void ScaleInFiles(PluginSession &session, const ScaleJob &job, int32_t blockSize
   const bool scalesAlpha = mayBeClear && result.Get("HasAlpha").AsBoolean();
   {
     const Value sourceFormat = images.Constant(scalesAlpha ? "ImageFormatRGBA" : "ImageFormatRGB");
-    const Value source = NewFileImage(session, sourceSize, sourceFormat.AsInteger(), blockSize);
+    Value source = NewSource(session, storedSize, sourceFormat, blockSize);
     ReadRows(session, *reader, source, job);
+    session.RunWithProgress(
+        "turning", [&](const PluginSession::MoveProgress &) { source = TurnImage(session, source, turn, blockSize); });
 
     Value temp;
     if (!job.isFast) {

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "standalone/binding/value.h"
+#include "standalone/files/orientation.h"
 #include "standalone/zvk/plugin_session.h"
 #include "standalone/zvk/size_argument.h"
 
@@ -22,6 +23,7 @@ struct ScaleJob {
   std::optional<int32_t> format;   // of the result; if it is not told, RGB, or RGBA for transparent pixels
   std::string formatName;
   uint32_t background;
+  Orient orient;
 };
 
 // The format of the result, by whether there is alpha to be scaled.

@@ -27,6 +27,7 @@ struct SheetRequest {
   std::vector<std::string> files;
   int32_t side = 160;
   int32_t columns = 0;  // 0: as many as rows, or one more
+  Orient orient = Orient::Upright;
   PluginOptions plugin;
 };
 
@@ -114,7 +115,7 @@ void Sheet(const SheetRequest &request) {
   const Value sheet = NamedSheet(session, request, layout);
   const Value filter = session.Images().Constant("ScaleLanczos3");
   for (size_t i = 0; i < request.files.size(); ++i) {
-    const Value picture = LoadOpaqueImage(session, request.files[i], kPaper);
+    const Value picture = LoadOpaqueImage(session, request.files[i], kPaper, request.orient);
     const Size size = layout.ThumbnailSize(SizeOf(picture));
     const Position position = layout.Thumbnail(static_cast<int32_t>(i), size);
     const Value place = sheet.Call("ClipImage", {position.x, position.y, size.width, size.height});
@@ -141,6 +142,7 @@ void AddSheetCommand(CLI::App &program) {
   command.add_option("--columns", request->columns, "Pictures in a row [default: as many as rows, or one more]")
       ->check(CLI::Range(1, kLargestPictureSide))
       ->type_name("N");
+  AddOrientOption(command, request->orient);
   AddPluginOptions(command, request->plugin);
   command.footer(
       "The name under a picture is that of its file, without folder and extension. Transparent\n"

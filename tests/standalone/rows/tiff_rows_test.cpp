@@ -268,8 +268,6 @@ TEST_F(TiffRows, OfOtherFormsAreRefusedWithAWayOut) {
   EXPECT_EQ(RefusalOf({.bits = 4}), "of 3 samples of 4 bits a pixel; save it with 8 or 16 bits a sample");
   EXPECT_EQ(RefusalOf({.bits = 16, .kind = SAMPLEFORMAT_INT}),
             "of 3 samples of 16 bits a pixel, which are no plain numbers; save it with 8 or 16 bits a sample");
-  EXPECT_EQ(RefusalOf({.orientation = ORIENTATION_BOTLEFT}),
-            "that is stored turned or mirrored; save it the right way up");
 }
 
 }  // namespace
