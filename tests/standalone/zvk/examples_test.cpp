@@ -39,17 +39,7 @@ class ExamplesTest : public ZvkProgram {
     return result.output;
   }
 
-  void ExpectKept(const std::string &name) const {
-    const LoadedImage made = LoadImageFile(Path(name));
-    const LoadedImage kept = LoadImageFile(Example("results/" + name));
-    ASSERT_EQ(made.image->sx, kept.image->sx);
-    ASSERT_EQ(made.image->sy, kept.image->sy);
-    int64_t different = 0;
-    for (int y = 0; y < kept.image->sy; ++y) {
-      for (int x = 0; x < kept.image->sx; ++x) different += made.image->tpixels[y][x] != kept.image->tpixels[y][x];
-    }
-    EXPECT_EQ(different, 0) << "pixels of " << name;
-  }
+  void ExpectKept(const std::string &name) const { ExpectSamePixels(Path(name), Example("results/" + name)); }
 };
 
 Rgb PixelAt(const LoadedImage &loaded, int x, int y) {

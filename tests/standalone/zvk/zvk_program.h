@@ -126,6 +126,19 @@ class ZvkProgram : public testing::Test {
     return rows;
   }
 
+  // Two image files, by their paths, have the same size and pixels, however these are packed.
+  static void ExpectSamePixels(const std::string &made, const std::string &kept) {
+    const LoadedImage one = LoadImageFile(made);
+    const LoadedImage other = LoadImageFile(kept);
+    ASSERT_EQ(one.image->sx, other.image->sx) << made;
+    ASSERT_EQ(one.image->sy, other.image->sy) << made;
+    int64_t different = 0;
+    for (int y = 0; y < one.image->sy; ++y) {
+      for (int x = 0; x < one.image->sx; ++x) different += one.image->tpixels[y][x] != other.image->tpixels[y][x];
+    }
+    EXPECT_EQ(different, 0) << "pixels of " << made;
+  }
+
   // Writes a PNG or TIFF file of 0xRRGGBBAA, with all bits of alpha.
   void WriteClear(const std::string &name, int width, int height,
                   const std::function<uint32_t(int x, int y)> &colour) const {

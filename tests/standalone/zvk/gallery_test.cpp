@@ -1,0 +1,108 @@
+// The gallery: the page that examples/gallery.lua makes shows all there is, and is the one in docs/.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <regex>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "standalone/binding/class_binding.h"
+#include "standalone/runtime/host.h"
+#include "tests/standalone/zvk/zvk_program.h"
+
+namespace standalone {
+namespace {
+
+using testing::HasSubstr;
+
+// Methods that make no picture of their own, or one that another method's picture shows.
+const std::set<std::string> kWithoutPicture = {
+    "Clone",    "Close",       "CompareImages",       "Constructor",      "CopyGWorld",
+    "CopyMask", "CopyPicture", "CopyPictureWithMask", "CreatePictureZVK", "DataStringInFormat",
+    "RawRow",   "Row",         "RowInFormat",         "RowStringInFormat"};
+
+std::string Join(const std::vector<std::string> &texts) {
+  std::string joined;
+  for (const std::string &text : texts) joined += text + "\n";
+  return joined;
+}
+
+class GalleryTest : public ZvkProgram {
+ protected:
+  GalleryTest() {
+    RunWell({"run", "--seed", "1", std::string(PICTUREZVK_EXAMPLES) + "/gallery.lua", "docs"});
+    page_ = Read("docs/gallery.html");
+  }
+
+  static std::string Committed(const std::string &name) {
+    return std::string(PICTUREZVK_EXAMPLES) + "/../docs/" + name;
+  }
+
+  // The calls under the pictures, as they are run.
+  std::vector<std::string> Calls() const {
+    static const std::regex kCall("<figcaption>[^<]* <code>(.*)</code></figcaption>");
+    std::vector<std::string> calls;
+    for (std::sregex_iterator i(page_.begin(), page_.end(), kCall), end; i != end; ++i) {
+      calls.push_back(std::regex_replace((*i)[1].str(), std::regex("<wbr>"), ""));
+    }
+    return calls;
+  }
+
+  // The files in a folder, by name.
+  static std::set<std::string> FilesIn(const std::string &folder) {
+    std::set<std::string> names;
+    for (const auto &entry : std::filesystem::directory_iterator(folder)) names.insert(entry.path().filename());
+    return names;
+  }
+
+  std::string page_;
+};
+
+TEST_F(GalleryTest, APictureShowsEachOperationAndEachScaleFilterAndDitherMatrix) {
+  Host host;
+  host.Load(PICTUREZVK_LIBRARY);
+  const Bindings bindings;
+  const ClassBinding &images = ClassNamed("PictureZVK");
+  const std::string calls = Join(Calls());
+  for (const BoundMethod &method : images.Methods()) {
+    const std::string &name = method.declaration.name;
+    if (method.isShared || kWithoutPicture.contains(name)) continue;
+    EXPECT_THAT(calls, HasSubstr(":" + name + "("));
+  }
+  int constants = 0;
+  for (const ConstantDeclaration &constant : images.Constants()) {
+    if (!constant.name.starts_with("Scale") && !constant.name.starts_with("Dither")) continue;
+    EXPECT_THAT(calls, HasSubstr("PictureZVK." + constant.name + ","));
+    ++constants;
+  }
+  EXPECT_EQ(constants, 17);
+}
+
+TEST_F(GalleryTest, ThePageNamesThePicturesThatThereAre) {
+  static const std::regex kPicture("<img src=\"gallery/([^\"]*)\" alt=\"[^\"]+\" width=\"[0-9]+\" height=\"[0-9]+\"");
+  std::vector<std::string> named;
+  for (std::sregex_iterator i(page_.begin(), page_.end(), kPicture), end; i != end; ++i) named.push_back((*i)[1]);
+  EXPECT_EQ(named.size(), Calls().size());
+  EXPECT_THAT(FilesIn(Path("docs/gallery")), testing::UnorderedElementsAreArray(named));
+}
+
+TEST_F(GalleryTest, ThePageInDocsIsTheOneMadeAndIsSmall) {
+  std::ifstream file(Committed("gallery.html"), std::ios::binary);
+  EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), page_);
+  ASSERT_EQ(FilesIn(Committed("gallery")), FilesIn(Path("docs/gallery")));
+  uintmax_t bytes = page_.size();
+  for (const std::string &name : FilesIn(Path("docs/gallery"))) {
+    const std::string kept = Committed("gallery/" + name);
+    ExpectSamePixels(Path("docs/gallery/" + name), kept);
+    bytes += std::filesystem::file_size(kept);
+  }
+  EXPECT_LT(bytes, 3'000'000u);
+}
+
+}  // namespace
+}  // namespace standalone
