@@ -1,0 +1,54 @@
+#include "standalone/zvk/program.h"
+
+#include <CLI/CLI.hpp>
+
+#include "standalone/zvk/combine_command.h"
+#include "standalone/zvk/filter_command.h"
+#include "standalone/zvk/fuzz_command.h"
+#include "standalone/zvk/info_command.h"
+#include "standalone/zvk/methods_command.h"
+#include "standalone/zvk/mirror_command.h"
+#include "standalone/zvk/rotate_command.h"
+#include "standalone/zvk/run_command.h"
+#include "standalone/zvk/scale_command.h"
+#include "standalone/zvk/sheet_command.h"
+
+namespace standalone {
+namespace {
+
+using AddCommand = void (*)(CLI::App &program);
+// clang-format off
+constexpr AddCommand kCommands[] = {
+    AddScaleCommand,
+    AddFilterCommand,
+    AddRotateCommand,
+    AddMirrorCommand,
+    AddCombineCommand,
+    AddSheetCommand,
+    AddInfoCommand,
+    AddRunCommand,
+    AddMethodsCommand,
+    AddFuzzCommand,
+};
+// clang-format on
+
+}  // namespace
+
+std::shared_ptr<CLI::App> MakeProgram() {
+  auto program = std::make_shared<CLI::App>(
+      "Scales, filters, turns and combines pictures with the PictureZVK plug-in, run by a stand-alone host.", "zvk");
+  program->set_version_flag("--version", "zvk " ZVK_VERSION, "Print the version and exit");
+  program->set_help_flag("-h,--help", "Print this help and exit");
+  program->require_subcommand(1);
+  program->footer(
+      "Exit codes:\n"
+      "  0  done\n"
+      "  1  the work failed\n"
+      "  2  the command line is wrong\n"
+      "\n"
+      "Errors are one line each on the standard error stream. 'zvk COMMAND --help' tells more of a command.");
+  for (const AddCommand add : kCommands) add(*program);
+  return program;
+}
+
+}  // namespace standalone
