@@ -15,6 +15,7 @@
 #include "standalone/zvk/filter_forms.h"
 #include "standalone/zvk/image_io.h"
 #include "standalone/zvk/plugin_session.h"
+#include "standalone/zvk/value_choice.h"
 #include "standalone/zvk/written_values.h"
 
 namespace standalone {
@@ -135,16 +136,20 @@ void Filter(const FilterRequest &request) {
 void AddFilterCommand(CLI::App &program) {
   const auto request = std::make_shared<FilterRequest>();
   CLI::App &command = *program.add_subcommand("filter", "Apply a filter to an image file");
-  command.add_option("NAME", request->name, "The filter, in any case; 'zvk filter --list' tells which there are")
-      ->type_name("");
+  NoteChoice(
+      command.add_option("NAME", request->name, "The filter, in any case; 'zvk filter --list' tells which there are")
+          ->type_name(""),
+      Choice::Filters);
   AddInputArgument(command, request->input);
   AddOutputArgument(command, request->output);
   for (const char *name : {"IN", "OUT"}) command.get_option(name)->required(false);  // none is needed for a list
-  command
-      .add_option("NAME=VALUE", request->words,
-                  "The filter's arguments, by their names in any case and in any\norder; those that --list shows in "
-                  "brackets may be left out")
-      ->type_name("");
+  NoteChoice(command
+                 .add_option(
+                     "NAME=VALUE", request->words,
+                     "The filter's arguments, by their names in any case and in any\norder; those that --list shows in "
+                     "brackets may be left out")
+                 ->type_name(""),
+             Choice::FilterArguments);
   command.add_flag("--list", request->listsFilters,
                    "Print all filters and their arguments, or those of the filter\nNAME, and exit");
   command

@@ -11,6 +11,7 @@
 #include "standalone/runtime/host.h"
 #include "standalone/zvk/messages.h"
 #include "standalone/zvk/plugin_session.h"
+#include "standalone/zvk/value_choice.h"
 
 namespace standalone {
 namespace {
@@ -92,10 +93,22 @@ void PrintMethods(const MethodsRequest &request) {
 
 }  // namespace
 
+std::vector<std::string> MemberNames() {
+  DescribeHostClasses(Host::Current());
+  std::vector<std::string> names;
+  for (const ClassBinding *const type : Classes()) {
+    names.push_back(type->Name());
+    for (const Member &member : MembersOf(*type)) names.push_back(member.name);
+  }
+  return names;
+}
+
 void AddMethodsCommand(CLI::App &program) {
   const auto request = std::make_shared<MethodsRequest>();
   CLI::App &command = *program.add_subcommand("methods", "Print the classes that scripts can use");
-  command.add_option("NAME", request->name, "Print only this class, or all members of this name")->type_name("");
+  NoteChoice(
+      command.add_option("NAME", request->name, "Print only this class, or all members of this name")->type_name(""),
+      Choice::Members);
   AddPluginOptions(command, request->plugin);
   command.footer(
       "Prints the plug-in's classes as it has registered them, and the members of the host's own classes\n"

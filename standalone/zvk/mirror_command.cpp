@@ -9,6 +9,7 @@
 #include "standalone/zvk/image_io.h"
 #include "standalone/zvk/messages.h"
 #include "standalone/zvk/plugin_session.h"
+#include "standalone/zvk/value_choice.h"
 
 namespace standalone {
 namespace {
@@ -22,9 +23,15 @@ struct MirrorRequest {
   PluginOptions plugin;
 };
 
+constexpr struct {
+  const char *direction;
+  const char *method;
+} kMirrors[] = {{"h", "HMirror"}, {"v", "VMirror"}};
+
 const char *MethodOf(const std::string &direction) {
-  if (direction == "h") return "HMirror";
-  if (direction == "v") return "VMirror";
+  for (const auto &mirror : kMirrors) {
+    if (direction == mirror.direction) return mirror.method;
+  }
   throw UsageError("direction '" + direction + "' is not understood; write h to exchange left and right, or v to " +
                    "exchange top and bottom");
 }
@@ -40,14 +47,22 @@ void Mirror(const MirrorRequest &request) {
 
 }  // namespace
 
+std::vector<std::string> MirrorDirections() {
+  std::vector<std::string> directions;
+  for (const auto &mirror : kMirrors) directions.emplace_back(mirror.direction);
+  return directions;
+}
+
 void AddMirrorCommand(CLI::App &program) {
   const auto request = std::make_shared<MirrorRequest>();
   CLI::App &command = *program.add_subcommand("mirror", "Mirror an image file");
   AddInputArgument(command, request->input);
   AddOutputArgument(command, request->output);
-  command.add_option("DIRECTION", request->direction, "h exchanges left and right, v exchanges top and bottom")
-      ->required()
-      ->type_name("");
+  NoteChoice(
+      command.add_option("DIRECTION", request->direction, "h exchanges left and right, v exchanges top and bottom")
+          ->required()
+          ->type_name(""),
+      Choice::Directions);
   AddOrientOption(command, request->orient);
   AddBackgroundOption(command, request->background);
   AddPluginOptions(command, request->plugin);

@@ -49,6 +49,12 @@ const ClassBinding &LoadPlugin(Host &host, const std::string &wantedPath) {
   return ClassNamed(kImageClass);
 }
 
+bool HasPrefix(const ConstantDeclaration &constant, std::string_view prefix) {
+  return NamesEqual(std::string_view(constant.name).substr(0, prefix.size()), prefix);
+}
+
+int32_t NumberOf(const ConstantDeclaration &constant) { return FromLiteral(constant.value).AsInteger(); }
+
 }  // namespace
 
 void AddPluginOptions(CLI::App &command, PluginOptions &options) {
@@ -73,18 +79,23 @@ PluginSession::~PluginSession() {
   for (const std::string &misdeed : host_.Misdeeds()) std::printf("misdeed: %s\n", misdeed.c_str());
 }
 
-int32_t PluginSession::Choose(std::string_view what, std::string_view prefix, std::string_view name) const {
-  std::string names;
-  std::set<int32_t> listed = {0};  // the number of no choice
+std::vector<std::string> PluginSession::Choices(std::string_view prefix) const {
+  std::vector<std::string> names;
+  std::set<int32_t> listed = {0};
   for (const ConstantDeclaration &constant : images_.Constants()) {
-    const std::string_view full = constant.name;
-    if (!NamesEqual(full.substr(0, prefix.size()), prefix)) continue;
-    const std::string_view choice = full.substr(prefix.size());
-    const int32_t number = FromLiteral(constant.value).AsInteger();
-    if (number != 0 && NamesEqual(choice, name)) return number;
-    // Of several names for one number the first one will do.
-    if (listed.insert(number).second) names += (names.empty() ? "" : ", ") + std::string(choice);
+    if (!HasPrefix(constant, prefix)) continue;
+    if (listed.insert(NumberOf(constant)).second) names.push_back(constant.name.substr(prefix.size()));
   }
+  return names;
+}
+
+int32_t PluginSession::Choose(std::string_view what, std::string_view prefix, std::string_view name) const {
+  for (const ConstantDeclaration &constant : images_.Constants()) {
+    if (!HasPrefix(constant, prefix) || NumberOf(constant) == 0) continue;
+    if (NamesEqual(std::string_view(constant.name).substr(prefix.size()), name)) return NumberOf(constant);
+  }
+  std::string names;
+  for (const std::string &choice : Choices(prefix)) names += (names.empty() ? "" : ", ") + choice;
   throw UsageError("unknown " + std::string(what) + " '" + std::string(name) + "'; choose one of " + names);
 }
 

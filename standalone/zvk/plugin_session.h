@@ -6,6 +6,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "standalone/binding/class_binding.h"
 #include "standalone/runtime/host.h"
@@ -38,6 +39,10 @@ class PluginSession {
 
   // The class of images.
   const ClassBinding &Images() const { return images_; }
+
+  // What the image class's constants PREFIXname are called without the prefix, in their order; one name for each number
+  // but 0, which is that of no choice.
+  std::vector<std::string> Choices(std::string_view prefix) const;
 
   // The number of the image class's constant PREFIXname, in any case. `what` says in the message what the name is to
   // stand for. Throws UsageError that lists the names there are.

@@ -3,9 +3,11 @@
 #include <CLI/CLI.hpp>
 
 #include "standalone/zvk/combine_command.h"
+#include "standalone/zvk/completion_command.h"
 #include "standalone/zvk/filter_command.h"
 #include "standalone/zvk/fuzz_command.h"
 #include "standalone/zvk/info_command.h"
+#include "standalone/zvk/manual_command.h"
 #include "standalone/zvk/methods_command.h"
 #include "standalone/zvk/mirror_command.h"
 #include "standalone/zvk/rotate_command.h"
@@ -29,6 +31,8 @@ constexpr AddCommand kCommands[] = {
     AddRunCommand,
     AddMethodsCommand,
     AddFuzzCommand,
+    AddCompletionCommand,
+    AddManualCommand,
 };
 // clang-format on
 

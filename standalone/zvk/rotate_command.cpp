@@ -14,6 +14,7 @@
 #include "standalone/zvk/image_io.h"
 #include "standalone/zvk/messages.h"
 #include "standalone/zvk/plugin_session.h"
+#include "standalone/zvk/value_choice.h"
 
 namespace standalone {
 namespace {
@@ -79,12 +80,15 @@ void AddRotateCommand(CLI::App &program) {
   CLI::App &command = *program.add_subcommand("rotate", "Rotate an image file by any angle");
   AddInputArgument(command, request->input);
   AddOutputArgument(command, request->output);
-  command
-      .add_option("ANGLE", request->angle,
-                  "Degrees to the left (counter-clockwise), or to the right if\nnegative; 90, 180 and 270 move pixels "
-                  "without changing them")
-      ->required()
-      ->type_name("");
+  NoteChoice(
+      command
+          .add_option(
+              "ANGLE", request->angle,
+              "Degrees to the left (counter-clockwise), or to the right if\nnegative; 90, 180 and 270 move pixels "
+              "without changing them")
+          ->required()
+          ->type_name(""),
+      Choice::Free);
   AddOrientOption(command, request->orient);
   command
       .add_option("--background", request->background,

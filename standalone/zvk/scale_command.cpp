@@ -17,6 +17,7 @@
 #include "standalone/zvk/scale_in_files.h"
 #include "standalone/zvk/scale_job.h"
 #include "standalone/zvk/size_argument.h"
+#include "standalone/zvk/value_choice.h"
 
 namespace standalone {
 namespace {
@@ -128,18 +129,21 @@ void AddScaleCommand(CLI::App &program) {
   CLI::App &command = *program.add_subcommand("scale", "Scale an image file into another one");
   AddInputArgument(command, request->input);
   AddOutputArgument(command, request->output);
-  command
-      .add_option("SIZE", request->size,
-                  "WIDTHxHEIGHT in pixels, 1 to 32767 each way (up to 100000000\nwith --in-file); WIDTHx or xHEIGHT "
-                  "keeps the proportions")
-      ->required()
-      ->type_name("");
+  NoteChoice(command
+                 .add_option(
+                     "SIZE", request->size,
+                     "WIDTHxHEIGHT in pixels, 1 to 32767 each way (up to 100000000\nwith --in-file); WIDTHx or xHEIGHT "
+                     "keeps the proportions")
+                 ->required()
+                 ->type_name(""),
+             Choice::Free);
   CLI::Option *const filter =
       command
           .add_option("--filter", request->filter,
                       "Resampling filter: triangle, box, lanczos3, lanczos8,\nmitchell, poly3 or cubic [default: " +
                           request->filter + "]")
           ->type_name("NAME");
+  NoteChoice(filter, Choice::ScaleFilters);
   CLI::Option *const fast = command
                                 .add_flag("--fast", request->isFast,
                                           "Take the nearest pixel for each one instead of filtering: much\nfaster, "
@@ -153,14 +157,16 @@ void AddScaleCommand(CLI::App &program) {
                       "by\ndefault, and the same for any number [default: filter on one\nthread, and round]")
           ->type_name("N")
           ->excludes(fast);
-  command
-      .add_option("--format", request->format,
-                  "Pixel format of the result while it is made. In colour:\n"
-                  "RGB, RGBA, RGBX, ARGB, XRGB, BGR, BGRA, BGRX, ABGR or XBGR;\n"
-                  "in gray: G, GA, AG, Gray16, 1of3, 2of3, 3of3, 1of4, 2of4,\n"
-                  "3of4 or 4of4. The file gets 8 bits a channel, and alpha if both\n"
-                  "IN and the format have it [default: RGB, or RGBA if IN has\ntransparent pixels]")
-      ->type_name("NAME");
+  CLI::Option *const format =
+      command
+          .add_option("--format", request->format,
+                      "Pixel format of the result while it is made. In colour:\n"
+                      "RGB, RGBA, RGBX, ARGB, XRGB, BGR, BGRA, BGRX, ABGR or XBGR;\n"
+                      "in gray: G, GA, AG, Gray16, 1of3, 2of3, 3of3, 1of4, 2of4,\n"
+                      "3of4 or 4of4. The file gets 8 bits a channel, and alpha if both\n"
+                      "IN and the format have it [default: RGB, or RGBA if IN has\ntransparent pixels]")
+          ->type_name("NAME");
+  NoteChoice(format, Choice::PixelFormats);
   CLI::Option *const inFile = command.add_flag(
       "--in-file", request->isInFile,
       "For pictures larger than memory: keep all pixels in temporary\nfiles, and read and write the pictures row by "

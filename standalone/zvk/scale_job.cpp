@@ -9,8 +9,10 @@ int32_t ResultFormat(const PluginSession &session, const ScaleJob &job, bool has
   return session.Images().Constant(hasAlpha ? "ImageFormatRGBA" : "ImageFormatRGB").AsInteger();
 }
 
+bool CanBeScaledInto(const Value &image) { return image.Get("IsRGB").AsBoolean() || image.Get("IsGray").AsBoolean(); }
+
 void RefuseUnsuitable(const Value &result, const ScaleJob &job) {
-  if (!result.Get("IsRGB").AsBoolean() && !result.Get("IsGray").AsBoolean()) {
+  if (!CanBeScaledInto(result)) {
     throw std::runtime_error("an RGB picture cannot be scaled into " + job.formatName +
                              "; take a format of red, green and blue or of gray, such as RGB or G");
   }

@@ -31,6 +31,9 @@ int32_t ResultFormat(const PluginSession &session, const ScaleJob &job, bool has
 
 constexpr int32_t kMillisecondsBetweenYields = 100;
 
+// True if an image has a format that colours can be scaled into.
+bool CanBeScaledInto(const Value &image);
+
 // Throws std::runtime_error if the result has a format that colours cannot be scaled into, or not that fast.
 void RefuseUnsuitable(const Value &result, const ScaleJob &job);
 
