@@ -3,7 +3,6 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <set>
-#include <sstream>
 
 namespace standalone {
 namespace {
