@@ -52,10 +52,6 @@ discs:BlueChannel():CopyPixels(Gray(160, function(x, y) return Disc(x - 30, y - 
 card = In(PictureZVK.ImageFormatRGBA, photo)
 card:AlphaChannel():CopyPixels(disc)]]
 
--- A section has a title, a text, the code that runs at its start and the code that runs before each picture, and for
--- each picture the name of its file, a caption and the call. The picture is the value of the call, or where that is no
--- image, the image that was called. `zoom` is how many pixels of the screen a pixel takes.
-
 -- A picture for each of a list of constants and captions, the constant put into the call.
 local function each(constants, name, call)
   local figures = {}
@@ -86,6 +82,9 @@ local matrices <const> = {
   {"DitherCluster4Matrix", "slanting dots of 4"}, {"DitherCluster8Matrix", "slanting dots of 8"},
 }
 
+-- A section has a title, a text, the code that runs at its start and the code that runs before each picture, and for
+-- each picture the name of its file, a caption and the call. The picture is the value of the call, or where that is no
+-- image, the image that was called. `zoom` is how many pixels of the screen a pixel takes.
 local sections <const> = {
   {
     title = "The pictures to start from", format = "jpg",
@@ -496,7 +495,8 @@ p code { font-size: .875rem; }
 }
 figure { margin: 0; }
 .wide { grid-column: span 2; }
-img { display: block; max-width: 100%; height: auto; image-rendering: pixelated; }
+img { display: block; max-width: 100%; height: auto; }
+img[src$=".png"] { image-rendering: pixelated; }
 .clear { background: repeating-conic-gradient(#bbb 0 25%, #fff 0 50%) 0 0 / 16px 16px; }
 figcaption { margin-top: .375rem; font-size: .875rem; line-height: 1.35; }
 figcaption code { display: block; margin-top: .125rem; color: var(--quiet); overflow-wrap: anywhere; }
