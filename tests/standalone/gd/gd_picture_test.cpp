@@ -5,9 +5,14 @@
 #include <stdlib.h>
 
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <vector>
+
+#include "tests/standalone/files/exif_testing.h"
 
 namespace standalone {
 namespace {
@@ -177,6 +182,60 @@ TEST_F(GdPicture, PicturesOfEveryFormAreSaved) {
     SavePicture(*picture, Path("a.bmp"));
     EXPECT_EQ(LoadPicture(Path("a.bmp")).picture->GetPixel(2, 1), (Pixel{10, 20, 30, 255}));
   }
+}
+
+// The pixels of a picture, by their red.
+std::vector<std::vector<int>> RedOf(Picture &picture) {
+  std::vector<std::vector<int>> rows;
+  for (int32_t y = 0; y < picture.Height(); ++y) {
+    rows.emplace_back();
+    for (int32_t x = 0; x < picture.Width(); ++x) rows.back().push_back(picture.GetPixel(x, y).red);
+  }
+  return rows;
+}
+
+TEST_F(GdPicture, APictureIsTurnedWithItsMask) {
+  UseGdPictures(host_);
+  const std::vector<std::vector<int>> red = {{1, 2, 3}, {4, 5, 6}};
+  const std::vector<std::vector<int>> mask = {{10, 20, 30}, {40, 50, 60}};
+  for (int orientation = 1; orientation <= 8; ++orientation) {
+    const Owned<Picture> picture = NewPicture(3, 2);
+    for (int y = 0; y < 2; ++y) {
+      for (int x = 0; x < 3; ++x) {
+        const auto gray = static_cast<uint8_t>(mask[static_cast<size_t>(y)][static_cast<size_t>(x)]);
+        picture->SetPixel(x, y, {static_cast<uint8_t>(gray / 10), 99, 98, 255});
+        picture->GetMask().SetPixel(x, y, {gray, gray, gray, 255});
+      }
+    }
+    const Owned<Picture> turned = Turned(picture, TurnOf(orientation));
+    EXPECT_EQ(RedOf(*turned), Seen(red, orientation)) << orientation;
+    ASSERT_NE(turned->Mask(), nullptr);
+    EXPECT_EQ(RedOf(*turned->Mask()), Seen(mask, orientation)) << orientation;
+    EXPECT_EQ(turned->GetPixel(1, 1).green, 99);
+    EXPECT_EQ(turned.Get() == picture.Get(), orientation == 1);
+    EXPECT_EQ(RedOf(*picture), red) << "which stays as it is";
+  }
+}
+
+TEST_F(GdPicture, OnlyPicturesOfGdAreTurned) {
+  const Owned<Picture> bitmap = Owned<Picture>::Adopt(Picture::Make(std::make_unique<BitmapStorage>(3, 2)));
+  EXPECT_EQ(Turned(bitmap, Turn()).Get(), bitmap.Get());
+  EXPECT_THROW(Turned(bitmap, TurnOf(3)), std::invalid_argument);
+}
+
+TEST_F(GdPicture, AFileIsUprightUnlessItIsWantedAsItIsStored) {
+  const OwnedGdImage image(gdImageCreateTrueColor(3, 2));
+  image->tpixels[0][0] = 0x112233;
+  SaveImageFile(image.get(), Path("plain.png"));
+  std::ifstream plain(Path("plain.png"), std::ios::binary);
+  const std::string bytes{std::istreambuf_iterator<char>(plain), std::istreambuf_iterator<char>()};
+  std::ofstream(Path("a.png"), std::ios::binary) << PngWith(bytes, "eXIf", Exif(6));
+  const LoadedPicture upright = LoadPicture(Path("a.png"));
+  EXPECT_EQ(upright.picture->Width(), 2);
+  EXPECT_EQ(upright.picture->GetPixel(1, 0), (Pixel{0x11, 0x22, 0x33, 255}));
+  const LoadedPicture stored = LoadPicture(Path("a.png"), Orient::AsStored);
+  EXPECT_EQ(stored.picture->Width(), 3);
+  EXPECT_EQ(stored.picture->GetPixel(0, 0), (Pixel{0x11, 0x22, 0x33, 255}));
 }
 
 TEST_F(GdPicture, ErrorsOfFilesComeThrough) {

@@ -172,6 +172,9 @@ TEST_F(TiffRows, OfEverySimpleFormAreReadAsTheyAreStored) {
       {.photometric = PHOTOMETRIC_MINISBLACK, .samples = 1, .tile = 32},
       {.samples = 4, .extra = EXTRASAMPLE_UNASSALPHA, .tile = 64},
       {.mode = "w8"},
+      // Rows are given as they are stored, wherever they are seen.
+      {.orientation = ORIENTATION_BOTLEFT},
+      {.tile = 16, .orientation = ORIENTATION_RIGHTTOP},
   };
   for (const TiffForm &form : forms) {
     SCOPED_TRACE(std::to_string(&form - forms));
