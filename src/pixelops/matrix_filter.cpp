@@ -118,7 +118,8 @@ class SourceLines {
 
     const auto count = static_cast<int32_t>(pixels_);
     const int32_t left = std::min(count, std::max(0, -columns_.first));
-    const int32_t inside = std::max(0, std::min(count, source_.Width - columns_.first) - left);
+    const int64_t behind = int64_t{source_.Width} - columns_.first;  // of the widest images more than 32 bits hold
+    const int32_t inside = std::max(0, static_cast<int32_t>(std::min<int64_t>(count, behind)) - left);
     line = Repeat(row, left, line);
     samples_.Copy(row + ptrdiff_t{PlaceAt(columns_.first, left, source_.Width)} * source_.PixelSize, inside, line);
     Repeat(row + ptrdiff_t{source_.Width - 1} * source_.PixelSize, count - left - inside, line + inside * kChannels);
