@@ -7,31 +7,13 @@
 #include <cerrno>
 #include <filesystem>
 #include <new>
-#include <system_error>
 #include <utility>
 
+#include "standalone/files/target_path.h"
+
 namespace standalone {
-namespace {
 
-// The path behind symbolic links, so that the file they lead to is replaced and not the link.
-std::string WritablePath(const std::string &path) {
-  std::error_code error;
-  const std::filesystem::path resolved = std::filesystem::weakly_canonical(path, error);
-  const std::string target = error ? path : resolved.string();
-  struct stat status;
-  if (stat(target.c_str(), &status) == 0) {
-    if (S_ISDIR(status.st_mode)) FailOnFile(path, "is a folder; name a file in it");
-    if (!S_ISREG(status.st_mode)) FailOnFile(path, "is not a regular file; name another one");
-    if (access(target.c_str(), W_OK) != 0) {
-      FailOnFile(path, "is write-protected; name another file or change its permissions");
-    }
-  }
-  return target;
-}
-
-}  // namespace
-
-PartFile::PartFile(const std::string &target) : name_(target), target_(WritablePath(target)) {
+PartFile::PartFile(const std::string &target) : name_(target), target_(ReplaceablePath(target)) {
   const std::filesystem::path folder = std::filesystem::path(target_).parent_path();
   int descriptor = -1;
   for (int attempt = 0; descriptor < 0; ++attempt) {
