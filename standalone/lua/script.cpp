@@ -37,6 +37,12 @@ std::string TakeErrorText(lua_State *lua) {
 
 }  // namespace
 
+void CheckScript(const std::string &path) {
+  const std::unique_ptr<lua_State, decltype(&lua_close)> lua(luaL_newstate(), lua_close);
+  if (lua == nullptr) throw std::bad_alloc();
+  if (luaL_loadfile(lua.get(), path.c_str()) != LUA_OK) throw ScriptError(TakeErrorText(lua.get()));
+}
+
 Script::Script() : lua_(luaL_newstate()) {
   if (lua_ == nullptr) throw std::bad_alloc();
   NoteState(lua_);

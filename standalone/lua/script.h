@@ -24,6 +24,9 @@ class ScriptError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// Throws ScriptError unless the file can be read and is a program; does not run it, and needs no host.
+void CheckScript(const std::string &path);
+
 // One state of Lua with its standard libraries. All classes that plug-ins have registered, and those of the host's own
 // that have members, are globals. One at a time; made after the bindings and gone before them, with all objects that
 // the script still held.

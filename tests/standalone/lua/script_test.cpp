@@ -34,6 +34,23 @@ TEST_F(ScriptTest, AScriptThatCannotBeReadSaysWhere) {
   EXPECT_THROW(Script().RunFile("/no/such/file.lua", {}), ScriptError);
 }
 
+TEST_F(ScriptTest, AProgramIsCheckedWithoutBeingRun) {
+  const std::string path = (std::filesystem::temp_directory_path() / "checked_script_test.lua").string();
+  const auto errorOf = [&](const std::string &text) -> std::string {
+    std::ofstream(path) << text;
+    try {
+      CheckScript(path);
+    } catch (const ScriptError &error) {
+      return error.what();
+    }
+    return "";
+  };
+  EXPECT_EQ(errorOf("#!/usr/bin/env zvk run\nerror('it was run')"), "");
+  EXPECT_THAT(errorOf("\nprint("), HasSubstr("checked_script_test.lua:2: unexpected symbol near <eof>"));
+  std::filesystem::remove(path);
+  EXPECT_THROW(CheckScript(path), ScriptError);
+}
+
 TEST_F(ScriptTest, ErrorsOfAnyTypeBecomeText) {
   EXPECT_EQ(Run("error('plain', 0)"), "plain");
   EXPECT_EQ(Run("error(nil)"), "nil");
