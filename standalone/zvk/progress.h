@@ -1,4 +1,4 @@
-// The line that tells on a terminal that long work is still going on.
+// The line that tells on a terminal how long work is going on.
 #pragma once
 
 #include <chrono>
@@ -7,13 +7,20 @@
 
 namespace standalone {
 
-// Shows "WHAT, 12.3 s" in one line of a terminal once the work has taken a second, and takes it away at the end.
+// Shows one line of a terminal that tells how far the work is, and takes it away at the end. Nothing is ever written if
+// the descriptor is no terminal. The work starts with the object.
 class ProgressLine {
  public:
   using Clock = std::function<std::chrono::steady_clock::time_point()>;
+  // What the line says when the work has taken so many seconds.
+  using Text = std::function<std::string(double seconds)>;
 
-  // The work starts now. Nothing is ever written if the descriptor is no terminal. `what` fits on a line.
-  ProgressLine(int descriptor, std::string what, Clock clock = std::chrono::steady_clock::now);
+  // Shows "WHAT, 12.3 s", once the work has taken a second.
+  ProgressLine(int descriptor, const std::string &what, Clock clock = std::chrono::steady_clock::now);
+
+  // Shows the text from the first update on, as much of it as the terminal is wide.
+  ProgressLine(int descriptor, Text text, Clock clock = std::chrono::steady_clock::now);
+
   ProgressLine(const ProgressLine &) = delete;
   ProgressLine &operator=(const ProgressLine &) = delete;
   ~ProgressLine();
@@ -21,12 +28,18 @@ class ProgressLine {
   // Brings the line up to date, ten times a second at most; to be called as often as one likes while the work goes on.
   void Update();
 
+  // Takes the line away, for something else to be written; the next update shows it again.
+  void Hide();
+
  private:
+  ProgressLine(int descriptor, Text text, std::chrono::seconds patience, Clock clock);
+
   void Write(const std::string &text) const;
 
   int descriptor_;
   bool isTerminal_;
-  std::string what_;
+  Text text_;
+  std::chrono::seconds patience_;
   Clock clock_;
   std::chrono::steady_clock::time_point start_;
   std::chrono::steady_clock::time_point shown_ = {};

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <pty.h>
+#include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -84,13 +85,53 @@ TEST_F(Progress, TakesTheLineAwayAtTheEnd) {
   EXPECT_EQ(Written(), "\r\x1b[Kcounting, 2.5 s\r\x1b[K");
 }
 
+TEST_F(Progress, ShowsATextOfItsOwnAtOnce) {
+  ProgressLine line(
+      terminal_, [](double seconds) { return std::to_string(static_cast<int>(seconds * 10)); }, Clock());
+  Pass(milliseconds(200));
+  line.Update();
+  Pass(milliseconds(99));
+  line.Update();
+  Pass(milliseconds(1));
+  line.Update();
+  EXPECT_EQ(Written(), "\r\x1b[K2\r\x1b[K3");
+}
+
+TEST_F(Progress, IsHiddenUntilTheNextUpdate) {
+  ProgressLine line(
+      terminal_, [](double) { return "text"; }, Clock());
+  line.Hide();
+  line.Update();
+  line.Hide();
+  line.Hide();
+  line.Update();
+  EXPECT_EQ(Written(), "\r\x1b[Ktext\r\x1b[K\r\x1b[Ktext");
+}
+
+TEST_F(Progress, IsCutWhereTheTerminalEnds) {
+  const winsize size = {.ws_row = 24, .ws_col = 6, .ws_xpixel = 0, .ws_ypixel = 0};
+  ASSERT_EQ(ioctl(terminal_, TIOCSWINSZ, &size), 0);
+  std::string text = "01234";
+  ProgressLine line(
+      terminal_, [&](double) { return text; }, Clock());
+  line.Update();
+  line.Hide();
+  text = "012345";
+  line.Update();
+  EXPECT_EQ(Written(), "\r\x1b[K01234\r\x1b[K\r\x1b[K01234");
+}
+
 TEST_F(Progress, ShowsNothingWhereThereIsNoTerminal) {
   int ends[2];
   ASSERT_EQ(pipe(ends), 0);
   {
     ProgressLine line(ends[1], "counting", Clock());
+    ProgressLine other(
+        ends[1], [](double) { return "text"; }, Clock());
     Pass(milliseconds(5000));
     line.Update();
+    other.Update();
+    other.Hide();
   }
   close(ends[1]);
   EXPECT_EQ(ReadToEnd(ends[0]), "");
