@@ -3,21 +3,24 @@
 #include <algorithm>
 #include <cstdio>
 #include <sstream>
-#include <utility>
 
 namespace standalone {
 
 namespace {
 
-void PrintLine(const char *start, std::string line) {
-  const auto isControl = [](unsigned char letter) { return letter < ' ' || letter == 0x7F; };
-  std::replace_if(line.begin(), line.end(), isControl, ' ');
-  std::fprintf(stderr, "%s%s\n", start, line.c_str());
+void PrintLine(const char *start, const std::string &line) {
+  std::fprintf(stderr, "%s%s\n", start, OneLine(line).c_str());
 }
 
 }  // namespace
 
-void PrintMessage(std::string message) { PrintLine("zvk: ", std::move(message)); }
+std::string OneLine(std::string text) {
+  const auto isControl = [](unsigned char letter) { return letter < ' ' || letter == 0x7F; };
+  std::replace_if(text.begin(), text.end(), isControl, ' ');
+  return text;
+}
+
+void PrintMessage(const std::string &message) { PrintLine("zvk: ", message); }
 
 void PrintMessageWithList(const std::string &message) {
   std::istringstream lines(message);

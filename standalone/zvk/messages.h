@@ -14,9 +14,12 @@ class UsageError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// Writes "zvk: MESSAGE" as one line. Control characters (in the name of a file, say) become spaces, so that they
-// neither break the line nor steer the terminal.
-void PrintMessage(std::string message);
+// The text as one line: control characters (in the name of a file, say) become spaces, so that they neither break the
+// line nor steer the terminal.
+std::string OneLine(std::string text);
+
+// Writes "zvk: MESSAGE" as one line.
+void PrintMessage(const std::string &message);
 
 // The same for a message of several lines: the first is the message, the others a list that follows it.
 void PrintMessageWithList(const std::string &message);

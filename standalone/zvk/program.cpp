@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "standalone/zvk/batch_command.h"
 #include "standalone/zvk/combine_command.h"
 #include "standalone/zvk/completion_command.h"
 #include "standalone/zvk/filter_command.h"
@@ -29,6 +30,7 @@ constexpr AddCommand kCommands[] = {
     AddSheetCommand,
     AddInfoCommand,
     AddRunCommand,
+    AddBatchCommand,
     AddMethodsCommand,
     AddFuzzCommand,
     AddCompletionCommand,

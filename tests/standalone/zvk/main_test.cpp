@@ -25,10 +25,11 @@ TEST_F(Zvk, TellsItsCommandsAndExitCodes) {
   for (const char *flag : {"--help", "-h"}) {
     const ProgramResult result = Run({flag});
     EXPECT_EQ(result.exitCode, 0);
-    EXPECT_THAT(result.output, AllOf(HasSubstr("  scale "), HasSubstr("  filter "), HasSubstr("  rotate "),
-                                     HasSubstr("  mirror "), HasSubstr("  combine "), HasSubstr("  sheet "),
-                                     HasSubstr("  info "), HasSubstr("--version"), HasSubstr("  0  done\n"),
-                                     HasSubstr("  1  the work failed"), HasSubstr("  2  the command line is wrong")));
+    EXPECT_THAT(result.output,
+                AllOf(HasSubstr("  scale "), HasSubstr("  filter "), HasSubstr("  rotate "), HasSubstr("  mirror "),
+                      HasSubstr("  combine "), HasSubstr("  sheet "), HasSubstr("  info "), HasSubstr("  batch "),
+                      HasSubstr("--version"), HasSubstr("  0  done\n"), HasSubstr("  1  the work failed"),
+                      HasSubstr("  2  the command line is wrong")));
     EXPECT_EQ(result.errors, "");
   }
 }

@@ -214,7 +214,8 @@ class ZvkProgram : public testing::Test {
     return result;
   }
 
-  // Runs the program in the folder with a terminal for all its streams; `output` has everything, up to 4096 bytes.
+  // Runs the program in the folder with a terminal for all its streams; `output` has everything, up to 4096 bytes
+  // at a slow pace.
   ProgramResult RunOnTerminal(const std::vector<std::string> &arguments, Pace pace) const {
     int terminal = -1;
     const pid_t process = forkpty(&terminal, nullptr, nullptr, nullptr);
@@ -223,8 +224,9 @@ class ZvkProgram : public testing::Test {
       Become(PICTUREZVK_ZVK, arguments);
     }
     ProgramResult result;
+    if (pace == Pace::Full) result.output = ReadToEnd(terminal);
     AwaitEnd(process, pace, result);
-    result.output = ReadToEnd(terminal);
+    result.output += ReadToEnd(terminal);
     close(terminal);
     return result;
   }
