@@ -35,12 +35,13 @@ std::string TypeOf(const CLI::Option &option) {
 OptionLine ReadOption(CLI::Option &option) {
   OptionLine line = {NamesOf(option),
                      {},
+                     option.get_items_expected_max() > 1,
                      OnOneLine(option.get_description()),
                      FirstNames(option.get_excludes()),
                      FirstNames(option.get_needs()),
                      {}};
   if (option.get_items_expected_max() > 0) line.value = TypeOf(option);
-  line.kind = {line.value == "FILE" || line.value == "PATH" || line.value == "FOLDER", NotedChoice(option)};
+  line.kind = {line.value == "FILE" || line.value == "PATH" || line.value == "PATTERN", NotedChoice(option)};
   return line;
 }
 

@@ -23,6 +23,7 @@ struct ValueKind {
 struct OptionLine {
   std::vector<std::string> names;     // such as "-h" and "--help"
   std::string value;                  // what stands for its value, such as "NAME"; empty if it takes none
+  bool isRepeated;                    // may be given several times
   std::string description;            // on one line
   std::vector<std::string> excludes;  // options that do not go with it, the first name of each
   std::vector<std::string> needs;     // options that it needs, likewise

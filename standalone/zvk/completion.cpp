@@ -198,13 +198,14 @@ std::string ZshAction(const std::string &name, const ValueKind &kind, const Plug
 
 std::string ZshOption(const OptionLine &option, const PluginSession &session) {
   Words others = option.excludes;
-  others.insert(others.end(), option.names.begin(), option.names.end());
+  if (!option.isRepeated) others.insert(others.end(), option.names.begin(), option.names.end());
   const bool endsAll = std::ranges::find(option.names, "--help") != option.names.end() ||
                        std::ranges::find(option.names, "--version") != option.names.end();
+  const std::string exclusions = endsAll ? "(- *)" : others.empty() ? "" : "(" + Joined(others) + ")";
   const bool hasValue = !option.value.empty();
   std::string lines;
   for (const std::string &name : option.names) {
-    lines += "                '(" + (endsAll ? "- *" : Joined(others)) + ")" + name +
+    lines += "                '" + exclusions + (option.isRepeated ? "*" : "") + name +
              (hasValue && name.starts_with("--") ? "=" : "") + "[" +
              ZshText(Brief(option.description), kSpecialInArguments) + "]" +
              (hasValue ? ZshAction(option.value, option.kind, session) : "") + "' \\\n";

@@ -25,6 +25,7 @@ class CommandLines : public testing::Test {
     size->type_name("N");
     CLI::Option *const fast = paint.add_flag("--fast", flag_, "Be quick")->excludes(size);
     paint.add_option("--mask", text_, "What to leave")->type_name("FILE")->needs(fast);
+    paint.add_option("--layer", words_, "A layer")->allow_extra_args(false)->type_name("PATTERN");
     NoteChoice(paint.add_option("--style", text_, "How")->type_name("PATH"), Choice::Free);
     CLI::App &open = *program_.add_subcommand("open", "Go on");
     open.prefix_command();
@@ -66,7 +67,7 @@ TEST_F(CommandLines, TellArguments) {
 
 TEST_F(CommandLines, TellOptionsWithWhatGoesWithThem) {
   const std::vector<OptionLine> options = ReadCommands(program_)[0].options;
-  ASSERT_EQ(options.size(), 5u);
+  ASSERT_EQ(options.size(), 6u);
   EXPECT_THAT(options[1].names, ElementsAre("-s", "--size"));
   EXPECT_EQ(options[1].value, "N");
   EXPECT_THAT(options[1].excludes, ElementsAre("--fast"));
@@ -78,7 +79,10 @@ TEST_F(CommandLines, TellOptionsWithWhatGoesWithThem) {
   EXPECT_EQ(options[3].value, "FILE");
   EXPECT_TRUE(options[3].kind.isFile);
   EXPECT_THAT(options[3].needs, ElementsAre("--fast"));
-  EXPECT_EQ(options[4].kind.choice, Choice::Free);
+  EXPECT_FALSE(options[3].isRepeated);
+  EXPECT_TRUE(options[4].isRepeated);
+  EXPECT_TRUE(options[4].kind.isFile);
+  EXPECT_EQ(options[5].kind.choice, Choice::Free);
 }
 
 TEST_F(CommandLines, TellHowACommandIsCalled) {

@@ -273,12 +273,18 @@ TEST_F(ZshCompletionOf, ValuesOffersWhatThePluginHas) {
   EXPECT_THAT(Offered("zvk completion "), ElementsAre("bash", "zsh"));
 }
 
+TEST_F(ZshCompletionOf, OptionsOffersThoseThatStillMakeSense) {
+  EXPECT_THAT(Offered("zvk scale --filter box --f"), ElementsAre("--format"));
+  EXPECT_THAT(Offered("zvk batch a.lua --arg one --ar"), ElementsAre("--arg"));
+  EXPECT_THAT(Offered("zvk batch a.lua -j 3 --jo"), IsEmpty());
+}
+
 TEST_F(ZshCompletionOf, FilesOffersThoseThatThereAre) {
   Write("photo.jpg", "");
   for (const std::string line :
        {"zvk scale ph", "zvk scale a.png ph", "zvk scale --plugin ph", "zvk filter OilFilter ph",
         "zvk filter UnsharpFilter a.png b.png origpixels=ph", "zvk sheet a.png b.png c.png ph", "zvk run ph",
-        "zvk run a.lua ph", "zvk combine a.png b.png c.png --mask ph"}) {
+        "zvk run a.lua ph", "zvk batch a.lua --output ph", "zvk combine a.png b.png c.png --mask ph"}) {
     EXPECT_THAT(Offered(line), ElementsAre("photo.jpg")) << line;
   }
   for (const std::string line : {"zvk scale a.png b.png ph", "zvk scale --threads ph", "zvk fuzz ph"}) {

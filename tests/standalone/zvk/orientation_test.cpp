@@ -296,7 +296,8 @@ TEST_F(Orientation, ThatIsNoneCountsForUpright) {
 }
 
 TEST_F(Orientation, IsAnOptionOfEveryCommandThatReadsImages) {
-  for (const std::string command : {"scale", "filter", "rotate", "mirror", "combine", "sheet", "info", "run"}) {
+  for (const std::string command :
+       {"scale", "filter", "rotate", "mirror", "combine", "sheet", "info", "run", "batch"}) {
     EXPECT_THAT(Run({command, "--help"}).output, HasSubstr("--no-orient")) << command;
   }
 }
