@@ -6,8 +6,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cctype>
+#include <cstddef>
 #include <filesystem>
-#include <regex>
 #include <set>
 #include <sstream>
 #include <string>
@@ -36,6 +37,19 @@ Words LinesOf(const std::string &text) {
     if (!line.empty()) lines.push_back(line);
   }
   return lines;
+}
+
+// A terminal's commands start with escape and a bracket, and end with a letter.
+std::string WithoutTerminalCommands(const std::string &text) {
+  std::string rest;
+  for (size_t i = 0; i < text.size(); ++i) {
+    if (text[i] != '\x1b') {
+      rest += text[i];
+      continue;
+    }
+    while (i < text.size() && std::isalpha(static_cast<unsigned char>(text[i])) == 0) ++i;
+  }
+  return rest;
 }
 
 // The first of each name, whatever its case.
@@ -69,19 +83,21 @@ class Completion : public HelpTexts {
   }
   Words FilterArguments() const {
     Words names;
-    const std::string list = Run({"filter", "--list"}).output;
-    const std::regex argument("[ \\[]([A-Za-z]+=)");
-    for (std::sregex_iterator match(list.begin(), list.end(), argument), end; match != end; ++match) {
-      names.push_back((*match)[1]);
+    std::istringstream words(Run({"filter", "--list"}).output);
+    for (std::string word; words >> word;) {
+      if (word.front() == '[') word.erase(0, 1);
+      if (word.find('=') != std::string::npos) names.push_back(word.substr(0, word.find('=') + 1));
     }
     return Unique(names);
   }
+  // Classes are at the start of a line, members four letters from it; between them are headings.
   Words MemberNames() const {
     Words names;
-    const std::regex member("^(?:|    )([A-Za-z][A-Za-z0-9_]*).*");
     for (const std::string &line : LinesOf(Run({"methods"}).output)) {
-      std::smatch match;
-      if (std::regex_match(line, match, member)) names.push_back(match[1]);
+      const size_t start = line.find_first_not_of(' ');
+      const auto isLetter = [](unsigned char letter) { return std::isalnum(letter) != 0 || letter == '_'; };
+      const auto name = line.begin() + static_cast<ptrdiff_t>(start);
+      if (start == 0 || start == 4) names.emplace_back(name, std::find_if_not(name, line.end(), isLetter));
     }
     return Unique(names);
   }
@@ -241,7 +257,7 @@ class ZshCompletionOf : public Completion {
   Words Offered(const std::string &line) const {
     const ProgramResult result = Run({"-f", "outer.zsh", line}, zsh_);
     EXPECT_EQ(result.exitCode, 0) << line;
-    Words words = LinesOf(std::regex_replace(result.output, std::regex("\x1b\\[[0-9;?]*[A-Za-z]"), ""));
+    Words words = LinesOf(WithoutTerminalCommands(result.output));
     std::ranges::sort(words);
     return words;
   }

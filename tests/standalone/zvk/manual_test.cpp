@@ -5,7 +5,7 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <regex>
+#include <set>
 #include <sstream>
 #include <string>
 
@@ -35,7 +35,9 @@ class ManualPage : public HelpTexts {
   }
 
   static std::string InBold(const std::string &name) {
-    return "\\fB" + std::regex_replace(name, std::regex("-"), "\\-") + "\\fR";
+    std::string escaped;
+    for (const char letter : name) escaped += letter == '-' ? "\\-" : std::string(1, letter);
+    return "\\fB" + escaped + "\\fR";
   }
 
   std::string page_;
@@ -84,10 +86,10 @@ TEST_F(ManualPage, TellsWhatIsInTheHelp) {
 // A line that starts with a dot, or an apostrophe, would be a command of the language.
 TEST_F(ManualPage, HasNoLineThatIsACommandByAccident) {
   std::istringstream lines(page_);
-  const std::regex command("\\.(TH|SH|SS|TP|PP|B|I|br|nf|fi)( .*)?");
+  const std::set<std::string> commands = {".TH", ".SH", ".SS", ".TP", ".PP", ".B", ".I", ".br", ".nf", ".fi"};
   for (std::string line; std::getline(lines, line);) {
     if (line.starts_with('.')) {
-      EXPECT_TRUE(std::regex_match(line, command)) << line;
+      EXPECT_TRUE(commands.contains(FirstWord(line))) << line;
     }
     EXPECT_FALSE(line.empty() || line.starts_with('\'')) << line;
     EXPECT_TRUE(std::ranges::all_of(line, [](unsigned char letter) { return letter >= ' ' && letter <= '~'; })) << line;
