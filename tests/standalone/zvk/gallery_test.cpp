@@ -6,8 +6,8 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <regex>
 #include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -43,12 +43,26 @@ class GalleryTest : public ZvkProgram {
     return std::string(PICTUREZVK_EXAMPLES) + "/../docs/" + name;
   }
 
+  // What stands between `before` and `behind` in each line of the page that has `where` in it, and both.
+  std::vector<std::string> Between(const std::string &where, const std::string &before,
+                                   const std::string &behind) const {
+    std::vector<std::string> found;
+    std::istringstream lines(page_);
+    for (std::string line; std::getline(lines, line);) {
+      const size_t place = line.find(before);
+      if (line.find(where) == std::string::npos || place == std::string::npos) continue;
+      const size_t start = place + before.size();
+      found.push_back(line.substr(start, line.find(behind, start) - start));
+    }
+    return found;
+  }
+
   // The calls under the pictures, as they are run.
   std::vector<std::string> Calls() const {
-    static const std::regex kCall("<figcaption>[^<]* <code>(.*)</code></figcaption>");
-    std::vector<std::string> calls;
-    for (std::sregex_iterator i(page_.begin(), page_.end(), kCall), end; i != end; ++i) {
-      calls.push_back(std::regex_replace((*i)[1].str(), std::regex("<wbr>"), ""));
+    static const std::string kBreak = "<wbr>";
+    std::vector<std::string> calls = Between("<figcaption>", "<code>", "</code></figcaption>");
+    for (std::string &call : calls) {
+      for (size_t at; (at = call.find(kBreak)) != std::string::npos;) call.erase(at, kBreak.size());
     }
     return calls;
   }
@@ -84,10 +98,11 @@ TEST_F(GalleryTest, APictureShowsEachOperationAndEachScaleFilterAndDitherMatrix)
 }
 
 TEST_F(GalleryTest, ThePageNamesThePicturesThatThereAre) {
-  static const std::regex kPicture("<img src=\"gallery/([^\"]*)\" alt=\"[^\"]+\" width=\"[0-9]+\" height=\"[0-9]+\"");
-  std::vector<std::string> named;
-  for (std::sregex_iterator i(page_.begin(), page_.end(), kPicture), end; i != end; ++i) named.push_back((*i)[1]);
+  const std::vector<std::string> named = Between("<figure", "<img src=\"gallery/", "\"");
   EXPECT_EQ(named.size(), Calls().size());
+  for (const std::string &text : Between("<figure", " alt=\"", "\"")) EXPECT_NE(text, "");
+  EXPECT_EQ(Between("<figure", " alt=\"", "\"").size(), named.size());
+  EXPECT_EQ(Between("<figure", " width=\"", "\" height=\"").size(), named.size());
   EXPECT_THAT(FilesIn(Path("docs/gallery")), testing::UnorderedElementsAreArray(named));
 }
 
