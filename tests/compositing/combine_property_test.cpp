@@ -7,45 +7,22 @@
 #include <vector>
 
 #include "compositing/combine.h"
-#include "image/rectangle.h"
 #include "image/views.h"
 #include "tests/compositing/combine_testing.h"
 #include "tests/support/stored_image.h"
+#include "tests/support/transfer_rule.h"
 
 namespace zvk {
 namespace {
 
 using combine_testing::Numbers;
 using namespace stored_image;
+using transfer_rule::AnyNumber;
+using transfer_rule::AnyWidth;
 using Image = Owned<standalone::Object>;
 
-int32_t AnyNumber(std::mt19937 &random) {
-  switch (Between(random, 0, 3)) {
-    case 0:
-      return static_cast<int32_t>(random());
-    case 1:
-      return Between(random, 0, 1) == 0 ? INT32_MAX - Between(random, 0, 40) : INT32_MIN + Between(random, 0, 40);
-    default:
-      return Between(random, -40, 60);
-  }
-}
-
 RC_GTEST_PROP(CombineRectangle, CombinesOwnRuleIsThatOfATransfer, (uint32_t seed)) {
-  std::mt19937 random(seed);
-  for (int i = 0; i < 5000; ++i) {
-    ImageClassData dest{}, image{};
-    dest.Width = Between(random, 0, 3) == 0 ? Between(random, 0, INT32_MAX) : Between(random, 0, 30);
-    dest.Height = Between(random, 1, 30);
-    image.Width = Between(random, 0, 30);
-    image.Height = Between(random, 0, 3) == 0 ? Between(random, 1, INT32_MAX) : Between(random, 1, 30);
-    Numbers n{AnyNumber(random), AnyNumber(random), AnyNumber(random),
-              AnyNumber(random), AnyNumber(random), AnyNumber(random)};
-    const Transfer fitted = FitTransfer({n.destX, n.destY, n.width, n.height, n.sourceX, n.sourceY}, dest.Width,
-                                        dest.Height, image.Width, image.Height);
-    const bool combines = combine_testing::FitNaively(n, dest, image);
-    RC_ASSERT(combines == !IsEmpty(fitted));
-    if (combines) RC_ASSERT((fitted == Transfer{n.destX, n.destY, n.width, n.height, n.sourceX, n.sourceY}));
-  }
+  transfer_rule::CheckOwnRule(seed, combine_testing::FitNaively);
 }
 
 PluginHost *host;
@@ -69,10 +46,6 @@ StoredImage AnyImage(std::mt19937 &random, int32_t width, int32_t height) {
   StoredImage image(*host, AnyKind(random), width, height, AnyCombinedFormat(random), Between(random, 0, 7));
   image.Fill(random);
   return image;
-}
-
-int32_t AnyWidth(std::mt19937 &random) {
-  return Between(random, 0, 2) != 0 ? Between(random, 1, 12) : Between(random, 12, 90);
 }
 
 // What one call is given besides the images.

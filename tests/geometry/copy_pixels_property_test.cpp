@@ -7,45 +7,22 @@
 #include <vector>
 
 #include "geometry/copy_pixels.h"
-#include "image/rectangle.h"
 #include "tests/geometry/copy_testing.h"
 #include "tests/support/stored_image.h"
+#include "tests/support/transfer_rule.h"
 
 namespace zvk {
 namespace {
 
 using copy_testing::Numbers;
 using namespace stored_image;
+using transfer_rule::AnyNumber;
+using transfer_rule::AnyWidth;
 
 // --- the rectangle ---
 
-int32_t AnyNumber(std::mt19937 &random) {
-  switch (Between(random, 0, 3)) {
-    case 0:
-      return static_cast<int32_t>(random());
-    case 1:
-      return Between(random, 0, 1) == 0 ? INT32_MAX - Between(random, 0, 40) : INT32_MIN + Between(random, 0, 40);
-    default:
-      return Between(random, -40, 60);
-  }
-}
-
 RC_GTEST_PROP(CopyPixelsRectangle, TheCopysOwnRuleIsThatOfATransfer, (uint32_t seed)) {
-  std::mt19937 random(seed);
-  for (int i = 0; i < 5000; ++i) {
-    ImageClassData self{}, source{};
-    self.Width = Between(random, 0, 3) == 0 ? Between(random, 0, INT32_MAX) : Between(random, 0, 30);
-    self.Height = Between(random, 1, 30);
-    source.Width = Between(random, 0, 30);
-    source.Height = Between(random, 0, 3) == 0 ? Between(random, 1, INT32_MAX) : Between(random, 1, 30);
-    Numbers n{AnyNumber(random), AnyNumber(random), AnyNumber(random),
-              AnyNumber(random), AnyNumber(random), AnyNumber(random)};
-    const Transfer fitted = FitTransfer({n.destX, n.destY, n.width, n.height, n.sourceX, n.sourceY}, self.Width,
-                                        self.Height, source.Width, source.Height);
-    const bool copies = copy_testing::FitNaively(n, self, source);
-    RC_ASSERT(copies == !IsEmpty(fitted));
-    if (copies) RC_ASSERT((fitted == Transfer{n.destX, n.destY, n.width, n.height, n.sourceX, n.sourceY}));
-  }
+  transfer_rule::CheckOwnRule(seed, copy_testing::FitNaively);
 }
 
 // --- the copy ---
@@ -61,11 +38,6 @@ class CopyPixelsProperty : public testing::Test {
 };
 
 Kind AnyKind(std::mt19937 &random) { return kKinds[Between(random, 0, 4)]; }
-
-// Mostly small; at times long enough for the loops that take many pixels at once.
-int32_t AnyWidth(std::mt19937 &random) {
-  return Between(random, 0, 2) != 0 ? Between(random, 1, 12) : Between(random, 12, 90);
-}
 
 StoredImage AnyImage(std::mt19937 &random, int32_t format) {
   StoredImage image(*host, AnyKind(random), AnyWidth(random), Between(random, 1, 9), format, Between(random, 0, 7));
