@@ -55,7 +55,7 @@ struct Member<kFunction> {
     } catch (const ImageFileError &error) {
       Raised(kIO, error.what()).MarkPending();
     } catch (const std::filesystem::filesystem_error &error) {
-      Raised(kIO, error.what()).MarkPending();
+      Raised(kIO, error.path1().string() + ": " + error.code().message()).MarkPending();
     } catch (const std::bad_alloc &) {
       Raised("OutOfMemoryException", "there is not enough memory").MarkPending();
     }

@@ -144,6 +144,8 @@ TEST_F(HostClassesTest, FolderItemsTellOfFilesAndFolders) {
       assert(not pcall(function() return folder:Child("none").Count end))
   )"),
             "");
+  EXPECT_THAT(Run("print(FolderItem('/dev/null').Count)"), HasSubstr("IOException: /dev/null: Not a directory"));
+  EXPECT_THAT(Run("print(FolderItem('/dev/none').Length)"), HasSubstr("IOException: /dev/none: No such file"));
   EXPECT_THAT(Run("FolderItem('')"), HasSubstr("IOException: a folder item needs a path"));
 }
 
