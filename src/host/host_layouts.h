@@ -176,7 +176,7 @@ struct GDImage {
   uint8_t **trueColorRows;
 };
 
-// A file reference, a file specification and a length-prefixed UTF-16 name, as the host hands them over here.
+// A file reference, an FSSpec and a length-prefixed UTF-16 name, as the host hands them over here.
 struct FSRef {
   const char *path;
 };

@@ -126,9 +126,9 @@ ZeroedBuffer<char> FolderItemPath(REALobject item) {
   }
 
   // Hosts without the first entry.
-  FSSpec specification{};
-  if (REALFSSpecFromFolderItem(&specification, item) && specification.path != nullptr) {
-    return DecomposedPath(specification.path);
+  FSSpec fsSpec{};
+  if (REALFSSpecFromFolderItem(&fsSpec, item) && fsSpec.path != nullptr) {
+    return DecomposedPath(fsSpec.path);
   }
   return {};
 }

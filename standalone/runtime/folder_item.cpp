@@ -51,9 +51,9 @@ bool FolderItem::FillParent(FSRef *reference, HFSUniStr255 *name) const {
   return true;
 }
 
-bool FolderItem::FillSpecification(FSSpec *specification) const {
-  if (refusals.specification || path_.empty()) return false;
-  specification->path = path_.c_str();
+bool FolderItem::FillFSSpec(FSSpec *fsSpec) const {
+  if (refusals.fsSpec || path_.empty()) return false;
+  fsSpec->path = path_.c_str();
   return true;
 }
 
@@ -73,9 +73,9 @@ uint8_t FSRefFromFolderItem(REALobject handle, FSRef *reference, HFSUniStr255 *n
   return (name == nullptr ? item->FillReference(reference) : item->FillParent(reference, name)) ? 1 : 0;
 }
 
-uint8_t FSSpecFromFolderItem(FSSpec *specification, REALobject handle) {
+uint8_t FSSpecFromFolderItem(FSSpec *fsSpec, REALobject handle) {
   const auto *const item = ObjectAs<FolderItem>(handle);
-  return item != nullptr && item->FillSpecification(specification) ? 1 : 0;
+  return item != nullptr && item->FillFSSpec(fsSpec) ? 1 : 0;
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Folder items: places of files, handed to plug-ins as references and specifications.
+// Folder items: places of files, handed to plug-ins as references and FSSpecs.
 #pragma once
 
 #include <string>
@@ -8,7 +8,7 @@
 
 namespace standalone {
 
-// Keeps the paths that references and specifications point to for as long as it lives.
+// Keeps the paths that references and FSSpecs point to for as long as it lives.
 class FolderItem : public Object {
  public:
   // `path` is UTF-8, absolute or relative; the file need not be there.
@@ -20,9 +20,9 @@ class FolderItem : public Object {
 
   // Ways of telling the path that this item refuses, as items of old hosts and odd volumes do.
   struct Refusals {
-    bool reference = false;      // the file itself, by reference
-    bool parent = false;         // the folder by reference, with a name
-    bool specification = false;  // the file, by specification
+    bool reference = false;  // the file itself, by reference
+    bool parent = false;     // the folder by reference, with a name
+    bool fsSpec = false;     // the file, by FSSpec
   };
   Refusals refusals;
 
@@ -31,7 +31,7 @@ class FolderItem : public Object {
   // The folder's path and the file's name in UTF-16; false if there is no such folder, or the name does not fit.
   bool FillParent(FSRef *reference, HFSUniStr255 *name) const;
   // The file's own path, whether or not there is such a file.
-  bool FillSpecification(FSSpec *specification) const;
+  bool FillFSSpec(FSSpec *fsSpec) const;
 
   // "Name", "NativePath".
   bool GetText(std::string_view name, String **value) override;

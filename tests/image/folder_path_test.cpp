@@ -42,9 +42,9 @@ uint8_t AnswerReference(REALobject, FSRef *reference, HFSUniStr255 *name) {
   return answers.hasParent;
 }
 
-uint8_t AnswerSpecification(FSSpec *specification, REALobject) {
+uint8_t AnswerFSSpec(FSSpec *fsSpec, REALobject) {
   answers.asked += 's';
-  specification->path = answers.specified;
+  fsSpec->path = answers.specified;
   return answers.hasSpecified;
 }
 
@@ -59,7 +59,7 @@ class FolderPath : public testing::Test {
   std::string Answered(const Answers &told) {
     answers = told;
     host_->SetEntry("REALFSRefFromFolderItem", AnswerReference);
-    host_->SetEntry("REALFSSpecFromFolderItem", AnswerSpecification);
+    host_->SetEntry("REALFSSpecFromFolderItem", AnswerFSSpec);
     return PathOf("anything");
   }
 
@@ -85,16 +85,16 @@ TEST_F(FolderPath, AFileThatDoesNotExistIsFoundByItsFolderAndName) {
   EXPECT_EQ(host_->Calls("REALFSSpecFromFolderItem"), 0);
 }
 
-TEST_F(FolderPath, AnItemThatRefusesReferencesIsFoundByItsSpecification) {
+TEST_F(FolderPath, AnItemThatRefusesReferencesIsFoundByItsFSSpec) {
   const auto item = host_.NewFolderItem(In("new"));
   item->refusals.parent = true;
   EXPECT_EQ(PathOf(item), In("new"));
   EXPECT_EQ(host_->Calls("REALFSSpecFromFolderItem"), 1);
-  item->refusals.specification = true;
+  item->refusals.fsSpec = true;
   EXPECT_EQ(PathOf(item), "(none)");
 }
 
-TEST_F(FolderPath, AHostWithoutReferencesIsAskedForTheSpecification) {
+TEST_F(FolderPath, AHostWithoutReferencesIsAskedForTheFSSpec) {
   MakeFile("there");
   host_->Withhold("REALFSRefFromFolderItem");
   EXPECT_EQ(PathOf(In("there")), In("there"));
@@ -147,7 +147,7 @@ TEST_F(FolderPath, AnAnswerWithoutAPathLeadsToTheNextWay) {
   EXPECT_EQ(Answered(told), "(none)");
 }
 
-TEST_F(FolderPath, ANameThatIsEmptyOrTooLongLeadsToTheSpecification) {
+TEST_F(FolderPath, ANameThatIsEmptyOrTooLongLeadsToTheFSSpec) {
   Answers told{.parent = "/folder", .hasParent = true, .name = {}, .specified = "/specified", .hasSpecified = true};
   EXPECT_EQ(Answered(told), "/specified");
   told.name.assign(255, 'n');
@@ -156,7 +156,7 @@ TEST_F(FolderPath, ANameThatIsEmptyOrTooLongLeadsToTheSpecification) {
   EXPECT_EQ(Answered(told), "/specified");
 }
 
-TEST_F(FolderPath, ANameWithHalfASurrogatePairLeadsToTheSpecification) {
+TEST_F(FolderPath, ANameWithHalfASurrogatePairLeadsToTheFSSpec) {
   for (const std::vector<uint16_t> &name : std::initializer_list<std::vector<uint16_t>>{
            {'n', 0xD83D}, {0xD83D, 'n'}, {0xDE00}, {0xDE00, 0xD83D}, {0xD83D, 0xD83D, 0xDE00}}) {
     Answers told{.parent = "/folder", .hasParent = true, .name = name, .specified = "/specified", .hasSpecified = true};

@@ -16,8 +16,8 @@ uint8_t Reference(REALobject item, FSRef *reference, HFSUniStr255 *name) {
   return Entry<uint8_t(REALobject, FSRef *, HFSUniStr255 *)>("REALFSRefFromFolderItem")(item, reference, name);
 }
 
-uint8_t Specification(FSSpec *specification, REALobject item) {
-  return Entry<uint8_t(FSSpec *, REALobject)>("REALFSSpecFromFolderItem")(specification, item);
+uint8_t FSSpecOf(FSSpec *fsSpec, REALobject item) {
+  return Entry<uint8_t(FSSpec *, REALobject)>("REALFSSpecFromFolderItem")(fsSpec, item);
 }
 
 class FolderItemTest : public testing::Test {
@@ -80,20 +80,20 @@ TEST_F(FolderItemTest, ANameOfMoreThan255UnitsOrAMissingFolderIsRefused) {
   EXPECT_EQ(Reference(Item(PathOf("missing/file")), &reference, &name), 0);
 }
 
-TEST_F(FolderItemTest, TheSpecificationIsThePathWhetherOrNotTheFileIsThere) {
-  FSSpec specification{};
+TEST_F(FolderItemTest, TheFSSpecIsThePathWhetherOrNotTheFileIsThere) {
+  FSSpec fsSpec{};
   auto item = Item(PathOf("new"));
-  ASSERT_EQ(Specification(&specification, item), 1);
-  EXPECT_EQ(specification.path, PathOf("new"));
-  EXPECT_EQ(Specification(&specification, nullptr), 0);
-  EXPECT_EQ(Specification(&specification, Item("")), 0);
+  ASSERT_EQ(FSSpecOf(&fsSpec, item), 1);
+  EXPECT_EQ(fsSpec.path, PathOf("new"));
+  EXPECT_EQ(FSSpecOf(&fsSpec, nullptr), 0);
+  EXPECT_EQ(FSSpecOf(&fsSpec, Item("")), 0);
 }
 
 TEST_F(FolderItemTest, EachWayCanBeRefusedAlone) {
   std::ofstream(PathOf("here")) << "x";
   auto item = Item(PathOf("here"));
   FSRef reference{};
-  FSSpec specification{};
+  FSSpec fsSpec{};
   HFSUniStr255 name{};
   item->refusals = {.reference = true};
   EXPECT_EQ(Reference(item, &reference, nullptr), 0);
@@ -101,8 +101,8 @@ TEST_F(FolderItemTest, EachWayCanBeRefusedAlone) {
   item->refusals = {.parent = true};
   EXPECT_EQ(Reference(item, &reference, nullptr), 1);
   EXPECT_EQ(Reference(item, &reference, &name), 0);
-  item->refusals = {.specification = true};
-  EXPECT_EQ(Specification(&specification, item), 0);
+  item->refusals = {.fsSpec = true};
+  EXPECT_EQ(FSSpecOf(&fsSpec, item), 0);
 }
 
 TEST_F(FolderItemTest, TellsItsNameAndPathAsText) {
