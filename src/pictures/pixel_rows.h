@@ -108,8 +108,8 @@ void StoreRow(uint8_t *dest, ptrdiff_t count, const ImageClassData &image, Colou
     StorePacked<2, 0>(dest + blue, count, colours);
   } else if (image.PixelSize == 4 && inOneWord(green) && inOneWord(blue) && inOneWord(alphaOffset) && red != green &&
              red != blue && green != blue) {
-    // Shifts and masks, as an offset may be below zero. The last pixel goes by bytes: its fourth one
-    // may lie behind a caller's memory.
+    // Shifts and masks, as an offset may be below zero. The last pixel goes by bytes: its fourth one may lie behind a
+    // caller's memory.
     StoreWords(dest + (red & ~3), count - 1, {red & 3, green & 3, blue & 3, alphaOffset & 3}, colours, alpha);
     StoreBytes(dest, count - 1, count, image, colours, alpha);
   } else {

@@ -7,11 +7,10 @@
 #include <cstdint>
 #include <cstring>
 #include <memory>
-#include <string>
 #include <vector>
 
 #include "image/image_formats.h"
-#include "tests/pictures/picture_testing.h"
+#include "tests/pictures/picture_export_testing.h"
 
 namespace zvk {
 namespace {
@@ -20,25 +19,6 @@ using namespace picture_testing;
 using standalone::HostKind;
 using standalone::Object;
 using standalone::Picture;
-using Bytes = std::vector<uint8_t>;
-
-// An image of one row with the given bytes as its pixels.
-Owned<Object> RowImage(PluginHost &host, int32_t format, const Bytes &bytes) {
-  auto probe = NewImage(host, 1, 1, format);
-  const auto width = static_cast<int32_t>(bytes.size()) / RecordOf(probe)->PixelSize;
-  auto image = NewImage(host, width, 1, format);
-  std::memcpy(RecordOf(image)->Buffer, bytes.data(), bytes.size());
-  return image;
-}
-
-// A picture's pixels of the top row, left to right.
-std::vector<Pixel> TopRow(const Picture &picture) {
-  std::vector<Pixel> pixels;
-  for (int32_t x = 0; x < picture.Width(); ++x) pixels.push_back(picture.GetPixel(x, 0));
-  return pixels;
-}
-
-Pixel Gray(uint8_t value) { return {value, value, value}; }
 
 // --- pixel words ---
 
@@ -525,78 +505,6 @@ TEST(DebugPicture, IsAsSmallAsTheImage) {
   ASSERT_TRUE(picture);
   EXPECT_EQ(TopRow(*picture), (std::vector{Gray(10), Gray(30)}));
   EXPECT_EQ(TopRow(*picture->Mask()), (std::vector{Gray(20), Gray(40)}));
-}
-
-// --- yields ---
-
-TEST(ExportYields, OnceAtTheStartOnceBeforeTheRowsAndAfterEach) {
-  PluginHost host;
-  auto image = NewImage(host, 4, 7, ImageFormatRGBA);
-  YieldAlways(host, image);
-  AdoptPicture(rbCopyPicture(image, 0, 2, 4, 5));
-  EXPECT_EQ(Yields(host), 7);
-  AdoptPicture(rbCopyMask(image, 0, 2, 4, 5));
-  EXPECT_EQ(Yields(host), 14);
-}
-
-TEST(ExportYields, OnlyAtTheStartWithoutAPicture) {
-  PluginHost host({.withheld = {"newPicture"}});
-  auto image = NewImage(host, 4, 7, ImageFormatRGBA);
-  YieldAlways(host, image);
-  rbCopyPictureAll(image);
-  EXPECT_EQ(Yields(host), 1);
-}
-
-TEST(ExportYields, NeverForAnEmptyRectangle) {
-  PluginHost host;
-  auto image = NewImage(host, 4, 7, ImageFormatRGBA);
-  YieldAlways(host, image);
-  rbCopyPicture(image, 4, 0, 4, 5);
-  rbCopyMask(image, 4, 0, 4, 5);
-  EXPECT_EQ(Yields(host), 0);
-}
-
-TEST(ExportYields, AnImageThatDoesNotAskNeverYields) {
-  PluginHost host;
-  auto image = NewImage(host, 4, 7, ImageFormatRGBA);
-  AdoptPicture(rbCopyPictureWithMaskAll(image));
-  EXPECT_EQ(Yields(host), 0);
-}
-
-TEST(ExportYields, AnImageThatIsClosedOrMadeSmallerInAYieldGivesNoMoreRows) {
-  PluginHost host;
-  for (int32_t choice = 0; choice < 3; ++choice) {
-    auto image = NewImage(host, 3, 4, ImageFormatRGBA);
-    ImageClassData &record = *RecordOf(image);
-    std::fill_n(record.Buffer, record.TotalSize, 9);
-    YieldAlways(host, image);
-    host->onYield = [&] {
-      if (Yields(host) != 6 * choice + 4) return;  // after the second row
-      if (choice == 0) record.GetRow = nullptr;
-      if (choice != 0) (choice == 1 ? record.Width : record.Height) = 2;
-    };
-    const auto picture = AdoptPicture(rbCopyPictureAll(image));
-    ASSERT_TRUE(picture);
-    EXPECT_EQ(Yields(host), 6 * choice + 6);
-    for (int32_t y = 0; y < 4; ++y) EXPECT_EQ(picture->GetPixel(2, y).red, y < 2 ? 9 : 0) << choice;
-  }
-}
-
-TEST(ExportYields, HostCodeInAYieldMayMoveTheRowsAndTheOffsets) {
-  PluginHost host;
-  auto image = RowImage(host, ImageFormatG, {1, 2, 3});
-  ImageClassData *record = RecordOf(image);
-  record->Width = 1;
-  record->Height = 3;
-  record->RowSize = 0;
-  YieldAlways(host, image);
-  // Rows of one column, each found where the yields have got to by then.
-  host->onYield = [&] { record->GrayOffset = static_cast<int32_t>(Yields(host)) - 2; };
-  auto picture = AdoptPicture(rbCopyPictureAll(image));
-  ASSERT_TRUE(picture);
-  EXPECT_EQ(picture->GetPixel(0, 0), Gray(1));
-  EXPECT_EQ(picture->GetPixel(0, 1), Gray(2));
-  EXPECT_EQ(picture->GetPixel(0, 2), Gray(3));
 }
 
 }  // namespace
