@@ -16,7 +16,7 @@ bool HasWideSamples(const ImageClassData &image) { return image.BitsPerComponent
 
 // True if the mask lies over the image pixel by pixel.
 bool Covers(const ImageClassData &mask, const ImageClassData &image) {
-  return mask.Valid && HasRows(mask) && mask.Width == image.Width && mask.Height == image.Height;
+  return mask.Valid && HasPixels(mask) && mask.Width == image.Width && mask.Height == image.Height;
 }
 
 // Gives both images time, each once it has been found usable. False if one is not, or is no longer after the yields.

@@ -11,6 +11,11 @@ ImageClassData *ReadableRecord(REALobject instance) {
   return image != nullptr && image->Valid && HasRows(*image) ? image : nullptr;
 }
 
+ImageClassData *ConvertibleRecord(REALobject instance) {
+  ImageClassData *image = RecordOf(instance);
+  return image != nullptr && image->Valid && HasPixels(*image) ? image : nullptr;
+}
+
 uint8_t *BytesOfBlock(REALobject block) {
   return block != nullptr ? static_cast<uint8_t *>(REALMemoryBlockGetPtr(block)) : nullptr;
 }

@@ -8,9 +8,12 @@
 
 namespace zvk {
 
-// The record of an instance whose rows may be asked for; nil if it is not Valid or has no rows (never constructed, or
-// closed).
+// The record of an instance whose rows may be asked for as bytes, RowSize of them; nil if it is not Valid or has no
+// rows (never constructed, or closed).
 ImageClassData *ReadableRecord(REALobject instance);
+
+// The record of an instance whose rows may be asked for as pixels; nil also if its row has wrapped in 32 bits.
+ImageClassData *ConvertibleRecord(REALobject instance);
 
 // The address of a caller's block; nil for a nil block or one without an address.
 uint8_t *BytesOfBlock(REALobject block);

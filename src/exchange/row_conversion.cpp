@@ -22,7 +22,7 @@ bool CheckIndex(const ImageClassData &image, int32_t index, bool invertAlpha) {
 }
 
 REALobject GetRowInFormat(REALobject instance, int32_t index, int32_t format, bool invertAlpha) {
-  ImageClassData *image = ReadableRecord(instance);
+  ImageClassData *image = ConvertibleRecord(instance);
   if (image == nullptr || !CheckIndex(*image, index, invertAlpha)) return nullptr;
   const uint8_t *row = image->GetRow(image, index);
   if (row == nullptr) return nullptr;
@@ -44,7 +44,7 @@ REALobject GetRowInFormat(REALobject instance, int32_t index, int32_t format, bo
 }
 
 void SetRowInFormat(REALobject instance, int32_t index, int32_t format, bool invertAlpha, REALobject block) {
-  ImageClassData *image = ReadableRecord(instance);
+  ImageClassData *image = ConvertibleRecord(instance);
   if (image == nullptr || !CheckIndex(*image, index, invertAlpha)) return;
   const uint8_t *bytes = BytesOfBlock(block);
   if (bytes == nullptr) {

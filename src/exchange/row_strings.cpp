@@ -97,7 +97,7 @@ class StringBytes {
 // --- a row ---
 
 REALstring rbGetRowFS(REALobject instance, int32_t index, int32_t format) {
-  ImageClassData *image = ReadableRecord(instance);
+  ImageClassData *image = ConvertibleRecord(instance);
   if (image == nullptr || !CheckIndex(*image, index)) return nullptr;
   const uint8_t *row = image->GetRow(image, index);
   if (row == nullptr) return nullptr;
@@ -114,7 +114,7 @@ REALstring rbGetRowFS(REALobject instance, int32_t index, int32_t format) {
 void rbSetRowFS(REALobject instance, int32_t index, int32_t format, REALstring string) {
   const StringBytes bytes(string);
   if (!bytes) return;
-  ImageClassData *image = ReadableRecord(instance);
+  ImageClassData *image = ConvertibleRecord(instance);
   if (image == nullptr || !CheckIndex(*image, index) || bytes.Get() == nullptr) return;
   uint8_t *row = image->GetRow(image, index);
   if (row == nullptr) return;
@@ -127,7 +127,7 @@ void rbSetRowFS(REALobject instance, int32_t index, int32_t format, REALstring s
 // --- all rows, from the top: the order for which the block of a mapped image is placed. Nothing yields. ---
 
 REALstring rbGetAllFS(REALobject instance, int32_t format) {
-  ImageClassData *image = ReadableRecord(instance);
+  ImageClassData *image = ConvertibleRecord(instance);
   if (image == nullptr) return nullptr;
   ImageClassData packed{};
   if (!InitImageClassData(&packed, image->Width, image->Height, format)) return nullptr;
@@ -146,7 +146,7 @@ REALstring rbGetAllFS(REALobject instance, int32_t format) {
 void rbSetAllFS(REALobject instance, int32_t format, REALstring string) {
   const StringBytes bytes(string);
   if (!bytes) return;
-  ImageClassData *image = ReadableRecord(instance);
+  ImageClassData *image = ConvertibleRecord(instance);
   if (image == nullptr || bytes.Get() == nullptr) return;
   ImageClassData packed{};
   if (!InitImageClassData(&packed, image->Width, image->Height, format)) return;

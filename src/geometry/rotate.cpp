@@ -64,16 +64,13 @@ Remainder TurnRightAngles(REALobject instance, double angle) {
 
 // --- the shears ---
 
-// True if an image can be sheared. One that was constructed anew in a format that was refused has pixels of no size.
-bool HasPixels(const ImageClassData &image) { return IsUsable(image) && image.PixelSize > 0; }
-
 // True if both images can be worked on, after a yield on each.
 bool StartStage(ImageClassData &source, ImageClassData &dest) {
   if (!IsUsable(source) || !IsUsable(dest)) return false;
   YieldOn(source);
   YieldOn(dest);
   // The yields let other code of the host run, which may have closed or constructed anew either image.
-  return HasPixels(source) && HasPixels(dest);
+  return IsUsable(source) && IsUsable(dest);
 }
 
 // Rows that both images have, up to `rows`.

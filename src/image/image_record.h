@@ -105,14 +105,19 @@ inline ImageClassData *RecordOf(REALobject instance) {
                              : nullptr;
 }
 
-// True if the image has rows to work on. It has none before construction, after Close, and in a view of an image over a
-// row table, which has the accessor and no table. Nor if a row's bytes cannot be counted in 32 bits: a constructor
-// takes such an image too, but its RowSize has wrapped, and its rows are far shorter than their pixels.
+// True if rows can be fetched. They cannot before construction, after Close, and in a view of an image over a row
+// table, which has the accessor and no table.
 bool HasRows(const ImageClassData &image);
+
+// True if the pixels of those rows can be reached: if the bytes of a row can be counted in 32 bits. A constructor takes
+// another image too, but its RowSize has wrapped, and only whole rows of that size can be exchanged.
+inline bool HasPixels(const ImageClassData &image) {
+  return HasRows(image) && int64_t{image.Width} * image.PixelSize <= INT32_MAX;
+}
 
 // True if the image can be worked on at all. Every pixel operation refuses another one.
 inline bool IsUsable(const ImageClassData &image) {
-  return image.Valid && HasRows(image) && image.Width >= 0 && image.Height >= 1;
+  return image.Valid && HasPixels(image) && image.Width >= 0 && image.Height >= 1;
 }
 
 // Gives the host time if the image asks for it.

@@ -20,8 +20,7 @@ int32_t Mirrored(const ImageClassData *record, int32_t index) { return record->H
 
 bool HasRows(const ImageClassData &image) {
   const bool overTable = image.GetRow == GetRowGDImage || image.GetRow == GetRowGDImageMirrored;
-  const bool isCountable = int64_t{image.Width} * image.PixelSize <= INT32_MAX;
-  return image.GetRow != nullptr && (!overTable || image.RowTable != nullptr) && isCountable;
+  return image.GetRow != nullptr && (!overTable || image.RowTable != nullptr);
 }
 
 uint8_t *GetRowLinear(ImageClassData *record, int32_t index) {

@@ -57,7 +57,7 @@ void LinkStorage(ImageClassData &view, const ImageClassData &source) {
 struct NewView {
   explicit NewView(REALobject sourceInstance)
       : source(RecordOf(sourceInstance)),
-        instance(source != nullptr && HasRows(*source) ? REALnewInstance("PictureZVK") : nullptr),
+        instance(source != nullptr && HasPixels(*source) ? REALnewInstance("PictureZVK") : nullptr),
         view(RecordOf(instance.Get())),
         parent(sourceInstance) {}
 
@@ -289,7 +289,7 @@ REALobject GetMirroredView(REALobject source) {
 
 REALobject Clone(REALobject source) {
   const ImageClassData *record = RecordOf(source);
-  if (record == nullptr || record->IsMapping || !record->Valid || !HasRows(*record)) return nullptr;
+  if (record == nullptr || record->IsMapping || !record->Valid || !HasPixels(*record)) return nullptr;
   REALobject instance = REALnewInstance("PictureZVK");
   if (instance == nullptr) return nullptr;
   // The instance is abandoned, not released, if the size is refused.

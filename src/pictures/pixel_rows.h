@@ -19,7 +19,7 @@ namespace zvk {
 // code of the host may have run since, and closed the image or constructed it anew, where the transfer may not fit.
 inline uint8_t *DestPixel(ImageClassData &image, const Transfer &transfer, int32_t i) {
   const int32_t y = transfer.destY + i;
-  if (!HasRows(image) || y >= image.Height || transfer.width > image.Width - transfer.destX) return nullptr;
+  if (!HasPixels(image) || y >= image.Height || transfer.width > image.Width - transfer.destX) return nullptr;
   uint8_t *row = image.GetRow(&image, y);
   return row != nullptr ? row + static_cast<ptrdiff_t>(transfer.destX) * image.PixelSize : nullptr;
 }

@@ -130,7 +130,7 @@ template <const ScalePair &Pair>
 void HorizontalRow(const ScaleJob &job, int32_t y, double rounding) {
   ImageClassData &source = *job.Source;
   ImageClassData &temp = *job.Temp;
-  if (!HasRows(source) || !HasRows(temp)) return;
+  if (!HasPixels(source) || !HasPixels(temp)) return;
   const uint8_t *sourceRow = source.GetRow(&source, y);
   if (sourceRow == nullptr) return;
   const uint8_t *end = EndOfSamples<Pair>(source, sourceRow);
@@ -156,7 +156,7 @@ template <const ScalePair &Pair>
 void VerticalRow(const ScaleJob &job, int32_t y) {
   ImageClassData &temp = *job.Temp;
   ImageClassData &dest = *job.Dest;
-  if (!HasRows(temp) || !HasRows(dest)) return;
+  if (!HasPixels(temp) || !HasPixels(dest)) return;
   const ScaleTapList &list = job.Table[y];
   for (int32_t x = 0; x < job.Width; ++x) {
     double sums[kValues<Pair>] = {};
@@ -361,7 +361,7 @@ class SummedRows {
 
 // True if there are rows and nobody can notice in what order those of the one are read and those of the other written.
 inline bool MayWorkOnWholeRows(const ImageClassData &from, const ImageClassData &to) {
-  return HasRows(from) && HasRows(to) && HasFixedRows(from) && HasFixedRows(to) && !SharesStorage(from, to);
+  return HasPixels(from) && HasPixels(to) && HasFixedRows(from) && HasFixedRows(to) && !SharesStorage(from, to);
 }
 
 // True if `height` rows of `width` pixels, `pixelSize` bytes each, lie inside the image.

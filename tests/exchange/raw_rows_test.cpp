@@ -41,6 +41,29 @@ TEST_F(RawRows, RawRowIsABlockOverTheRowItself) {
   EXPECT_EQ(Row(image, 2)[4], 99);
 }
 
+// 4 x (2^30 + 10) is 40 in 32 bits, a row of 64 bytes.
+TEST_F(RawRows, RowsOfAnImageWhoseRowHasWrappedAreExchangedByTheirRowSize) {
+  const auto image = New((1 << 30) + 10, 2, ImageFormatRGBA);
+  ASSERT_EQ(Record(image).RowSize, 64);
+  const auto block = host_.NewMemoryBlock(64);
+  std::iota(block->Data(), block->Data() + 64, uint8_t{1});
+  rbSetRow(image, 1, block);
+  const auto raw = AdoptMemoryBlock(rbGetRow(image, 1));
+  ASSERT_TRUE(raw);
+  EXPECT_TRUE(std::equal(block->Data(), block->Data() + 64, raw->Data()));
+  const auto copy = AdoptMemoryBlock(rbGetRowCopy(image, 1));
+  ASSERT_TRUE(copy);
+  EXPECT_EQ(copy->Size(), 64);
+  EXPECT_TRUE(std::equal(block->Data(), block->Data() + 64, copy->Data()));
+
+  EXPECT_EQ(rbGetRow(image, 2), nullptr);
+  ExpectRaised("OutOfBoundsException", "Parameter index to method RawRow is too big. Range is 0 to 1, but value is 2.");
+  EXPECT_EQ(rbGetRowCopy(image, -1), nullptr);
+  ExpectRaised("OutOfBoundsException", "Parameter index to method Row is too small. Range is 0 to 1, but value is -1.");
+  rbSetRow(image, 2, block);
+  ExpectRaised("OutOfBoundsException", "Parameter index to method Row is too big. Range is 0 to 1, but value is 2.");
+}
+
 TEST_F(RawRows, RawRowAtHeightIsTooBig) {
   const auto image = New(5, 3, ImageFormatRGB);
   EXPECT_EQ(rbGetRow(image, 3), nullptr);

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "exchange/raw_rows.h"
+#include "exchange/row_strings.h"
 #include "image/file_storage.h"
 #include "image/image_formats.h"
 #include "image/views.h"
@@ -212,6 +213,21 @@ TEST_F(RowConversion, SizesThat32BitsDoNotHoldAreRefusedWithoutAsking) {
     ExpectRaised("OutOfMemoryException", test.message);
   }
   EXPECT_EQ(host_->Calls("newMemoryBlock"), 0);
+}
+
+// 4 x (2^30 + 10) is 40 in 32 bits: the rows are there, and their pixels are not.
+TEST_F(RowConversion, AnImageWhoseRowHasWrappedIsNotConverted) {
+  const auto image = New((1 << 30) + 10, 1, ImageFormatRGBA);
+  ASSERT_TRUE(Record(image).Valid);
+  EXPECT_EQ(rbGetRowF(image, 0, ImageFormatRGBA), nullptr);
+  EXPECT_EQ(rbGetRowFI(image, 0, ImageFormatRGBA, 0), nullptr);
+  EXPECT_EQ(rbGetRowFS(image, 0, ImageFormatRGBA), nullptr);
+  EXPECT_EQ(rbGetAllFS(image, ImageFormatRGBA), nullptr);
+  const auto block = host_.NewMemoryBlock(64);
+  std::fill_n(block->Data(), 64, uint8_t{9});
+  rbSetRowF(image, 0, ImageFormatRGBA, block);
+  EXPECT_EQ(std::count(Row(image, 0), Row(image, 0) + 64, 0), 64);
+  EXPECT_FALSE(host_.TakeException());
 }
 
 TEST_F(RowConversion, TheLargestSizeThatIsAskedForIs2147483646) {

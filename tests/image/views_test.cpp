@@ -33,6 +33,18 @@ TEST_F(Views, OfAnImageWhoseRowHasWrappedAreNil) {
   EXPECT_EQ(ClipImage5(image, 1000, 0, 5, 1), nullptr);
 }
 
+TEST_F(Views, OfAnImageThatIsClosedOrNeverConstructedAreNil) {
+  const auto closed = New(4, 3, ImageFormatRGBA);
+  ImageDestructor(closed);
+  ASSERT_TRUE(Record(closed).Valid);
+  for (REALobject image : {closed.Handle(), host_.New("PictureZVK").Handle()}) {
+    EXPECT_EQ(AlphaChannel(image), nullptr);
+    EXPECT_EQ(ClipImage1(image), nullptr);
+    EXPECT_EQ(GetMirroredView(image), nullptr);
+    EXPECT_EQ(Clone(image), nullptr);
+  }
+}
+
 TEST_F(Views, AChannelViewIsAGrayImageWithThePixelSizeOfItsParent) {
   const auto source = New(4, 3, ImageFormatBGRA);
   const auto view = Adopt(RedChannel(source));
