@@ -227,6 +227,20 @@ REALobject CMYKChannel(REALobject source) { return ColoursAlone(source, &ImageCl
 
 // --- rectangles ---
 
+namespace {
+
+// Beyond the far edge a size comes out below zero and is left so. One above zero is cut to what is there, as the fit
+// leaves too much where its sums have wrapped.
+Rectangle FitView(const Rectangle &callers, int32_t imageWidth, int32_t imageHeight) {
+  Rectangle fitted = FitRectangle(callers, imageWidth, imageHeight);
+  const Rectangle inside = CutToImage(fitted, imageWidth, imageHeight);
+  if (fitted.width > 0) fitted.width = inside.width;
+  if (fitted.height > 0) fitted.height = inside.height;
+  return fitted;
+}
+
+}  // namespace
+
 REALobject ClipImage1(REALobject source) {
   const ImageClassData *record = RecordOf(source);
   return record != nullptr ? ClipImage5(source, 0, 0, record->Width, record->Height) : nullptr;
@@ -237,8 +251,7 @@ REALobject ClipImage5(REALobject source, int32_t x, int32_t y, int32_t width, in
   if (!made) return nullptr;
   ImageClassData &view = *made.view;
   const ImageClassData &record = *made.source;
-  // Beyond the far edge the size comes out below zero, and is left so.
-  const Rectangle rectangle = FitRectangle({x, y, width, height}, record.Width, record.Height);
+  const Rectangle rectangle = FitView({x, y, width, height}, record.Width, record.Height);
   CopyGeometry(view, record);
   // The offsets are all there is to a horizontal clip, which is how they come to exceed PixelSize.
   for (const ChannelField &channel : kChannels) {

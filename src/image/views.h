@@ -1,6 +1,6 @@
 // Views: images that show some of the pixels of another one through a record of their own, without a copy. Writing
-// through a view writes into its parent. All are returned with one reference for the caller; nil where told, and for an
-// image without rows (never constructed, or closed).
+// through a view writes into its parent. All are returned with one reference for the caller; nil where told, for an
+// image without rows (never constructed, or closed), and for one whose row has wrapped in 32 bits.
 #pragma once
 
 #include <cstdint>
@@ -32,7 +32,8 @@ REALobject RGBChannel(REALobject source);
 REALobject CMYKChannel(REALobject source);
 
 // Handlers: the whole image, or a rectangle of it: a negative size extends to the left or upwards, what hangs over is
-// cut. A rectangle that starts beyond the right or lower edge gives a view of negative size, which operations refuse.
+// cut. A rectangle that starts beyond the right or lower edge gives a view of negative size, which operations refuse. A
+// view is never larger than the image, also where the rectangle's 32-bit sums have wrapped.
 REALobject ClipImage1(REALobject source);
 REALobject ClipImage5(REALobject source, int32_t x, int32_t y, int32_t width, int32_t height);
 

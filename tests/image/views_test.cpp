@@ -288,6 +288,37 @@ TEST_F(Views, ARectangleIsTurnedRoundAndCut) {
   }
 }
 
+// Sums of position and size beyond 2147483647 wrap below zero, so the fit does not cut these.
+TEST_F(Views, AClipWhoseSumsWrapIsNoLargerThanTheImage) {
+  const Clipped cases[] = {
+      {0, 5, 20, INT32_MAX, 0, 5, 20, 10},
+      {5, 0, INT32_MAX, 10, 5, 0, 15, 10},
+      {5, 5, INT32_MAX, INT32_MAX, 5, 5, 15, 10},
+      {INT32_MIN, 0, INT32_MIN, 5, 0, 0, INT32_MIN, 5},  // the size cannot be turned round
+  };
+  for (const Clipped &c : cases) {
+    for (const auto &source : {New(20, 15, ImageFormatG), NewInFile(20, 15, ImageFormatG)}) {
+      const auto view = Adopt(ClipImage5(source, c.x, c.y, c.width, c.height));
+      ASSERT_TRUE(view);
+      EXPECT_EQ(Record(view).GrayOffset, c.column);
+      EXPECT_EQ(Record(view).RowOffset, c.row);
+      EXPECT_EQ(Record(view).Width, c.expectedWidth) << c.x << " " << c.width;
+      EXPECT_EQ(Record(view).Height, c.expectedHeight) << c.y << " " << c.height;
+    }
+  }
+}
+
+// An image width below zero less a position wraps to a size far above zero.
+TEST_F(Views, AClipOfASourceOfNegativeSizeIsNeverLarge) {
+  const auto source = New(20, 15, ImageFormatG);
+  const auto beyond = Adopt(ClipImage5(source, 23, 17, 5, 5));
+  ASSERT_EQ(Record(beyond).Width, -3);
+  ASSERT_EQ(Record(beyond).Height, -2);
+  const auto again = Adopt(ClipImage5(beyond, INT32_MAX, INT32_MAX, 5, 5));
+  EXPECT_LE(Record(again).Width, 0);
+  EXPECT_LE(Record(again).Height, 0);
+}
+
 TEST_F(Views, AClipMovesTheNamedOffsetsAndNotTheList) {
   const auto source = New(20, 15, ImageFormatRGB);
   const auto view = Adopt(ClipImage5(source, 3, 0, 5, 5));

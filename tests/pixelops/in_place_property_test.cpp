@@ -139,9 +139,6 @@ Owned<Object> AnyView(const Storage &storage) {
         break;
       default: {
         const Rect r = AnyRect(record);
-        const Rect fitted = naive::Fit(r, record);
-        // Where sums have wrapped a clip may show what is not there.
-        if (int64_t{fitted.x} + fitted.w > record.Width || int64_t{fitted.y} + fitted.h > record.Height) break;
         view = Adopt(ClipImage5(image, r.x, r.y, r.w, r.h));
       }
     }
