@@ -49,6 +49,9 @@ uint8_t *MapBlockWith(ImageClassData *record, int32_t row) {
   return block != nullptr ? record->Buffer + static_cast<ptrdiff_t>(row - first) * record->RowSize : nullptr;
 }
 
+// True if the five rows that a block has at least can be counted in 32 bits. Without them there is no block.
+bool CanHaveBlock(const ImageClassData &image) { return int64_t{5} * image.RowSize <= INT32_MAX; }
+
 // Decides the length of the block and the rows in it from the length that is wanted.
 void ApplyBlockRule(ImageClassData *record, int32_t wanted) {
   // The number of pages is compared with the page's own size: no block is smaller than page x page, unless the whole
@@ -79,6 +82,7 @@ uint8_t *GetRowMappingMirrored(ImageClassData *record, int32_t index) {
 void SetMemBlockSize(REALobject instance, int32_t /*param*/, int32_t value) {
   ImageClassData *record = RecordOf(instance);
   if (record == nullptr || !HasRows(*record) || record->RowSize == 0) return;
+  if (record->IsMapping && !CanHaveBlock(*record)) return;
   DropBlock(record);
   ApplyBlockRule(record, value);
   record->GetRow(record, 0);
@@ -147,13 +151,14 @@ void ImageConstructorFile(REALobject instance, int32_t width, int32_t height, in
   record->Buffer = record->MappingBase = nullptr;
   record->MappedFirstRow = record->MappedLastRow = -1;
   record->OwnsBuffer = false;
-  ApplyBlockRule(record, blockSize);
+  if (CanHaveBlock(*record)) ApplyBlockRule(record, blockSize);
   record->FileItem = folderItem;
   if (folderItem != nullptr) REALLockObject(folderItem);
   record->GetRow = GetRowMapping;
   record->RemoveFile = true;
   record->IsMapping = true;
-  // Without a first block the file stays with the record, for Close to clean up.
+  // Without a first block, one of no length for rows that are too large, the file stays with the record, for Close to
+  // clean up.
   GetRowMapping(record, 0);
   record->Valid = record->Buffer != nullptr;
 }

@@ -22,7 +22,8 @@ void ImageConstructorFile(REALobject instance, int32_t width, int32_t height, in
                           REALobject folderItem);
 
 // Property setter of MappingBlockSize: `value` is in bytes; a block has at least five rows and ends on a page, so the
-// value read back may differ. Maps a new block at once. An image without rows is left alone.
+// value read back may differ. Maps a new block at once. An image without rows is left alone, and so is one whose five
+// rows cannot be counted in 32 bits.
 void SetMemBlockSize(REALobject instance, int32_t param, int32_t value);
 
 }  // namespace zvk

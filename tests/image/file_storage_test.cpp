@@ -434,6 +434,34 @@ TEST_F(FileStorage, ARowThatWrapsBelowZeroLeavesNoFile) {
   EXPECT_TRUE(folder_.IsEmpty());
 }
 
+// 5 x 500002816 is more than 2147483647.
+TEST_F(FileStorage, WhereFiveRowsCannotBeCountedThereIsNoBlock) {
+  for (const int32_t height : {1, 2, 4}) {
+    for (const int32_t blockSize : {0, 2000011264, INT32_MAX}) {
+      Construct(500000000, height, ImageFormatG, blockSize);
+      ExpectNothingRaised();
+      EXPECT_FALSE(record_->Valid);
+      EXPECT_EQ(record_->RowSize, 500002816);
+      EXPECT_EQ(record_->TotalSize, int64_t{500002816} * height);
+      ExpectUnmapped();
+      SetMemBlockSize(image_, 0, 0);
+      SetMemBlockSize(image_, 0, INT32_MAX);
+      ExpectUnmapped();
+      EXPECT_EQ(Row(0), nullptr);
+      ImageDestructor(image_);
+      EXPECT_TRUE(folder_.IsEmpty());
+    }
+  }
+}
+
+TEST_F(FileStorage, TheLargestFiveRowsThatCanBeCountedAreABlock) {
+  Construct(429494272, 1, ImageFormatG, 0);  // five rows take 2147471360 bytes
+  EXPECT_EQ(record_->MappingBlockSize, 2147471360);
+  EXPECT_EQ(record_->MappedRowCount, 5);
+  // In 32 bits there may be no room for it.
+  EXPECT_EQ(record_->Valid != 0, record_->Buffer != nullptr);
+}
+
 TEST_F(FileStorage, ARowThatWrapsToASmallOneStays) {
   Construct(1073741825, 10, ImageFormatRGBA, 0);  // 4 bytes
   EXPECT_TRUE(record_->Valid);
