@@ -9,7 +9,7 @@
 
 #include "host/resources.h"
 #include "image/folder_path.h"
-#include "image/image_formats.h"
+#include "image/image_storage.h"
 
 namespace zvk {
 
@@ -127,7 +127,7 @@ void Discard(int file, const char *path) {
 void ImageConstructorFile(REALobject instance, int32_t width, int32_t height, int32_t format, int32_t blockSize,
                           REALobject folderItem) {
   ImageClassData *record = RecordOf(instance);
-  if (!InitImageClassData(record, width, height, format)) return;
+  if (!BeginConstruction(record, width, height, format)) return;
   // A row starts on a page, as a mapping must.
   const int32_t rowSize = RoundUpToPage(record->PixelSize * record->Width);
   const int64_t size = int64_t{rowSize} * record->Height;

@@ -42,9 +42,67 @@ uint8_t *GetRowGDImageMirrored(ImageClassData *record, int32_t index) {
   return GetRowGDImage(record, Mirrored(record, index));
 }
 
+namespace {
+
+// What an image holds: its pixels, its file and its references. The file's step is taken even if it has been before, on
+// descriptor 0 then, as a closed image does not tell that it is one.
+void GiveUp(ImageClassData *record) {
+  if (record->OwnsBuffer && record->Buffer != nullptr) {
+    std::free(record->Buffer);
+    record->Buffer = nullptr;
+  }
+  if (record->IsMapped) {
+    record->IsMapped = false;
+    if (record->MappingBase != nullptr) munmap(record->MappingBase, static_cast<size_t>(record->MappingBlockSize));
+  }
+  record->MappingBase = nullptr;
+  record->Buffer = nullptr;
+  if (record->RemoveFile && record->IsMapping) {
+    // Truncating first gives the disk space back even if another process holds the file open.
+    [[maybe_unused]] const int truncated = ftruncate(record->FileHandle, 0);
+    close(record->FileHandle);
+    if (record->FilePath != nullptr) unlink(record->FilePath);
+    record->FileHandle = 0;
+  }
+  record->OwnsBuffer = false;
+  record->Buffer = nullptr;
+  record->MappingBase = nullptr;
+  record->GetRow = nullptr;
+  for (REALobject ImageClassData::*field :
+       {&ImageClassData::Parent, &ImageClassData::MemoryTarget, &ImageClassData::FileItem, &ImageClassData::Target}) {
+    if (record->*field == nullptr) continue;
+    REALUnlockObject(record->*field);
+    record->*field = nullptr;
+  }
+  if (record->FilePath != nullptr) {
+    std::free(record->FilePath);
+    record->FilePath = nullptr;
+  }
+}
+
+}  // namespace
+
+void StartAnew(ImageClassData &record) {
+  // A closed image has given its file up already; its path went with it.
+  if (record.FilePath == nullptr) record.RemoveFile = false;
+  GiveUp(&record);
+  // What the host program has set stays with the instance.
+  const ImageClassData before = record;
+  record = {};
+  record.Yield = before.Yield;
+  record.Factory = before.Factory;
+  record.DebugPictureEnabled = before.DebugPictureEnabled;
+}
+
+bool BeginConstruction(ImageClassData *record, int32_t width, int32_t height, int32_t format) {
+  if (record == nullptr || width < 1 || height < 1) return false;
+  StartAnew(*record);
+  return InitImageClassData(record, width, height, format);
+}
+
 void ImageConstructor(REALobject instance, int32_t width, int32_t height, int32_t format) {
   ImageClassData *record = RecordOf(instance);
-  if (!InitImageClassData(record, width, height, format)) return;
+  if (!BeginConstruction(record, width, height, format)) return;
 
   const int32_t rowSize = MemoryRowSize(*record);
   const int64_t size = int64_t{rowSize} * record->Height;
@@ -75,7 +133,7 @@ void ImageConstructorMemory(REALobject instance, REALobject block, int32_t width
     return;
   }
   ImageClassData *record = RecordOf(instance);
-  if (!InitImageClassData(record, width, height, format)) return;
+  if (!BeginConstruction(record, width, height, format)) return;
 
   // A negative product is let through, so rows may run backwards in the caller's memory.
   const int64_t size = int64_t{rowSize} * record->Height;
@@ -102,40 +160,7 @@ void ImageConstructorMemory(REALobject instance, REALobject block, int32_t width
 
 void ImageDestructor(REALobject instance) {
   ImageClassData *record = RecordOf(instance);
-  if (record == nullptr) return;
-
-  if (record->OwnsBuffer && record->Buffer != nullptr) {
-    std::free(record->Buffer);
-    record->Buffer = nullptr;
-  }
-  if (record->IsMapped) {
-    record->IsMapped = false;
-    if (record->MappingBase != nullptr) munmap(record->MappingBase, static_cast<size_t>(record->MappingBlockSize));
-  }
-  record->MappingBase = nullptr;
-  record->Buffer = nullptr;
-  // Both flags stay set after a first run, so a second one does this to descriptor 0.
-  if (record->RemoveFile && record->IsMapping) {
-    // Truncating first gives the disk space back even if another process holds the file open.
-    [[maybe_unused]] const int truncated = ftruncate(record->FileHandle, 0);
-    close(record->FileHandle);
-    if (record->FilePath != nullptr) unlink(record->FilePath);
-    record->FileHandle = 0;
-  }
-  record->OwnsBuffer = false;
-  record->Buffer = nullptr;
-  record->MappingBase = nullptr;
-  record->GetRow = nullptr;
-  for (REALobject ImageClassData::*field :
-       {&ImageClassData::Parent, &ImageClassData::MemoryTarget, &ImageClassData::FileItem, &ImageClassData::Target}) {
-    if (record->*field == nullptr) continue;
-    REALUnlockObject(record->*field);
-    record->*field = nullptr;
-  }
-  if (record->FilePath != nullptr) {
-    std::free(record->FilePath);
-    record->FilePath = nullptr;
-  }
+  if (record != nullptr) GiveUp(record);
 }
 
 int64_t GetTotalSizeInt64(REALobject instance, int32_t /*param*/) {

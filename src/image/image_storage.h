@@ -14,6 +14,14 @@ uint8_t *GetRowLinearMirrored(ImageClassData *record, int32_t index);
 uint8_t *GetRowGDImage(ImageClassData *record, int32_t index);
 uint8_t *GetRowGDImageMirrored(ImageClassData *record, int32_t index);
 
+// Gives up what an earlier construction of the same instance holds, its storage and its references. The record is then
+// as the host creates it, but for what the host program has set: the yield fields, Factory and DebugPictureEnabled.
+void StartAnew(ImageClassData &record);
+
+// The start of a construction by size: starts the record anew and fills in the format's fields. False if the record is
+// nil or a size is not above zero, with nothing written, and for a format that is refused.
+bool BeginConstruction(ImageClassData *record, int32_t width, int32_t height, int32_t format);
+
 // A zero-filled image in memory of its own. Too large for 32 bits: quietly not Valid; no memory:
 // "OutOfMemoryException".
 void ImageConstructor(REALobject instance, int32_t width, int32_t height, int32_t format);

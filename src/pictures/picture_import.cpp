@@ -114,6 +114,7 @@ void ImageConstructorPicture(REALobject instance, REALobject picture, uint8_t us
   }
   ImageClassData *image = RecordOf(instance);
   if (image == nullptr) return;
+  StartAnew(*image);
   ClassifyHost();
   if (!IsConsole) AddressBitmap(*image, picture, useAlpha);
   if (!IsDesktop) AddressGDImage(*image, picture, useAlpha);

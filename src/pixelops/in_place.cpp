@@ -16,7 +16,7 @@ std::optional<Rectangle> BeginInPlace(ImageClassData *image, const Rectangle &ca
 
 std::span<uint8_t> PixelBytes(const ImageClassData &image, uint8_t *row, int32_t offset, int32_t x, int32_t width) {
   const ptrdiff_t pixelSize = image.PixelSize;
-  if (width < 1 || pixelSize < 1) return {};
+  if (width < 1) return {};
   const ptrdiff_t first = x * pixelSize + offset;
   ptrdiff_t size = width * pixelSize;
   // A clip moves an offset by whole pixels, which does not count here.

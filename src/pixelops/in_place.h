@@ -46,7 +46,7 @@ void ForEachRow(ImageClassData &image, const Rectangle &fitted, RowYield yield, 
 
 // The bytes of `width` whole pixels of a row, from `offset` bytes behind the start of column x on. An offset that the
 // host program has moved makes them hang over the last pixel; what would lie behind the storage then is left out. Empty
-// for a width below 1, and for pixels without a size (an image constructed anew in a format that was refused).
+// for a width below 1.
 std::span<uint8_t> PixelBytes(const ImageClassData &image, uint8_t *row, int32_t offset, int32_t x, int32_t width);
 
 }  // namespace zvk

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "image/views.h"
 #include "tests/image/file_testing.h"
 #include "tests/support/faults.h"
 
@@ -467,6 +468,64 @@ TEST_F(FileStorage, ARowThatWrapsToASmallOneStays) {
   EXPECT_TRUE(record_->Valid);
   EXPECT_EQ(record_->RowSize, 4096);
   EXPECT_EQ(record_->Width, 1073741825);
+}
+
+// --- constructed a second time ---
+
+TEST_F(FileStorage, ASecondConstructionGivesUpTheFirstFileOnce) {
+  Construct(10, 10, ImageFormatG, 0);
+  const int handle = record_->FileHandle;
+  const auto other = NewItem("other");
+  const Files files;
+  ImageConstructorFile(image_, 20, 20, ImageFormatG, 0, other);
+  const std::vector<FileRecord> records = files.Records();
+  ASSERT_GE(records.size(), 5u);
+  EXPECT_EQ(records[0].call, FileCall::kUnmap);
+  EXPECT_EQ(records[1].call, FileCall::kTruncate);
+  EXPECT_EQ(records[1].descriptor, handle);
+  EXPECT_EQ(records[2].call, FileCall::kClose);
+  EXPECT_EQ(records[2].descriptor, handle);
+  EXPECT_EQ(records[3].call, FileCall::kUnlink);
+  EXPECT_EQ(records[3].path, folder_.In("image"));
+  EXPECT_EQ(records[4].call, FileCall::kOpen);
+  EXPECT_TRUE(record_->Valid);
+  EXPECT_EQ(record_->FileItem, other.Handle());
+}
+
+TEST_F(FileStorage, AFileThatCannotBeMadeASecondTimeLeavesNoImage) {
+  Construct(10, 10, ImageFormatG, 0);
+  ImageConstructorFile(image_, 20, 20, ImageFormatG, 0, NewItem("missing/image"));
+  EXPECT_FALSE(record_->Valid);
+  EXPECT_EQ(record_->GetRow, nullptr);
+  EXPECT_FALSE(record_->RemoveFile);
+  EXPECT_EQ(record_->FileItem, nullptr);
+  EXPECT_TRUE(folder_.IsEmpty());
+}
+
+TEST_F(FileStorage, AnImageInMemoryAfterOneInAFileHasNothingOfTheFile) {
+  Construct(10, 10, ImageFormatG, 0);
+  ImageConstructor(image_, 20, 20, ImageFormatG);
+  EXPECT_TRUE(record_->Valid);
+  EXPECT_FALSE(record_->IsMapping);
+  EXPECT_FALSE(record_->RemoveFile);
+  EXPECT_FALSE(record_->IsMapped);
+  EXPECT_EQ(record_->FileItem, nullptr);
+  EXPECT_TRUE(folder_.IsEmpty());
+  const auto clip = Adopt(ClipImage5(image_, 0, 19, 20, 1));
+  const ImageClassData &view = *RecordOf(clip);
+  EXPECT_EQ(view.GetRow(RecordOf(clip), 0), record_->Buffer + ptrdiff_t{19} * record_->RowSize);
+  const Files files;
+  ImageDestructor(image_);
+  EXPECT_TRUE(files.Records().empty());
+}
+
+TEST_F(FileStorage, AClosedImageThatIsConstructedAnewLeavesDescriptor0Alone) {
+  Construct(10, 10, ImageFormatG, 0);
+  ImageDestructor(image_);
+  const Files files;
+  ImageConstructor(image_, 20, 20, ImageFormatG);
+  EXPECT_TRUE(files.Records().empty());
+  EXPECT_TRUE(record_->Valid);
 }
 
 // --- the end ---

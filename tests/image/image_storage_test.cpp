@@ -14,7 +14,9 @@
 #include <string>
 #include <vector>
 
+#include "image/file_storage.h"
 #include "image/image_formats.h"
+#include "image/views.h"
 #include "tests/support/faults.h"
 #include "tests/support/file_faults.h"
 #include "tests/support/plugin_host.h"
@@ -301,6 +303,78 @@ TEST_F(ImageStorage, AnImageWhoseRowHasWrappedIsMadeAndNotWorkedOn) {
   record_->Width = INT32_MAX / 4;
   EXPECT_TRUE(IsUsable(*record_));
   record_->Width = 10;
+}
+
+// --- constructed a second time ---
+
+TEST_F(ImageStorage, ASecondConstructionGivesUpTheFirstBuffer) {
+  ImageConstructor(image_, 10, 10, ImageFormatG);
+  const void *first = record_->Buffer;
+  faults::Heap heap;
+  ImageConstructor(image_, 20, 5, ImageFormatRGBA);
+  EXPECT_EQ(heap.Freed(), std::vector<const void *>{first});
+  EXPECT_TRUE(record_->Valid);
+  EXPECT_EQ(record_->Width, 20);
+  EXPECT_EQ(record_->TotalSize, 128 * 5);
+}
+
+TEST_F(ImageStorage, ASecondConstructionThatGivesUpLeavesNoImage) {
+  ImageConstructor(image_, 10, 10, ImageFormatG);
+  ImageConstructor(image_, 1000000, 1000000, ImageFormatRGB);
+  ExpectNoStorage();
+  EXPECT_EQ(record_->Width, 1000000);
+
+  ImageConstructor(image_, 10, 10, ImageFormatG);
+  ImageConstructor(image_, 10, 10, 14);
+  ExpectNoStorage();
+  EXPECT_EQ(record_->ImageFormat, 14);
+
+  const auto block = host_.NewMemoryBlock(100);
+  ImageConstructorMemory(image_, block, 10, 10, ImageFormatG, 10);
+  EXPECT_EQ(block->References(), 2);
+  ImageConstructorMemory(image_, block, 10, 10, ImageFormatG, INT32_MAX);
+  ExpectRaised("OutOfBoundsException", "Image needs more bytes than a 32 bit application can access.");
+  ExpectNoStorage();
+  EXPECT_EQ(record_->MemoryTarget, nullptr);
+  EXPECT_EQ(block->References(), 1);
+}
+
+TEST_F(ImageStorage, ASecondConstructionWithoutASizeOrABlockWritesNothing) {
+  ImageConstructor(image_, 10, 10, ImageFormatG);
+  const ImageClassData before = *record_;
+  ImageConstructor(image_, 0, 10, ImageFormatRGB);
+  ImageConstructor(image_, 10, -1, ImageFormatRGB);
+  ImageConstructorFile(image_, 10, 0, ImageFormatRGB, 0, nullptr);
+  ImageConstructorMemory(image_, host_.NewMemoryBlock(100), 10, 0, ImageFormatRGB, 10);
+  ExpectNothingRaised();
+  ImageConstructorMemory(image_, nullptr, 10, 10, ImageFormatRGB, 10);
+  ExpectRaised("NilObjectException", "Memoryblock is nil.");
+  EXPECT_EQ(std::memcmp(&before, record_, sizeof before), 0);
+}
+
+TEST_F(ImageStorage, ASecondConstructionKeepsWhatTheHostProgramHasSet) {
+  const auto factory = host_.New("PictureFactoryZVK");
+  ImageConstructor(image_, 10, 10, ImageFormatG);
+  record_->Yield.YieldTicks = 3;
+  record_->Factory = factory;
+  record_->DebugPictureEnabled = true;
+  ImageConstructor(image_, 5, 5, ImageFormatCMYKA);
+  EXPECT_EQ(record_->Yield.YieldTicks, 3);
+  EXPECT_EQ(record_->Factory, factory.Handle());
+  EXPECT_TRUE(record_->DebugPictureEnabled);
+  record_->Factory = nullptr;
+}
+
+TEST_F(ImageStorage, AViewThatIsConstructedIsAViewNoMore) {
+  ImageConstructor(image_, 10, 10, ImageFormatG);
+  const auto view = Adopt(ClipImage5(image_, 2, 5, 3, 3));
+  ImageClassData &record = *RecordOf(view);
+  ASSERT_EQ(record.RowOffset, 5);
+  ImageConstructor(view, 4, 4, ImageFormatG);
+  EXPECT_EQ(record.RowOffset, 0);
+  EXPECT_EQ(record.Parent, nullptr);
+  EXPECT_EQ(image_->References(), 1);
+  EXPECT_EQ(record.GetRow(&record, 0), record.Buffer);
 }
 
 TEST_F(ImageStorage, AnImageIsUsableFromAWidthOfZeroAndAHeightOfOne) {

@@ -76,14 +76,6 @@ TEST_F(PixelBytesOf, WholePixelsAreNeverCut) {
   EXPECT_EQ(Range(image, 1, 0, 0, 4), (Expected{2, 12}));
 }
 
-TEST_F(PixelBytesOf, PixelsWithoutASizeHaveNone) {
-  const TestImage image = NewImage(4, 2, ImageFormatRGB);
-  ImageConstructor(image, 4, 2, 14);  // refused, and the image keeps its rows
-  ASSERT_TRUE(image.Record().Valid && image.Record().PixelSize == 0);
-  EXPECT_EQ(Range(image, 0, 0, 0, 4), (Expected{-1, 0}));
-  EXPECT_EQ(Range(image, 0, 2, 1, 1), (Expected{-1, 0}));
-}
-
 TEST_F(PixelBytesOf, WhatHangsOverIsCutAtTheEndOfTheStorage) {
   const TestImage tight = NewImage(4, 2, ImageFormatRGB), loose = NewImage(4, 2, ImageFormatRGB, 13);
   EXPECT_EQ(Range(tight, 0, 2, 1, 3), (Expected{5, 9}));
