@@ -11,6 +11,7 @@
 #include "image/rectangle.h"
 #include "image/row_group.h"
 #include "image/rows.h"
+#include "image/wide_samples.h"
 
 namespace zvk {
 
@@ -56,13 +57,6 @@ int32_t SmallestOffset(const ImageClassData &image) {
   return smallest;
 }
 
-// Bytes from the start of a row to the end of its image's storage.
-int64_t BytesToStorageEnd(const ImageClassData &image, const uint8_t *row) {
-  // A RowSize shorter than the pixels leaves the last ones outside of what it describes.
-  const int64_t pixels = int64_t{SmallestOffset(image)} / image.PixelSize + image.Width;
-  return std::max<int64_t>(BytesFromRow(image, row), pixels * image.PixelSize);
-}
-
 // Each block is longer than the rectangle by destX pixels: it goes on into the rest of the row and the rows behind it,
 // as far as both storages go.
 void CopyBlock(ImageClassData &dest, uint8_t *destRow, const ImageClassData &source, const uint8_t *sourceRow,
@@ -71,15 +65,29 @@ void CopyBlock(ImageClassData &dest, uint8_t *destRow, const ImageClassData &sou
   const int64_t destStart = transfer.destX * channels + SmallestOffset(dest);
   const int64_t sourceStart = transfer.sourceX * channels + SmallestOffset(source);
   const int64_t size =
-      std::min({(int64_t{transfer.width} + transfer.destX) * channels, BytesToStorageEnd(dest, destRow) - destStart,
-                BytesToStorageEnd(source, sourceRow) - sourceStart});
+      std::min({(int64_t{transfer.width} + transfer.destX) * channels, BytesFromRow(dest, destRow) - destStart,
+                BytesFromRow(source, sourceRow) - sourceStart});
   if (size > 0) std::memmove(destRow + destStart, sourceRow + sourceStart, static_cast<size_t>(size));
 }
 
-// Where the wide samples of a row end, in bytes from its start, up to that of the pixel before column `end`. The host
-// may have moved them, so that they reach into the next pixel.
-int64_t EndOfWideSamples(const ImageClassData &image, int32_t grayOffset, int32_t end) {
-  return (int64_t{end} - 1) * image.PixelSize + grayOffset + 2;
+// A row of gray into 16-bit samples. Of one without a second byte, on either side, the first byte is copied.
+void CopyIntoWideSamples(const ImageClassData &dest, const ImageClassData &source, const RowGroup &rows,
+                         const Transfer &transfer, const PixelTransfer &pixels) {
+  const auto to = [&](int32_t x) { return rows.Dest() + (ptrdiff_t{transfer.destX} + x) * dest.PixelSize; };
+  const auto from = [&](int32_t x) { return rows.First() + (ptrdiff_t{transfer.sourceX} + x) * source.PixelSize; };
+  const auto copyWhole = [&](int32_t x, int32_t count) { pixels.Row(to(x), from(x), count); };
+  const auto copyCut = [&](int32_t x) { to(x)[dest.GrayOffset] = from(x)[source.GrayOffset]; };
+  const auto copyRun = [&](int32_t x, int32_t count) {
+    if (source.BitsPerComponent != 16) return copyWhole(x, count);
+    VisitWideSamples(
+        source, rows.First(), transfer.sourceX + x, count,
+        [&](int32_t column, int32_t run) { copyWhole(column - transfer.sourceX, run); },
+        [&](int32_t column) { copyCut(column - transfer.sourceX); });
+  };
+  VisitWideSamples(
+      dest, rows.Dest(), transfer.destX, transfer.width,
+      [&](int32_t column, int32_t count) { copyRun(column - transfer.destX, count); },
+      [&](int32_t column) { copyCut(column - transfer.destX); });
 }
 
 bool CopyRows(ImageClassData &dest, ImageClassData &source, const Transfer &transfer) {
@@ -103,20 +111,7 @@ bool CopyRows(ImageClassData &dest, ImageClassData &source, const Transfer &tran
       pixels->Row(rows.Dest() + destStart, rows.First() + sourceStart, transfer.width);
     });
   }
-  // The last sample of a storage has no second byte where the host has moved the samples by a byte.
-  const int32_t to = dest.GrayOffset, from = source.GrayOffset;
-  const int64_t destEnd = EndOfWideSamples(dest, to, transfer.destX + transfer.width);
-  const int64_t sourceEnd =
-      source.BitsPerComponent == 16 ? EndOfWideSamples(source, from, transfer.sourceX + transfer.width) : 0;
-  return forEachRow([&](const RowGroup &rows) {
-    uint8_t *destPixel = rows.Dest() + destStart;
-    const uint8_t *sourcePixel = rows.First() + sourceStart;
-    const bool isCut =
-        destEnd > BytesToStorageEnd(dest, rows.Dest()) || sourceEnd > BytesToStorageEnd(source, rows.First());
-    const ptrdiff_t whole = isCut ? transfer.width - 1 : transfer.width;
-    pixels->Row(destPixel, sourcePixel, static_cast<int32_t>(whole));
-    if (isCut) destPixel[whole * dest.PixelSize + to] = sourcePixel[whole * source.PixelSize + from];
-  });
+  return forEachRow([&](const RowGroup &rows) { CopyIntoWideSamples(dest, source, rows, transfer, *pixels); });
 }
 
 }  // namespace

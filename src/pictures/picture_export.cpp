@@ -8,7 +8,7 @@
 #include "host/host_services.h"
 #include "host/resources.h"
 #include "image/kernel_clones.h"
-#include "image/rows.h"
+#include "image/wide_samples.h"
 #include "pictures/pixel_words.h"
 
 namespace zvk {
@@ -88,19 +88,27 @@ void WriteRow(PixelSizes<kSizes...>, const uint8_t *source, ptrdiff_t pixelSize,
 // and closed the image or constructed it anew, where the rectangle may not lie.
 const uint8_t *SourceRow(ImageClassData &image, const Rectangle &rectangle, int32_t i) {
   const int32_t y = rectangle.y + i;
-  if (!HasRows(image) || y >= image.Height || rectangle.width > image.Width - rectangle.x) return nullptr;
+  if (!HasPixels(image) || y >= image.Height || rectangle.width > image.Width - rectangle.x) return nullptr;
   return image.GetRow(&image, y);
 }
 
-// How many of the rectangle's pixels have their samples in the storage: a 16-bit sample whose offset the host program
-// has moved hangs over the last pixel.
-template <class Reader>
-int32_t ReadablePixels(const ImageClassData &image, const Rectangle &rectangle, const uint8_t *row) {
+// The part of an image's row that lies in the rectangle, into a picture's row.
+template <class Reader, class Word>
+void WritePart(const ImageClassData &image, const Rectangle &rectangle, const uint8_t *row, uint8_t *dest,
+               Reader read) {
+  const ptrdiff_t pixelSize = image.PixelSize;
+  const auto write = [&](int32_t column, int32_t count) {
+    WriteRow<Reader, Word>(typename Reader::UsualSizes(), row + column * pixelSize, pixelSize,
+                           dest + ptrdiff_t{4} * (column - rectangle.x), count, read);
+  };
   if constexpr (std::is_same_v<Reader, Gray16Reader>) {
-    const ptrdiff_t lastPixel = (ptrdiff_t{rectangle.x} + rectangle.width - 1) * image.PixelSize;
-    if (lastPixel + image.GrayOffset + 2 > BytesFromRow(image, row)) return rectangle.width - 1;
+    // A high byte that is not there is 0.
+    VisitWideSamples(image, row, rectangle.x, rectangle.width, write, [&](int32_t column) {
+      Word::StoreOpaque(dest + ptrdiff_t{4} * (column - rectangle.x), Samples{0, 0, 0});
+    });
+  } else {
+    write(rectangle.x, rectangle.width);
   }
-  return rectangle.width;
 }
 
 template <class Reader>
@@ -110,10 +118,8 @@ void WriteRows(ImageClassData &image, const Rectangle &rectangle, PictureEditor 
     YieldOn(image);
     for (int32_t i = 0; i < rectangle.height; ++i) {
       if constexpr (Word::kKnown) {
-        const ptrdiff_t pixelSize = image.PixelSize;
         if (const uint8_t *row = SourceRow(image, rectangle, i); row != nullptr) {
-          WriteRow<Reader, Word>(typename Reader::UsualSizes(), row + rectangle.x * pixelSize, pixelSize,
-                                 picture.RowAddress, ReadablePixels<Reader>(image, rectangle, row), readerOf(image));
+          WritePart<Reader, Word>(image, rectangle, row, picture.RowAddress, readerOf(image));
         }
       }
       picture.NextRow();

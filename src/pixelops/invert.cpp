@@ -1,6 +1,7 @@
 #include "pixelops/invert.h"
 
 #include "image/layouts.h"
+#include "image/wide_samples.h"
 #include "pixelops/in_place.h"
 #include "pixelops/row_samples.h"
 
@@ -14,8 +15,14 @@ constexpr int32_t kWholeByte = 0;
 
 // The complement of a 16-bit sample is that of its bytes, and such pixels are nothing but their sample.
 void InvertWords(const ImageClassData &image, const RowPart &part) {
-  const auto bytes = PixelBytes(image, part.row, image.GrayOffset, part.x, part.width);
-  ComplementSamples({bytes.data(), 1, static_cast<ptrdiff_t>(bytes.size())}, {&kWholeByte, 1});
+  uint8_t *const samples = part.row + image.GrayOffset;
+  const auto invert = [&](int32_t column, ptrdiff_t bytes) {
+    ComplementSamples({samples + ptrdiff_t{column} * image.PixelSize, 1, bytes}, {&kWholeByte, 1});
+  };
+  VisitWideSamples(
+      image, part.row, part.x, part.width,
+      [&](int32_t column, int32_t count) { invert(column, ptrdiff_t{count} * image.PixelSize); },
+      [&](int32_t column) { invert(column, 1); });
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <numeric>
 #include <vector>
 
 #include "image/image_formats.h"
@@ -179,13 +180,52 @@ TEST_F(CopyPixels, RowsOfATableAreStoragesOfTheirOwn) {
   EXPECT_EQ(dest.Bytes(), expected);
 }
 
-TEST_F(CopyPixels, ARowSizeShorterThanThePixelsStillGetsTheWholeRectangle) {
+TEST_F(CopyPixels, BlocksOfRowsShorterThanTheirPixelsEndWithTheStorage) {
   auto image = host_.New("PictureZVK");
   const auto block = host_.NewMemoryBlock(8);
   ImageConstructorMemory(image, block, 6, 3, ImageFormatG, 1);  // rows at 0, 1, 2; described are three bytes
   StoredImage source = Counting(6, 3, ImageFormatG);
   EXPECT_TRUE(rbCopyPixels2(image, source));
-  EXPECT_EQ(Bytes(block->Data(), block->Data() + 8), (Bytes{1, 7, 13, 14, 15, 16, 17, 18}));
+  EXPECT_EQ(Bytes(block->Data(), block->Data() + 8), (Bytes{1, 7, 13, 0, 0, 0, 0, 0}));
+
+  // 10 x 2 pixels, 8 bytes a row: bytes 16 and 17 are neither read nor written.
+  auto dest = host_.New("PictureZVK"), from = host_.New("PictureZVK");
+  const auto destBlock = host_.NewMemoryBlock(18), sourceBlock = host_.NewMemoryBlock(18);
+  std::iota(sourceBlock->Data(), sourceBlock->Data() + 18, uint8_t{1});
+  ImageConstructorMemory(dest, destBlock, 10, 2, ImageFormatG, 8);
+  ImageConstructorMemory(from, sourceBlock, 10, 2, ImageFormatG, 8);
+  EXPECT_TRUE(rbCopyPixels2(dest, from));
+  Bytes expected(18);
+  std::iota(expected.begin(), expected.begin() + 16, uint8_t{1});
+  EXPECT_EQ(Bytes(destBlock->Data(), destBlock->Data() + 18), expected);
+}
+
+// --- 16-bit samples ---
+
+TEST_F(CopyPixels, WideSamplesAreCopiedWholeButForTheByteBehindTheStorage) {
+  auto dest = host_.New("PictureZVK"), from = host_.New("PictureZVK");
+  const auto destBlock = host_.NewMemoryBlock(16), sourceBlock = host_.NewMemoryBlock(16);
+  std::iota(sourceBlock->Data(), sourceBlock->Data() + 16, uint8_t{1});
+  // 4 x 2 pixels, 7 bytes a row, 14 in all: the last sample begins with the last of them.
+  ImageConstructorMemory(dest, destBlock, 4, 2, ImageFormatGray16, 7);
+  ImageConstructorMemory(from, sourceBlock, 4, 2, ImageFormatGray16, 8);
+  EXPECT_TRUE(rbCopyPixels2(dest, from));
+  // The second row begins with the second byte of the first row's last sample.
+  EXPECT_EQ(Bytes(destBlock->Data(), destBlock->Data() + 16),
+            (Bytes{1, 2, 3, 4, 5, 6, 7, 9, 10, 11, 12, 13, 14, 15, 0, 0}));
+
+  // As a source: what lies behind the storage counts as 0.
+  ImageConstructorMemory(dest, destBlock, 4, 2, ImageFormatGray16, 8);
+  ImageConstructorMemory(from, sourceBlock, 4, 2, ImageFormatGray16, 7);
+  EXPECT_TRUE(rbCopyPixels2(dest, from));
+  EXPECT_EQ(Bytes(destBlock->Data(), destBlock->Data() + 16),
+            (Bytes{1, 2, 3, 4, 5, 6, 7, 8, 8, 9, 10, 11, 12, 13, 14, 0}));
+
+  // Rows that the caller has described as 4 bytes each: what lies wholly behind them is his, and is copied.
+  ImageConstructorMemory(from, sourceBlock, 4, 2, ImageFormatGray16, 4);
+  EXPECT_TRUE(rbCopyPixels2(dest, from));
+  EXPECT_EQ(Bytes(destBlock->Data(), destBlock->Data() + 16),
+            (Bytes{1, 2, 3, 4, 5, 6, 7, 8, 5, 6, 7, 8, 9, 10, 11, 12}));
 }
 
 TEST_F(CopyPixels, OffsetsThatTheHostHasMovedAreCutAtTheEndOfTheStorageToo) {

@@ -367,17 +367,38 @@ TEST(CopyPicture, OffsetsBeyondThePixelSizeShowAClippedView) {
   EXPECT_EQ(TopRow(*AdoptPicture(rbCopyPictureAll(image))), (std::vector<Pixel>{{4, 5, 6}, {7, 8, 9}}));
 }
 
-TEST(CopyPicture, AMisaligned16BitSampleIsReadUnlessItHangsOverTheStorage) {
+TEST(CopyPicture, AHighByteBehindTheStorageIs0) {
   PluginHost host;
   auto block = host.NewMemoryBlock(Bytes{0xAA, 0x34, 0x12, 0x78, 0x56});
-  const Pixel untouched = Owned<Picture>::Adopt(Picture::Make(1, 1))->GetPixel(0, 0);
   for (const int32_t rowSize : {5, 4}) {
     auto image = host.New("PictureZVK");
     ImageConstructorMemory(image, block, 2, 1, ImageFormatGray16, rowSize);
     RecordOf(image)->GrayOffset = 1;
     EXPECT_EQ(TopRow(*AdoptPicture(rbCopyPictureAll(image))),
-              (std::vector{Gray(0x12), rowSize == 5 ? Gray(0x56) : untouched}));
+              (std::vector{Gray(0x12), rowSize == 5 ? Gray(0x56) : Gray(0)}));
   }
+}
+
+TEST(CopyPicture, EveryColumnOfRowsShorterThanTheir16BitPixelsIsWritten) {
+  PluginHost host;
+  auto block = host.NewMemoryBlock(Bytes{0, 1, 0, 2, 0, 3, 0, 4, 5, 6, 7, 8, 9, 10, 11, 12});
+  const auto highBytes = [&](int32_t rowSize) {
+    auto image = host.New("PictureZVK");
+    ImageConstructorMemory(image, block, 4, 2, ImageFormatGray16, rowSize);
+    const auto picture = AdoptPicture(rbCopyPictureAll(image));
+    std::vector<Pixel> pixels;
+    for (int32_t i = 0; i < 8; ++i) pixels.push_back(picture->GetPixel(i % 4, i / 4));
+    return pixels;
+  };
+  const auto grays = [](std::initializer_list<uint8_t> values) {
+    std::vector<Pixel> pixels;
+    for (const uint8_t value : values) pixels.push_back(Gray(value));
+    return pixels;
+  };
+  // The 14 bytes that the caller has described end in the middle of the last sample.
+  EXPECT_EQ(highBytes(7), grays({1, 2, 3, 4, 5, 7, 9, 0}));
+  EXPECT_EQ(highBytes(4), grays({1, 2, 3, 4, 3, 4, 6, 8}));
+  EXPECT_EQ(highBytes(0), grays({1, 2, 3, 4, 1, 2, 3, 4}));
 }
 
 TEST(CopyPicture, RowsThatRunBackwardsAreRead) {

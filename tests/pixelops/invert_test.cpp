@@ -61,6 +61,21 @@ TEST_F(Invert, A16BitSampleThatHangsOverTheStorageLosesItsLastByte) {
   EXPECT_EQ(image.All(), (Bytes{7, 248, 248, 248, 248, 248, 248, 248}));
 }
 
+TEST_F(Invert, SixteenBitSamplesOfRowsShorterThanTheirPixelsAreComplementedWhole) {
+  const auto block = host_.NewMemoryBlock(Bytes(16, 7));
+  const auto inverted = [&](int32_t rowSize) {
+    std::fill_n(block->Data(), 16, uint8_t{7});
+    const auto image = host_.New("PictureZVK");
+    ImageConstructorMemory(image, block, 4, 2, ImageFormatGray16, rowSize);
+    Invert1(image);
+    return Bytes(block->Data(), block->Data() + 16);
+  };
+  // Byte 7 is in both rows. The last sample begins with byte 13, the storage's last.
+  EXPECT_EQ(inverted(7), (Bytes{248, 248, 248, 248, 248, 248, 248, 7, 248, 248, 248, 248, 248, 248, 7, 7}));
+  // Bytes 4 to 7 are in both rows, and the second row goes on behind the 8 bytes that the caller has described.
+  EXPECT_EQ(inverted(4), (Bytes{248, 248, 248, 248, 7, 7, 7, 7, 248, 248, 248, 248, 7, 7, 7, 7}));
+}
+
 TEST_F(Invert, AClipAndTheGrayViewOf16BitSamplesKnowThem) {
   const TestImage image = NewImage(3, 1, ImageFormatGray16);
   Invert1(Clip(image, 1, 0, 1, 1));
