@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <csignal>
@@ -10,6 +11,8 @@
 #include <filesystem>
 #include <functional>
 #include <limits>
+#include <optional>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -145,6 +148,9 @@ class Case : public FuzzPool {
     }
   }
 
+  // What must not have happened and did, if anything.
+  const std::optional<std::string> &Wrong() const { return wrong_; }
+
   Value AnyImage() override {
     if (all_.empty() || random_.OneIn(12)) return nullptr;
     return all_[Index(all_.size())];
@@ -210,15 +216,33 @@ class Case : public FuzzPool {
     return arguments;
   }
 
-  // Takes an image into the pool unless it is too large to work on. One whose rows have wrapped in 32 bits has little
-  // memory, and everything must refuse it.
+  // True if working on the image takes too long. A view is never larger than an image of the pool. One whose rows have
+  // wrapped in 32 bits has little memory where its RowSize is small, and no pixel of it is ever worked on.
+  static bool IsTooLarge(const Value &image) {
+    const int64_t width = image.Get("Width").AsInteger();
+    const int64_t pixels = width * image.Get("Height").AsInteger();
+    const bool hasWrappedRows = width * image.Get("PixelSize").AsInteger() > std::numeric_limits<int32_t>::max();
+    if (hasWrappedRows) return image.Get("RowSize").AsInteger() > kMostPixels;
+    return image.Get("Parent").IsNil() && pixels > kMostPixels;
+  }
+
+  void CheckView(const Value &view) {
+    const Value parent = view.Get("Parent");
+    if (parent.IsNil()) return;
+    for (const char *side : {"Width", "Height"}) {
+      const int32_t size = view.Get(side).AsInteger();
+      if (size > std::max(parent.Get(side).AsInteger(), 0)) {
+        wrong_ = std::string("a view is larger than its image: ") + side + " " + std::to_string(size);
+      }
+    }
+  }
+
+  // Takes an image into the pool unless it is too large to work on.
   void Keep(const Value &result) {
     if (result.GetKind() != Value::Kind::Object) return;
     if (result.AsObject()->Type().IsA("PictureZVK")) {
-      const int64_t width = result.Get("Width").AsInteger();
-      const int64_t pixels = width * result.Get("Height").AsInteger();
-      const bool hasWrappedRows = width * result.Get("PixelSize").AsInteger() > std::numeric_limits<int32_t>::max();
-      if (pixels < 0 || (pixels > kMostPixels && !hasWrappedRows)) return;
+      CheckView(result);
+      if (IsTooLarge(result)) return;
       if (all_.size() < kMostImages) {
         all_.push_back(result);
       } else {
@@ -327,6 +351,7 @@ class Case : public FuzzPool {
   std::vector<Value> all_;
   std::vector<Value> pictures_;
   int64_t files_ = 0;
+  std::optional<std::string> wrong_;
 };
 
 // --- all cases ---
@@ -376,14 +401,19 @@ FuzzReport Fuzz(const FuzzOptions &options) {
     runningCase = number;
     const std::vector<Leak> before = UnexpectedLeaks();
     if (options.trace != nullptr) *options.trace << "case " << number << std::endl;
-    Case(options.seed, number, folder.Path(), report, options.trace)
-        .Run(std::min(kCallsOfCase, options.calls - report.calls));
+    std::optional<std::string> wrong;
+    {
+      Case one(options.seed, number, folder.Path(), report, options.trace);
+      one.Run(std::min(kCallsOfCase, options.calls - report.calls));
+      wrong = one.Wrong();
+    }
     ClassNamed("PictureFactoryZVK").Call("SetFactory", {nullptr});
     ++report.cases;
     const auto fail = [&](const std::string &what) {
       throw FuzzError(what + " in case " + std::to_string(number) + "; repeat it with --seed " +
                       std::to_string(options.seed) + " --case " + std::to_string(number));
     };
+    if (wrong) fail(*wrong);
     if (!host.Misdeeds().empty()) fail(host.Misdeeds().front());
     if (UnexpectedLeaks() != before) fail("left behind: " + Describe(host.Leaks()));
     if (options.onlyCase) break;
