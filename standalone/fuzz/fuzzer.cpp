@@ -255,9 +255,12 @@ class Case : public FuzzPool {
 
   void Step() {
     if (all_.size() < 3 || random_.OneIn(12)) return Make();
-    const Value image = all_[Index(all_.size())];
+    const size_t index = Index(all_.size());
+    const Value image = all_[index];
     const int64_t kind = random_.Between(1, 20);
-    if (kind == 1) {
+    if (random_.OneIn(40)) {
+      MakeAnew(index);
+    } else if (kind == 1) {
       GetProperty(image);
     } else if (kind == 2) {
       SetProperty(image);
@@ -276,6 +279,21 @@ class Case : public FuzzPool {
         all_.back().AsObject() == image.AsObject()) {
       image.Call("FillRectRandom");
     }
+  }
+
+  // A second construction of an image that no view depends on.
+  void MakeAnew(size_t index) {
+    const Value image = all_[index];
+    if (HasViews(image)) return;
+    const Arguments arguments = ArgumentsOf(*constructors_[Index(constructors_.size())], nullptr);
+    Note("Constructor", TextOf(image) + ".Constructor" + TextOf(arguments));
+    try {
+      image.Call("Constructor", arguments);
+    } catch (const HostException &) {
+      // The image is there all the same, as large as it has become.
+      ++report_.exceptions;
+    }
+    if (IsTooLarge(image)) all_.erase(all_.begin() + static_cast<ptrdiff_t>(index));
   }
 
   bool HasViews(const Value &image) const {
