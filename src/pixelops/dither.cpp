@@ -4,7 +4,6 @@
 #include <array>
 #include <cstddef>
 
-#include "image/kernel_clones.h"
 #include "image/layouts.h"
 #include "pixelops/channel_rows.h"
 #include "pixelops/dither_levels.h"
@@ -18,7 +17,7 @@ namespace {
 constexpr int32_t kLeastLevels = 2;
 constexpr int32_t kMostLevels = 256;
 
-// Dithers the samples of `width` pixels, all of a pixel read before any is written.
+// Dithers the samples of `width` pixels, each written before the next one is read.
 template <size_t kChannels>
 void DitherRow(const DitherLevels &levels, const int32_t *thresholds, int32_t size,
                ChannelRow<const uint8_t, kChannels> source, ChannelRow<uint8_t, kChannels> dest, int32_t width) {
@@ -26,12 +25,11 @@ void DitherRow(const DitherLevels &levels, const int32_t *thresholds, int32_t si
   for (int32_t x = 0; x < width; ++x) {
     const int32_t threshold = thresholds[column];
     column = column + 1 < size ? column + 1 : 0;
-    std::array<uint8_t, kChannels> samples = {};
-    for (size_t c = 0; c < kChannels; ++c) samples[c] = levels(source.pixel[source.offsets[c]], threshold);
-    for (size_t c = 0; c < kChannels; ++c) dest.pixel[dest.offsets[c]] = samples[c];
-    source.pixel += source.step;
-    dest.pixel += dest.step;
-    OneStepAtATime();  // the compiler cannot tell by addresses whether two mappings of a file overlap
+    for (size_t c = 0; c < kChannels; ++c) {
+      dest.pixel[dest.offsets[c]] = levels(source.pixel[source.offsets[c]], threshold);
+    }
+    source.Next();
+    dest.Next();
   }
 }
 

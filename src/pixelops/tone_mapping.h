@@ -7,7 +7,6 @@
 #include <cstdint>
 
 #include "image/image_record.h"
-#include "image/kernel_clones.h"
 #include "pixelops/channel_rows.h"
 #include "pixelops/filter_frame.h"
 #include "pixelops/tone_tables.h"
@@ -19,22 +18,19 @@ void MapBytes(const ToneTable &table, const uint8_t *source, uint8_t *dest, ptrd
 // The same without the instructions that only newer machines have.
 void MapBytesPlain(const ToneTable &table, const uint8_t *source, uint8_t *dest, ptrdiff_t count);
 
-// Sends the samples of `width` pixels through the table of their channel, all of a pixel read before any is written.
+// Sends the samples of `width` pixels through the table of their channel, each written before the next one is read.
 template <size_t kChannels>
 void MapRow(const std::array<ToneTable, kChannels> &tables, ChannelRow<const uint8_t, kChannels> source,
             ChannelRow<uint8_t, kChannels> dest, int32_t width) {
   for (int32_t x = 0; x < width; ++x) {
-    std::array<uint8_t, kChannels> samples = {};
-    for (size_t c = 0; c < kChannels; ++c) samples[c] = tables[c][source.pixel[source.offsets[c]]];
-    for (size_t c = 0; c < kChannels; ++c) dest.pixel[dest.offsets[c]] = samples[c];
-    source.pixel += source.step;
-    dest.pixel += dest.step;
-    OneStepAtATime();  // the compiler cannot tell by addresses whether two mappings of a file overlap
+    for (size_t c = 0; c < kChannels; ++c) dest.pixel[dest.offsets[c]] = tables[c][source.pixel[source.offsets[c]]];
+    source.Next();
+    dest.Next();
   }
 }
 
-// Sends every sample of the layout's channels through the table of its channel and stores it in dest, row by row and
-// pixel by pixel.
+// Sends every sample of the layout's channels through the table of its channel and stores it in dest, row by row, pixel
+// by pixel and sample by sample.
 template <class Layout>
 void MapSamples(ImageClassData &source, ImageClassData &dest,
                 const std::array<ToneTable, Layout::channelCount> &tables) {

