@@ -55,8 +55,8 @@ void DrawFitted(ImageClassData &image, REALobject picture, REALobject mask, cons
   if (!reader.GetPictureEditor(picture, 1, 0)) return;
   if (mask != nullptr && !maskReader.GetPictureEditor(mask, 1, 0)) return;
   Transfer fitted = FitToPicture(transfer, image, reader);
-  // The host keeps a mask as large as its picture. Columns that one lacks all the same are not read.
-  if (mask != nullptr) fitted.width = std::min(fitted.width, maskReader.Width - fitted.sourceX);
+  // The host keeps a mask as large as its picture, so its size is not asked for. Where its rows end it is not read.
+  if (mask != nullptr) fitted.width = std::min(fitted.width, maskReader.RowPixels() - fitted.sourceX);
   if (!IsEmpty(fitted)) {
     SkipRows(reader, fitted.sourceY);
     if (mask != nullptr) SkipRows(maskReader, fitted.sourceY);

@@ -145,6 +145,10 @@ void PictureEditor::ReleasePicture() {
   Picture = nullptr;
 }
 
+int32_t PictureEditor::RowPixels() const {
+  return Layout == kLayoutGD ? static_cast<const GDImage *>(Description.data)->width : RowBytes / PixelBytes;
+}
+
 bool PictureEditor::GetPictureEditor(REALobject picture, int8_t forReading, int8_t forWriting) {
   return Attach(picture, forReading != 0, forWriting != 0, true);
 }

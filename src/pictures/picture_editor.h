@@ -61,6 +61,10 @@ class PictureEditor {
     }
   }
 
+  // Pixels that the attached picture's rows have in memory, whatever width the host told: by a GD image's own record,
+  // or as many as a bitmap's row bytes hold.
+  int32_t RowPixels() const;
+
   // The layout of a true-colour GD row. The codes 1 to 6 are a bitmap context's alpha info.
   static constexpr int32_t kLayoutGD = 8;
 

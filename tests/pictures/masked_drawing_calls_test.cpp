@@ -197,6 +197,16 @@ TEST(MaskedDrawingCalls, PicturesWithoutABitmapAreReadFromCopies) {
 
 // --- rectangles ---
 
+// A GD image that is described as 5 pixels wide.
+struct OddlyDescribedGD : standalone::GDStorage {
+  OddlyDescribedGD(int32_t width, int32_t height) : GDStorage(width, height, true) {}
+  bool Describe(int32_t wantedType, REALpictureDescription *description) override {
+    const bool described = GDStorage::Describe(wantedType, description);
+    description->width = 5;
+    return described;
+  }
+};
+
 // An image of 6 x 6 and a picture of 5 x 4 whose pixels and mask pixels tell their places.
 class MaskedRectangle : public testing::Test {
  protected:
@@ -323,6 +333,55 @@ TEST_F(MaskedRectangle, ColumnsThatANarrowerMaskLacksAreLeftAlone) {
   EXPECT_EQ(mask.References(), 3);
   mask.Unlock();
   mask.Unlock();
+}
+
+// Draws a picture of 7 x 4 with the mask in both ways, and expects the mask's first `columns` to have told the pixels
+// of theirs and the others to be as they were.
+void ExpectMaskedColumns(PluginHost &host, int32_t layout, Owned<Picture> made, int32_t columns) {
+  Picture &mask = *made;
+  for (int32_t y = 0; y < 4; ++y) {
+    for (int32_t x = 0; x < columns; ++x) {
+      const auto place = static_cast<uint8_t>(100 + 10 * y + x);
+      SetBytesAt(mask, x, y, {place, place, place, place});
+    }
+  }
+  auto picture = NewFilledPicture(host, 7, 4, layout);
+  picture->SetMask(std::move(made));
+  auto stored = NewImage(host, 7, 4, ImageFormatRGBA), before = NewImage(host, 7, 4, ImageFormatRGBA);
+  auto blended = NewImage(host, 7, 4, ImageFormatRGBA);
+  rbDrawMaskedPictureRGB2(stored, picture, false);
+  rbDrawPictureApplyMaskRGB2(blended, picture, false);
+  for (int32_t y = 0; y < 4; ++y) {
+    for (int32_t x = 0; x < 7; ++x) {
+      SCOPED_TRACE(testing::Message() << x << ", " << y);
+      const uint8_t *const old = SampleAt(*RecordOf(before), x, y, 0);
+      const uint8_t *const pixel = SampleAt(*RecordOf(stored), x, y, 0);
+      const uint8_t *const blend = SampleAt(*RecordOf(blended), x, y, 0);
+      const int32_t place = 100 + 10 * y + x;
+      const uint8_t red = picture->GetPixel(x, y).red;
+      EXPECT_EQ(pixel[3], x < columns ? place : old[3]);
+      EXPECT_EQ(pixel[0], x < columns ? red : old[0]);
+      EXPECT_EQ(blend[0], x < columns ? ((255 - place) * red + old[0] * place) / 255 : old[0]);
+    }
+  }
+  while (mask.References() > 1) mask.Unlock();
+}
+
+TEST(MaskedDrawingCalls, AGDMaskIsReadAsFarAsItsOwnRowsGo) {
+  PluginHost host({.fenced = true});
+  for (const int32_t columns : {7, 3}) {
+    auto storage = std::make_unique<OddlyDescribedGD>(columns, 4);
+    ExpectMaskedColumns(host, kGD, host.NewPicture(std::move(storage)), columns);
+  }
+}
+
+TEST(MaskedDrawingCalls, ABitmapMaskIsReadAsFarAsItsRowBytesGo) {
+  PluginHost host({.kind = HostKind::Desktop, .fenced = true});
+  for (const int32_t columns : {7, 3}) {
+    auto storage = std::make_unique<standalone::BitmapStorage>(columns, 4, standalone::BitmapLayout(), true);
+    storage->Context().width = 5;
+    ExpectMaskedColumns(host, 6, host.NewPicture(std::move(storage)), columns);
+  }
 }
 
 TEST_F(MaskedRectangle, RowsThatALowerMaskLacksAreMaskedByItsFirst) {
