@@ -1,5 +1,6 @@
 #include "pictures/gworld_export.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -40,8 +41,7 @@ class GWorld {
 
   explicit operator bool() const { return pixels_ != nullptr; }
 
-  // Size of the world: that of the image, unless 16 bits were too few for it.
-  int32_t Width() const { return bounds_.right; }
+  // Rows of the world; not those of the image where 16 bits were too few for them.
   int32_t Height() const { return bounds_.bottom; }
   int32_t RowBytes() const { return rowBytes_; }
   uint8_t *Row(int32_t y) const { return pixels_ + ptrdiff_t{y} * rowBytes_; }
@@ -64,13 +64,15 @@ class GWorld {
 };
 
 // Calls write(source, dest) for each pixel; a row that cannot be had is left as it is. `destSize` is a pixel's bytes in
-// the world.
+// the world, and its row bytes say how many columns there is room for, whatever became of the width in 16 bits. A world
+// that is not as high as the image gets no row.
 template <class Write>
-REALobject Fill(GWorld &world, ImageClassData &image, ptrdiff_t destSize, Write write) {
-  for (int32_t y = 0; y < world.Height(); ++y) {
+REALobject Fill(GWorld &world, ImageClassData &image, int32_t destSize, Write write) {
+  const int32_t columns = std::min(image.Width, world.RowBytes() / destSize);
+  for (int32_t y = 0; world.Height() == image.Height && y < image.Height; ++y) {
     const uint8_t *source = image.GetRow(&image, y);
     uint8_t *dest = world.Row(y);
-    for (int32_t x = 0; source != nullptr && x < world.Width(); ++x) {
+    for (int32_t x = 0; source != nullptr && x < columns; ++x) {
       write(source, dest);
       source += image.PixelSize;
       dest += destSize;

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <numeric>
 #include <string>
 #include <vector>
 
@@ -286,13 +287,53 @@ TEST_F(GWorldExport, ARowThatCannotBeHadIsLeftAsItIs) {
             (Bytes{0xCC, 0xCC, 0xCC, 0xCC, 0xCC, 0xCC, 0xCC, 0xCC, 0xCC, 10, 11, 12, 13, 14, 15, 16, 17, 18}));
 }
 
-TEST_F(GWorldExport, SizesAreCutTo16BitsAndNothingIsWrittenOutsideTheWorld) {
+// --- images beyond the 16 bits of a rectangle's sides ---
+
+TEST_F(GWorldExport, AWidthBeyond16BitsIsWrittenAsFarAsTheRowBytesReach) {
+  struct Case {
+    int32_t format, rowBytes;
+    Bytes row;
+  };
+  const Case cases[] = {{ImageFormatG, 6, {1, 2, 3, 4, 5, 6}},
+                        {ImageFormatRGBA, 11, {4, 1, 2, 3, 8, 5, 6, 7, 0xCC, 0xCC, 0xCC}},
+                        {ImageFormatRGB, 8, {1, 2, 3, 4, 5, 6, 0xCC, 0xCC}},
+                        {ImageFormatG, 0, {}}};
+  for (const auto &[format, rowBytes, row] : cases) {
+    auto image = host_.New("PictureZVK");
+    ImageConstructor(image, 65539, 2, format);
+    ImageClassData &record = *RecordOf(image);
+    for (int32_t y = 0; y < 2; ++y) std::iota(record.GetRow(&record, y), record.GetRow(&record, y) + 30, 1);
+    platform.pixels.resize(1);  // an address also where there are no row bytes
+    ASSERT_TRUE(Copy(*image, rowBytes));
+    EXPECT_EQ(platform.bounds.right, 3);
+    Bytes both = row;
+    both.insert(both.end(), row.begin(), row.end());
+    EXPECT_EQ(platform.pixels, both);
+  }
+}
+
+TEST_F(GWorldExport, AWidthThatIsCutBelowZeroIsWrittenAllTheSame) {
   auto image = host_.New("PictureZVK");
-  ImageConstructor(image, 65539, 2, ImageFormatG);
-  std::fill_n(RecordOf(image)->Buffer, RecordOf(image)->TotalSize, 7);
-  ASSERT_TRUE(Copy(*image, 4));
-  EXPECT_EQ(platform.bounds.right, 3);
-  EXPECT_EQ(platform.pixels, (Bytes{7, 7, 7, 0xCC, 7, 7, 7, 0xCC}));
+  ImageConstructor(image, 40000, 1, ImageFormatG);
+  std::fill_n(RecordOf(image)->Buffer, 40000, 7);
+  RecordOf(image)->Buffer[39999] = 9;
+  ASSERT_TRUE(Copy(*image, 40002));
+  EXPECT_EQ(platform.bounds.right, 40000 - 65536);
+  Bytes expected(80004, 0xCC);
+  std::fill_n(expected.begin(), 39999, uint8_t{7});
+  expected[39999] = 9;
+  EXPECT_TRUE(platform.pixels == expected);
+}
+
+TEST_F(GWorldExport, OfAHeightBeyond16BitsNoRowIsWritten) {
+  for (const int32_t height : {32768, 40000, 65536, 65538}) {
+    auto image = host_.New("PictureZVK");
+    ImageConstructor(image, 2, height, ImageFormatG);
+    std::fill_n(RecordOf(image)->Buffer, RecordOf(image)->TotalSize, 7);
+    ASSERT_TRUE(Copy(*image, 2));
+    EXPECT_EQ(platform.bounds.bottom, static_cast<int16_t>(height));
+    EXPECT_EQ(platform.pixels, Bytes(4, 0xCC)) << height;
+  }
 }
 
 class GWorldExportWithoutClass : public GWorldExport {
