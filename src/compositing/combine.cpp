@@ -28,10 +28,15 @@ bool AreReady(ImageClassData &dest, ImageClassData &image) {
   return IsUsable(dest) && IsUsable(image);
 }
 
-// What of a caller's transfer lies in both images; may be empty.
-Transfer Fit(const Transfer &transfer, const ImageClassData &dest, const ImageClassData &image) {
+// Calls blend(fitted) with what of a caller's transfer lies in both images. False, without a call, if that is nothing;
+// but true if only the cut of sums that have wrapped leaves nothing.
+template <class Blend>
+bool BlendFitted(const Transfer &transfer, const ImageClassData &dest, const ImageClassData &image, Blend &&blend) {
   const Transfer fitted = FitTransfer(transfer, dest.Width, dest.Height, image.Width, image.Height);
-  return CutToImages(fitted, dest.Width, dest.Height, image.Width, image.Height);
+  if (IsEmpty(fitted)) return false;
+  const Transfer cut = CutToImages(fitted, dest.Width, dest.Height, image.Width, image.Height);
+  if (!IsEmpty(cut)) blend(cut);
+  return true;
 }
 
 }  // namespace
@@ -46,12 +51,11 @@ uint8_t Case2(REALobject instance, REALobject image, uint8_t preMultipliedSource
   if (HasWideSamples(*dest) || HasWideSamples(*source) || HasWideSamples(*keep)) return false;
   if (!Covers(*keep, *source)) return false;
   if (!AreReady(*dest, *source) || !Covers(*keep, *source)) return false;
-  const Transfer fitted = Fit({destX, destY, width, height, sourceX, sourceY}, *dest, *source);
-  if (IsEmpty(fitted)) return false;
-  const auto kernel = preMultipliedSource ? Case2pt : Case2pf;
-  kernel(*dest, *source, *keep, fitted.destX, fitted.destY, fitted.width, fitted.height, fitted.sourceX,
-         fitted.sourceY);
-  return true;
+  return BlendFitted({destX, destY, width, height, sourceX, sourceY}, *dest, *source, [&](const Transfer &fitted) {
+    const auto kernel = preMultipliedSource ? Case2pt : Case2pf;
+    kernel(*dest, *source, *keep, fitted.destX, fitted.destY, fitted.width, fitted.height, fitted.sourceX,
+           fitted.sourceY);
+  });
 }
 
 namespace {
@@ -61,10 +65,8 @@ bool CombineForeground(ImageClassData &dest, ImageClassData &image, bool premult
                        int32_t colour) {
   // Samples of 16 bits are not refused here: they count by their first bytes.
   if (!dest.Valid || !image.Valid || !AreReady(dest, image)) return false;
-  const Transfer fitted = Fit(transfer, dest, image);
-  if (IsEmpty(fitted)) return false;
-  BlendFlatForeground(dest, image, premultiplied, fitted, colour);
-  return true;
+  return BlendFitted(transfer, dest, image,
+                     [&](const Transfer &fitted) { BlendFlatForeground(dest, image, premultiplied, fitted, colour); });
 }
 
 // The image through a flat colour.
@@ -72,10 +74,8 @@ bool CombineThroughColour(ImageClassData &dest, ImageClassData &image, bool prem
                           int32_t colour) {
   if (!dest.Valid || !image.Valid || HasWideSamples(dest) || HasWideSamples(image)) return false;
   if (!AreReady(dest, image)) return false;
-  const Transfer fitted = Fit(transfer, dest, image);
-  if (IsEmpty(fitted)) return false;
-  BlendThroughFlatMask(dest, image, premultiplied, fitted, colour);
-  return true;
+  return BlendFitted(transfer, dest, image,
+                     [&](const Transfer &fitted) { BlendThroughFlatMask(dest, image, premultiplied, fitted, colour); });
 }
 
 }  // namespace

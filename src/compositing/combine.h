@@ -9,8 +9,8 @@ namespace zvk {
 
 // Handlers. Blend the rectangle of `image` at sourceX, sourceY into the instance at destX, destY, all in pixels; what
 // hangs over is cut. False, with no pixel changed, for a size not above 0, an empty rectangle, and images (nil, too)
-// that are not usable. Colours are 0xRRGGBB; a negative one, which any with bit 31 is, counts as absent. What is done
-// depends on what is there:
+// that are not usable; true, with none changed, where only sums that have wrapped leave nothing. Colours are 0xRRGGBB;
+// a negative one, which any with bit 31 is, counts as absent. What is done depends on what is there:
 //   - mask: `image` through the mask, which has its size and lies over it; 255 keeps the instance's pixel. The colours
 //     are ignored. False for 16-bit samples, too.
 //   - foreColour alone: the colour through `image` as the mask.

@@ -90,15 +90,18 @@ void CopyIntoWideSamples(const ImageClassData &dest, const ImageClassData &sourc
       [&](int32_t column) { copyCut(column - transfer.destX); });
 }
 
+// The transfer may be empty, where only the cut of sums that have wrapped has left nothing: no row is asked for then.
 bool CopyRows(ImageClassData &dest, ImageClassData &source, const Transfer &transfer) {
   const auto forEachRow = [&](const auto &copyRow) {
-    return ForEachRowGroup(dest, transfer.destY, source, nullptr, transfer.sourceY, transfer.height, copyRow);
+    return IsEmpty(transfer) ||
+           ForEachRowGroup(dest, transfer.destY, source, nullptr, transfer.sourceY, transfer.height, copyRow);
   };
   if (IsBlockCopy(dest, source)) {
     return forEachRow([&](const RowGroup &rows) { CopyBlock(dest, rows.Dest(), source, rows.First(), transfer); });
   }
   const std::optional<PixelTransfer> pixels = PixelTransfer::Between(dest, source);
   if (!pixels) {
+    if (IsEmpty(transfer)) return false;
     // The first rows are asked for all the same, which moves the blocks of mapped images.
     dest.GetRow(&dest, transfer.destY);
     source.GetRow(&source, transfer.sourceY);
@@ -129,8 +132,8 @@ uint8_t rbCopyPixels8(REALobject instance, REALobject source, int32_t destX, int
 
   const Transfer fitted = FitTransfer({destX, destY, destWidth, destHeight, sourceX, sourceY}, dest->Width,
                                       dest->Height, from->Width, from->Height);
-  const Transfer transfer = CutToImages(fitted, dest->Width, dest->Height, from->Width, from->Height);
-  return !IsEmpty(transfer) && CopyRows(*dest, *from, transfer);
+  return !IsEmpty(fitted) &&
+         CopyRows(*dest, *from, CutToImages(fitted, dest->Width, dest->Height, from->Width, from->Height));
 }
 
 uint8_t rbCopyPixels6(REALobject instance, REALobject source, int32_t destX, int32_t destY, int32_t destWidth,

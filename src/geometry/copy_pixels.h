@@ -11,8 +11,8 @@ namespace zvk {
 // bits of gray where a conversion is defined. Positions and sizes are in pixels. A negative size extends to the other
 // side of the destination's corner, what hangs over either image is cut. Images that are packed alike are copied in
 // blocks, each of them longer than the rectangle by destX pixels, as far as the storage of both goes. True if rows have
-// been copied; false for an image (nil, too) that is not usable, an empty rectangle, and without a conversion between
-// the families.
+// been copied, or would have been but for sums that have wrapped; false for an image (nil, too) that is not usable, an
+// empty rectangle, and without a conversion between the families.
 uint8_t rbCopyPixels8(REALobject instance, REALobject source, int32_t destX, int32_t destY, int32_t destWidth,
                       int32_t destHeight, int32_t sourceX, int32_t sourceY);
 // The source from its corner.

@@ -34,8 +34,10 @@ uint8_t FillRectApplyRGBA1(REALobject instance, int32_t red, int32_t green, int3
 uint8_t FillRectApplyRGBA5(REALobject instance, int32_t x, int32_t y, int32_t width, int32_t height, int32_t red,
                            int32_t green, int32_t blue, int32_t alpha) {
   ImageClassData *image = RecordOf(instance);
-  if (image == nullptr || !image->Valid || !HasPixels(*image)) return false;
+  if (image == nullptr || !image->Valid) return false;
   const Rectangle rectangle = FitRectangle({x, y, width, height}, image->Width, image->Height);
+  // An empty rectangle needs no pixels.
+  if (!IsEmpty(rectangle) && !HasPixels(*image)) return false;
   // 255 x 257 is one short of 65536, so the shift takes an exact mix to the number below. As the arithmetic wraps, the
   // two weights may be taken times 257 before the sum or the sum after it.
   const auto colourWeight = static_cast<uint32_t>(alpha) * 257;

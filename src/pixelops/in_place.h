@@ -37,7 +37,8 @@ void ForEachRow(ImageClassData &image, const Rectangle &fitted, RowYield yield, 
   for (int32_t y = fitted.y;; ++y) {
     // Asked again for each row: other code of the host may have run since, and closed the image or constructed it anew.
     const Rectangle inside = CutToImage(fitted, image.Width, image.Height);
-    if (!HasPixels(image) || y - inside.y >= inside.height) return;
+    const bool isServed = inside.width > 0 ? HasPixels(image) : HasRows(image);
+    if (!isServed || y - inside.y >= inside.height) return;
     uint8_t *row = image.GetRow(&image, y);
     if (row != nullptr) visit(RowPart{row, inside.x, inside.width});
     if (yield == RowYield::AfterEachRow) YieldOn(image);

@@ -335,6 +335,23 @@ TEST_F(Combine, ARectangleWhoseSumsWrapIsCutToTheImages) {
   }
 }
 
+TEST_F(Combine, ARectangleOfWhichOnlyTheCutLeavesNothingIsTrueAndDrawsNothing) {
+  StoredImage source = Source(), mask = Mask();
+  for (const Selected &selected : kCases) {
+    const REALobject maskOrNil = selected.masked ? static_cast<REALobject>(mask) : nullptr;
+    const auto combine = [&](REALobject dest, int32_t destX, int32_t destY, int32_t sourceX, int32_t sourceY) {
+      return PictureCombine1pm(dest, source, false, maskOrNil, destX, destY, sourceX, sourceY, 20, 20, 1,
+                               selected.foreColour, selected.maskColour);
+    };
+    // 2147483647 + 10 wraps, to a place left of (or above) the source that no step tests for.
+    StoredImage dest = Dest();
+    EXPECT_TRUE(combine(dest, -10, 0, INT32_MAX, 0)) << selected.name;
+    EXPECT_TRUE(combine(dest, 0, -10, 0, INT32_MAX)) << selected.name;
+    EXPECT_TRUE(combine(dest, -10, -10, INT32_MAX, INT32_MAX)) << selected.name;
+    EXPECT_EQ(dest.Bytes(), Dest().Bytes());
+  }
+}
+
 // --- yields ---
 
 TEST_F(Combine, YieldsOnDestThenOnTheImageThenOnDestAfterEachRow) {

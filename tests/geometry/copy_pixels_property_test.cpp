@@ -110,9 +110,15 @@ TEST_F(CopyPixelsProperty, NumbersAnywhereIn32BitsLeadNowhereElse) {
     for (int i = 0; i < 30; ++i) {
       // The pages around blocks and pictures see to it that nothing outside is touched.
       const auto self = AnyView(random, dest), from = AnyView(random, source);
-      rbCopyPixels8(self, from, AnyNumber(random), AnyNumber(random), AnyNumber(random), AnyNumber(random),
-                    AnyNumber(random), AnyNumber(random));
+      ImageClassData &to = *RecordOf(self), &read = *RecordOf(from);
+      Numbers n{AnyNumber(random), AnyNumber(random), AnyNumber(random),
+                AnyNumber(random), AnyNumber(random), AnyNumber(random)};
+      const uint8_t result = rbCopyPixels8(self, from, n.destX, n.destY, n.width, n.height, n.sourceX, n.sourceY);
       RC_ASSERT(source.Bytes() == sourceBefore);
+      // Whatever was copied, the result is that of the rules.
+      const bool converts =
+          copy_testing::GoesInBlocks(to, read) || !copy_testing::WritesOf(to, read, SampleAt(read, 0, 0, 0)).empty();
+      RC_ASSERT(result == (copy_testing::FitNaively(n, to, read) && converts ? 1 : 0));
     }
   }));
 }

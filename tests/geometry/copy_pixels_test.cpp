@@ -95,6 +95,29 @@ TEST_F(CopyPixels, ARectangleWhoseSumsWrapIsCutToTheImages) {
   EXPECT_EQ(dest.Bytes(), (Bytes{0, 4, 7, 0, 0, 0, 0, 0}));
 }
 
+TEST_F(CopyPixels, ARectangleOfWhichOnlyTheCutLeavesNothingIsTrueAndCopiesNothing) {
+  // As blocks, pixel by pixel, and without a conversion, which is refused as ever.
+  for (const auto &[format, destFormat] : {std::pair{ImageFormatG, ImageFormatG},
+                                           {ImageFormat1of3, ImageFormatG},
+                                           {ImageFormatG, ImageFormatGray16},
+                                           {ImageFormatRGB, ImageFormatCMYK}}) {
+    for (const Kind kind : {Kind::Block, Kind::File}) {
+      StoredImage source = Counting(4, 4, format, kind), dest = Counting(4, 4, destFormat, kind);
+      const Bytes before = dest.Bytes();
+      RowLog log;
+      log.Watch(dest.Record(), 'd');
+      log.Watch(source.Record(), 's');
+      const bool converts = destFormat != ImageFormatCMYK;
+      // 2147483647 + 10 wraps, to a place left of (or above) the source that no step tests for.
+      EXPECT_EQ(rbCopyPixels8(dest, source, -10, 0, 20, 4, INT32_MAX, 0), converts);
+      EXPECT_EQ(rbCopyPixels8(dest, source, 0, -10, 4, 20, 0, INT32_MAX), converts);
+      EXPECT_EQ(rbCopyPixels8(dest, source, -10, -10, 20, 20, INT32_MAX, INT32_MAX), converts);
+      EXPECT_THAT(log.Asked(), testing::IsEmpty());
+      EXPECT_EQ(dest.Bytes(), before);
+    }
+  }
+}
+
 TEST_F(CopyPixels, WithoutPositionsTheCornersAreTaken) {
   StoredImage source = Counting(3, 2, ImageFormat1of3), dest = New(4, 3, ImageFormatG);
   EXPECT_TRUE(rbCopyPixels6(dest, source, 1, 1, 2, 9));

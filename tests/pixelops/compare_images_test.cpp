@@ -80,6 +80,19 @@ TEST_F(Compare, ViewsOfNegativeSizeGiveMinusOneAndWithoutWidthZero) {
   EXPECT_EQ(CompareImages(empty, Clip(image, 4, 0, 1, 2)), 0);
 }
 
+TEST_F(Compare, ImagesWhoseRowsHaveWrappedGiveMinusOneOfEverySize) {
+  const TestImage image = NewImage((1 << 30) + 10, 2, ImageFormatRGBA), other = NewImage(10, 2, ImageFormatRGBA);
+  const TestImage higher = NewImage((1 << 30) + 10, 3, ImageFormatRGBA);
+  Log(image, "self");
+  Log(other, "other");
+  Log(higher, "higher");
+  EXPECT_EQ(CompareImages(image, image), -1);
+  EXPECT_EQ(CompareImages(image, other), -1);
+  EXPECT_EQ(CompareImages(other, image), -1);
+  EXPECT_EQ(CompareImages(image, higher), -1);
+  EXPECT_EQ(TakeLog(), "");
+}
+
 TEST_F(Compare, TheNumberOfPixelsGoesBeyond32Bits) {
   const TestImage image = NewImage(1, 50000, ImageFormatG);
   image.Record().Width = 100000;  // no pixel is read

@@ -105,6 +105,27 @@ TEST_F(FillApply, AnImageWhoseRowHasWrappedIsRefused) {
   EXPECT_FALSE(FillRectApplyRGBA5(image, 100, 0, 1, 1, 1, 2, 3, 4));
 }
 
+TEST_F(FillApply, AnEmptyRectangleOfAnImageWhoseRowHasWrappedIsTrue) {
+  const TestImage image = NewImage((1 << 30) + 10, 2, ImageFormatRGBA);
+  ASSERT_EQ(image.Record().RowSize, 40);
+  Log(image);
+  EXPECT_TRUE(FillRectApplyRGBA5(image, 100, 0, 1, 0, 1, 2, 3, 4));
+  EXPECT_TRUE(FillRectApplyRGBA5(image, 100, 2, 1, 1, 1, 2, 3, 4));
+  EXPECT_EQ(TakeLog(), "");
+  EXPECT_TRUE(FillRectApplyRGBA5(image, 100, 0, 0, 2, 1, 2, 3, 4));
+  EXPECT_EQ(TakeLog(), "0 yield 1 yield ");
+  const TestImage inks = NewImage((1 << 30) + 10, 2, ImageFormatCMYK);
+  EXPECT_FALSE(FillRectApplyRGBA5(inks, 100, 0, 1, 0, 1, 2, 3, 4));
+}
+
+TEST_F(FillApply, AnEmptyRectangleOfAClosedImageIsTrue) {
+  const TestImage image = NewImage(4, 3, ImageFormatRGB);
+  ImageDestructor(image);
+  ASSERT_TRUE(image.Record().Valid);
+  EXPECT_TRUE(FillRectApplyRGBA5(image, 0, 0, 4, 0, 1, 2, 3, 4));
+  EXPECT_TRUE(FillRectApplyRGBA5(image, 0, 0, 0, 3, 1, 2, 3, 4));
+}
+
 TEST_F(FillApply, UnusableImagesAreRefused) {
   for (const int32_t format : {ImageFormatRGB, ImageFormatG}) {
     ForEachUnusable(host_, format, [](const char *what, REALobject image) {
