@@ -217,7 +217,7 @@ Operation AnyOperation(const ImageClassData &image, const uint8_t *end) {
     case 7:
       return {"Invert",
               whole ? Real([=](REALobject o) { Invert1(o); }) : Real([=](REALobject o) { Invert5(o, x, y, w, h); }),
-              Plain([=](ImageClassData &i) { naive::Invert(i, whole ? all : r, end); })};
+              Plain([=](ImageClassData &i) { naive::Invert(i, whole ? all : r); })};
     default:
       return {"AutoLevel", [=](REALobject o) { return whole ? AutoLevel1(o) : AutoLevel5(o, x, y, w, h); },
               [=](ImageClassData &i) { return naive::AutoLevel(i, whole ? all : r); }};

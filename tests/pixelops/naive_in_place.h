@@ -211,15 +211,20 @@ inline void ClearRect(ImageClassData &image, Rect r) {
   });
 }
 
-inline void Invert(ImageClassData &image, Rect r, const uint8_t *end) {
+// A 16-bit sample that begins with the last byte of a storage has no second one: rows may be shorter than their pixels.
+// Those of a table or file never are.
+inline void Invert(ImageClassData &image, Rect r) {
   r = Fit(r, image);
   if (!Usable(image) || r.w < 1 || r.h < 1) return;
   const bool words = image.IsGray && !image.HasAlpha && image.BitsPerComponent == 16;
+  // Of rows that run backwards the top one is the last.
+  const int64_t size = std::max<int64_t>(image.TotalSize, std::abs(image.RowSize));
+  const uint8_t *const last = image.Buffer != nullptr && !image.IsMapping ? image.Buffer + size - 1 : nullptr;
   Pixels(image, r, [&](uint8_t *pixel) {
     for (const char channel : Channels(image, true)) {
       uint8_t *sample = pixel + OffsetOf(image, channel);
       sample[0] = 255 - sample[0];
-      if (words && (end == nullptr || sample + 1 < end)) sample[1] = 255 - sample[1];
+      if (words && sample != last) sample[1] = 255 - sample[1];
     }
   });
 }
