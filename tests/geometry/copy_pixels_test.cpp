@@ -428,6 +428,23 @@ TEST_F(CopyPixels, ImagesThatAreNotUsableAreRefused) {
   EXPECT_EQ(image.Bytes(), before);
 }
 
+TEST_F(CopyPixels, ImagesThatAreConstructedAnewInARefusedFormatAreRefused) {
+  StoredImage first = Counting(4, 4, ImageFormatG), second = Counting(4, 4, ImageFormatG),
+              whole = New(4, 4, ImageFormatG);
+  ImageConstructor(first, 4, 4, 14);
+  ImageConstructor(second, 4, 4, 14);
+  EXPECT_FALSE(rbCopyPixels8(first, second, 0, 0, 4, 4, 0, 0));
+  EXPECT_FALSE(rbCopyPixels8(whole, second, 0, 0, 4, 4, 0, 0));
+  // The same in the yields of a copy.
+  StoredImage third = Counting(4, 4, ImageFormatG), fourth = Counting(4, 4, ImageFormatG);
+  YieldAlways(host_, third);
+  host_->onYield = [&] {
+    ImageConstructor(third, 4, 4, 14);
+    ImageConstructor(fourth, 4, 4, 14);
+  };
+  EXPECT_FALSE(rbCopyPixels8(third, fourth, 0, 0, 4, 4, 0, 0));
+}
+
 TEST_F(CopyPixels, YieldsOnSelfThenOnTheSourceThenOnSelfAfterEachRow) {
   StoredImage source = Counting(4, 4, ImageFormatG), dest = New(4, 4, ImageFormatG);
   YieldAlways(host_, dest);
