@@ -30,8 +30,9 @@ enum class RowYield : uint8_t { AfterEachRow, None };
 // of which nothing is left.
 std::optional<Rectangle> BeginInPlace(ImageClassData *image, const Rectangle &callers);
 
-// Calls visit(RowPart) for each row of a fitted rectangle, from the top; rows without width are visited as well. A row
-// that cannot be had (a block that cannot be mapped) is left out.
+// Calls visit(RowPart) for each row of a fitted rectangle, from the top; rows without width are visited as well, also
+// those of an image whose pixels cannot be reached. A row that cannot be had (a block that cannot be mapped) is left
+// out.
 template <class Visitor>
 void ForEachRow(ImageClassData &image, const Rectangle &fitted, RowYield yield, Visitor &&visit) {
   for (int32_t y = fitted.y;; ++y) {
