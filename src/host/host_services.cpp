@@ -7,7 +7,6 @@
 #include <new>
 
 #include "host/resources.h"
-#include "host/truncate.h"
 
 namespace zvk {
 
@@ -182,7 +181,9 @@ int32_t NowInTicks() {
 
 int32_t NowInMilliseconds() {
   if (AudioGetCurrentHostTime.Resolves() && AudioConvertHostTimeToNanos.Resolves()) {
-    return Truncate(static_cast<double>(AudioConvertHostTimeToNanos(AudioGetCurrentHostTime())) / 1000000.0);
+    const double now = static_cast<double>(AudioConvertHostTimeToNanos(AudioGetCurrentHostTime())) / 1000000.0;
+    // The low 32 bits, which go on counting where a number that does not fit would stand still.
+    return static_cast<int32_t>(static_cast<int64_t>(now));
   }
   return static_cast<int32_t>(MonotonicNanoseconds() / 1000000);
 }

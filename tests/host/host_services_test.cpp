@@ -388,12 +388,20 @@ TEST_F(HostServices, TheTimeIsReadAgainInTheUnitOfTheCallEvenIfTheUnitHasChanged
   EXPECT_EQ(data.LastYieldTime, 100);
 }
 
-TEST_F(HostServices, AMillisecondCountThatDoesNotFitIsTheMostNegativeInteger) {
-  host_->SetClock({.nanoseconds = 2147483648u * uint64_t{1000000}});
-  Yielder yielder{{-50, 1000}};
-  EXPECT_TRUE(yielder.Yields());
-  EXPECT_EQ(yielder.data.LastYieldTime, INT32_MIN);
-  EXPECT_FALSE(yielder.Yields());
+// 2^31 milliseconds are 24.8 days.
+TEST_F(HostServices, YieldsByMillisecondsGoOnWhenTheCountNoLongerFits) {
+  constexpr uint64_t kMillisecond = 1000000;
+  for (const uint64_t start : {uint64_t{1} << 31, (uint64_t{1} << 32) - 20, uint64_t{5} << 32}) {
+    auto &clock = host_->SetClock({.nanoseconds = start * kMillisecond});
+    Yielder yielder{{-50, 1000}};
+    EXPECT_TRUE(yielder.Yields());
+    EXPECT_EQ(static_cast<uint32_t>(yielder.data.LastYieldTime), start % (uint64_t{1} << 32));
+    clock.nanoseconds = (start + 50) * kMillisecond - 1000;  // less is lost in a double
+    EXPECT_FALSE(yielder.Yields());
+    clock.nanoseconds = (start + 50) * kMillisecond;
+    EXPECT_TRUE(yielder.Yields());
+    EXPECT_EQ(static_cast<uint32_t>(yielder.data.LastYieldTime), (start + 50) % (uint64_t{1} << 32));
+  }
 }
 
 TEST_F(HostServices, AnImageWithoutYieldTicksNeverAsksForTheTime) {
@@ -408,20 +416,31 @@ TEST_F(HostServices, AnImageWithoutYieldTicksNeverAsksForTheTime) {
   EXPECT_EQ(host_->Calls("REALYieldToRB"), 1);
 }
 
+// Nanoseconds of the machine's clock.
+int64_t MachineTime() {
+  timespec now{};
+  clock_gettime(CLOCK_MONOTONIC, &now);
+  return int64_t{now.tv_sec} * 1000000000 + now.tv_nsec;
+}
+
 TEST_F(HostServices, WithoutAPlatformsClocksTheMachinesOwnCount) {
   Yielder ticks{{1, 0}};
   Yielder milliseconds{{-1, 0}};
+  const int64_t before = MachineTime();
   ASSERT_TRUE(ticks.Yields());
   ASSERT_TRUE(milliseconds.Yields());
-  timespec now{};
-  clock_gettime(CLOCK_MONOTONIC, &now);
-  const double seconds = static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
-  EXPECT_NEAR(ticks.data.LastYieldTime, seconds * 60, 120);
-  EXPECT_NEAR(milliseconds.data.LastYieldTime, seconds * 1000, 2000);
-  // An hour has not passed since.
-  ticks.data.YieldTicks = 60 * 3600;
+  const int64_t after = MachineTime();
+  // What was kept lies between the two, counted round the 32 bits.
+  const auto isBetween = [&](int32_t kept, int64_t first, int64_t last) {
+    const auto since = static_cast<uint32_t>(kept) - static_cast<uint32_t>(first);
+    return since <= static_cast<uint64_t>(last - first);
+  };
+  EXPECT_TRUE(isBetween(ticks.data.LastYieldTime, before * 3 / 50000000, after * 3 / 50000000));
+  EXPECT_TRUE(isBetween(milliseconds.data.LastYieldTime, before / 1000000, after / 1000000));
+  // The longest interval there is has not passed since.
+  ticks.data.YieldTicks = INT32_MAX;
   EXPECT_FALSE(ticks.Yields());
-  milliseconds.data.YieldTicks = -3600000;
+  milliseconds.data.YieldTicks = -INT32_MAX;
   EXPECT_FALSE(milliseconds.Yields());
 }
 
