@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <ctime>
+#include <utility>
 
 #include "host/host_services.h"
 #include "host/registration.h"
@@ -23,10 +24,7 @@ int32_t TableVersion(double hostVersion) {
 
 }  // namespace
 
-}  // namespace zvk
-
-extern "C" void REALPluginMain(REALresolver resolver) {
-  using namespace zvk;
+void StartPlugin(REALresolver resolver) {
   gResolver = resolver;
   HostEntry<void(int32_t)> registerPluginVersion{"RegisterPluginVersion"};
   HostEntry<double()> getHostVersion{"REALGetRBVersion"};
@@ -46,4 +44,12 @@ extern "C" void REALPluginMain(REALresolver resolver) {
   FixConsoleFlags(&PictureFactoryDefinition);
   MyREALRegisterClass(&PictureDefinition);
   MyREALRegisterClass(&PictureFactoryDefinition);
+}
+
+}  // namespace zvk
+
+extern "C" void REALPluginMain(REALresolver resolver) {
+  // The class tables can be fitted to a host once only.
+  static bool isStarted = false;
+  if (!std::exchange(isStarted, true)) zvk::StartPlugin(resolver);
 }

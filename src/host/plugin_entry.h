@@ -3,6 +3,13 @@
 
 #include "host/host_layouts.h"
 
-// Called once by the host on loading the library. Stores the resolver (entry name in, function address out), finds out
-// the host's version, fits the class tables to it and registers both classes.
+namespace zvk {
+
+// Stores the resolver (entry name in, function address out), finds out the host's version, fits the class tables to it
+// and registers both classes.
+void StartPlugin(REALresolver resolver);
+
+}  // namespace zvk
+
+// Called by the host on loading the library: starts the plug-in. A second call in a process does nothing.
 extern "C" __attribute__((visibility("default"))) void REALPluginMain(REALresolver resolver);

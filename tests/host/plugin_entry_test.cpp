@@ -155,6 +155,31 @@ TEST(PluginEntry, ConstantsAreRewrittenAsDeclarations) {
   for (size_t i = 0; i < 80; ++i) EXPECT_EQ(PictureDefinition.constants[i].reserved, 0u);
 }
 
+// On every host; an older one would get tables converted twice, in which nothing is where it is looked for.
+TEST_P(PluginEntryVersion, ASecondCallDoesNothing) {
+  Load(GetParam().host);
+  const Listener once = listener;
+  const auto *const constants = PictureDefinition.constants;
+  const std::string first = constants[0].declaration;
+  const REALclassDefinition picture = PictureDefinition;
+  const REALclassDefinition factory = PictureFactoryDefinition;
+  Load(2014.1);
+  EXPECT_EQ(listener.asked, once.asked);
+  EXPECT_EQ(listener.called, once.called);
+  EXPECT_EQ(rbversion, GetParam().host.value_or(0));
+  EXPECT_EQ(CurrentREALControlVersion, GetParam().tables);
+  EXPECT_EQ(PictureDefinition.constants, constants);
+  EXPECT_EQ(constants[0].declaration, first);
+  EXPECT_EQ(std::memcmp(&PictureDefinition, &picture, sizeof picture), 0);
+  EXPECT_EQ(std::memcmp(&PictureFactoryDefinition, &factory, sizeof factory), 0);
+}
+
+TEST(PluginEntry, ASecondCallWithAnotherResolverKeepsTheFirst) {
+  Load(2013.03);
+  REALPluginMain([](const char *) -> void * { return nullptr; });
+  EXPECT_EQ(gResolver, Resolve);
+}
+
 // The flag word of a property or method in the version 12 tables, by the start of its text.
 uint32_t PropertyFlags(const std::string &name) {
   for (size_t i = 0; i < PictureDefinition.propertyCount; ++i) {
