@@ -67,10 +67,11 @@ char *WriteUTF8(char32_t character, char *out) {
 
 // --- the path ---
 
-// True for a name that the host's record can hold and whose surrogates come in pairs.
+// True for a name whose surrogates come in pairs and which no character ends early.
 bool IsName(std::span<const uint16_t> name) {
   while (!name.empty()) {
-    if (ReadUTF16(name) == kMalformed) return false;
+    const char32_t character = ReadUTF16(name);
+    if (character == kMalformed || character == U'\0') return false;
   }
   return true;
 }

@@ -226,9 +226,15 @@ namespace fs = std::filesystem;
 
 const std::string &PathOf(REALobject file) { return The<FolderItem>(file).Path(); }
 
+// The system's functions take paths that end at a zero byte: one in a path would lead to another file.
+REALobject ItemAtPath(std::string path) {
+  if (path.find('\0') != std::string::npos) throw Raised(kIO, "a folder item's path cannot hold a zero byte");
+  return FolderItem::Make(std::move(path))->Handle();
+}
+
 REALobject NewItem(REALstring path) {
   if (BytesOf(path).empty()) throw Raised(kIO, "a folder item needs a path");
-  return FolderItem::Make(TextOf(path))->Handle();
+  return ItemAtPath(TextOf(path));
 }
 
 REALstring ItemName(REALobject file, int32_t) {
@@ -248,7 +254,7 @@ REALobject ItemParent(REALobject file, int32_t) {
 }
 
 REALobject ItemChild(REALobject folder, REALstring name) {
-  return FolderItem::Make((fs::path(PathOf(folder)) / TextOf(name)).string())->Handle();
+  return ItemAtPath((fs::path(PathOf(folder)) / TextOf(name)).string());
 }
 
 // What is in the folder, by name.

@@ -17,6 +17,9 @@ bool Exists(const std::string &path) {
   return std::filesystem::exists(path, ignored);
 }
 
+// Plug-ins get paths as texts that end at a zero byte; one that holds such a byte would lead them to another file.
+bool CanBeTold(const std::string &path) { return path.find('\0') == std::string::npos; }
+
 }  // namespace
 
 FolderItem *FolderItem::Make(std::string path) {
@@ -34,15 +37,15 @@ void FolderItem::SetPath(std::string path) {
 }
 
 bool FolderItem::FillReference(FSRef *reference) const {
-  if (refusals.reference || !Exists(path_)) return false;
+  if (refusals.reference || !CanBeTold(path_) || !Exists(path_)) return false;
   reference->path = path_.c_str();
   return true;
 }
 
 bool FolderItem::FillParent(FSRef *reference, HFSUniStr255 *name) const {
   std::string units;
-  if (refusals.parent || !Exists(folder_) || !ConvertText(name_, Encoding::UTF8, Encoding::UTF16, &units) ||
-      units.size() > sizeof(name->unicode)) {
+  if (refusals.parent || !CanBeTold(folder_) || !Exists(folder_) ||
+      !ConvertText(name_, Encoding::UTF8, Encoding::UTF16, &units) || units.size() > sizeof(name->unicode)) {
     return false;
   }
   reference->path = folder_.c_str();
@@ -52,7 +55,7 @@ bool FolderItem::FillParent(FSRef *reference, HFSUniStr255 *name) const {
 }
 
 bool FolderItem::FillFSSpec(FSSpec *fsSpec) const {
-  if (refusals.fsSpec || path_.empty()) return false;
+  if (refusals.fsSpec || !CanBeTold(path_) || path_.empty()) return false;
   fsSpec->path = path_.c_str();
   return true;
 }

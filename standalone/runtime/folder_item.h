@@ -26,9 +26,11 @@ class FolderItem : public Object {
   };
   Refusals refusals;
 
+  // These are false, too, for a path that holds a zero byte, where it would end for who reads it.
   // The file's own path; false if there is no such file.
   bool FillReference(FSRef *reference) const;
-  // The folder's path and the file's name in UTF-16; false if there is no such folder, or the name does not fit.
+  // The folder's path and the file's name in UTF-16 (in which a zero is a character like others); false if there is no
+  // such folder, or the name does not fit.
   bool FillParent(FSRef *reference, HFSUniStr255 *name) const;
   // The file's own path, whether or not there is such a file.
   bool FillFSSpec(FSSpec *fsSpec) const;

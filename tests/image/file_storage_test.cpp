@@ -195,6 +195,20 @@ TEST_F(FileStorage, AnItemWhosePathIsMalformedTurnsIntoATemporaryFile) {
   EXPECT_EQ(record_->FilePath, folder_.In("temporary"));
 }
 
+TEST_F(FileStorage, AnItemWhoseNameHoldsAZeroCharacterLeavesTheFileNamedBeforeItAlone) {
+  std::ofstream(folder_.In("image")) << "content";
+  Files files;
+  files.SetTemporaryName(folder_.In("temporary"));
+  const auto item = NewItem(std::string("image\0more", 10));
+  ImageConstructorFile(image_, 10, 10, ImageFormatG, 0, item);
+  ExpectNothingRaised();
+  EXPECT_TRUE(record_->Valid);
+  EXPECT_EQ(record_->FilePath, folder_.In("temporary"));
+  ImageDestructor(image_);
+  EXPECT_EQ(ContentOf(folder_.In("image")), "content");
+  EXPECT_TRUE(std::filesystem::remove(folder_.In("image")));
+}
+
 class FileStorageOnLargePages : public file_testing::FileImage {
  protected:
   FileStorageOnLargePages() : FileImage(8192) {}

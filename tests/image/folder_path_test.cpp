@@ -164,6 +164,17 @@ TEST_F(FolderPath, ANameWithHalfASurrogatePairLeadsToTheFSSpec) {
   }
 }
 
+// As text it would end there, at the name of another file.
+TEST_F(FolderPath, ANameThatHoldsAZeroCharacterLeadsToTheFSSpec) {
+  for (const std::vector<uint16_t> &name :
+       std::initializer_list<std::vector<uint16_t>>{{'n', 0, 'm'}, {'n', 0}, {0, 'n'}, {0}, {0xD83D, 0xDE00, 0}}) {
+    Answers told{.parent = "/folder", .hasParent = true, .name = name, .specified = "/specified", .hasSpecified = true};
+    EXPECT_EQ(Answered(told), "/specified") << testing::PrintToString(name);
+    told.hasSpecified = false;
+    EXPECT_EQ(Answered(told), "(none)") << testing::PrintToString(name);
+  }
+}
+
 TEST_F(FolderPath, NamesComeInUTF16AndLeaveInUTF8) {
   const Answers told{.parent = "/folder",
                      .hasParent = true,

@@ -149,6 +149,22 @@ TEST_F(HostClassesTest, FolderItemsTellOfFilesAndFolders) {
   EXPECT_THAT(Run("FolderItem('')"), HasSubstr("IOException: a folder item needs a path"));
 }
 
+TEST_F(HostClassesTest, AFolderItemCannotHoldAZeroByte) {
+  EXPECT_EQ(RunInFolder(R"(
+      Picture(1, 1):Save(arg[1] .. "/a.png")
+      for _, make in ipairs{
+        function() return FolderItem(arg[1] .. "/a.png\0more") end,
+        function() return FolderItem(arg[1]):Child("a.png\0more") end,
+      } do
+        local works, error = pcall(function() make():Delete() end)
+        assert(not works and error.Class == "IOException")
+        assert(error.Message == "a folder item's path cannot hold a zero byte")
+      end
+      assert(FolderItem(arg[1] .. "/a.png").Exists)
+  )"),
+            "");
+}
+
 TEST_F(HostClassesTest, NilWhereAnObjectIsNeededIsAnException) {
   EXPECT_THAT(Run("Picture.Open(nil)"), HasSubstr("NilObjectException"));
   EXPECT_THAT(Run("Picture(1, 1):Save(nil)"), HasSubstr("NilObjectException"));

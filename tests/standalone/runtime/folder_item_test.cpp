@@ -89,6 +89,24 @@ TEST_F(FolderItemTest, TheFSSpecIsThePathWhetherOrNotTheFileIsThere) {
   EXPECT_EQ(FSSpecOf(&fsSpec, Item("")), 0);
 }
 
+// Paths are handed over as texts that end at a zero byte: this one would lead to another file.
+TEST_F(FolderItemTest, APathThatHoldsAZeroByteIsToldInNoWayThatWouldCutIt) {
+  using namespace std::string_literals;
+  std::ofstream(PathOf("here")) << "x";
+  FSRef reference{};
+  FSSpec fsSpec{};
+  HFSUniStr255 name{};
+  auto item = Item(PathOf("here\0more"s));
+  EXPECT_EQ(Reference(item, &reference, nullptr), 0);
+  EXPECT_EQ(FSSpecOf(&fsSpec, item), 0);
+  ASSERT_EQ(Reference(item, &reference, &name), 1);
+  EXPECT_EQ(reference.path, folder_.string());
+  ASSERT_EQ(name.length, 9);
+  EXPECT_EQ(name.unicode[4], 0);
+  EXPECT_EQ(name.unicode[5], 'm');
+  EXPECT_EQ(Reference(Item(folder_.string() + "\0more/file"s), &reference, &name), 0);
+}
+
 TEST_F(FolderItemTest, EachWayCanBeRefusedAlone) {
   std::ofstream(PathOf("here")) << "x";
   auto item = Item(PathOf("here"));
