@@ -5,6 +5,8 @@
 #include <stdexcept>
 #include <utility>
 
+#include "standalone/runtime/standard_input.h"
+
 namespace standalone {
 namespace {
 
@@ -83,6 +85,7 @@ RawValue CallShape::Call(void *function, std::span<const RawValue> arguments) co
     ffi_arg word;
     RawValue value = {};
   } result;
+  const PluginCall call;
   ffi_call(&call_, FFI_FN(function), &result, addresses.data());
   return FromResult(result_, &result);
 }

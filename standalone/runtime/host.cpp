@@ -123,7 +123,10 @@ void Host::Load(const std::string &path) {
 
 void Host::Start(PluginMain pluginMain) {
   const size_t before = misdeeds_.size();
-  pluginMain(&Resolve);
+  {
+    const PluginCall call;
+    pluginMain(&Resolve);
+  }
   if (misdeeds_.size() > before) throw HostError(misdeeds_[before]);
 }
 

@@ -16,7 +16,9 @@ constexpr std::align_val_t kAlignment{16};
 using LifeHandler = void (*)(REALobject);
 
 void Call(void *handler, REALobject instance) {
-  if (handler != nullptr) reinterpret_cast<LifeHandler>(handler)(instance);
+  if (handler == nullptr) return;
+  const PluginCall call;
+  reinterpret_cast<LifeHandler>(handler)(instance);
 }
 
 // The classes of an instance that have tables, from its own up.
@@ -71,7 +73,6 @@ void Instance::Ending() {
     Call(type->Definition()->destructor, Handle());
     GiveBackFields(*this, *type);
   }
-  KeepDescriptorZeroTaken();
 }
 
 }  // namespace standalone

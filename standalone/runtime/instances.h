@@ -14,7 +14,7 @@ namespace standalone {
 inline constexpr size_t kFirstDataOffset = 48;
 
 // At its end an instance runs the destructors of its classes from the bottom up, then gives back what property fields
-// with the standard accessors still hold, and makes sure that descriptor 0 is taken.
+// with the standard accessors still hold.
 class Instance : public Object {
  public:
   // Makes an instance with one reference, and runs the constructors of its classes from the top down.

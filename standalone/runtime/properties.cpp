@@ -4,6 +4,7 @@
 
 #include "standalone/runtime/entries.h"
 #include "standalone/runtime/instances.h"
+#include "standalone/runtime/standard_input.h"
 
 namespace standalone {
 namespace {
@@ -13,12 +14,14 @@ template <class Value>
 Value ReadValue(Object &object, const FoundProperty &found) {
   if (found.property->getter == REALstandardAccessor) return *static_cast<Value *>(PropertyField(object, found));
   const auto getter = reinterpret_cast<Value (*)(REALobject, int32_t)>(found.property->getter);
+  const PluginCall call;
   return getter(object.Handle(), found.property->param);
 }
 
 template <class Value>
 void CallSetter(Object &object, const FoundProperty &found, Value value) {
   const auto setter = reinterpret_cast<void (*)(REALobject, int32_t, Value)>(found.property->setter);
+  const PluginCall call;
   setter(object.Handle(), found.property->param, value);
 }
 

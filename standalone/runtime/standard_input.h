@@ -22,4 +22,14 @@ class StandardInput {
 // Makes sure that descriptor 0 is taken: by the null device if by nothing else.
 void KeepDescriptorZeroTaken();
 
+// Lives as long as one call into a plug-in does, be it of a method, an accessor, a constructor, a destructor or the
+// entry: at its end descriptor 0 is taken. Else the next file that is opened would be 0, for a later call to close.
+class PluginCall {
+ public:
+  PluginCall() = default;
+  PluginCall(const PluginCall &) = delete;
+  PluginCall &operator=(const PluginCall &) = delete;
+  ~PluginCall() { KeepDescriptorZeroTaken(); }
+};
+
 }  // namespace standalone

@@ -1,6 +1,8 @@
 #include "standalone/binding/caller.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdint>
 #include <limits>
@@ -172,6 +174,15 @@ TEST(Callback, IsCalledWithEveryTypeAndGivesItsResultBack) {
   EXPECT_EQ(got[5].color, 0x123456u);
   EXPECT_EQ(got[6].address, &places[1]);
   EXPECT_EQ(got[7].address, &places[2]);
+}
+
+TEST(CallShape, AfterACallThatClosedItDescriptor0IsTakenAgain) {
+  const int saved = dup(0);
+  const CallShape shape({kInteger}, kInteger);
+  EXPECT_EQ(shape.Call(AddressOf(close), std::vector<RawValue>{Integer(0)}).integer, 0);
+  EXPECT_GE(fcntl(0, F_GETFD), 0);
+  dup2(saved, 0);
+  close(saved);
 }
 
 TEST(Callback, GivesShortResultsBackWhole) {

@@ -240,6 +240,25 @@ TEST_F(ScriptTest, ClosedObjectsAreGivenBackAtOnce) {
             "");
 }
 
+// The plug-in's second run of an image's end closes the descriptor 0.
+TEST_F(ScriptTest, ImagesInFilesAreSafeFromThoseThatAreClosedTwice) {
+  EXPECT_EQ(Run(R"(
+      local function inFile() return PictureZVK(4, 3, PictureZVK.ImageFormatG, 0, nil) end
+      local one, other = inFile(), inFile()
+      one:Close()
+      one:Close()
+      other:Close()
+      local live = inFile()
+      live:FillRect(200)
+      one, other = nil, nil
+      collectgarbage()
+      assert(live:RowStringInFormat(2, PictureZVK.ImageFormatG) == ("\200"):rep(4))
+      live:FillRect(100)
+      assert(live:RowStringInFormat(2, PictureZVK.ImageFormatG) == ("\100"):rep(4))
+  )"),
+            "");
+}
+
 TEST_F(ScriptTest, GarbageIsCollectedBeforeItFillsTheMemory) {
 #ifdef __SANITIZE_ADDRESS__
   GTEST_SKIP() << "AddressSanitizer's allocator does not tell mallinfo2 how much memory is in use";

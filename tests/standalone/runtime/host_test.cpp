@@ -241,5 +241,11 @@ TEST(Host, KeepsStandardInputAwayFromDescriptor0) {
   EXPECT_NE(host.StandardInputDescriptor(), 0);
 }
 
+TEST(Host, AfterAnEntryThatClosedItDescriptor0IsTakenAgain) {
+  Host host;
+  host.Start([](REALresolver) { close(0); });
+  EXPECT_GE(fcntl(0, F_GETFD), 0);
+}
+
 }  // namespace
 }  // namespace standalone

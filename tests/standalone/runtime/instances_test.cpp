@@ -110,17 +110,27 @@ TEST(Instances, TheDestructorStillSeesTheFields) {
   EXPECT_EQ(held->References(), 1);
 }
 
-void CloseZero(REALobject) { close(0); }
+std::vector<bool> wasTaken;  // whether there was something to close, each time
+void CloseZero(REALobject) { wasTaken.push_back(close(0) == 0); }
 
-TEST(Instances, AfterADestructorThatClosedItDescriptor0IsTakenAgain) {
+TEST(Instances, AfterEachConstructorOrDestructorThatClosedItDescriptor0IsTakenAgain) {
   Host host;
-  REALclassDefinition definition{};
-  definition.version = 12;
-  definition.name = "Closer";
-  definition.destructor = sample::Address(CloseZero);
-  host.Classes().Register(&definition);
-  Owned<Object>::Adopt(host.Classes().NewInstance("Closer")).Reset();
+  REALclassDefinition closer{};
+  closer.version = 12;
+  closer.name = "Closer";
+  closer.constructor = sample::Address(CloseZero);
+  closer.destructor = sample::Address(CloseZero);
+  host.Classes().Register(&closer);
+  REALclassDefinition derived = closer;
+  derived.name = "Derived";
+  derived.superName = "Closer";
+  host.Classes().Register(&derived);
+  wasTaken.clear();
+  auto object = Owned<Object>::Adopt(host.Classes().NewInstance("Derived"));
   EXPECT_GE(fcntl(0, F_GETFD), 0);
+  object.Reset();
+  EXPECT_GE(fcntl(0, F_GETFD), 0);
+  EXPECT_EQ(wasTaken, std::vector<bool>(4, true));
 }
 
 TEST(Instances, MayOutliveTheirHost) {

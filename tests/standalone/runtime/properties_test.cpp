@@ -1,6 +1,8 @@
 #include "standalone/runtime/properties.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "tests/standalone/runtime/sample_tables.h"
 
@@ -147,6 +149,26 @@ TEST(PropertyEntries, ReadAndWriteByName) {
   EXPECT_EQ(Entry<uint8_t(REALobject, const char *, int32_t *)>("REALGetPropValueInt")(nullptr, "Count", &count), 0);
   EXPECT_EQ(Entry<uint8_t(REALobject, const char *, uint8_t *)>("REALGetPropValueBool")(object, "None", &flag), 0);
   EXPECT_EQ(count, 8);
+}
+
+int32_t GetByClosingZero(REALobject, int32_t) { return close(0); }
+void SetByClosingZero(REALobject, int32_t, int32_t) { close(0); }
+
+TEST(Properties, AfterAnAccessorThatClosedItDescriptor0IsTakenAgain) {
+  Host host;
+  sample::Tables12 tables;
+  tables.properties[5].getter = sample::Address(GetByClosingZero);
+  tables.properties[5].setter = sample::Address(SetByClosingZero);
+  REALclassDefinition definition = tables.Definition(12);
+  host.Classes().Register(&definition);
+  sample::dataOffset = definition.forSystemUse;
+  const auto object = Owned<Object>::Adopt(host.Classes().NewInstance("Sample"));
+  int32_t closed = -1;
+  ASSERT_TRUE(GetIntegerProperty(*object, "Doubled", &closed));
+  EXPECT_EQ(closed, 0);
+  EXPECT_GE(fcntl(0, F_GETFD), 0);
+  ASSERT_TRUE(SetIntegerProperty(*object, "Doubled", 1));
+  EXPECT_GE(fcntl(0, F_GETFD), 0);
 }
 
 }  // namespace
