@@ -25,6 +25,7 @@
 namespace standalone {
 namespace {
 
+constexpr char kThisProgram[] = "/proc/self/exe";  // which has the command `run`, too
 constexpr unsigned kMostProcesses = 4096;
 
 struct BatchRequest {
@@ -61,9 +62,13 @@ void CheckWhatAllNeed(const BatchRequest &request) {
   const PluginSession session({.path = request.plugin.path});
 }
 
-BatchSettings SettingsOf(const BatchRequest &request) {
-  BatchSettings settings = {
-      .script = request.script, .options = {}, .arguments = request.arguments, .processes = request.processes};
+BatchSettings SettingsOf(const BatchRequest &request, const ProgressLine::Clock &clock) {
+  BatchSettings settings = {.program = kThisProgram,
+                            .script = request.script,
+                            .options = {},
+                            .arguments = request.arguments,
+                            .processes = request.processes,
+                            .clock = clock};
   if (request.seed) settings.options.insert(settings.options.end(), {"--seed", std::to_string(*request.seed)});
   if (request.orient == Orient::AsStored) settings.options.emplace_back("--no-orient");
   if (!request.plugin.path.empty()) {
@@ -82,7 +87,7 @@ void PrintFailures(const std::vector<BatchFailure> &failures) {
   }
 }
 
-void RunBatchCommand(const BatchRequest &request) {
+void RunBatchCommand(const BatchRequest &request, const ProgressLine::Clock &clock) {
   if (request.resumes && request.output.empty()) {
     throw UsageError("--resume looks at the outputs; tell where they are with --output PATTERN");
   }
@@ -98,7 +103,7 @@ void RunBatchCommand(const BatchRequest &request) {
   }
 
   const SignalWatch signals;
-  const BatchResult result = RunBatch(SettingsOf(request), jobs, signals);
+  const BatchResult result = RunBatch(SettingsOf(request, clock), jobs, signals);
   PrintFailures(result.failures);
   const size_t left = jobs.size() - result.done - result.failures.size();
   std::string summary = std::to_string(result.done) + " done";
@@ -116,7 +121,7 @@ void RunBatchCommand(const BatchRequest &request) {
 
 }  // namespace
 
-void AddBatchCommand(CLI::App &program) {
+void AddBatchCommand(CLI::App &program, const ProgressLine::Clock &clock) {
   const auto request = std::make_shared<BatchRequest>();
   CLI::App &command = *program.add_subcommand("batch", "Run a program in Lua over many files, several at a time");
   command.add_option("SCRIPT", request->script, "The program, as for 'zvk run'")->required()->type_name("");
@@ -160,7 +165,7 @@ void AddBatchCommand(CLI::App &program) {
       "  0  done, for every file\n"
       "  1  a file failed, or all of it; the outputs of files that failed are as they were before\n"
       "  2  the command line is wrong; nothing was done");
-  command.callback([request] { RunBatchCommand(*request); });
+  command.callback([request, clock] { RunBatchCommand(*request, clock); });
 }
 
 }  // namespace standalone

@@ -1,6 +1,8 @@
 // `zvk batch`: a script over many files, a process for each.
 #pragma once
 
+#include "standalone/zvk/progress.h"
+
 namespace CLI {
 class App;
 }
@@ -8,6 +10,7 @@ class App;
 namespace standalone {
 
 // Adds the command to the program. It runs when the program's command line names it, and throws as told in messages.h.
-void AddBatchCommand(CLI::App &program);
+// The clock is that of its progress line.
+void AddBatchCommand(CLI::App &program, const ProgressLine::Clock &clock);
 
 }  // namespace standalone

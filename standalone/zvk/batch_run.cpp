@@ -15,12 +15,10 @@
 #include "standalone/files/part_folder.h"
 #include "standalone/processes/process.h"
 #include "standalone/zvk/batch_progress.h"
-#include "standalone/zvk/progress.h"
 
 namespace standalone {
 namespace {
 
-constexpr char kThisProgram[] = "/proc/self/exe";
 constexpr std::chrono::milliseconds kBetweenUpdates{100};
 constexpr size_t kMostErrorBytes = 8192;
 
@@ -94,7 +92,7 @@ class Batch {
         words.push_back(running.place->FilePath());
       }
       words.insert(words.end(), settings_.arguments.begin(), settings_.arguments.end());
-      running.process = std::make_unique<Process>(kThisProgram, words);
+      running.process = std::make_unique<Process>(settings_.program, words);
       running_.push_back(std::move(running));
     } catch (const ImageFileError &error) {
       result_.failures.push_back({&job, WithoutName(error.what(), job.input), ""});
@@ -160,10 +158,12 @@ class Batch {
   size_t next_ = 0;
   std::list<Running> running_;
   BatchResult result_;
-  ProgressLine line_{STDERR_FILENO, [this](double seconds) {
+  ProgressLine line_{STDERR_FILENO,
+                     [this](double seconds) {
                        const size_t failed = result_.failures.size();
                        return BatchProgress(result_.done + failed, failed, jobs_.size(), seconds);
-                     }};
+                     },
+                     settings_.clock};
 };
 
 }  // namespace

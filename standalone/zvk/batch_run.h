@@ -7,14 +7,17 @@
 
 #include "standalone/processes/signal_watch.h"
 #include "standalone/zvk/batch_plan.h"
+#include "standalone/zvk/progress.h"
 
 namespace standalone {
 
 struct BatchSettings {
+  std::string program;  // the path of zvk
   std::string script;
   std::vector<std::string> options;    // of `zvk run`, before the script
   std::vector<std::string> arguments;  // of the script, after input and output
   size_t processes;                    // at a time, 1 or more
+  ProgressLine::Clock clock;
 };
 
 struct BatchFailure {

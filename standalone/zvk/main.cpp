@@ -1,6 +1,7 @@
 // The command line program: exit codes, and errors as single lines.
 
 #include <CLI/CLI.hpp>
+#include <chrono>
 #include <exception>
 #include <memory>
 #include <new>
@@ -23,7 +24,7 @@ int Report(const std::string &message, int exitCode) {
 }
 
 int Run(int argc, char **argv) {
-  const std::shared_ptr<CLI::App> program = standalone::MakeProgram();
+  const std::shared_ptr<CLI::App> program = standalone::MakeProgram(std::chrono::steady_clock::now);
   try {
     program->parse(argc, argv);
     return 0;

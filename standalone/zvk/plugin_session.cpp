@@ -11,7 +11,6 @@
 
 #include "standalone/gd/gd_picture.h"
 #include "standalone/zvk/messages.h"
-#include "standalone/zvk/progress.h"
 
 namespace standalone {
 namespace {
@@ -99,9 +98,9 @@ int32_t PluginSession::Choose(std::string_view what, std::string_view prefix, st
   throw UsageError("unknown " + std::string(what) + " '" + std::string(name) + "'; choose one of " + names);
 }
 
-void PluginSession::RunWithProgress(const std::string &what,
+void PluginSession::RunWithProgress(const std::string &what, const ProgressLine::Clock &clock,
                                     const std::function<void(const MoveProgress &move)> &work) {
-  ProgressLine progress(STDERR_FILENO, what);
+  ProgressLine progress(STDERR_FILENO, what, clock);
   struct Watch {
     Host &host;
     ~Watch() { host.onYield = nullptr; }

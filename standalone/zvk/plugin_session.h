@@ -10,6 +10,7 @@
 
 #include "standalone/binding/class_binding.h"
 #include "standalone/runtime/host.h"
+#include "standalone/zvk/progress.h"
 
 namespace CLI {
 class App;
@@ -48,10 +49,11 @@ class PluginSession {
   // stand for. Throws UsageError that lists the names there are.
   int32_t Choose(std::string_view what, std::string_view prefix, std::string_view name) const;
 
-  // Does the work, with a progress line on the standard error stream that moves whenever an image yields to the host,
-  // or the work itself calls its argument.
+  // Does the work, with a progress line on the standard error stream that goes by the clock and moves whenever an image
+  // yields to the host, or the work itself calls its argument.
   using MoveProgress = std::function<void()>;
-  void RunWithProgress(const std::string &what, const std::function<void(const MoveProgress &move)> &work);
+  void RunWithProgress(const std::string &what, const ProgressLine::Clock &clock,
+                       const std::function<void(const MoveProgress &move)> &work);
 
  private:
   Host host_;

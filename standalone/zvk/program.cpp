@@ -17,30 +17,8 @@
 #include "standalone/zvk/sheet_command.h"
 
 namespace standalone {
-namespace {
 
-using AddCommand = void (*)(CLI::App &program);
-// clang-format off
-constexpr AddCommand kCommands[] = {
-    AddScaleCommand,
-    AddFilterCommand,
-    AddRotateCommand,
-    AddMirrorCommand,
-    AddCombineCommand,
-    AddSheetCommand,
-    AddInfoCommand,
-    AddRunCommand,
-    AddBatchCommand,
-    AddMethodsCommand,
-    AddFuzzCommand,
-    AddCompletionCommand,
-    AddManualCommand,
-};
-// clang-format on
-
-}  // namespace
-
-std::shared_ptr<CLI::App> MakeProgram() {
+std::shared_ptr<CLI::App> MakeProgram(const ProgressLine::Clock &clock) {
   auto program = std::make_shared<CLI::App>(
       "Scales, filters, turns and combines pictures with the PictureZVK plug-in, run by a stand-alone host.", "zvk");
   program->set_version_flag("--version", "zvk " ZVK_VERSION, "Print the version and exit");
@@ -53,7 +31,19 @@ std::shared_ptr<CLI::App> MakeProgram() {
       "  2  the command line is wrong\n"
       "\n"
       "Errors are one line each on the standard error stream. 'zvk COMMAND --help' tells more of a command.");
-  for (const AddCommand add : kCommands) add(*program);
+  AddScaleCommand(*program, clock);
+  AddFilterCommand(*program);
+  AddRotateCommand(*program);
+  AddMirrorCommand(*program);
+  AddCombineCommand(*program);
+  AddSheetCommand(*program);
+  AddInfoCommand(*program);
+  AddRunCommand(*program);
+  AddBatchCommand(*program, clock);
+  AddMethodsCommand(*program);
+  AddFuzzCommand(*program);
+  AddCompletionCommand(*program);
+  AddManualCommand(*program);
   return program;
 }
 

@@ -3,13 +3,15 @@
 
 #include <memory>
 
+#include "standalone/zvk/progress.h"
+
 namespace CLI {
 class App;
 }
 
 namespace standalone {
 
-// The whole command line. Parsing one runs the command that it names.
-std::shared_ptr<CLI::App> MakeProgram();
+// The whole command line. Parsing one runs the command that it names. Progress lines go by the clock.
+std::shared_ptr<CLI::App> MakeProgram(const ProgressLine::Clock &clock);
 
 }  // namespace standalone

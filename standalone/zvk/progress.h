@@ -11,15 +11,16 @@ namespace standalone {
 // the descriptor is no terminal. The work starts with the object.
 class ProgressLine {
  public:
+  // Tells the time, for the program by std::chrono::steady_clock::now.
   using Clock = std::function<std::chrono::steady_clock::time_point()>;
   // What the line says when the work has taken so many seconds.
   using Text = std::function<std::string(double seconds)>;
 
   // Shows "WHAT, 12.3 s", once the work has taken a second.
-  ProgressLine(int descriptor, const std::string &what, Clock clock = std::chrono::steady_clock::now);
+  ProgressLine(int descriptor, const std::string &what, Clock clock);
 
   // Shows the text from the first update on, as much of it as the terminal is wide.
-  ProgressLine(int descriptor, Text text, Clock clock = std::chrono::steady_clock::now);
+  ProgressLine(int descriptor, Text text, Clock clock);
 
   ProgressLine(const ProgressLine &) = delete;
   ProgressLine &operator=(const ProgressLine &) = delete;

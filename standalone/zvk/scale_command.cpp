@@ -76,7 +76,7 @@ void ScaleInMemory(PluginSession &session, const ScaleJob &job) {
   const Value result = NewImage(session, size, ResultFormat(session, job, HasAlpha(original)));
   result.Set("YieldTicks", -kMillisecondsBetweenYields);
 
-  session.RunWithProgress("scaling to " + Text(size),
+  session.RunWithProgress("scaling to " + Text(size), job.clock,
                           [&](const PluginSession::MoveProgress &) { ScaleImage(original, result, job); });
   original = nullptr;  // its memory is free when the result becomes a picture
   SaveImage(result, job.output, job.background, alpha);
@@ -103,7 +103,7 @@ void RefuseOutput(const ScaleRequest &request) {
   RefuseUnknownExtension(request.output);
 }
 
-void Scale(const ScaleRequest &request) {
+void Scale(const ScaleRequest &request, const ProgressLine::Clock &clock) {
   const SizeArgument size = ParseSize(request.size, request.isInFile ? kLargestRowSide : kLargestPictureSide);
   const int32_t block = ParseNumber(request.block, "block", "number of bytes", 1, 2147483647);
   std::optional<int32_t> threads;
@@ -113,8 +113,8 @@ void Scale(const ScaleRequest &request) {
   const int32_t filter = session.Choose("filter", "Scale", request.filter);
   std::optional<int32_t> format;
   if (!request.format.empty()) format = session.Choose("format", "ImageFormat", request.format);
-  const ScaleJob job = {request.input,  request.output,     size,          filter, threads, request.isFast, format,
-                        request.format, request.background, request.orient};
+  const ScaleJob job = {request.input,  request.output,     size,           filter, threads, request.isFast, format,
+                        request.format, request.background, request.orient, clock};
   if (request.isInFile) {
     ScaleInFiles(session, job, block);
   } else {
@@ -124,7 +124,7 @@ void Scale(const ScaleRequest &request) {
 
 }  // namespace
 
-void AddScaleCommand(CLI::App &program) {
+void AddScaleCommand(CLI::App &program, const ProgressLine::Clock &clock) {
   const auto request = std::make_shared<ScaleRequest>();
   CLI::App &command = *program.add_subcommand("scale", "Scale an image file into another one");
   AddInputArgument(command, request->input);
@@ -208,7 +208,7 @@ void AddScaleCommand(CLI::App &program) {
       "  0  done\n"
       "  1  the work failed; OUT is as it was before\n"
       "  2  the command line is wrong; nothing was done");
-  command.callback([request] { Scale(*request); });
+  command.callback([request, clock] { Scale(*request, clock); });
 }
 
 }  // namespace standalone

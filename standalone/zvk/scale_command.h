@@ -1,6 +1,8 @@
 // `zvk scale`: one image file into another of a different size.
 #pragma once
 
+#include "standalone/zvk/progress.h"
+
 namespace CLI {
 class App;
 }
@@ -8,6 +10,7 @@ class App;
 namespace standalone {
 
 // Adds the command to the program. It runs when the program's command line names it, and throws as told in messages.h.
-void AddScaleCommand(CLI::App &program);
+// The clock is that of its progress line.
+void AddScaleCommand(CLI::App &program, const ProgressLine::Clock &clock);
 
 }  // namespace standalone

@@ -33,7 +33,7 @@ void ReadRows(PluginSession &session, RowReader &reader, const Value &image, con
   const auto row = Owned<MemoryBlock>::Adopt(MemoryBlock::Make(pixelBytes * reader.Width()));
   const bool laysOn = reader.PixelBytes() != pixelBytes;
   std::vector<uint8_t> pixels(laysOn ? size_t{4} * static_cast<size_t>(reader.Width()) : 0);
-  session.RunWithProgress("reading", [&](const PluginSession::MoveProgress &move) {
+  session.RunWithProgress("reading", job.clock, [&](const PluginSession::MoveProgress &move) {
     for (int32_t y = 0; y < reader.Height(); ++y) {
       reader.ReadRow(laysOn ? std::span(pixels) : BytesOf(*row));
       if (laysOn) LayOnBackground(pixels, job.background, BytesOf(*row));
@@ -90,7 +90,7 @@ void WriteRows(PluginSession &session, const Value &image, Size size, bool hasAl
   if (laysOn) NoteNoTransparency(job.output, job.background);
   const Value format = isClear ? withAlpha : session.Images().Constant("ImageFormatRGB");
   const std::unique_ptr<RowWriter> writer = CreateRows(job.output, size.width, size.height, isClear && !laysOn);
-  session.RunWithProgress("writing", [&](const PluginSession::MoveProgress &move) {
+  session.RunWithProgress("writing", job.clock, [&](const PluginSession::MoveProgress &move) {
     for (int32_t y = 0; y < size.height; ++y) {
       const Value row = image.Call("RowInFormat", {y, format});
       std::span<uint8_t> bytes = BytesOf(*row.As<MemoryBlock>());
@@ -133,15 +133,16 @@ void ScaleInFiles(PluginSession &session, const ScaleJob &job, int32_t blockSize
     const Value sourceFormat = images.Constant(scalesAlpha ? "ImageFormatRGBA" : "ImageFormatRGB");
     Value source = NewSource(session, storedSize, sourceFormat, blockSize);
     ReadRows(session, *reader, source, job);
-    session.RunWithProgress(
-        "turning", [&](const PluginSession::MoveProgress &) { source = TurnImage(session, source, turn, blockSize); });
+    session.RunWithProgress("turning", job.clock, [&](const PluginSession::MoveProgress &) {
+      source = TurnImage(session, source, turn, blockSize);
+    });
 
     Value temp;
     if (!job.isFast) {
       const Value tempFormat = images.Constant(TempFormat(result, scalesAlpha));
       temp = NewFileImage(session, {size.width, sourceSize.height}, tempFormat.AsInteger(), blockSize);
     }
-    session.RunWithProgress("scaling to " + Text(size), [&](const PluginSession::MoveProgress &) {
+    session.RunWithProgress("scaling to " + Text(size), job.clock, [&](const PluginSession::MoveProgress &) {
       const HighByteOfGray highByte(result);
       if (!ScaleWhole(source, temp, result, job)) {
         throw std::runtime_error("there is not enough memory to scale to " + Text(size) +

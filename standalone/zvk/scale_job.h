@@ -8,6 +8,7 @@
 #include "standalone/binding/value.h"
 #include "standalone/files/orientation.h"
 #include "standalone/zvk/plugin_session.h"
+#include "standalone/zvk/progress.h"
 #include "standalone/zvk/size_argument.h"
 
 namespace standalone {
@@ -24,6 +25,7 @@ struct ScaleJob {
   std::string formatName;
   uint32_t background;
   Orient orient;
+  ProgressLine::Clock clock;
 };
 
 // The format of the result, by whether there is alpha to be scaled.

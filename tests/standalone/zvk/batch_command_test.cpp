@@ -48,10 +48,13 @@ class BatchCommand : public ZvkProgram {
     ExpectFailure(With(arguments), exitCode, message);
   }
 
-  // Puts the last change of a file so far into the past.
+  // Puts the last change of a file so far before the start of the test.
   void MakeOld(const std::string &name, std::chrono::seconds age) const {
-    fs::last_write_time(Path(name), fs::file_time_type::clock::now() - age);
+    fs::last_write_time(Path(name), start_ - age);
   }
+
+ private:
+  const fs::file_time_type start_ = fs::file_time_type::clock::now();
 };
 
 using std::chrono::hours;

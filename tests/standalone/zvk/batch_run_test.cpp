@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "tests/standalone/processes/waiting.h"
+#include "tests/standalone/zvk/clocked_program.h"
 #include "tests/standalone/zvk/zvk_program.h"
 
 namespace standalone {
@@ -56,7 +57,7 @@ class BatchRun : public ZvkProgram {
 
   std::set<std::string> Left() const {
     std::set<std::string> names = Names();
-    for (const char *const name : {"a", "b", "c", "script.lua", "errors"}) names.erase(name);
+    for (const char *const name : {"a", "b", "c", "script.lua", "errors", "gate"}) names.erase(name);
     return names;
   }
 
@@ -71,13 +72,16 @@ using Strings = std::set<std::string>;
 constexpr char kNoteProcess[] =
     R"(os.execute("echo $PPID > " .. arg[1] .. ".id.new; mv " .. arg[1] .. ".id.new " .. arg[1] .. ".id"))";
 
+// Two at a time: the third starts when the second has failed, and lets the first one fail.
 TEST_F(BatchRun, ListsTheFailuresInTheOrderOfTheFilesAndDoesTheRest) {
+  const Gate gate(Path("gate"));
   const ProgramResult result = RunScript(R"(
-    if arg[1] == "a" then os.execute("sleep 0.2") error("first\nand more") end
+    if arg[1] == "a" then io.open("gate") error("first\nand more") end
     if arg[1] == "b" then io.stderr:write("a note\n") os.exit(3) end
     io.open(arg[2], "w"):write("done")
+    io.open("gate", "w")
   )",
-                                         {"--output", "{name}.out"});
+                                         {"--jobs", "2", "--output", "{name}.out"});
   EXPECT_EQ(result.exitCode, 1);
   EXPECT_EQ(result.output, "");
   EXPECT_EQ(result.errors,
@@ -225,36 +229,50 @@ TEST_F(BatchRun, GivesScriptsNoInput) {
   EXPECT_EQ(RunScript(R"(print(io.read("a") == ""))").output, "true\ntrue\ntrue\n");
 }
 
-// Each waits until all are there.
-TEST_F(BatchRun, RunsAsManyAtATimeAsItIsTold) {
-  const ProgramResult result = RunScript(R"(
-    io.open(arg[1] .. ".here", "w"):close()
-    for _, name in ipairs{"a", "b", "c"} do
-      while not io.open(name .. ".here") do os.execute("sleep 0.01") end
-    end
-  )",
-                                         {"--jobs", "3"});
-  EXPECT_EQ(result.errors, "zvk: 3 done, 0 failed\n");
-}
-
-TEST_F(BatchRun, RunsNoMoreThanThat) {
-  const ProgramResult result = RunScript(R"(
-    assert(os.execute("mkdir busy"))
-    os.execute("sleep 0.1")
-    assert(os.execute("rmdir busy"))
-  )",
-                                         {"--jobs", "1"});
-  EXPECT_EQ(result.errors, "zvk: 3 done, 0 failed\n");
+TEST_F(BatchRun, RunsAsManyAtATimeAsItIsToldAndNoMore) {
+  Gate gate(Path("gate"));
+  const pid_t process = StartScript(std::string(kNoteProcess) + " io.open('gate')", {"--jobs", "2"});
+  const std::set<pid_t> scripts = {AwaitNumberIn("a.id"), AwaitNumberIn("b.id")};
+  // It stops when it has started all that it will.
+  ASSERT_EQ(kill(process, SIGTSTP), 0);
+  int status = 0;
+  ASSERT_EQ(waitpid(process, &status, WUNTRACED), process);
+  ASSERT_TRUE(WIFSTOPPED(status));
+  EXPECT_EQ(ChildrenOf(process), scripts);
+  ASSERT_EQ(kill(process, SIGCONT), 0);
+  gate.Open();
+  ASSERT_EQ(waitpid(process, &status, 0), process);
+  EXPECT_EQ(Read("errors"), "zvk: 3 done, 0 failed\n");
 }
 
 TEST_F(BatchRun, ShowsOnATerminalHowFarItIs) {
-  const ProgramResult result = RunOnTerminal(Arguments(R"(print(arg[1] .. " is done"))", {"--jobs", "1"}), Pace::Full);
+  const ProgramResult result = RunOnTerminal(Arguments(R"(print(arg[1] .. " is done"))", {"--jobs", "1"}));
   EXPECT_EQ(result.exitCode, 0);
   const std::string clear = "\r\x1b[K";
   EXPECT_THAT(result.output, StartsWith(clear + "[--------------------] 0 of 3" + clear));
   // Nothing is written into the line.
   for (const std::string name : {"a", "b", "c"}) EXPECT_THAT(result.output, HasSubstr(clear + name + " is done\r\n"));
   EXPECT_THAT(result.output, EndsWith("c is done\r\nzvk: 3 done, 0 failed\r\n"));
+}
+
+TEST_F(BatchRun, MovesTheLineWithEachFileThatHasEnded) {
+  Write("script.lua", R"(print(arg[1] .. " is done"))");
+  const std::vector<BatchJob> jobs = {{"a", ""}, {"b", ""}, {"c", ""}};
+  const BatchSettings settings = {.program = PICTUREZVK_ZVK,
+                                  .script = "script.lua",
+                                  .options = {},
+                                  .arguments = {},
+                                  .processes = 1,
+                                  .clock = StandingClock()};
+  const ProgramResult result = RunProcessOnTerminal([&] {
+    const SignalWatch signals;
+    return static_cast<int>(RunBatch(settings, jobs, signals).failures.size());
+  });
+  EXPECT_EQ(result.exitCode, 0);
+  const std::string clear = "\r\x1b[K";
+  EXPECT_EQ(result.output, clear + "[--------------------] 0 of 3" + clear + "a is done\r\n" +  //
+                               clear + "[######--------------] 1 of 3" + clear + "b is done\r\n" + clear +
+                               "[#############-------] 2 of 3" + clear + "c is done\r\n");
 }
 
 TEST_F(BatchRun, EndsAllScriptsWhenItIsAskedToEnd) {
@@ -289,8 +307,9 @@ TEST_F(BatchRun, TellsOfWhatHasEndedBeforeItIsAskedToEnd) {
 }
 
 TEST_F(BatchRun, PausesAndGoesOnWithItsScripts) {
+  Gate gate(Path("gate"));
   // Waits by itself: a shell that is stopped while it starts a program is not seen as stopped.
-  const pid_t process = StartScript(std::string(kNoteProcess) + R"( while not io.open("go") do end)", {"--jobs", "1"});
+  const pid_t process = StartScript(std::string(kNoteProcess) + " io.open('gate')", {"--jobs", "1"});
   const pid_t script = AwaitNumberIn("a.id");
   ASSERT_EQ(kill(process, SIGTSTP), 0);
   int status = 0;
@@ -298,7 +317,7 @@ TEST_F(BatchRun, PausesAndGoesOnWithItsScripts) {
   EXPECT_TRUE(WIFSTOPPED(status));
   AwaitThat([&] { return StateOfProcess(script) == 'T'; });
   ASSERT_EQ(kill(process, SIGCONT), 0);
-  Write("go", "");
+  gate.Open();
   ASSERT_EQ(waitpid(process, &status, 0), process);
   EXPECT_TRUE(WIFEXITED(status));
   EXPECT_EQ(Read("errors"), "zvk: 3 done, 0 failed\n");

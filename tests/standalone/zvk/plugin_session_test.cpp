@@ -8,6 +8,7 @@
 #include <string>
 
 #include "standalone/zvk/messages.h"
+#include "tests/standalone/zvk/clocked_program.h"
 #include "tests/standalone/zvk/zvk_program.h"
 
 namespace standalone {
@@ -52,13 +53,14 @@ TEST(PluginSession, ListsTheChoicesForANameThatIsNone) {
 TEST(PluginSession, LetsWorkBeWatchedAndStopsWatchingAtItsEnd) {
   PluginSession session({.path = PICTUREZVK_LIBRARY});
   bool isWatched = false;
-  session.RunWithProgress("testing", [&](const PluginSession::MoveProgress &move) {
+  session.RunWithProgress("testing", StandingClock(), [&](const PluginSession::MoveProgress &move) {
     isWatched = static_cast<bool>(Host::Current().onYield) && static_cast<bool>(move);
   });
   EXPECT_TRUE(isWatched);
   EXPECT_FALSE(Host::Current().onYield);
-  EXPECT_THROW(session.RunWithProgress("testing", [](const auto &) { throw std::runtime_error("stop"); }),
-               std::runtime_error);
+  EXPECT_THROW(
+      session.RunWithProgress("testing", StandingClock(), [](const auto &) { throw std::runtime_error("stop"); }),
+      std::runtime_error);
   EXPECT_FALSE(Host::Current().onYield);
 }
 
@@ -72,6 +74,58 @@ TEST(PluginSession, TakesTheFactoryFromThePluginAtItsEndAndTellsWhatIsLeft) {
   }
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "references not given back: 1 PictureZVK\n");
   kept.Release();  // its class is gone with the host
+}
+
+class WatchedSession : public ZvkProgram {
+ protected:
+  // What a terminal shows while the work is done, in a process of its own, on images that never yield by themselves.
+  ProgramResult Watch(const std::function<void(const Value &source, const Value &dest,
+                                               const PluginSession::MoveProgress &move)> &work) const {
+    return RunProcessOnTerminal([&] {
+      PluginSession session({.path = PICTUREZVK_LIBRARY});
+      const Value format = session.Images().Constant("ImageFormatRGB");
+      const Value source = session.Images().New({9, 7, format});
+      const Value dest = session.Images().New({5, 4, format});
+      session.RunWithProgress("testing", HurryingClock(),
+                              [&](const PluginSession::MoveProgress &move) { work(source, dest, move); });
+      return 0;
+    });
+  }
+};
+
+constexpr char kShown[] = "\r\x1b[Ktesting, 1.0 s\r\x1b[K";
+
+TEST_F(WatchedSession, MovesTheLineWhenTheWorkSaysSo) {
+  const ProgramResult result =
+      Watch([](const Value &, const Value &, const PluginSession::MoveProgress &move) { move(); });
+  EXPECT_EQ(result.exitCode, 0);
+  EXPECT_EQ(result.output, kShown);
+}
+
+TEST_F(WatchedSession, MovesTheLineWhenAnImageYields) {
+  const ProgramResult result = Watch([](const Value &, const Value &dest, const PluginSession::MoveProgress &) {
+    dest.Call("Invert");
+    dest.Set("YieldTicks", -1);
+    dest.Call("Invert");
+  });
+  EXPECT_EQ(result.exitCode, 0);
+  EXPECT_THAT(result.output, StartsWith(kShown));
+}
+
+TEST_F(WatchedSession, MovesTheLineWhileThreadsWork) {
+  const ProgramResult result = Watch([](const Value &source, const Value &dest, const PluginSession::MoveProgress &) {
+    dest.Call("ScaleMT", {1, source, nullptr, 1, 5, 4});
+  });
+  EXPECT_EQ(result.exitCode, 0);
+  EXPECT_THAT(result.output, StartsWith(kShown));
+}
+
+TEST_F(WatchedSession, ShowsNothingWhileNobodyYields) {
+  const ProgramResult result = Watch([](const Value &source, const Value &dest, const PluginSession::MoveProgress &) {
+    dest.Call("Scale", {source, nullptr, 1, 5, 4});
+  });
+  EXPECT_EQ(result.exitCode, 0);
+  EXPECT_EQ(result.output, "");
 }
 
 using PluginChoice = ZvkProgram;

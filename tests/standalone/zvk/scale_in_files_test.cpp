@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/standalone/zvk/clocked_program.h"
 #include "tests/standalone/zvk/zvk_program.h"
 
 namespace standalone {
@@ -192,13 +193,24 @@ TEST_F(ScaleInFile, TellsOnWishThatNothingIsLeft) {
   }
 }
 
+// The line as it moves on by a second so many times, and is taken away.
+std::string Seconds(const std::string &what, int count) {
+  std::string text;
+  for (int second = 1; second <= count; ++second) {
+    text += "\r\x1b[K" + what + ", " + std::to_string(second) + ".0 s";
+  }
+  return text + "\r\x1b[K";
+}
+
 TEST_F(ScaleInFile, ShowsTheElapsedTimeOnATerminal) {
-  WriteBands("in.tif", 3000, 8000);
+  WriteBands("in.tif", 30, 20);
   const ProgramResult result =
-      RunOnTerminal({"scale", "in.tif", "out.png", "300x", "--in-file", "--filter", "box"}, Pace::Slow);
+      RunProcessOnTerminal(WorkOf({"scale", "in.tif", "out.png", "12x8", "--in-file"}, HurryingClock()));
   EXPECT_EQ(result.exitCode, 0);
-  EXPECT_THAT(result.output, testing::ContainsRegex("\r\x1b\\[Kreading, [0-9]+\\.[0-9] s\r\x1b\\[K"));
-  EXPECT_THAT(result.output, testing::ContainsRegex("\r\x1b\\[Kscaling to 300 x 800, [0-9]+\\.[0-9] s\r\x1b\\[K"));
+  // With each row of the source and of the result, and whenever the image gives time.
+  EXPECT_THAT(result.output, testing::StartsWith(Seconds("reading", 20)));
+  EXPECT_THAT(result.output, HasSubstr("\r\x1b[K\r\x1b[Kscaling to 12 x 8, 1.0 s\r\x1b[K"));
+  EXPECT_THAT(result.output, testing::EndsWith(Seconds("writing", 8)));
 }
 
 TEST_F(ScaleInFile, RefusesABlockThatIsNone) {

@@ -7,7 +7,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -50,23 +49,11 @@ inline std::string ReadToEnd(int descriptor) {
   _exit(127);
 }
 
-// How much of the machine a program gets: all of it, or a tenth, so that short work takes long.
-enum class Pace { Full, Slow };
-
 // Waits for the end of the process and notes its exit code, -1 if it was killed, and the memory that it had.
-inline void AwaitEnd(pid_t process, Pace pace, ProgramResult &result) {
+inline void AwaitEnd(pid_t process, ProgramResult &result) {
   int status = 0;
   rusage usage = {};
-  if (pace == Pace::Slow) {
-    while (wait4(process, &status, WNOHANG, &usage) == 0) {
-      usleep(20'000);
-      kill(process, SIGSTOP);
-      usleep(180'000);
-      kill(process, SIGCONT);
-    }
-  } else {
-    EXPECT_EQ(wait4(process, &status, 0, &usage), process);
-  }
+  EXPECT_EQ(wait4(process, &status, 0, &usage), process);
   result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
   result.peakMemory = usage.ru_maxrss * int64_t{1024};
 }
@@ -193,19 +180,30 @@ class ZvkProgram : public testing::Test {
   }
 
   // Runs the program in the folder.
-  ProgramResult Run(const std::vector<std::string> &arguments, const std::string &program = PICTUREZVK_ZVK,
-                    Pace pace = Pace::Full) const {
+  ProgramResult Run(const std::vector<std::string> &arguments, const std::string &program = PICTUREZVK_ZVK) const {
+    return RunProcess([&]() -> int { Become(program, arguments); });
+  }
+
+  // Runs the program in the folder with a terminal for all its streams; `output` has everything.
+  ProgramResult RunOnTerminal(const std::vector<std::string> &arguments) const {
+    return RunProcessOnTerminal([&]() -> int { Become(PICTUREZVK_ZVK, arguments); });
+  }
+
+  // The same for a process of this program, which does the work in the folder and ends with the exit code that comes
+  // back. What it leaves in buffers of streams is lost.
+  using Work = std::function<int()>;
+
+  ProgramResult RunProcess(const Work &work) const {
     FILE *const output = std::tmpfile();
     FILE *const errors = std::tmpfile();
     const pid_t process = fork();
     if (process == 0) {
       dup2(fileno(output), STDOUT_FILENO);
       dup2(fileno(errors), STDERR_FILENO);
-      if (chdir(folder_.c_str()) != 0) _exit(127);
-      Become(program, arguments);
+      DoInFolder(work);
     }
     ProgramResult result;
-    AwaitEnd(process, pace, result);
+    AwaitEnd(process, result);
     for (const auto &[file, text] : {std::pair{output, &result.output}, std::pair{errors, &result.errors}}) {
       lseek(fileno(file), 0, SEEK_SET);
       *text = ReadToEnd(fileno(file));
@@ -214,24 +212,21 @@ class ZvkProgram : public testing::Test {
     return result;
   }
 
-  // Runs the program in the folder with a terminal for all its streams; `output` has everything, up to 4096 bytes
-  // at a slow pace.
-  ProgramResult RunOnTerminal(const std::vector<std::string> &arguments, Pace pace) const {
+  ProgramResult RunProcessOnTerminal(const Work &work) const {
     int terminal = -1;
     const pid_t process = forkpty(&terminal, nullptr, nullptr, nullptr);
-    if (process == 0) {
-      if (chdir(folder_.c_str()) != 0) _exit(127);
-      Become(PICTUREZVK_ZVK, arguments);
-    }
+    if (process == 0) DoInFolder(work);
     ProgramResult result;
-    if (pace == Pace::Full) result.output = ReadToEnd(terminal);
-    AwaitEnd(process, pace, result);
-    result.output += ReadToEnd(terminal);
+    result.output = ReadToEnd(terminal);
+    AwaitEnd(process, result);
     close(terminal);
     return result;
   }
 
   std::filesystem::path folder_;
+
+ private:
+  [[noreturn]] void DoInFolder(const Work &work) const { _exit(chdir(folder_.c_str()) == 0 ? work() : 127); }
 };
 
 }  // namespace standalone
