@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -337,12 +338,32 @@ TEST_F(ScaleThreads, TheClockIsNotAskedWhileThreadsWork) {
   EXPECT_GE(yields_, 3);          // that one, and at least one in each pass
 }
 
-TEST_F(ScaleThreads, TheHostGetsTimeDuringALongScale) {
-  TestImage source(1500, 1200, ImageFormatRGB), dest(1000, 700, ImageFormatRGB);
+std::atomic<int> yieldsSeen = 0;
+std::atomic<int> yieldsAtFirstRow = -1;
+
+// A row that is there when the host has been given time twice since the first one was asked for.
+uint8_t *RowAfterYields(ImageClassData *image, int32_t row) {
+  int notYet = -1;
+  yieldsAtFirstRow.compare_exchange_strong(notYet, yieldsSeen);
+  while (yieldsSeen < yieldsAtFirstRow + 2) std::this_thread::yield();
+  return GetRowLinear(image, row);
+}
+
+TEST_F(ScaleThreads, TheHostGetsTimeForAsLongAsThreadsWorkInEitherPass) {
+  TestImage source(9, 7, ImageFormatRGB), dest(5, 12, ImageFormatRGB);
   source.FillNoise(1);
+  const TestImage temp = MakeTemp(dest, source, 5);
+  const Outcome expected = NaiveOutcome(dest, source, temp, kLanczos8, 5, 12, kDropped);
   // ScaleHost sees to it that all of it comes on the host's own thread.
-  ASSERT_TRUE(Scale(dest, 2, source, kLanczos8, 1000, 700));
-  EXPECT_GE(yields_, 4);
+  onYield_ = [] { ++yieldsSeen; };
+  // One is read by the threads of the first pass, the other written by those of the second.
+  for (const TestImage *image : {&source, &dest}) {
+    yieldsAtFirstRow = -1;
+    image->Record().GetRow = RowAfterYields;
+    EXPECT_TRUE(ThreadedOutcome(dest, 2, source, temp, kLanczos8, 5, 12) == expected);
+    EXPECT_GE(yieldsAtFirstRow, 0);
+    image->Record().GetRow = GetRowLinear;
+  }
 }
 
 TEST_F(ScaleThreads, AnImageThatIsClosedBetweenThePassesIsNotWritten) {

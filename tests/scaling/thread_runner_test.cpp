@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <latch>
 #include <mutex>
 #include <thread>
 #include <utility>
@@ -18,9 +19,6 @@
 
 namespace zvk {
 namespace {
-
-using std::chrono::milliseconds;
-using std::chrono::steady_clock;
 
 // One call of the worker, and what had happened before it.
 struct Call {
@@ -160,13 +158,8 @@ TEST_F(ThreadRunner, AskingForMoreThan32GivesThat) {
 
 TEST_F(ThreadRunner, AllThreadsRunAtOnce) {
   // Each waits for all others, so one after the other would take for ever.
-  std::atomic<int> arrived = 0;
-  work_ = [&](int32_t) {
-    ++arrived;
-    const auto limit = steady_clock::now() + std::chrono::seconds(60);
-    while (arrived < 7 && steady_clock::now() < limit) std::this_thread::yield();
-    EXPECT_EQ(arrived, 7);
-  };
+  std::latch all(7);
+  work_ = [&](int32_t) { all.arrive_and_wait(); };
   EXPECT_EQ(Run(7, 7).size(), 7u);
 }
 
@@ -226,24 +219,30 @@ TEST_F(ThreadRunner, WithoutAnyThreadAllIsDoneHereInOrderWithOneYield) {
 // --- time for the host ---
 
 TEST_F(ThreadRunner, TheHostGetsTimeAboutEveryMillisecondWhileThreadsWork) {
-  constexpr int kYields = 20;
-  const auto start = steady_clock::now();
-  steady_clock::time_point seen;
-  work_ = [&](int32_t) {
-    while (yields_ < kYields && steady_clock::now() < start + std::chrono::seconds(60)) {
-      std::this_thread::sleep_for(milliseconds(1));
-    }
-    seen = steady_clock::now();
+  constexpr size_t kSleeps = 20;
+  const faults::Threads threads;
+  std::vector<size_t> sleepsBefore;
+  std::latch enough(1);
+  onYield_ = [&] {
+    sleepsBefore.push_back(threads.Sleeps().size());
+    if (sleepsBefore.back() == kSleeps) enough.count_down();
   };
+  work_ = [&](int32_t) { enough.wait(); };
   Run(1, 1);
-  EXPECT_GE(yields_, kYields);
   // Two come at once, the others after a pause each.
-  EXPECT_GE(seen - start, milliseconds(kYields - 2));
+  ASSERT_GE(sleepsBefore.size(), kSleeps + 2);
+  EXPECT_EQ(sleepsBefore[0], 0u);
+  for (size_t i = 1; i < sleepsBefore.size(); ++i) EXPECT_EQ(sleepsBefore[i], i - 1);
+  for (const auto &sleep : threads.Sleeps()) EXPECT_EQ(sleep, std::chrono::milliseconds(1));
 }
 
 TEST_F(ThreadRunner, ThreadsAreWaitedForWithoutAYieldEntry) {
   host_->Withhold("REALYieldToRB");
-  work_ = [](int32_t) { std::this_thread::sleep_for(milliseconds(5)); };
+  const faults::Threads threads;
+  // Until the caller has begun to wait.
+  work_ = [&](int32_t) {
+    while (threads.Sleeps().empty()) std::this_thread::yield();
+  };
   EXPECT_EQ(Run(3, 9).size(), 3u);
   EXPECT_EQ(yields_, 0);
 }

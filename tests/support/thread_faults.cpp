@@ -52,6 +52,11 @@ std::vector<NamedThread> Threads::Names() const {
   return names_;
 }
 
+std::vector<std::chrono::nanoseconds> Threads::Sleeps() const {
+  std::scoped_lock lock(mutex_);
+  return sleeps_;
+}
+
 bool Threads::RefusesCreate(const pthread_attr_t *attributes) {
   std::scoped_lock lock(mutex_);
   size_t stackSize = 0;
@@ -75,6 +80,11 @@ void Threads::RecordName(const char *name) {
   names_.push_back({std::this_thread::get_id(), name});
 }
 
+void Threads::RecordSleep(const timespec &length) {
+  std::scoped_lock lock(mutex_);
+  sleeps_.push_back(std::chrono::seconds(length.tv_sec) + std::chrono::nanoseconds(length.tv_nsec));
+}
+
 Processors::Processors(long count) {
   processors = count;
   processorsReplaced = true;
@@ -90,6 +100,7 @@ int __real_pthread_create(pthread_t *thread, const pthread_attr_t *attributes, v
 int __real_pthread_attr_init(pthread_attr_t *attributes);
 int __real_pthread_detach(pthread_t thread);
 int __real_pthread_setname_np(pthread_t thread, const char *name);
+int __real_nanosleep(const timespec *length, timespec *rest);
 long __real_sysconf(int name);
 
 int __wrap_pthread_create(pthread_t *thread, const pthread_attr_t *attributes, void *(*start)(void *), void *argument) {
@@ -114,6 +125,12 @@ int __wrap_pthread_setname_np(pthread_t thread, const char *name) {
   faults::Threads *threads = faults::activeThreads;
   if (threads != nullptr) threads->RecordName(name);
   return __real_pthread_setname_np(thread, name);
+}
+
+int __wrap_nanosleep(const timespec *length, timespec *rest) {
+  faults::Threads *threads = faults::activeThreads;
+  if (threads != nullptr) threads->RecordSleep(*length);
+  return __real_nanosleep(length, rest);
 }
 
 long __wrap_sysconf(int name) {

@@ -4,7 +4,9 @@
 
 #include <pthread.h>
 
+#include <chrono>
 #include <cstddef>
+#include <ctime>
 #include <mutex>
 #include <set>
 #include <string>
@@ -19,8 +21,8 @@ struct NamedThread {
   std::string name;
 };
 
-// Watches pthread_create, pthread_attr_init, pthread_detach and pthread_setname_np for as long as it lives. One at a
-// time. What is made to fail answers EAGAIN and does nothing.
+// Watches pthread_create, pthread_attr_init, pthread_detach, pthread_setname_np and nanosleep for as long as it lives.
+// One at a time. What is made to fail answers EAGAIN and does nothing.
 class Threads {
  public:
   Threads();
@@ -39,11 +41,15 @@ class Threads {
   // In the order of the calls, those that the system refused too.
   std::vector<NamedThread> Names() const;
 
+  // How long each sleep was to be, in their order; it is there when the sleep begins.
+  std::vector<std::chrono::nanoseconds> Sleeps() const;
+
   // What the wrapped calls ask and tell; not for tests.
   bool RefusesCreate(const pthread_attr_t *attributes);
   bool RefusesAttributes();
   void RecordDetach();
   void RecordName(const char *name);
+  void RecordSleep(const timespec &length);
 
  private:
   mutable std::mutex mutex_;
@@ -53,6 +59,7 @@ class Threads {
   int attributesCalls_ = 0;
   int detachCalls_ = 0;
   std::vector<NamedThread> names_;
+  std::vector<std::chrono::nanoseconds> sleeps_;
 };
 
 // Lets sysconf answer `count` when it is asked for the processors.

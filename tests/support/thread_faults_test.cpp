@@ -4,6 +4,9 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
+#include <thread>
+#include <vector>
 
 namespace {
 
@@ -34,6 +37,14 @@ TEST(ThreadFaults, StackSizesAreRecorded) {
   EXPECT_EQ(pthread_join(thread, nullptr), 0);
   EXPECT_EQ(pthread_attr_destroy(&attributes), 0);
   EXPECT_EQ(threads.StackSizes(), (std::vector<size_t>{0x200000}));
+}
+
+TEST(ThreadFaults, SleepsAreRecorded) {
+  const faults::Threads threads;
+  std::this_thread::sleep_for(std::chrono::microseconds(1500));
+  std::this_thread::sleep_for(std::chrono::nanoseconds(1));
+  EXPECT_EQ(threads.Sleeps(),
+            (std::vector<std::chrono::nanoseconds>{std::chrono::microseconds(1500), std::chrono::nanoseconds(1)}));
 }
 
 TEST(ThreadFaults, AttributesFailWhenTold) {
