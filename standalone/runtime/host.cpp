@@ -77,10 +77,11 @@ void Host::RegisterPluginVersion(int32_t version) { Current().pluginVersion_ = v
 
 namespace {
 
-// The libraries that were loaded in this process, for good.
-std::set<std::string> &LoadedPaths() {
-  static std::set<std::string> paths;
-  return paths;
+// True if the library is in this process already, under whatever name of its file.
+bool IsLoaded(const std::string &path) {
+  void *const library = dlopen(path.c_str(), RTLD_NOW | RTLD_NOLOAD);
+  if (library != nullptr) dlclose(library);
+  return library != nullptr;
 }
 
 // Opens a library of that path, which is gone again before this returns.
@@ -101,11 +102,9 @@ void *OpenPrivateCopy(const std::string &path) {
 void Host::Load(const std::string &path) {
   // A bare name would be looked for among the system's libraries.
   const std::string place = path.find('/') == std::string::npos ? "./" + path : path;
-  std::error_code ignored;
-  const std::string canonical = std::filesystem::weakly_canonical(place, ignored).string();
+  const bool isLoaded = IsLoaded(place);
   dlerror();
-  void *const library =
-      LoadedPaths().contains(canonical) ? OpenPrivateCopy(place) : dlopen(place.c_str(), RTLD_NOW | RTLD_LOCAL);
+  void *const library = isLoaded ? OpenPrivateCopy(place) : dlopen(place.c_str(), RTLD_NOW | RTLD_LOCAL);
   void *const entry = library == nullptr ? nullptr : dlsym(library, "REALPluginMain");
   if (entry == nullptr) {
     const char *const error = dlerror();
@@ -113,7 +112,6 @@ void Host::Load(const std::string &path) {
     if (library != nullptr) dlclose(library);
     throw HostError("cannot load the plug-in " + path + ": " + reason);
   }
-  LoadedPaths().insert(canonical);
   try {
     Start(reinterpret_cast<PluginMain>(entry));
   } catch (const HostError &error) {

@@ -83,7 +83,7 @@ class Host {
   // The version, 0 if the host does not report one.
   double Version() const { return options_.version.value_or(0); }
 
-  // Loads a library and lets it register its classes. A path that was loaded before in this process is loaded as a
+  // Loads a library, for good, and lets it register its classes. One that is in this process already is loaded as a
   // private copy, with a state of its own. Throws HostError.
   void Load(const std::string &path);
   // The same for a plug-in that is linked into this program.

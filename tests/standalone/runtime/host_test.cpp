@@ -2,8 +2,11 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <filesystem>
 #include <new>
+#include <string>
 
 #include "tests/standalone/runtime/sample_tables.h"
 
@@ -233,6 +236,23 @@ TEST(Load, ASecondHostGetsAPrivateCopyWithAStateOfItsOwn) {
   EXPECT_EQ(host.PluginVersion(), 12);
   EXPECT_TRUE(host.Misdeeds().empty());
   for (const Class *type : host.Classes().Registered()) EXPECT_EQ(type->Definition()->version, 12u);
+}
+
+TEST(Load, ASecondHostGetsAPrivateCopyUnderAnyNameOfTheFile) {
+  const std::string one = std::filesystem::temp_directory_path() / ("one" + std::to_string(getpid()) + ".so");
+  const std::string other = one + ".link";
+  std::filesystem::copy_file(PICTUREZVK_LIBRARY, one);
+  std::filesystem::create_hard_link(one, other);
+  {
+    Host host({.version = 2011.0});
+    host.Load(one);
+  }
+  Host host({.version = 2013.03});
+  host.Load(other);
+  EXPECT_EQ(host.PluginVersion(), 12);
+  EXPECT_FALSE(host.Classes().Registered().empty());
+  std::filesystem::remove(one);
+  std::filesystem::remove(other);
 }
 
 TEST(Host, KeepsStandardInputAwayFromDescriptor0) {
