@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <optional>
+#include <tuple>
 #include <type_traits>
 
 #include "host/resources.h"
@@ -81,9 +82,10 @@ struct PixelOffsets {
 };
 
 template <const FastPair &Pair>
-PixelValues<Pair> ReadPixel(const uint8_t *pixel, const PixelOffsets<Pair> &offsets) {
-  std::array<uint8_t, Pair.Read.count> samples{};
-  for (int32_t i = 0; i < Pair.Read.count; ++i) samples[i] = pixel[offsets.read[i]];
+using PixelSamples = std::array<uint8_t, Pair.Read.count>;
+
+template <const FastPair &Pair>
+PixelValues<Pair> ValuesOf(const PixelSamples<Pair> &samples) {
   if constexpr (Pair.Values == ScaleValues::kSamples) {
     return samples;
   } else {
@@ -91,6 +93,13 @@ PixelValues<Pair> ReadPixel(const uint8_t *pixel, const PixelOffsets<Pair> &offs
     std::copy(samples.begin() + 3, samples.end(), values.begin() + 1);
     return values;
   }
+}
+
+template <const FastPair &Pair>
+PixelValues<Pair> ReadPixel(const uint8_t *pixel, const PixelOffsets<Pair> &offsets) {
+  PixelSamples<Pair> samples{};
+  for (int32_t i = 0; i < Pair.Read.count; ++i) samples[i] = pixel[offsets.read[i]];
+  return ValuesOf<Pair>(samples);
 }
 
 template <const FastPair &Pair>
@@ -212,6 +221,32 @@ void MakeRowInBlocks(const FastJob &job, int32_t sourceRow, int32_t destRow) {
   }
 }
 
+// The same for a source without columns: each pixel gets the samples at the offsets of its row. A part that begins at
+// the right edge of an image has them behind its rows. A channel whose sample lies behind the storage stays as it is.
+template <const FastPair &Pair>
+void MakeRowOfNoColumns(const FastJob &job, const uint8_t *source, uint8_t *dest) {
+  constexpr int32_t kSamplesOfFirstValue = Pair.Values == ScaleValues::kGrayOfColour ? 3 : 1;
+  const PixelOffsets<Pair> offsets(job.source, job.dest);
+  const ptrdiff_t end = BytesFromRow(job.source, source);
+  for (int32_t x = 0; x < job.width; ++x) {
+    PixelSamples<Pair> samples{};
+    std::array<bool, std::tuple_size_v<PixelValues<Pair>>> lacks{};
+    for (int32_t i = 0; i < Pair.Read.count; ++i) {
+      if (offsets.read[i] < end) {
+        samples[i] = source[offsets.read[i]];
+      } else {
+        lacks[std::max(i - kSamplesOfFirstValue + 1, 0)] = true;
+      }
+    }
+    const PixelValues<Pair> values = ValuesOf<Pair>(samples);
+    for (int32_t i = 0; i < Pair.Write.count; ++i) {
+      const int32_t value = Pair.Write[i].value;
+      if (value == kNoInk || !lacks[value]) dest[offsets.write[i]] = value == kNoInk ? 0 : values[value];
+    }
+    dest += offsets.destSize;
+  }
+}
+
 // Where in a row of the destination the bytes begin that are written, if none between them is left as it is.
 template <const FastPair &Pair>
 std::optional<ptrdiff_t> FirstOfFilledRow(const ImageClassData &source, const ImageClassData &dest) {
@@ -222,6 +257,7 @@ std::optional<ptrdiff_t> FirstOfFilledRow(const ImageClassData &source, const Im
 
 struct RowMaker {
   void (*make)(const FastJob &job, const uint8_t *source, uint8_t *dest);
+  void (*makeOfNoColumns)(const FastJob &job, const uint8_t *source, uint8_t *dest);
   void (*makeInBlocks)(const FastJob &job, int32_t sourceRow, int32_t destRow);
   std::optional<ptrdiff_t> (*firstOfFilledRow)(const ImageClassData &source, const ImageClassData &dest);
 };
@@ -233,8 +269,8 @@ class RowCopier {
   RowCopier(const RowMaker &maker, const FastJob &job) : bytes_(ptrdiff_t{job.width} * job.dest.PixelSize) {
     const ImageClassData &dest = job.dest;
     const bool hasRowsApart = dest.RowTable == nullptr && std::abs(int64_t{dest.RowSize}) >= bytes_;
-    // In a yield the source may change.
-    if (dest.Yield.YieldTicks == 0 && hasRowsApart && !SharesStorage(job.source, dest)) {
+    // In a yield the source may change. Without columns a row need not be filled.
+    if (dest.Yield.YieldTicks == 0 && job.source.Width > 0 && hasRowsApart && !SharesStorage(job.source, dest)) {
       first_ = maker.firstOfFilledRow(job.source, dest);
     }
   }
@@ -275,8 +311,8 @@ uint8_t ScaleRows(const RowMaker &maker, ImageClassData &dest, ImageClassData &s
   if (table) {
     for (int32_t x = 0; x < width; ++x) table[x] = Truncate(xstep * x);
   }
-  // A source without columns has nothing to give.
-  const FastJob job{dest, source, {table.Get(), xstep}, sourceWidth > 0 ? width : 0};
+  const FastJob job{dest, source, {table.Get(), xstep}, width};
+  const auto make = sourceWidth > 0 ? maker.make : maker.makeOfNoColumns;
   RowCopier copier(maker, job);
   for (int32_t y = 0; y < height; ++y) {
     if (y > 0 && !areLargeEnough()) return false;
@@ -286,7 +322,7 @@ uint8_t ScaleRows(const RowMaker &maker, ImageClassData &dest, ImageClassData &s
     if (&source == &dest && source.IsMapping) {
       maker.makeInBlocks(job, sourceY, y);
     } else if (destRow != nullptr && sourceRow != nullptr && !copier.Copy(sourceY, destRow)) {
-      maker.make(job, sourceRow, destRow);
+      make(job, sourceRow, destRow);
     }
     YieldOn(dest);
   }
@@ -297,7 +333,8 @@ uint8_t ScaleRows(const RowMaker &maker, ImageClassData &dest, ImageClassData &s
 
 template <const FastPair &Pair>
 uint8_t ScalePixels(ImageClassData &dest, ImageClassData &source, int32_t width, int32_t height) {
-  return ScaleRows({MakeRow<Pair>, MakeRowInBlocks<Pair>, FirstOfFilledRow<Pair>}, dest, source, width, height);
+  return ScaleRows({MakeRow<Pair>, MakeRowOfNoColumns<Pair>, MakeRowInBlocks<Pair>, FirstOfFilledRow<Pair>}, dest,
+                   source, width, height);
 }
 
 using FastScale = uint8_t (*)(ImageClassData &dest, ImageClassData &source, int32_t width, int32_t height);

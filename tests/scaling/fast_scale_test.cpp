@@ -4,6 +4,8 @@
 
 #include <cstdint>
 #include <functional>
+#include <list>
+#include <numeric>
 #include <utility>
 #include <vector>
 
@@ -13,9 +15,14 @@
 #include "tests/scaling/scale_testing.h"
 #include "tests/support/faults.h"
 #include "tests/support/naive_fast_scale.h"
+#include "tests/support/plugin_host.h"
+#include "tests/support/stored_image.h"
 
 namespace zvk {
 namespace {
+
+using stored_image::Kind;
+using stored_image::StoredImage;
 
 class FastScale : public ScaleHost {
  protected:
@@ -234,13 +241,85 @@ TEST_F(FastScale, ImagesThatAreNotUsableAreRefused) {
   }
 }
 
-TEST_F(FastScale, ASourceWithoutColumnsLeavesTheDestinationAsItIs) {
-  TestImage source(1, 2, ImageFormatRGB), dest(3, 2, ImageFormatRGB);
-  source.Record().Width = 0;
-  dest.FillNoise(1);
-  const Bytes before = dest.Storage();
-  EXPECT_TRUE(Scale(dest, source, 3, 2));
-  EXPECT_EQ(dest.Storage(), before);
+// --- a source without columns ---
+
+TEST_F(FastScale, ASourceWithoutColumnsGivesEachPixelTheSamplesAtTheOffsetsOfItsRow) {
+  uint32_t seed = 0;
+  for (int32_t sourceFormat = 1; sourceFormat <= 41; ++sourceFormat) {
+    for (int32_t destFormat = 1; destFormat <= 41; ++destFormat) {
+      if (sourceFormat == 14 || destFormat == 14) continue;
+      TestImage source(3, 5, sourceFormat), dest(5, 8, destFormat);
+      source.FillNoise(++seed).Clip(1, 0, 0, 5);
+      dest.FillNoise(seed + 1);
+      ExpectNaive(dest, source, 5, 8);
+    }
+  }
+}
+
+TEST_F(FastScale, WhatHasBeenWrittenIsReadWhereASourceWithoutColumnsSharesStorage) {
+  // Each pixel takes the first one and turns its order round, so the first one changes under the others.
+  TestImage source(3, 1, ImageFormatRGB);
+  source.SetRow(0, {1, 2, 3, 4, 5, 6, 7, 8, 9});
+  const TestImage dest(source, 0, 3, 1, ImageFormatBGR, 9);
+  source.Clip(0, 0, 0, 1);
+  ASSERT_TRUE(Scale(dest, source, 3, 1));
+  EXPECT_EQ(dest.Row(0, 3), (Bytes{3, 2, 1, 1, 2, 3, 1, 2, 3}));
+}
+
+// A part of no columns at the right edge of an image over a fenced block, in which rows of `spare` bytes more than
+// their pixels hold the numbers from 1 on.
+class FastScaleOfEdge : public testing::Test {
+ protected:
+  standalone::Owned<standalone::Object> Edge(int32_t width, int32_t height, int32_t format, int32_t spare = 0,
+                                             Kind kind = Kind::Block) {
+    StoredImage &image = images_.emplace_back(host_, kind, width, height, format, spare);
+    std::vector<uint8_t> bytes = image.Bytes();
+    std::iota(bytes.begin(), bytes.end(), uint8_t{1});
+    image.SetBytes(bytes);
+    return Adopt(ClipImage5(image, width, 0, 0, height));
+  }
+
+  // What becomes of an image whose bytes are all 99.
+  Bytes Scaled(REALobject source, int32_t width, int32_t height, int32_t format) {
+    StoredImage dest(host_, Kind::Block, width, height, format);
+    dest.SetBytes(Bytes(dest.Bytes().size(), 99));
+    EXPECT_TRUE(ScalePictureFast(dest, source, width, height));
+    return dest.Bytes();
+  }
+
+  PluginHost host_{{.fenced = true}};
+  std::list<StoredImage> images_;
+};
+
+TEST_F(FastScaleOfEdge, ASampleBehindTheStorageLeavesItsChannelAsItIs) {
+  // The bytes behind a row are those of the next one; behind the last one there are none.
+  EXPECT_EQ(Scaled(Edge(4, 2, ImageFormatG), 2, 2, ImageFormatG), (Bytes{5, 5, 99, 99}));
+  EXPECT_EQ(Scaled(Edge(4, 2, ImageFormatG), 1, 4, ImageFormatRGB), (Bytes{5, 5, 5, 5, 5, 5, 99, 99, 99, 99, 99, 99}));
+  // Red is the seventh byte and green the eighth, which is the last.
+  EXPECT_EQ(Scaled(Edge(2, 1, ImageFormatRGB, 2), 2, 1, ImageFormatRGB), (Bytes{7, 8, 99, 7, 8, 99}));
+  EXPECT_EQ(Scaled(Edge(2, 1, ImageFormatRGB, 2), 2, 1, ImageFormatBGRA), (Bytes{99, 8, 7, 99, 99, 8, 7, 99}));
+}
+
+TEST_F(FastScaleOfEdge, GrayIsMadeWhereAllItsColoursLieInTheStorage) {
+  EXPECT_EQ(Scaled(Edge(2, 1, ImageFormatRGB, 2), 2, 1, ImageFormatG), (Bytes{99, 99}));
+  // 77 * 7 + 151 * 8 + 28 * 9 is 1999.
+  EXPECT_EQ(Scaled(Edge(2, 1, ImageFormatRGB, 3), 2, 1, ImageFormatG), (Bytes{7, 7}));
+  EXPECT_EQ(Scaled(Edge(2, 1, ImageFormatARGB, 2), 1, 1, ImageFormatGA), (Bytes{99, 9}));
+}
+
+TEST_F(FastScaleOfEdge, InksThatBecomeZeroDoSoWithoutASampleForBlack) {
+  EXPECT_EQ(Scaled(Edge(4, 1, ImageFormatG), 1, 1, ImageFormatCMYK), (Bytes{0, 0, 0, 99}));
+}
+
+TEST_F(FastScaleOfEdge, TheStorageOfEveryKindEndsWhereItEnds) {
+  // The rows of an image of its own are 64 bytes apart.
+  EXPECT_EQ(Scaled(Edge(4, 2, ImageFormatG, 0, Kind::Memory), 1, 2, ImageFormatG), (Bytes{5, 69}));
+  // The top row is the last one in memory.
+  EXPECT_EQ(Scaled(Edge(4, 2, ImageFormatG, 0, Kind::Backwards), 1, 2, ImageFormatG), (Bytes{99, 5}));
+  const auto upright = Edge(4, 2, ImageFormatG);
+  EXPECT_EQ(Scaled(Adopt(GetMirroredView(upright)), 1, 2, ImageFormatG), (Bytes{99, 5}));
+  // Those of a file are 4096 or more apart.
+  EXPECT_EQ(Scaled(Edge(4, 2, ImageFormatG, 0, Kind::File), 1, 2, ImageFormatG), (Bytes{5, 5}));
 }
 
 // --- rows ---

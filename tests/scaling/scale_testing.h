@@ -126,6 +126,7 @@ class TestImage {
     ImageClassData &record = Record();
     if (!InitImageClassData(&record, width, height, format)) ADD_FAILURE() << "no such format: " << format;
     record.RowSize = rowSize != 0 ? rowSize : width * record.PixelSize;
+    record.TotalSize = int64_t{record.RowSize} * height;
     record.GetRow = GetRowLinear;
     record.Valid = true;
   }
