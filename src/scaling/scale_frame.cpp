@@ -43,24 +43,18 @@ bool RunPasses(const PairPasses &passes, const ScaleFilter &filter, ImageClassDa
   // With threads the host gets time in RunThreads alone, not while a table is built.
   ImageClassData *const yieldImage = threads ? nullptr : &dest;
 
-  ScaleTapTable table(width);
-  if (!table) return false;
-  table.Build(filter, kHorizontalAxis, width, xscale, source.Width, yieldImage);
+  ScaleTapTable table;
+  if (!table.Build(filter, kHorizontalAxis, width, xscale, source.Width, yieldImage)) return false;
   ScaleJob job{&source, &dest, height, width, &temp, table.Lists()};
   if (threads) {
     RunThreads(*threads, source.Height, &job, passes.horizontalWorker);
   } else {
     passes.horizontal(job, {0, source.Height, yieldImage}, kRoundToNearest);
   }
-  table.FreeTaps();
 
-  if (height > width) {
-    table.Replace(height);
-    if (!table) return false;
-    job.Table = table.Lists();
-  }
   // A temp image of more rows than the source gives taps on rows that the horizontal pass has not written.
-  table.Build(filter, kVerticalAxis, height, yscale, temp.Height, yieldImage);
+  if (!table.Build(filter, kVerticalAxis, height, yscale, temp.Height, yieldImage)) return false;
+  job.Table = table.Lists();
   if (threads) {
     RunThreads(*threads, height, &job, passes.verticalWorker);
   } else {

@@ -1,8 +1,10 @@
 #include "scaling/scale_taps.h"
 
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
 
+#include "host/resources.h"
 #include "host/truncate.h"
 
 namespace zvk {
@@ -14,6 +16,12 @@ constinit const ScaleAxis kVerticalAxis{&ScaleFilter::VerticalCapacity,
                                         [](double window) { return int64_t{Truncate(2.0 * window + 2.0)}; }, false};
 
 namespace {
+
+// True for as many elements as AllocateZeroed would give memory for.
+template <class T>
+bool IsAllowed(int64_t count) {
+  return count >= 1 && count <= kLargestAllocation / int64_t{sizeof(T)};
+}
 
 // How a filter lies over an axis at one scale.
 class Sampling {
@@ -27,10 +35,11 @@ class Sampling {
         sourceSize_(sourceSize),
         capacity_(shrinks_ ? axis.ShrinkCapacity(window_) : filter.*axis.Capacity) {}
 
+  // Taps that a list must have room for; 0 if so many are refused.
+  int64_t Capacity() const { return IsAllowed<ScaleTap>(capacity_) ? capacity_ : 0; }
+
   // The taps of the output position `position`, counted from 0.
   void Fill(double position, ScaleTapList &list) const {
-    list = {AllocateTaps(), 0, 0.0f};
-    if (list.Taps == nullptr) return;
     const double centre = (position + 0.5) / scale_;
     int32_t left = Truncate(outward_ ? std::floor(centre - window_) : centre - window_);
     int32_t right = Truncate(outward_ ? std::ceil(centre + window_) : centre + window_);
@@ -51,12 +60,6 @@ class Sampling {
   }
 
  private:
-  ScaleTap *AllocateTaps() const {
-    constexpr int64_t kTapSize = sizeof(ScaleTap);
-    return capacity_ <= kLargestAllocation / kTapSize ? static_cast<ScaleTap *>(AllocateZeroed(capacity_ * kTapSize))
-                                                      : nullptr;
-  }
-
   double (*kernel_)(double);
   double scale_;
   bool shrinks_;
@@ -68,28 +71,30 @@ class Sampling {
 
 }  // namespace
 
-void ScaleTapTable::Replace(int32_t count) {
-  FreeTaps();
-  lists_ = {};
-  lists_ = ZeroedBuffer<ScaleTapList>(count);
-  count_ = lists_ ? count : 0;
-}
-
-void ScaleTapTable::Build(const ScaleFilter &filter, const ScaleAxis &axis, int32_t count, double scale,
+bool ScaleTapTable::Build(const ScaleFilter &filter, const ScaleAxis &axis, int32_t count, double scale,
                           int32_t sourceSize, ImageClassData *yieldImage) {
+  lists_.reset();
+  if (!IsAllowed<ScaleTapList>(count)) return false;
   const Sampling sampling(filter, axis, scale, sourceSize);
+  const int64_t capacity = sampling.Capacity();
+  // What is allowed for the lists and for the taps of each may be more for all of them.
+  const int64_t size = count * (int64_t{sizeof(ScaleTapList)} + capacity * int64_t{sizeof(ScaleTap)});
+  if (size > PTRDIFF_MAX) return false;
+  auto *const lists = static_cast<ScaleTapList *>(std::calloc(1, static_cast<size_t>(size)));
+  if (lists == nullptr) return false;
+  lists_.reset(lists);
+
+  auto *taps = reinterpret_cast<ScaleTap *>(lists + count);
   double position = 0.0;
   for (int32_t i = 0; i < count; ++i, position += 1.0) {
-    sampling.Fill(position, lists_[i]);
+    if (capacity > 0) {
+      lists[i].Taps = taps;
+      sampling.Fill(position, lists[i]);
+      taps += capacity;
+    }
     if (yieldImage != nullptr) YieldOn(*yieldImage);
   }
-}
-
-void ScaleTapTable::FreeTaps() {
-  for (int32_t i = 0; i < count_; ++i) {
-    std::free(lists_[i].Taps);
-    lists_[i].Taps = nullptr;
-  }
+  return true;
 }
 
 }  // namespace zvk

@@ -3,8 +3,9 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdlib>
+#include <memory>
 
-#include "host/resources.h"
 #include "image/image_record.h"
 #include "scaling/scale_filters.h"
 
@@ -18,7 +19,7 @@ struct ScaleTap {
 
 // All taps of one output position, in ascending order of SourceIndex.
 struct ScaleTapList {
-  ScaleTap *Taps;  // nil when the allocation failed or was refused
+  ScaleTap *Taps;  // nil when so many were refused
   int32_t TapCount;
   float WeightSum;  // added up from the unrounded weights
 };
@@ -33,31 +34,23 @@ struct ScaleAxis {
 extern const ScaleAxis kHorizontalAxis;
 extern const ScaleAxis kVerticalAxis;
 
-// Owns a table and the taps of its lists. The passes use one for columns, then for rows.
+// Owns a table and the taps of its lists, which are one block of memory. The passes use one for columns, then for rows.
 class ScaleTapTable {
  public:
-  // Zero-filled; false as a bool if that much memory is refused or not to be had.
-  explicit ScaleTapTable(int32_t count) : lists_(count), count_(lists_ ? count : 0) {}
-  ScaleTapTable(ScaleTapTable &&) = delete;
-  ~ScaleTapTable() { FreeTaps(); }
+  // Replaces the lists by `count` new ones, for an axis of `sourceSize` positions scaled by `scale` (above 0; infinite
+  // for a size of 0). Gives `yieldImage` (nil: nobody) time after each list. Lists that may need more taps than fit
+  // kLargestAllocation get none. False, and there is no table, if the lists alone take more than that or nothing, or if
+  // there is no memory for all of it.
+  [[nodiscard]] bool Build(const ScaleFilter &filter, const ScaleAxis &axis, int32_t count, double scale,
+                           int32_t sourceSize, ImageClassData *yieldImage);
 
-  explicit operator bool() const { return static_cast<bool>(lists_); }
-  const ScaleTapList *Lists() const { return lists_.Get(); }
-
-  // Frees all taps and replaces the lists by new ones.
-  void Replace(int32_t count);
-
-  // Fills the first `count` lists, which must have no taps, for an axis of `sourceSize` positions scaled by `scale`
-  // (above 0; infinite for a size of 0). A list without memory for its taps gets none. Gives `yieldImage` (nil: nobody)
-  // time after each list.
-  void Build(const ScaleFilter &filter, const ScaleAxis &axis, int32_t count, double scale, int32_t sourceSize,
-             ImageClassData *yieldImage);
-
-  void FreeTaps();
+  const ScaleTapList *Lists() const { return lists_.get(); }
 
  private:
-  ZeroedBuffer<ScaleTapList> lists_;
-  int32_t count_;
+  struct Free {
+    void operator()(ScaleTapList *lists) const { std::free(lists); }
+  };
+  std::unique_ptr<ScaleTapList, Free> lists_;
 };
 
 }  // namespace zvk

@@ -27,9 +27,8 @@ constexpr const ScaleFilter *kFilters[] = {&kTriangleFilter, &kBoxFilter,   &kLa
 
 // A built table of its own.
 struct Built : ScaleTapTable {
-  Built(const ScaleFilter &filter, const ScaleAxis &axis, int32_t count, double scale, int32_t sourceSize)
-      : ScaleTapTable(count) {
-    Build(filter, axis, count, scale, sourceSize, nullptr);
+  Built(const ScaleFilter &filter, const ScaleAxis &axis, int32_t count, double scale, int32_t sourceSize) {
+    EXPECT_TRUE(Build(filter, axis, count, scale, sourceSize, nullptr));
   }
   const ScaleTapList &operator[](int32_t index) const { return Lists()[index]; }
 };
@@ -137,11 +136,11 @@ TEST(ScaleTaps, Capacities) {
            {kPoly3Filter, kVerticalAxis, 0.25, 34},
        }) {
     faults::Heap heap;
-    ScaleTapTable table(1);
-    table.Build(expected.filter, expected.axis, 1, expected.scale, 50, nullptr);
+    const Built table(expected.filter, expected.axis, 7, expected.scale, 50);
     const auto allocations = heap.Allocations();
-    ASSERT_EQ(allocations.size(), 2u);
-    EXPECT_EQ(allocations[1].count * allocations[1].size, expected.taps * sizeof(ScaleTap));
+    ASSERT_EQ(allocations.size(), 1u);
+    EXPECT_EQ(allocations[0].count * allocations[0].size,
+              7 * (sizeof(ScaleTapList) + expected.taps * sizeof(ScaleTap)));
   }
 }
 
@@ -162,76 +161,74 @@ TEST(ScaleTaps, NoTapIsLostToTheCapacity) {
   }
 }
 
-TEST(ScaleTaps, ARefusedCapacityGivesNoTapsAndAsksForNoMemory) {
+TEST(ScaleTaps, ARefusedCapacityGivesNoTapsAndAsksForNoMemoryForThem) {
   // 8 / 5e-8 is a window of 160000000, so a list of more than 2 GiB; the second window fits no 32-bit integer.
   for (const double scale : {5e-8, 1e-9}) {
     for (const ScaleAxis *axis : {&kHorizontalAxis, &kVerticalAxis}) {
-      faults::Heap heap;
-      ScaleTapTable table(1);
-      table.Build(kLanczos8Filter, *axis, 1, scale, 20000000, nullptr);
-      EXPECT_EQ(heap.CallocCalls(), 1);
-      EXPECT_EQ(table.Lists()[0].Taps, nullptr);
-      EXPECT_EQ(table.Lists()[0].TapCount, 0);
-      EXPECT_EQ(table.Lists()[0].WeightSum, 0.0f);
+      const faults::Heap heap;
+      const Built table(kLanczos8Filter, *axis, 2, scale, 20000000);
+      const auto allocations = heap.Allocations();
+      ASSERT_EQ(allocations.size(), 1u);
+      EXPECT_EQ(allocations[0].count * allocations[0].size, 2 * sizeof(ScaleTapList));
+      for (int32_t i = 0; i < 2; ++i) {
+        EXPECT_EQ(table[i].Taps, nullptr);
+        EXPECT_EQ(table[i].TapCount, 0);
+        EXPECT_EQ(table[i].WeightSum, 0.0f);
+      }
     }
   }
 }
 
-TEST(ScaleTaps, AFailedAllocationGivesOnePositionWithoutTaps) {
+TEST(ScaleTaps, AllListsTogetherMayBeLargerThanEachMayBe) {
+  // Windows of 8000 have 16002 taps, so 20000 lists have 320040000 of them.
   faults::Heap heap;
-  ScaleTapTable table(3);
-  heap.FailCallocAt(2);
-  table.Build(kTriangleFilter, kHorizontalAxis, 3, 1.0, 3, nullptr);
-  EXPECT_EQ(TapsOf(table.Lists()[0]), (Taps{{0, 1.0f}}));
-  EXPECT_EQ(table.Lists()[1].Taps, nullptr);
-  EXPECT_EQ(table.Lists()[1].TapCount, 0);
-  EXPECT_EQ(table.Lists()[1].WeightSum, 0.0f);
-  EXPECT_EQ(TapsOf(table.Lists()[2]), (Taps{{2, 1.0f}}));
+  size_t asked = 0;
+  heap.FailCalloc([&](size_t count, size_t size) {
+    asked = count * size;
+    return true;
+  });
+  ScaleTapTable table;
+  EXPECT_FALSE(table.Build(kLanczos8Filter, kHorizontalAxis, 20000, 0.001, 20000000, nullptr));
+  EXPECT_EQ(table.Lists(), nullptr);
+  EXPECT_EQ(asked, sizeof(size_t) == 4 ? 0 : 20000 * sizeof(ScaleTapList) + 320040000ull * sizeof(ScaleTap));
 }
 
-TEST(ScaleTaps, ARebuiltListForgetsWhatItWas) {
+TEST(ScaleTaps, ARebuiltTableForgetsWhatItWas) {
+  ScaleTapTable table;
+  ASSERT_TRUE(table.Build(kTriangleFilter, kHorizontalAxis, 3, 1.0, 3, nullptr));
+  ASSERT_TRUE(table.Build(kBoxFilter, kVerticalAxis, 2, 0.5, 4, nullptr));
+  EXPECT_EQ(TapsOf(table.Lists()[0]), (Taps{{0, 1.0f}, {1, 1.0f}}));
+  EXPECT_EQ(TapsOf(table.Lists()[1]), (Taps{{2, 1.0f}, {3, 1.0f}}));
   faults::Heap heap;
-  ScaleTapTable table(3);
-  table.Build(kTriangleFilter, kHorizontalAxis, 3, 1.0, 3, nullptr);
-  table.FreeTaps();
   heap.FailCallocAt(1);
-  table.Build(kTriangleFilter, kVerticalAxis, 2, 1.0, 3, nullptr);
-  EXPECT_EQ(table.Lists()[0].TapCount, 0);
-  EXPECT_EQ(table.Lists()[0].WeightSum, 0.0f);
-  EXPECT_EQ(TapsOf(table.Lists()[1]), (Taps{{1, 1.0f}}));
-  EXPECT_EQ(table.Lists()[2].Taps, nullptr);
+  EXPECT_FALSE(table.Build(kTriangleFilter, kHorizontalAxis, 3, 1.0, 3, nullptr));
+  EXPECT_EQ(table.Lists(), nullptr);
 }
 
 TEST(ScaleTaps, AllMemoryComesBack) {
   faults::Heap heap;
   {
-    ScaleTapTable table(3);
-    table.Build(kMitchellFilter, kHorizontalAxis, 3, 0.5, 6, nullptr);
-    EXPECT_EQ(heap.Outstanding(), 4u);
-    table.FreeTaps();
+    ScaleTapTable table;
+    ASSERT_TRUE(table.Build(kMitchellFilter, kHorizontalAxis, 3, 0.5, 6, nullptr));
     EXPECT_EQ(heap.Outstanding(), 1u);
-    EXPECT_EQ(table.Lists()[0].Taps, nullptr);
-    table.Build(kMitchellFilter, kHorizontalAxis, 3, 0.5, 6, nullptr);
-    table.Replace(5);
+    ASSERT_TRUE(table.Build(kMitchellFilter, kVerticalAxis, 5, 0.5, 10, nullptr));
     EXPECT_EQ(heap.Outstanding(), 1u);
-    table.Build(kMitchellFilter, kVerticalAxis, 5, 0.5, 10, nullptr);
-    EXPECT_EQ(heap.Outstanding(), 6u);
   }
   EXPECT_EQ(heap.Outstanding(), 0u);
 }
 
 TEST(ScaleTaps, ATableThatIsRefusedOrCannotBeHadIsFalse) {
   faults::Heap heap;
-  EXPECT_FALSE(ScaleTapTable(INT32_MAX));
-  EXPECT_FALSE(ScaleTapTable(0));
+  const auto build = [](int32_t count) {
+    ScaleTapTable table;
+    return table.Build(kTriangleFilter, kHorizontalAxis, count, 1.0, 3, nullptr);
+  };
+  EXPECT_FALSE(build(INT32_MAX));
+  EXPECT_FALSE(build(0));
   EXPECT_EQ(heap.CallocCalls(), 0);
   heap.FailCallocAt(1);
-  EXPECT_FALSE(ScaleTapTable(3));
-  ScaleTapTable table(3);
-  EXPECT_TRUE(table);
-  heap.FailCallocAt(1);
-  table.Replace(4);
-  EXPECT_FALSE(table);
+  EXPECT_FALSE(build(3));
+  EXPECT_TRUE(build(3));
 }
 
 TEST(ScaleTaps, TheImageIsGivenTimeAfterEachEntry) {
@@ -244,11 +241,10 @@ TEST(ScaleTaps, TheImageIsGivenTimeAfterEachEntry) {
   image.Yield.YieldTicks = 1;
   int32_t yields = 0;
   host->onYield = [&] { ++yields; };
-  ScaleTapTable table(7);
-  table.Build(kTriangleFilter, kHorizontalAxis, 7, 1.0, 7, &image);
+  ScaleTapTable table;
+  ASSERT_TRUE(table.Build(kTriangleFilter, kHorizontalAxis, 7, 1.0, 7, &image));
   EXPECT_EQ(yields, 7);
-  table.FreeTaps();
-  table.Build(kTriangleFilter, kHorizontalAxis, 7, 1.0, 7, nullptr);
+  ASSERT_TRUE(table.Build(kTriangleFilter, kHorizontalAxis, 7, 1.0, 7, nullptr));
   EXPECT_EQ(yields, 7);
 }
 

@@ -423,19 +423,28 @@ TEST_F(ScaleThreads, WithoutAMutexOrMemoryToWorkInTheBytesAreTheSame) {
   source.FillNoise(1);
   const TestImage temp = MakeTemp(dest, source, 5);
   const Outcome expected = NaiveOutcome(dest, source, temp, kLanczos3, 5, 12, kDropped);
-  // The table, five lists and the records come first, then three mutexes and two buffers of each thread.
-  for (int nth = 8; nth <= 16; ++nth) {
+  // The table and the records come first, then three mutexes and two buffers of each thread.
+  for (int nth = 3; nth <= 11; ++nth) {
     faults::Heap heap;
     heap.FailCallocAt(nth);
     EXPECT_TRUE(ThreadedOutcome(dest, 3, source, temp, kLanczos3, 5, 12) == expected) << nth;
   }
 }
 
-TEST_F(ScaleThreads, WithoutTheFirstTableItIsFalse) {
-  const TestImage source(9, 7, ImageFormatRGB), dest(5, 12, ImageFormatRGB), temp = MakeTemp(dest, source, 5);
-  faults::Heap heap;
-  heap.FailCallocAt(1);
-  EXPECT_FALSE(Scale(dest, 3, source, temp, kLanczos3, 5, 12));
+TEST_F(ScaleThreads, WithoutATableItIsFalseAndTheDestinationStays) {
+  TestImage source(9, 7, ImageFormatRGB), dest(5, 12, ImageFormatRGB);
+  source.FillNoise(1);
+  dest.FillNoise(2);
+  const TestImage temp = MakeTemp(dest, source, 5);
+  // On this thread alone nothing but the two buffers of the horizontal pass comes between the tables.
+  for (const int nth : {1, 4}) {
+    faults::Heap heap;
+    heap.FailCallocAt(nth);
+    const Outcome outcome = ThreadedOutcome(dest, -1, source, temp, kLanczos3, 5, 12);
+    EXPECT_FALSE(outcome.result);
+    EXPECT_EQ(outcome.dest, dest.Storage());
+    EXPECT_EQ(heap.Outstanding(), 0u);
+  }
 }
 
 }  // namespace

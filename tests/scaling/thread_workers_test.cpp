@@ -84,8 +84,8 @@ INSTANTIATE_TEST_SUITE_P(Pairs, ThreadWorkersOfPair, testing::ValuesIn(kPairs),
                          [](const auto &info) { return std::string(info.param.name); });
 
 TEST_P(ThreadWorkersOfPair, TheHorizontalWorkerMakesItsTempRowsWithoutRounding) {
-  ScaleTapTable table(kWidth);
-  table.Build(kLanczos3Filter, kHorizontalAxis, kWidth, kWidth / 23.0, 23, nullptr);
+  ScaleTapTable table;
+  ASSERT_TRUE(table.Build(kLanczos3Filter, kHorizontalAxis, kWidth, kWidth / 23.0, 23, nullptr));
   // What belongs to the other pass is not set.
   const ScaleJob job{&source_.Record(), nullptr, 0, kWidth, &temp_.Record(), table.Lists()};
   for (const auto &[first, last] : {std::pair{0, 39}, {4, 32}, {39, 39}}) {
@@ -99,8 +99,8 @@ TEST_P(ThreadWorkersOfPair, TheHorizontalWorkerMakesItsTempRowsWithoutRounding) 
 }
 
 TEST_P(ThreadWorkersOfPair, TheVerticalWorkerMakesItsRowsWithRounding) {
-  ScaleTapTable table(kHeight);
-  table.Build(kLanczos3Filter, kVerticalAxis, kHeight, kHeight / 40.0, 40, nullptr);
+  ScaleTapTable table;
+  ASSERT_TRUE(table.Build(kLanczos3Filter, kVerticalAxis, kHeight, kHeight / 40.0, 40, nullptr));
   const ScaleJob job{nullptr, &dest_.Record(), kHeight, kWidth, &temp_.Record(), table.Lists()};
   for (const auto &[first, last] : {std::pair{0, 30}, {4, 17}, {30, 30}}) {
     ExpectRows(
