@@ -16,6 +16,7 @@
 #include "image/rows.h"
 #include "scaling/scale_kernels.h"
 #include "scaling/scale_pairs.h"
+#include "scaling/watched_image.h"
 
 namespace zvk {
 
@@ -292,6 +293,7 @@ class RowCopier {
 };
 
 uint8_t ScaleRows(const RowMaker &maker, ImageClassData &dest, ImageClassData &source, int32_t width, int32_t height) {
+  const WatchedImage watchedDest(dest), watchedSource(source);
   if (!IsUsable(source)) return false;
   YieldOn(source);
   if (!IsUsable(dest)) return false;
@@ -301,10 +303,9 @@ uint8_t ScaleRows(const RowMaker &maker, ImageClassData &dest, ImageClassData &s
   const int32_t sourceHeight = source.Height;
   const double xstep = static_cast<double>(sourceWidth) / width;
   const double ystep = static_cast<double>(sourceHeight) / height;
-  // In a yield an image may be closed, or constructed anew.
   const auto areLargeEnough = [&] {
-    return IsUsable(source) && IsUsable(dest) && source.Width >= sourceWidth && source.Height >= sourceHeight &&
-           dest.Width >= width && dest.Height >= height;
+    return watchedSource.RowsOf(sourceWidth, source.PixelSize) >= sourceHeight &&
+           watchedDest.RowsOf(width, dest.PixelSize) >= height;
   };
   if (!areLargeEnough()) return false;
   const ZeroedBuffer<int32_t> table(width);

@@ -13,7 +13,8 @@ namespace zvk {
 // is created through the source's factories. `mode` counts the filters from 1 in the order below. True when `dest` was
 // written. False, and nothing is raised, for nil or not usable images, a size not above zero, another mode, formats
 // that form no pair, or no memory for the tables of taps; `temp` may be written then. A column or row of the result
-// that may need more than 0x7FFFFFFF bytes of taps comes out 0.
+// that may need more than 0x7FFFFFFF bytes of taps comes out 0. Rows that an image does not hold any more after a yield
+// are left out.
 uint8_t PictureScaleZVK(REALobject dest, REALobject source, REALobject temp, int32_t mode, int32_t width,
                         int32_t height);
 

@@ -10,6 +10,7 @@
 #include "scaling/scale_taps.h"
 #include "scaling/thread_runner.h"
 #include "scaling/thread_workers.h"
+#include "scaling/watched_image.h"
 
 namespace zvk {
 
@@ -18,6 +19,7 @@ namespace {
 // --- from a temp image on ---
 
 struct PairPasses {
+  int32_t stride;  // of a temp pixel
   void (*horizontal)(const ScaleJob &job, const ScaleRows &rows, double rounding);
   void (*vertical)(const ScaleJob &job, const ScaleRows &rows);
   RowWorker horizontalWorker;
@@ -31,9 +33,13 @@ bool IsReady(ImageClassData &image) {
   return true;
 }
 
-bool RunPasses(const PairPasses &passes, const ScaleFilter &filter, ImageClassData &dest,
-               std::optional<int32_t> threads, ImageClassData &source, ImageClassData &temp, int32_t width,
-               int32_t height) {
+// The images are watched from before the host first has time.
+bool RunPasses(const PairPasses &passes, const ScaleFilter &filter, const WatchedImage &watchedDest,
+               std::optional<int32_t> threads, const WatchedImage &watchedSource, const WatchedImage &watchedTemp,
+               int32_t width, int32_t height) {
+  ImageClassData &dest = watchedDest.Record();
+  ImageClassData &source = watchedSource.Record();
+  ImageClassData &temp = watchedTemp.Record();
   if (!temp.Valid || !dest.Valid || !source.Valid) return false;
   if (!IsReady(source) || !IsReady(dest) || !IsReady(temp)) return false;
 
@@ -44,21 +50,27 @@ bool RunPasses(const PairPasses &passes, const ScaleFilter &filter, ImageClassDa
   ImageClassData *const yieldImage = threads ? nullptr : &dest;
 
   ScaleTapTable table;
-  if (!table.Build(filter, kHorizontalAxis, width, xscale, source.Width, yieldImage)) return false;
+  const int32_t sourceColumns = source.Width;
+  if (!table.Build(filter, kHorizontalAxis, width, xscale, sourceColumns, yieldImage)) return false;
   ScaleJob job{&source, &dest, height, width, &temp, table.Lists()};
+  const int32_t sourceRows =
+      std::min(watchedSource.RowsOf(sourceColumns, source.PixelSize), watchedTemp.RowsOf(width, passes.stride));
   if (threads) {
-    RunThreads(*threads, source.Height, &job, passes.horizontalWorker);
+    RunThreads(*threads, sourceRows, &job, passes.horizontalWorker);
   } else {
-    passes.horizontal(job, {0, source.Height, yieldImage}, kRoundToNearest);
+    // A source that grows in a yield is read to its new end, unless something has been left out already.
+    passes.horizontal(job, {0, sourceRows < source.Height ? sourceRows : source.Height, yieldImage}, kRoundToNearest);
   }
 
   // A temp image of more rows than the source gives taps on rows that the horizontal pass has not written.
   if (!table.Build(filter, kVerticalAxis, height, yscale, temp.Height, yieldImage)) return false;
   job.Table = table.Lists();
+  const bool hasTemp = watchedTemp.RowsOf(width, passes.stride) > 0;
+  const int32_t destRows = hasTemp ? std::min(height, watchedDest.RowsOf(width, dest.PixelSize)) : 0;
   if (threads) {
-    RunThreads(*threads, height, &job, passes.verticalWorker);
+    RunThreads(*threads, destRows, &job, passes.verticalWorker);
   } else {
-    passes.vertical(job, {0, height, yieldImage});
+    passes.vertical(job, {0, destRows, yieldImage});
   }
   return true;
 }
@@ -66,10 +78,10 @@ bool RunPasses(const PairPasses &passes, const ScaleFilter &filter, ImageClassDa
 // --- pairs ---
 
 template <const ScalePair &Pair, RowWorker Horizontal, RowWorker Vertical>
-bool ScalePictures(const ScaleFilter &filter, ImageClassData &dest, std::optional<int32_t> threads,
-                   ImageClassData &source, ImageClassData &temp, int32_t width, int32_t height) {
-  return RunPasses({HorizontalPass<Pair>, VerticalPass<Pair>, Horizontal, Vertical}, filter, dest, threads, source,
-                   temp, width, height);
+bool ScalePictures(const ScaleFilter &filter, const WatchedImage &dest, std::optional<int32_t> threads,
+                   const WatchedImage &source, const WatchedImage &temp, int32_t width, int32_t height) {
+  return RunPasses({Pair.Stride, HorizontalPass<Pair>, VerticalPass<Pair>, Horizontal, Vertical}, filter, dest, threads,
+                   source, temp, width, height);
 }
 
 constexpr auto CMYK_to_CMYK_Scale = ScalePictures<CMYK_to_CMYK, CMYK_to_CMYK_Scale3mt, CMYK_to_CMYK_Scale6mt>;
@@ -110,37 +122,47 @@ const PairEntry *FindPairEntry(const ImageClassData &source, const ImageClassDat
   return std::ranges::find(kPairEntries, pair, &PairEntry::pair);
 }
 
+// By way of a temp image, wherever that has come from.
+bool ScaleThrough(const ScaleFilter &filter, const WatchedImage &dest, std::optional<int32_t> threads,
+                  const WatchedImage &source, const WatchedImage &temp, int32_t width, int32_t height) {
+  if (!temp.Record().Valid || !dest.Record().Valid || !source.Record().Valid) return false;
+  const PairEntry *entry = FindPairEntry(source.Record(), dest.Record());
+  return entry != nullptr && entry->scale(filter, dest, threads, source, temp, width, height);
+}
+
 }  // namespace
 
 // --- a temp image ---
 
 uint8_t ScalePicture(const ScaleFilter &filter, REALobject dest, std::optional<int32_t> threads, REALobject source,
                      REALobject temp, int32_t width, int32_t height) {
-  ImageClassData &destRecord = *RecordOf(dest);
-  ImageClassData &sourceRecord = *RecordOf(source);
+  const WatchedImage watchedDest(*RecordOf(dest), height), watchedSource(*RecordOf(source));
+  const ImageClassData &destRecord = watchedDest.Record(), &sourceRecord = watchedSource.Record();
+  // The caller's own is taken as it is.
+  if (temp != nullptr) {
+    const WatchedImage watchedTemp(*RecordOf(temp), sourceRecord.Height);
+    return ScaleThrough(filter, watchedDest, threads, watchedSource, watchedTemp, width, height);
+  }
   for (;;) {
-    if (temp != nullptr && !RecordOf(temp)->Valid) return false;
     if (!destRecord.Valid || !sourceRecord.Valid) return false;
     const PairEntry *entry = FindPairEntry(sourceRecord, destRecord);
     if (entry == nullptr) return false;
-    // The caller's own is taken as it is.
-    if (temp != nullptr) {
-      return entry->scale(filter, destRecord, threads, sourceRecord, *RecordOf(temp), width, height);
-    }
 
     const int32_t format = entry->pair->ScaleTempFormat;
-    const ObjectReference created = CreatePicture(&sourceRecord, width, sourceRecord.Height, format);
+    const int32_t tempRows = sourceRecord.Height;
+    const ObjectReference created = CreatePicture(&sourceRecord, width, tempRows, format);
     if (!created) return false;
-    ImageClassData &tempRecord = *RecordOf(created.Get());
+    const WatchedImage watchedTemp(*RecordOf(created.Get()), tempRows);
+    const ImageClassData &tempRecord = watchedTemp.Record();
     // A factory may answer with any format, and with a file, whose one mapped block threads cannot share. For them one
     // thread does the work, as though the caller had given that image.
     if (threads && (tempRecord.ImageFormat != format || tempRecord.IsMapping)) {
-      return ScalePicture(filter, dest, {}, source, created.Get(), width, height);
+      return ScaleThrough(filter, watchedDest, {}, watchedSource, watchedTemp, width, height);
     }
     // On one thread all begins anew, as often as the format is another one.
     if (tempRecord.ImageFormat != format) continue;
     if (tempRecord.IsMapping) return false;
-    return entry->scale(filter, destRecord, threads, sourceRecord, tempRecord, width, height);
+    return entry->scale(filter, watchedDest, threads, watchedSource, watchedTemp, width, height);
   }
 }
 

@@ -6,7 +6,9 @@
 #include <algorithm>
 #include <cstring>
 #include <iterator>
+#include <optional>
 #include <type_traits>
+#include <utility>
 
 #include "host/resources.h"
 #include "image/image_record.h"
@@ -14,6 +16,7 @@
 #include "scaling/scale_kernels.h"
 #include "scaling/scale_pairs.h"
 #include "scaling/scale_taps.h"
+#include "scaling/watched_image.h"
 
 namespace zvk {
 
@@ -40,6 +43,10 @@ struct ScaleRows {
     if (!Yields()) return false;
     YieldOn(*YieldImage);
     return true;
+  }
+  // An image as it is before the rows are made; none if nobody can change it while they are.
+  std::optional<WatchedImage> Watch(ImageClassData &image, int32_t promisedRows = 0) const {
+    return YieldImage != nullptr ? std::optional<WatchedImage>(std::in_place, image, promisedRows) : std::nullopt;
   }
 };
 
@@ -123,14 +130,12 @@ void WriteTempPixel(uint8_t *pixel, const SampleOf<Pair> *values, ptrdiff_t step
 
 // --- pixel by pixel ---
 
-// A row that cannot be had is left out: one of a block that cannot be mapped, and all those of an image that was closed
-// while the host had time.
+// A row that cannot be had, of a block that cannot be mapped, is left out.
 
 template <const ScalePair &Pair>
 void HorizontalRow(const ScaleJob &job, int32_t y, double rounding) {
   ImageClassData &source = *job.Source;
   ImageClassData &temp = *job.Temp;
-  if (!HasPixels(source) || !HasPixels(temp)) return;
   const uint8_t *sourceRow = source.GetRow(&source, y);
   if (sourceRow == nullptr) return;
   const uint8_t *end = EndOfSamples<Pair>(source, sourceRow);
@@ -152,12 +157,18 @@ void HorizontalRow(const ScaleJob &job, int32_t y, double rounding) {
   }
 }
 
+// The list for a row, without the taps from row `tempRows` of the temp image on.
+inline ScaleTapList ListWithin(const ScaleJob &job, int32_t y, int32_t tempRows) {
+  ScaleTapList list = job.Table[y];
+  while (list.TapCount > 0 && list.Taps[list.TapCount - 1].SourceIndex >= tempRows) --list.TapCount;
+  return list;
+}
+
 template <const ScalePair &Pair>
-void VerticalRow(const ScaleJob &job, int32_t y) {
+void VerticalRow(const ScaleJob &job, int32_t y, int32_t tempRows) {
   ImageClassData &temp = *job.Temp;
   ImageClassData &dest = *job.Dest;
-  if (!HasPixels(temp) || !HasPixels(dest)) return;
-  const ScaleTapList &list = job.Table[y];
+  const ScaleTapList list = ListWithin(job, y, tempRows);
   for (int32_t x = 0; x < job.Width; ++x) {
     double sums[kValues<Pair>] = {};
     for (int32_t t = 0; t < list.TapCount; ++t) {
@@ -311,10 +322,10 @@ class SummedRows {
   // False if there is no memory to work in.
   explicit operator bool() const { return rows_ && weights_ && values_; }
 
-  void MakeRow(int32_t y) {
+  void MakeRow(int32_t y, int32_t tempRows) {
     uint8_t *destRow = job_.Dest->GetRow(job_.Dest, y);
     if (destRow == nullptr) return;
-    const ScaleTapList &list = job_.Table[y];
+    const ScaleTapList list = ListWithin(job_, y, tempRows);
     int32_t rowCount = 0;
     for (int32_t t = 0; t < list.TapCount; ++t) {
       const uint8_t *tempRow = job_.Temp->GetRow(job_.Temp, list.Taps[t].SourceIndex);
@@ -359,9 +370,19 @@ class SummedRows {
   ZeroedBuffer<Sample> values_;
 };
 
-// True if there are rows and nobody can notice in what order those of the one are read and those of the other written.
+// True if nobody can notice in what order the rows of the one are read and those of the other written.
 inline bool MayWorkOnWholeRows(const ImageClassData &from, const ImageClassData &to) {
-  return HasPixels(from) && HasPixels(to) && HasFixedRows(from) && HasFixedRows(to) && !SharesStorage(from, to);
+  return HasFixedRows(from) && HasFixedRows(to) && !SharesStorage(from, to);
+}
+
+// How many columns of the source the lists of a job reach.
+inline int32_t SourceColumns(const ScaleJob &job) {
+  int32_t columns = 0;
+  for (int32_t x = 0; x < job.Width; ++x) {
+    const ScaleTapList &list = job.Table[x];
+    if (list.TapCount > 0) columns = std::max(columns, list.Taps[list.TapCount - 1].SourceIndex + 1);
+  }
+  return columns;
 }
 
 // True if `height` rows of `width` pixels, `pixelSize` bytes each, lie inside the image.
@@ -372,15 +393,24 @@ inline bool Holds(const ImageClassData &image, int32_t width, int32_t pixelSize,
 }  // namespace scale_detail
 
 // Resamples rows of the source to the job's width, into the temp rows of the same numbers. `rounding` is added to each
-// quotient before it is truncated.
+// quotient before it is truncated. Both images must have the rows at first; those that one of them does not hold any
+// more after a yield are left out.
 template <const ScalePair &Pair>
 void HorizontalPass(const ScaleJob &job, const ScaleRows &rows, double rounding) {
+  const std::optional<WatchedImage> source = rows.Watch(*job.Source), temp = rows.Watch(*job.Temp, rows.End);
+  const int32_t sourceColumns = source ? scale_detail::SourceColumns(job) : 0;
+  int32_t heldRows = INT32_MAX;
+  const auto afterRow = [&] {
+    if (!rows.AfterRow()) return false;
+    heldRows = std::min(source->RowsOf(sourceColumns, job.Source->PixelSize), temp->RowsOf(job.Width, Pair.Stride));
+    return true;
+  };
   const auto mayWorkOnWholeRows = [&] {
-    return scale_detail::Holds(*job.Temp, job.Width, Pair.Stride, rows.End) &&
+    return heldRows >= rows.End && scale_detail::Holds(*job.Temp, job.Width, Pair.Stride, rows.End) &&
            scale_detail::MayWorkOnWholeRows(*job.Source, *job.Temp);
   };
   int32_t y = rows.First;
-  if (mayWorkOnWholeRows()) {
+  if (y < rows.End && mayWorkOnWholeRows()) {
     scale_detail::StagedColumns<Pair> columns(job);
     bool hostRan = false;
     while (columns && y < rows.End && (!hostRan || mayWorkOnWholeRows())) {
@@ -390,35 +420,46 @@ void HorizontalPass(const ScaleJob &job, const ScaleRows &rows, double rounding)
         hostRan = false;
       } else {
         columns.template MakeRows<1>(y++, rounding);
-        hostRan = rows.AfterRow();
+        hostRan = afterRow();
       }
     }
   }
   for (; y < rows.End; ++y) {
-    scale_detail::HorizontalRow<Pair>(job, y, rounding);
-    rows.AfterRow();
+    if (y < heldRows) scale_detail::HorizontalRow<Pair>(job, y, rounding);
+    afterRow();
   }
 }
 
-// Resamples temp rows into rows of the destination.
+// Resamples temp rows into rows of the destination, which must have them at first. After a yield, rows of the
+// destination that it does not hold any more are left out, and so are taps on temp rows that there are no more; without
+// any temp row nothing is written.
 template <const ScalePair &Pair>
 void VerticalPass(const ScaleJob &job, const ScaleRows &rows) {
+  int32_t tempRows = job.Temp->Height;
+  const std::optional<WatchedImage> temp = rows.Watch(*job.Temp, tempRows), dest = rows.Watch(*job.Dest, rows.End);
+  int32_t heldRows = INT32_MAX;
+  const auto afterRow = [&] {
+    if (!rows.AfterRow()) return false;
+    tempRows = temp->RowsOf(job.Width, Pair.Stride);
+    heldRows = tempRows > 0 ? dest->RowsOf(job.Width, job.Dest->PixelSize) : 0;
+    return true;
+  };
   const auto mayWorkOnWholeRows = [&] {
-    return scale_detail::Holds(*job.Dest, job.Width, job.Dest->PixelSize, rows.End) &&
+    return heldRows >= rows.End && scale_detail::Holds(*job.Dest, job.Width, job.Dest->PixelSize, rows.End) &&
            scale_detail::MayWorkOnWholeRows(*job.Temp, *job.Dest);
   };
   int32_t y = rows.First;
-  if (mayWorkOnWholeRows()) {
+  if (y < rows.End && mayWorkOnWholeRows()) {
     scale_detail::SummedRows<Pair> summed(job);
     bool hostRan = false;
     while (summed && y < rows.End && (!hostRan || mayWorkOnWholeRows())) {
-      summed.MakeRow(y++);
-      hostRan = rows.AfterRow();
+      summed.MakeRow(y++, tempRows);
+      hostRan = afterRow();
     }
   }
   for (; y < rows.End; ++y) {
-    scale_detail::VerticalRow<Pair>(job, y);
-    rows.AfterRow();
+    if (y < heldRows) scale_detail::VerticalRow<Pair>(job, y, tempRows);
+    afterRow();
   }
 }
 

@@ -1,0 +1,30 @@
+// What becomes of the images of a scale while other code of the host runs.
+#pragma once
+
+#include <cstdint>
+
+#include "image/image_record.h"
+
+namespace zvk {
+
+// An image that is worked on, and what it was at first. In a yield the host may close it, or construct it anew in
+// another size.
+class WatchedImage {
+ public:
+  // `promisedRows`: so many rows, of any length, the caller answers for as long as the image is what it was; 0: none.
+  explicit WatchedImage(ImageClassData &image, int32_t promisedRows = 0);
+
+  ImageClassData &Record() const { return *image_; }
+
+  // How many rows there are now of `columns` columns, `pixelSize` bytes apart: its own if they hold so much, and the
+  // promised ones; 0 if its pixels are gone.
+  int32_t RowsOf(int32_t columns, int32_t pixelSize) const;
+
+ private:
+  ImageClassData *image_;
+  ImageClassData before_;
+  bool hadStorage_;
+  int32_t promisedRows_;
+};
+
+}  // namespace zvk
