@@ -13,6 +13,7 @@
 #include "host/resources.h"
 #include "image/image_record.h"
 #include "image/rows.h"
+#include "image/wide_samples.h"
 #include "scaling/scale_kernels.h"
 #include "scaling/scale_pairs.h"
 #include "scaling/scale_taps.h"
@@ -77,45 +78,33 @@ void Store(uint8_t *address, Sample sample) {
   std::memcpy(address, &sample, sizeof sample);
 }
 
-// Where the samples of a row end. The host may have moved wide ones by a byte, and then the last one of a storage has
-// no second byte.
+// The last byte of the storage of a row of wide samples; nil for samples of a byte.
 template <const ScalePair &Pair>
-const uint8_t *EndOfSamples(const ImageClassData &image, const uint8_t *row) {
-  if constexpr (Pair.SampleSize == 1) return nullptr;  // nobody asks
-  // Pixels that a caller has left out of the storage that he described are there all the same.
-  const int64_t pixels = int64_t{image.GrayOffset} / image.PixelSize + image.Width;
-  return row + std::max<int64_t>(BytesFromRow(image, row), pixels * image.PixelSize);
+const uint8_t *LastByteOf(const ImageClassData &image, const uint8_t *row) {
+  if constexpr (Pair.SampleSize == 1) return nullptr;
+  return LastByte(image, row);
 }
 
-// A sample of a row that ends there. A second byte behind the end is taken to be 0, and is not written.
 template <class Sample>
-Sample LoadInside(const uint8_t *address, const uint8_t *end) {
-  if constexpr (sizeof(Sample) > 1) {
-    if (end - address < ptrdiff_t{sizeof(Sample)}) {
-      Sample sample = 0;
-      std::memcpy(&sample, address, 1);
-      return sample;
-    }
-  }
-  return Load<Sample>(address);
+Sample LoadSample(const uint8_t *address, const uint8_t *lastByte) {
+  if constexpr (sizeof(Sample) == 1) return *address;
+  return static_cast<Sample>(LoadWideSample(address, lastByte));
 }
 template <class Sample>
-void StoreInside(uint8_t *address, Sample sample, const uint8_t *end) {
-  if constexpr (sizeof(Sample) > 1) {
-    if (end - address < ptrdiff_t{sizeof(Sample)}) {
-      std::memcpy(address, &sample, 1);
-      return;
-    }
+void StoreSample(uint8_t *address, Sample sample, const uint8_t *lastByte) {
+  if constexpr (sizeof(Sample) == 1) {
+    *address = sample;
+  } else {
+    StoreWideSample(address, sample, lastByte);
   }
-  Store(address, sample);
 }
 
 // The samples of one source pixel, as AddTap takes them, each `step` doubles from the one before.
 template <const ScalePair &Pair>
-void ReadPixel(const ImageClassData &source, const uint8_t *pixel, const uint8_t *end, double *samples,
+void ReadPixel(const ImageClassData &source, const uint8_t *pixel, const uint8_t *lastByte, double *samples,
                ptrdiff_t step) {
   for (int32_t i = 0; i < Pair.Read.count; ++i) {
-    const auto sample = LoadInside<SampleOf<Pair>>(pixel + source.*Pair.Read[i], end);
+    const auto sample = LoadSample<SampleOf<Pair>>(pixel + source.*Pair.Read[i], lastByte);
     samples[i * step] = sample * SamplePart<Pair.Values>(i);
   }
 }
@@ -138,7 +127,7 @@ void HorizontalRow(const ScaleJob &job, int32_t y, double rounding) {
   ImageClassData &temp = *job.Temp;
   const uint8_t *sourceRow = source.GetRow(&source, y);
   if (sourceRow == nullptr) return;
-  const uint8_t *end = EndOfSamples<Pair>(source, sourceRow);
+  const uint8_t *lastByte = LastByteOf<Pair>(source, sourceRow);
   for (int32_t x = 0; x < job.Width; ++x) {
     const ScaleTapList &list = job.Table[x];
     double sums[kValues<Pair>] = {};
@@ -146,7 +135,7 @@ void HorizontalRow(const ScaleJob &job, int32_t y, double rounding) {
       const ScaleTap tap = list.Taps[t];
       if (tap.Weight == 0.0f) continue;
       double samples[Pair.Read.count] = {};
-      ReadPixel<Pair>(source, sourceRow + ptrdiff_t{tap.SourceIndex} * source.PixelSize, end, samples, 1);
+      ReadPixel<Pair>(source, sourceRow + ptrdiff_t{tap.SourceIndex} * source.PixelSize, lastByte, samples, 1);
       AddTap<Pair.Read.count, Pair.Values, 1>(samples, tap.Weight, sums);
     }
     SampleOf<Pair> values[kValues<Pair>] = {};
@@ -189,8 +178,8 @@ void VerticalRow(const ScaleJob &job, int32_t y, int32_t tempRows) {
     uint8_t *destRow = dest.GetRow(&dest, y);
     if (destRow == nullptr) continue;
     uint8_t *pixel = destRow + ptrdiff_t{x} * dest.PixelSize;
-    const uint8_t *end = EndOfSamples<Pair>(dest, destRow);
-    for (const ScaleWrite &write : Pair.Write) StoreInside(pixel + dest.*write.channel, values[write.value], end);
+    const uint8_t *lastByte = LastByteOf<Pair>(dest, destRow);
+    for (const ScaleWrite &write : Pair.Write) StoreSample(pixel + dest.*write.channel, values[write.value], lastByte);
   }
 }
 
@@ -278,12 +267,12 @@ class StagedColumns {
   void Stage(const uint8_t *const *rows, const Stretch &stretch) {
     const ImageClassData &source = *job_.Source;
     double *samples = samples_.Get();
-    const uint8_t *ends[Rows];
-    for (int32_t row = 0; row < Rows; ++row) ends[row] = EndOfSamples<Pair>(source, rows[row]);
+    const uint8_t *lastBytes[Rows];
+    for (int32_t row = 0; row < Rows; ++row) lastBytes[row] = LastByteOf<Pair>(source, rows[row]);
     for (int32_t column = stretch.firstColumn; column < stretch.endColumn; ++column) {
       const ptrdiff_t position = ptrdiff_t{column} * source.PixelSize;
       for (int32_t row = 0; row < Rows; ++row) {
-        ReadPixel<Pair>(source, rows[row] + position, ends[row], samples + row, Rows);
+        ReadPixel<Pair>(source, rows[row] + position, lastBytes[row], samples + row, Rows);
       }
       samples += ptrdiff_t{Pair.Read.count} * Rows;
     }
@@ -353,10 +342,11 @@ class SummedRows {
     const ImageClassData dest = *job_.Dest;
     const int32_t width = job_.Width;
     const Sample *pixelValues = values_.Get();
-    const uint8_t *end = EndOfSamples<Pair>(dest, destRow);
+    const uint8_t *lastByte = LastByteOf<Pair>(dest, destRow);
     for (int32_t x = 0; x < width; ++x) {
       for (const ScaleWrite &write : Pair.Write) {
-        StoreInside(destRow + dest.*write.channel, pixelValues[Pair.TempBytes[write.value] / Pair.SampleSize], end);
+        StoreSample(destRow + dest.*write.channel, pixelValues[Pair.TempBytes[write.value] / Pair.SampleSize],
+                    lastByte);
       }
       destRow += dest.PixelSize;
       pixelValues += Pair.Stride / Pair.SampleSize;

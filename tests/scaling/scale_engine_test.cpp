@@ -251,6 +251,32 @@ TEST(ScaleWideGray, OfASampleThatTheHostHasMovedToTheEndOfTheStorageTheFirstByte
   }
 }
 
+// Nobody compares the size with the destination: what the caller has not described of his block is written as well.
+TEST(ScaleWideGray, SamplesBeyondTheDestinationAreWrittenWhole) {
+  PluginHost host({.fenced = true});
+  constexpr int32_t kWidth = 9, kHeight = 7, kRowSize = 2 * kWidth;
+  for (const int32_t offset : {0, 1}) {
+    for (const bool threaded : {false, true}) {
+      stored_image::StoredImage source(host, stored_image::Kind::Block, 3, 2, ImageFormatGray16);
+      source.SetBytes({0x34, 0x12, 0x34, 0x12, 0x34, 0x12, 0x34, 0x12, 0x34, 0x12, 0x34, 0x12});
+      const auto block = host.NewMemoryBlock(kRowSize * kHeight + offset);
+      const auto dest = host.New("PictureZVK");
+      ImageConstructorMemory(dest, block, 3, 2, ImageFormatGray16, kRowSize);
+      SetGrayOffset(dest, 0, offset);
+      EXPECT_TRUE(threaded ? PictureScaleZVKMT(dest, 2, source, nullptr, kTriangle, kWidth, kHeight)
+                           : PictureScaleZVK(dest, source, nullptr, kTriangle, kWidth, kHeight));
+      Bytes expected(static_cast<size_t>(kRowSize * kHeight + offset));
+      for (size_t i = 0; i < size_t{kWidth} * kHeight; ++i) {
+        expected[offset + 2 * i] = 0x34;
+        expected[offset + 2 * i + 1] = 0x12;
+      }
+      // One that begins with the last byte of the two rows that the caller has described has no second byte.
+      if (offset == 1) expected[2 * kRowSize] = 0;
+      EXPECT_EQ(Bytes(block->Data(), block->Data() + block->Size()), expected) << offset << threaded;
+    }
+  }
+}
+
 TEST_F(ScaleEngine, WideGrayIsOneByteToOtherFamilies) {
   EXPECT_EQ(ScalePixel(ImageFormatGray16, {12, 34}, ImageFormatRGB, {0, 0, 0}), (Bytes{12, 12, 12}));
   EXPECT_EQ(ScalePixel(ImageFormatRGB, {100, 100, 100}, ImageFormatGray16, {7, 8}), (Bytes{100, 8}));
