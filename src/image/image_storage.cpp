@@ -8,6 +8,7 @@
 
 #include "host/resources.h"
 #include "image/image_formats.h"
+#include "image/pixel_work.h"
 
 namespace zvk {
 
@@ -47,6 +48,7 @@ namespace {
 // What an image holds: its pixels, its file and its references. The file's step is taken even if it has been before, on
 // descriptor 0 then, as a closed image does not tell that it is one.
 void GiveUp(ImageClassData *record) {
+  AwaitPixelWork(*record);
   if (record->OwnsBuffer && record->Buffer != nullptr) {
     std::free(record->Buffer);
     record->Buffer = nullptr;

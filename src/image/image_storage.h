@@ -31,7 +31,8 @@ void ImageConstructor(REALobject instance, int32_t width, int32_t height, int32_
 void ImageConstructorMemory(REALobject instance, REALobject block, int32_t width, int32_t height, int32_t format,
                             int32_t rowSize);
 
-// Gives up storage and references. Serves "Close" and the host's destruction alike, so it may run twice.
+// Gives up storage and references, after threads that work on the pixels have ended. Serves "Close" and the host's
+// destruction alike, so it may run twice.
 void ImageDestructor(REALobject instance);
 
 // Property getter.

@@ -5,6 +5,7 @@
 #include "host/resources.h"
 #include "image/image_factory.h"
 #include "image/image_record.h"
+#include "image/pixel_work.h"
 #include "scaling/scale_pairs.h"
 #include "scaling/scale_passes.h"
 #include "scaling/scale_taps.h"
@@ -20,6 +21,7 @@ namespace {
 
 struct PairPasses {
   int32_t stride;  // of a temp pixel
+  int32_t sampleSize;
   void (*horizontal)(const ScaleJob &job, const ScaleRows &rows, double rounding);
   void (*vertical)(const ScaleJob &job, const ScaleRows &rows);
   RowWorker horizontalWorker;
@@ -31,6 +33,13 @@ bool IsReady(ImageClassData &image) {
   if (!IsUsable(image)) return false;
   YieldOn(image);
   return true;
+}
+
+// A pass on threads, for which everyone waits who would take the pixels of its images away.
+void RunOnThreads(int32_t threads, int32_t rowCount, const ScaleJob &job, const ImageClassData &read,
+                  const ImageClassData &written, RowWorker worker) {
+  const PixelWork work(read, written, AwaitThreads, &job);
+  RunThreads(threads, rowCount, &job, worker);
 }
 
 // The images are watched from before the host first has time.
@@ -53,10 +62,10 @@ bool RunPasses(const PairPasses &passes, const ScaleFilter &filter, const Watche
   const int32_t sourceColumns = source.Width;
   if (!table.Build(filter, kHorizontalAxis, width, xscale, sourceColumns, yieldImage)) return false;
   ScaleJob job{&source, &dest, height, width, &temp, table.Lists()};
-  const int32_t sourceRows =
-      std::min(watchedSource.RowsOf(sourceColumns, source.PixelSize), watchedTemp.RowsOf(width, passes.stride));
+  const int32_t sourceRows = std::min(watchedSource.RowsOf(sourceColumns, ColumnSize(source, passes.sampleSize)),
+                                      watchedTemp.RowsOf(width, passes.stride));
   if (threads) {
-    RunThreads(*threads, sourceRows, &job, passes.horizontalWorker);
+    RunOnThreads(*threads, sourceRows, job, source, temp, passes.horizontalWorker);
   } else {
     // A source that grows in a yield is read to its new end, unless something has been left out already.
     passes.horizontal(job, {0, sourceRows < source.Height ? sourceRows : source.Height, yieldImage}, kRoundToNearest);
@@ -66,9 +75,10 @@ bool RunPasses(const PairPasses &passes, const ScaleFilter &filter, const Watche
   if (!table.Build(filter, kVerticalAxis, height, yscale, temp.Height, yieldImage)) return false;
   job.Table = table.Lists();
   const bool hasTemp = watchedTemp.RowsOf(width, passes.stride) > 0;
-  const int32_t destRows = hasTemp ? std::min(height, watchedDest.RowsOf(width, dest.PixelSize)) : 0;
+  const int32_t destRows =
+      hasTemp ? std::min(height, watchedDest.RowsOf(width, ColumnSize(dest, passes.sampleSize))) : 0;
   if (threads) {
-    RunThreads(*threads, destRows, &job, passes.verticalWorker);
+    RunOnThreads(*threads, destRows, job, temp, dest, passes.verticalWorker);
   } else {
     passes.vertical(job, {0, destRows, yieldImage});
   }
@@ -80,8 +90,8 @@ bool RunPasses(const PairPasses &passes, const ScaleFilter &filter, const Watche
 template <const ScalePair &Pair, RowWorker Horizontal, RowWorker Vertical>
 bool ScalePictures(const ScaleFilter &filter, const WatchedImage &dest, std::optional<int32_t> threads,
                    const WatchedImage &source, const WatchedImage &temp, int32_t width, int32_t height) {
-  return RunPasses({Pair.Stride, HorizontalPass<Pair>, VerticalPass<Pair>, Horizontal, Vertical}, filter, dest, threads,
-                   source, temp, width, height);
+  return RunPasses({Pair.Stride, Pair.SampleSize, HorizontalPass<Pair>, VerticalPass<Pair>, Horizontal, Vertical},
+                   filter, dest, threads, source, temp, width, height);
 }
 
 constexpr auto CMYK_to_CMYK_Scale = ScalePictures<CMYK_to_CMYK, CMYK_to_CMYK_Scale3mt, CMYK_to_CMYK_Scale6mt>;

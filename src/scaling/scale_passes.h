@@ -51,6 +51,12 @@ struct ScaleRows {
   }
 };
 
+// Bytes that each column of an image must have room for. One that was constructed anew may have pixels that are smaller
+// than a sample.
+inline int32_t ColumnSize(const ImageClassData &image, int32_t sampleSize) {
+  return std::max(image.PixelSize, sampleSize);
+}
+
 // What is added to a quotient before it is truncated.
 inline constexpr double kRoundToNearest = 0.5;
 inline constexpr double kRoundTowardZero = 0.0;
@@ -392,7 +398,8 @@ void HorizontalPass(const ScaleJob &job, const ScaleRows &rows, double rounding)
   int32_t heldRows = INT32_MAX;
   const auto afterRow = [&] {
     if (!rows.AfterRow()) return false;
-    heldRows = std::min(source->RowsOf(sourceColumns, job.Source->PixelSize), temp->RowsOf(job.Width, Pair.Stride));
+    heldRows = std::min(source->RowsOf(sourceColumns, ColumnSize(*job.Source, Pair.SampleSize)),
+                        temp->RowsOf(job.Width, Pair.Stride));
     return true;
   };
   const auto mayWorkOnWholeRows = [&] {
@@ -431,7 +438,7 @@ void VerticalPass(const ScaleJob &job, const ScaleRows &rows) {
   const auto afterRow = [&] {
     if (!rows.AfterRow()) return false;
     tempRows = temp->RowsOf(job.Width, Pair.Stride);
-    heldRows = tempRows > 0 ? dest->RowsOf(job.Width, job.Dest->PixelSize) : 0;
+    heldRows = tempRows > 0 ? dest->RowsOf(job.Width, ColumnSize(*job.Dest, Pair.SampleSize)) : 0;
     return true;
   };
   const auto mayWorkOnWholeRows = [&] {

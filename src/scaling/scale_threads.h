@@ -8,10 +8,11 @@
 
 namespace zvk {
 
-// Method "ScaleMT": as "Scale", with each pass cut into contiguous ranges of rows for `threads` threads: below 0 the
-// calling thread does all of it, 0 stands for one thread a processor, and more than 32 count as 32. While threads work
-// the host gets time about every millisecond. The horizontal pass drops fractions instead of rounding them, so the
-// result is a little darker than that of "Scale", and the same for every number of threads. With a source or a
+// Method "ScaleMT": as "Scale", with each of the two passes cut into contiguous ranges of rows for `threads` threads:
+// below 0 the calling thread does all of it, 0 stands for one thread a processor, and more than 32 count as 32. While
+// threads work the host gets time about every millisecond; it may close the images then, which waits for the threads,
+// but must not construct them anew nor change them. The horizontal pass drops fractions instead of rounding them, so
+// the result is a little darker than that of "Scale", and the same for every number of threads. With a source or a
 // destination in a file it is "Scale" itself, on the calling thread; so it is with a temp image that a factory made in
 // a file or in another format. A `temp` of the caller's must not be in a file. True also if there was no memory to
 // start a pass.

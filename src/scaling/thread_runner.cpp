@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "host/host_services.h"
+#include "host/listed.h"
 #include "host/resources.h"
 
 namespace zvk {
@@ -66,12 +67,26 @@ bool IsDone(const ThreadData &data) {
   return data.Done;
 }
 
-void AwaitDone(const ThreadData &data) {
+void AwaitDone(const ThreadData &data, bool givesTime) {
   while (!IsDone(data)) {
-    REALYieldToRB();
+    if (givesTime) REALYieldToRB();
     std::this_thread::sleep_for(kPause);
   }
 }
+
+// What RunThreads waits for.
+struct Run : Listed<Run> {
+  Run(std::span<const ThreadData> threads, const void *context) : threads(threads), context(context) {}
+
+  void Await(bool givesTime) const {
+    for (const ThreadData &data : threads) {
+      if (data.Started) AwaitDone(data, givesTime);
+    }
+  }
+
+  const std::span<const ThreadData> threads;
+  const void *const context;
+};
 
 }  // namespace
 
@@ -127,15 +142,22 @@ void RunThreads(int32_t ThreadCount, int32_t RowCount, const void *Context, RowW
   for (ThreadData &data : threads) {
     if (!data.Started) threadfunction(&data);
   }
-  REALYieldToRB();
-  for (const ThreadData &data : threads) {
-    if (data.Started) AwaitDone(data);
+  {
+    const Run run(threads, Context);
+    REALYieldToRB();
+    run.Await(true);
   }
   for (ThreadData &data : threads) {
     if (!data.Started) continue;
     if (data.NeedsDetach) pthread_detach(data.ThreadHandle);
     data.ThreadHandle = {};
   }
+}
+
+void AwaitThreads(const void *Context) {
+  Run::ForEach([&](const Run &run) {
+    if (run.context == Context) run.Await(false);
+  });
 }
 
 }  // namespace zvk

@@ -36,6 +36,11 @@ struct ThreadData {
 // is no memory for the thread records.
 void RunThreads(int32_t ThreadCount, int32_t RowCount, const void *Context, RowWorker Worker);
 
+// Returns when the threads have ended that RunThreads has started with this Context and still waits for; at once if
+// there are none. Calls nothing of the host: for code of the host's that runs in a yield of RunThreads and must not go
+// on beside them.
+void AwaitThreads(const void *Context);
+
 // Launches the thread of a zero-filled record whose rows, context and worker are set; Started tells whether it came up.
 void InitThread(int32_t index, ThreadData &data);
 

@@ -163,6 +163,23 @@ TEST_F(ScaleClosingInPass, TapsOnRowsThatATempHadForATimeAreLeftOut) {
   EXPECT_EQ(All(tempBlock_), (Bytes{0, 1, 2, 3, 99, 99, 99, 99, 99, 99, 99, 99, 99, 99, 99, 99}));
 }
 
+TEST_F(ScaleClosing, AnImageThatHasNoRoomForWideSamplesAnyMoreIsLeftOut) {
+  for (const bool isSource : {false, true}) {
+    const auto source = New({4, 4}, ImageFormatGray16, 7), temp = New({4, 4}, ImageFormatScaling2);
+    const auto dest = New({4, 4}, ImageFormatGray16);
+    const Block &destBlock = blocks_.back();
+    YieldOnRows(dest);
+    ActInYield(isSource ? 1 + 4 + 2 : 1 + 4 + 4 + 4 + 2, [&] {
+      ConstructAnew(isSource ? source : dest, {4, 4}, ImageFormatG, 55);
+    });
+    EXPECT_TRUE(PictureScaleZVK(dest, source, temp, kTriangle, 4, 4));
+    Bytes expected(32, 99);
+    std::fill_n(expected.begin(), 16, uint8_t{7});
+    EXPECT_EQ(All(destBlock), expected) << isSource;
+    EXPECT_TRUE(isSource || All(dest) == Bytes(16, 55));
+  }
+}
+
 // --- sizes beyond an image ---
 
 TEST_F(ScaleClosing, ASizeBeyondTheImagesFromTheStartIsTheCallersUntilTheyAreConstructedAnew) {

@@ -37,7 +37,8 @@ class ThreadRunner : public testing::Test {
     host_->onYield = [this] {
       EXPECT_EQ(std::this_thread::get_id(), thisThread_) << "the host is called on its own thread only";
       ++yields_;
-      if (onYield_) onYield_();
+      const auto onYield = onYield_;  // which may set another one
+      if (onYield) onYield();
     };
   }
 
@@ -253,6 +254,76 @@ TEST_F(ThreadRunner, AYieldMayRunThreadsItself) {
     RunThreads(2, 4, this, Work);
   };
   EXPECT_EQ(Run(3, 9).size(), 5u);
+}
+
+// --- waiting in a yield ---
+
+TEST_F(ThreadRunner, CodeInAYieldMayAwaitTheThreadsOfARunWithoutTheHost) {
+  // They work until somebody on this thread sleeps in its wait for them.
+  faults::Threads threads;
+  std::atomic<bool> isAwaited = false;
+  std::atomic<int> ended = 0;
+  work_ = [&](int32_t) {
+    while (!isAwaited) std::this_thread::yield();
+    ++ended;
+  };
+  bool isAwaiting = false;
+  threads.BeforeSleep([&] {
+    if (isAwaiting) isAwaited = true;
+  });
+  onYield_ = [&] {
+    if (ended > 0) return;
+    isAwaiting = true;
+    const int before = yields_;
+    AwaitThreads(this);
+    EXPECT_EQ(ended, 3);
+    EXPECT_EQ(yields_, before);
+    isAwaiting = false;
+    AwaitThreads(this);  // which they need not be any more
+  };
+  EXPECT_EQ(Run(3, 9).size(), 3u);
+  EXPECT_EQ(ended, 3);
+}
+
+TEST_F(ThreadRunner, ThreadsOfAnotherContextAreNotAwaited) {
+  const int other = 0;
+  AwaitThreads(this);
+  std::atomic<bool> mayEnd = false;
+  work_ = [&](int32_t) {
+    while (!mayEnd) std::this_thread::yield();
+  };
+  onYield_ = [&] {
+    AwaitThreads(&other);
+    EXPECT_FALSE(mayEnd);
+    onYield_ = nullptr;
+    mayEnd = true;
+  };
+  EXPECT_EQ(Run(3, 9).size(), 3u);
+}
+
+TEST_F(ThreadRunner, TheThreadsOfARunAreAwaitedInAYieldOfAnotherOne) {
+  faults::Threads threads;
+  std::atomic<bool> isAwaited = false;
+  std::atomic<int> ended = 0;
+  work_ = [&](int32_t) {
+    while (!isAwaited) std::this_thread::yield();
+    ++ended;
+  };
+  bool isAwaiting = false;
+  threads.BeforeSleep([&] {
+    if (isAwaiting) isAwaited = true;
+  });
+  const int inner = 0;
+  onYield_ = [&] {
+    onYield_ = [&] {
+      onYield_ = nullptr;
+      isAwaiting = true;
+      AwaitThreads(this);
+      EXPECT_EQ(ended, 3);
+    };
+    RunThreads(2, 4, &inner, [](int32_t, int32_t, int32_t, int8_t, const void *) {});
+  };
+  EXPECT_EQ(Run(3, 9).size(), 3u);
 }
 
 // --- memory ---

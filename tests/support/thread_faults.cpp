@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <ctime>
 #include <stdexcept>
 
 namespace faults {
@@ -76,13 +77,17 @@ void Threads::RecordDetach() {
 }
 
 void Threads::RecordName(const char *name) {
+  if (beforeName_) beforeName_(name);
   std::scoped_lock lock(mutex_);
   names_.push_back({std::this_thread::get_id(), name});
 }
 
 void Threads::RecordSleep(const timespec &length) {
-  std::scoped_lock lock(mutex_);
-  sleeps_.push_back(std::chrono::seconds(length.tv_sec) + std::chrono::nanoseconds(length.tv_nsec));
+  {
+    std::scoped_lock lock(mutex_);
+    sleeps_.push_back(std::chrono::seconds(length.tv_sec) + std::chrono::nanoseconds(length.tv_nsec));
+  }
+  if (beforeSleep_) beforeSleep_();
 }
 
 Processors::Processors(long count) {

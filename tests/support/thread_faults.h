@@ -1,5 +1,5 @@
-// Records the threads that the code under test starts and makes starting them fail. As in faults.h the linker sends the
-// calls here, and every effect ends with the object that asked for it.
+// Records the threads that the code under test starts, makes starting them fail and holds them back. As in faults.h the
+// linker sends the calls here, and every effect ends with the object that asked for it.
 #pragma once
 
 #include <pthread.h>
@@ -7,10 +7,12 @@
 #include <chrono>
 #include <cstddef>
 #include <ctime>
+#include <functional>
 #include <mutex>
 #include <set>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace faults {
@@ -33,6 +35,9 @@ class Threads {
   // Makes the call fail that is `nth` from the making of this object (1 is the first one); may be said several times.
   void FailCreateAt(int nth);
   void FailAttributesAt(int nth);
+  // What a thread does before it takes a name, wait say, and before it sleeps. To be set before there are threads.
+  void BeforeName(std::function<void(const std::string &name)> act) { beforeName_ = std::move(act); }
+  void BeforeSleep(std::function<void()> act) { beforeSleep_ = std::move(act); }
 
   // The stack sizes asked for, in the order of the calls of pthread_create, failed ones too; 0 without attributes.
   std::vector<size_t> StackSizes() const;
@@ -52,6 +57,8 @@ class Threads {
   void RecordSleep(const timespec &length);
 
  private:
+  std::function<void(const std::string &name)> beforeName_;
+  std::function<void()> beforeSleep_;
   mutable std::mutex mutex_;
   std::set<int> failingCreates_;
   std::set<int> failingAttributes_;

@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <chrono>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -73,6 +74,31 @@ TEST(ThreadFaults, NamesAreRecordedWithTheThreadThatGivesThem) {
   EXPECT_EQ(names[0].name, "worker");
   EXPECT_EQ(names[1].name, "more than sixteen");
   EXPECT_NE(names[0].caller, std::this_thread::get_id());
+}
+
+TEST(ThreadFaults, AThreadDoesWhatItIsToldBeforeItTakesAName) {
+  faults::Threads threads;
+  std::vector<std::string> names;
+  threads.BeforeName([&](const std::string &name) {
+    names.push_back(name);
+    EXPECT_EQ(threads.Names().size(), names.size() - 1);
+  });
+  pthread_t thread;
+  ASSERT_EQ(pthread_create(&thread, nullptr, NameItself, nullptr), 0);
+  EXPECT_EQ(pthread_join(thread, nullptr), 0);
+  EXPECT_EQ(names, (std::vector<std::string>{"worker", "more than sixteen"}));
+}
+
+TEST(ThreadFaults, AThreadDoesWhatItIsToldBeforeItSleeps) {
+  int sleeps = 0;
+  {
+    faults::Threads threads;
+    threads.BeforeSleep([&] { ++sleeps; });
+    std::this_thread::sleep_for(std::chrono::nanoseconds(1));
+    EXPECT_EQ(sleeps, 1);
+  }
+  std::this_thread::sleep_for(std::chrono::nanoseconds(1));
+  EXPECT_EQ(sleeps, 1);
 }
 
 TEST(ThreadFaults, TheNumberOfProcessorsIsReplacedForAWhile) {
