@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 
 #include "host/resources.h"
 #include "image/image_formats.h"
@@ -72,9 +73,8 @@ void GiveUp(ImageClassData *record) {
   record->GetRow = nullptr;
   for (REALobject ImageClassData::*field :
        {&ImageClassData::Parent, &ImageClassData::MemoryTarget, &ImageClassData::FileItem, &ImageClassData::Target}) {
-    if (record->*field == nullptr) continue;
-    REALUnlockObject(record->*field);
-    record->*field = nullptr;
+    // Cleared first, as the end of an object may run code of the host that closes this image once more.
+    if (REALobject object = std::exchange(record->*field, nullptr); object != nullptr) REALUnlockObject(object);
   }
   if (record->FilePath != nullptr) {
     std::free(record->FilePath);

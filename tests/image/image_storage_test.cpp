@@ -305,6 +305,23 @@ TEST_F(ImageStorage, AnImageWhoseRowHasWrappedIsMadeAndNotWorkedOn) {
   record_->Width = 10;
 }
 
+// The last reference to an object may run host code, which may close the image.
+TEST_F(ImageStorage, AReferenceIsGivenBackOnceAlsoWhereItsEndClosesTheImage) {
+  static REALobject closing;
+  static int unlocks;
+  const auto block = host_.NewMemoryBlock(100);
+  ImageConstructorMemory(image_, block, 10, 10, ImageFormatG, 10);
+  closing = image_;
+  unlocks = 0;
+  host_->SetEntry(
+      "REALUnlockObject", +[](REALobject) {
+        if (++unlocks < 5) ImageDestructor(closing);
+      });
+  ImageDestructor(image_);
+  EXPECT_EQ(unlocks, 1);
+  block->Unlock();
+}
+
 // --- constructed a second time ---
 
 TEST_F(ImageStorage, ASecondConstructionGivesUpTheFirstBuffer) {
