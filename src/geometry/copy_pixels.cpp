@@ -99,7 +99,7 @@ bool CopyRows(ImageClassData &dest, ImageClassData &source, const Transfer &tran
   if (IsBlockCopy(dest, source)) {
     return forEachRow([&](const RowGroup &rows) { CopyBlock(dest, rows.Dest(), source, rows.First(), transfer); });
   }
-  const std::optional<PixelTransfer> pixels = PixelTransfer::Between(dest, source);
+  std::optional<PixelTransfer> pixels = PixelTransfer::Between(dest, source);
   if (!pixels) {
     if (IsEmpty(transfer)) return false;
     // The first rows are asked for all the same, which moves the blocks of mapped images.
@@ -107,14 +107,14 @@ bool CopyRows(ImageClassData &dest, ImageClassData &source, const Transfer &tran
     source.GetRow(&source, transfer.sourceY);
     return false;
   }
-  const ptrdiff_t destStart = ptrdiff_t{transfer.destX} * dest.PixelSize;
-  const ptrdiff_t sourceStart = ptrdiff_t{transfer.sourceX} * source.PixelSize;
-  if (dest.BitsPerComponent != 16 || !source.IsGray) {
-    return forEachRow([&](const RowGroup &rows) {
-      pixels->Row(rows.Dest() + destStart, rows.First() + sourceStart, transfer.width);
-    });
-  }
-  return forEachRow([&](const RowGroup &rows) { CopyIntoWideSamples(dest, source, rows, transfer, *pixels); });
+  return forEachRow([&](const RowGroup &rows) {
+    // Other code of the host may have moved the channels since.
+    if (dest.Yield.YieldTicks != 0) pixels = PixelTransfer::Between(dest, source);
+    if (!pixels) return;
+    if (dest.BitsPerComponent == 16 && source.IsGray) return CopyIntoWideSamples(dest, source, rows, transfer, *pixels);
+    pixels->Row(rows.Dest() + ptrdiff_t{transfer.destX} * dest.PixelSize,
+                rows.First() + ptrdiff_t{transfer.sourceX} * source.PixelSize, transfer.width);
+  });
 }
 
 }  // namespace

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <functional>
 #include <tuple>
 
 #include "image/channels.h"
@@ -11,16 +10,16 @@ namespace zvk {
 
 namespace {
 
-// Bytes from first up to, not including, end.
+// Addresses from first up to, not including, end. A storage as its caller has described it may reach beyond what an
+// address of 32 bits can tell.
 struct ByteRange {
-  const uint8_t *first;
-  const uint8_t *end;
+  int64_t first;
+  int64_t end;
 };
 
-bool Overlap(const ByteRange &a, const ByteRange &b) {
-  const std::less<> before;
-  return before(a.first, b.end) && before(b.first, a.end);
-}
+bool Overlap(const ByteRange &a, const ByteRange &b) { return a.first < b.end && b.first < a.end; }
+
+int64_t AddressOf(const uint8_t *byte) { return static_cast<int64_t>(reinterpret_cast<uintptr_t>(byte)); }
 
 // Bytes that a row may reach, from its address: the offsets of a clip may lead beyond PixelSize, or be below zero,
 // and a caller's RowSize may be shorter than the pixels.
@@ -44,13 +43,14 @@ ByteRange LinearRange(const ImageClassData &image) {
   const int64_t top = int64_t{image.RowOffset} * image.RowSize;
   const int64_t bottom = (int64_t{image.RowOffset} + image.Height - 1) * image.RowSize;
   const RowReach reach = ReachOf(image);
-  return {image.Buffer + std::min(top, bottom) + reach.first, image.Buffer + std::max(top, bottom) + reach.end};
+  const int64_t buffer = AddressOf(image.Buffer);
+  return {buffer + std::min(top, bottom) + reach.first, buffer + std::max(top, bottom) + reach.end};
 }
 
 bool TableTouches(const ImageClassData &table, const ByteRange &range) {
   const RowReach reach = ReachOf(table);
   return std::any_of(table.RowTable, table.RowTable + table.Height, [&](const uint8_t *row) {
-    return row != nullptr && Overlap({row + reach.first, row + reach.end}, range);
+    return row != nullptr && Overlap({AddressOf(row) + reach.first, AddressOf(row) + reach.end}, range);
   });
 }
 
@@ -66,11 +66,11 @@ bool SharesStorage(const ImageClassData &a, const ImageClassData &b) {
   return Overlap(LinearRange(a), LinearRange(b));
 }
 
-ptrdiff_t BytesFromRow(const ImageClassData &image, const uint8_t *row) {
-  const ptrdiff_t rowBytes = std::abs(ptrdiff_t{image.RowSize});
+int64_t BytesFromRow(const ImageClassData &image, const uint8_t *row) {
+  const int64_t rowBytes = std::abs(int64_t{image.RowSize});
   if (image.RowTable != nullptr || image.IsMapping) return rowBytes;
   // Rows that run backwards have a size below zero, and end with the top one.
-  return std::max(static_cast<ptrdiff_t>(image.TotalSize), rowBytes) - (row - image.Buffer);
+  return std::max(image.TotalSize, rowBytes) - (row - image.Buffer);
 }
 
 bool HasSamePixels(const ImageClassData &before, const ImageClassData &image) {

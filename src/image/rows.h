@@ -17,7 +17,7 @@ inline bool HasFixedRows(const ImageClassData &image) { return !image.IsMapping;
 bool SharesStorage(const ImageClassData &a, const ImageClassData &b);
 
 // How many bytes the storage has from the start of a row on. A row of a table, or of a mapped block, counts by itself.
-ptrdiff_t BytesFromRow(const ImageClassData &image, const uint8_t *row);
+int64_t BytesFromRow(const ImageClassData &image, const uint8_t *row);
 
 // True if an image still has the pixels of which `before` is a record: in a yield the host may have closed it, or have
 // constructed it anew. Channels, which the host may move in its pixels, are not compared.

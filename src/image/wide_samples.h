@@ -11,10 +11,12 @@
 
 namespace zvk {
 
-// The last byte of the storage that a row belongs to. A sample that begins there has no second byte: it counts as 0 and
-// is not written. Every other sample is read and written whole, wherever it lies.
+// The last byte of the storage that a row belongs to; nil if no address tells it. A sample that begins there has no
+// second byte: it counts as 0 where a number is asked for, and is neither copied nor written. Every other sample is
+// read and written whole, wherever it lies.
 inline const uint8_t *LastByte(const ImageClassData &image, const uint8_t *row) {
-  return row + BytesFromRow(image, row) - 1;
+  const int64_t bytes = BytesFromRow(image, row);
+  return bytes <= PTRDIFF_MAX ? row + static_cast<ptrdiff_t>(bytes) - 1 : nullptr;
 }
 
 // A sample at any address, in the machine's byte order.
@@ -33,7 +35,7 @@ inline void StoreWideSample(uint8_t *sample, uint16_t value, const uint8_t *last
 template <class Visitor, class CutVisitor>
 void VisitWideSamples(const ImageClassData &image, const uint8_t *row, int32_t x, int32_t width, Visitor &&visit,
                       CutVisitor &&visitCut) {
-  const int64_t place = LastByte(image, row) - row - image.GrayOffset;
+  const int64_t place = BytesFromRow(image, row) - 1 - image.GrayOffset;
   const int64_t column = place / image.PixelSize;
   const int64_t whole = place % image.PixelSize == 0 ? column - x : -1;
   if (whole < 0 || whole >= width) {

@@ -21,7 +21,8 @@ std::span<uint8_t> PixelBytes(const ImageClassData &image, uint8_t *row, int32_t
   ptrdiff_t size = width * pixelSize;
   // A clip moves an offset by whole pixels, which does not count here.
   const ptrdiff_t overhang = (offset % pixelSize + pixelSize) % pixelSize;
-  if (overhang > 0) size -= std::clamp<ptrdiff_t>(first + size - BytesFromRow(image, row), 0, overhang);
+  if (overhang > 0)
+    size -= static_cast<ptrdiff_t>(std::clamp<int64_t>(first + size - BytesFromRow(image, row), 0, overhang));
   return {row + first, static_cast<size_t>(size)};
 }
 

@@ -228,7 +228,7 @@ template <const FastPair &Pair>
 void MakeRowOfNoColumns(const FastJob &job, const uint8_t *source, uint8_t *dest) {
   constexpr int32_t kSamplesOfFirstValue = Pair.Values == ScaleValues::kGrayOfColour ? 3 : 1;
   const PixelOffsets<Pair> offsets(job.source, job.dest);
-  const ptrdiff_t end = BytesFromRow(job.source, source);
+  const int64_t end = BytesFromRow(job.source, source);
   for (int32_t x = 0; x < job.width; ++x) {
     PixelSamples<Pair> samples{};
     std::array<bool, std::tuple_size_v<PixelValues<Pair>>> lacks{};

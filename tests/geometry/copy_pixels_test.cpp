@@ -223,7 +223,40 @@ TEST_F(CopyPixels, BlocksOfRowsShorterThanTheirPixelsEndWithTheStorage) {
   EXPECT_EQ(Bytes(destBlock->Data(), destBlock->Data() + 18), expected);
 }
 
+TEST_F(CopyPixels, TheBlocksOfRowsThatRunBackwardsEndWithTheTopOneHoweverManyThereAre) {
+  auto dest = host_.New("PictureZVK");
+  const auto block = host_.NewMemoryBlock(2000);
+  // 4000000 rows of -1000 bytes are a size that 32 bits cannot tell.
+  ImageConstructorMemory(dest, block, 1000, 4000000, ImageFormatG, -1000);
+  StoredImage source = New(1000, 2, ImageFormatG);
+  source.SetBytes(Bytes(2000, 7));
+  EXPECT_TRUE(rbCopyPixels8(dest, source, 900, 0, 100, 1, 0, 0));
+  Bytes expected(2000);
+  std::fill_n(expected.begin() + 900, 100, uint8_t{7});
+  EXPECT_EQ(Bytes(block->Data(), block->Data() + 2000), expected);
+}
+
 // --- 16-bit samples ---
+
+TEST_F(CopyPixels, ChannelsThatTheHostMovesInAYieldAreTakenFromWhereTheyAre) {
+  auto dest = host_.New("PictureZVK"), from = host_.New("PictureZVK");
+  const auto destBlock = host_.NewMemoryBlock(17), sourceBlock = host_.NewMemoryBlock(17);
+  std::iota(sourceBlock->Data(), sourceBlock->Data() + 17, uint8_t{1});
+  std::fill_n(destBlock->Data(), 17, uint8_t{99});
+  ImageConstructorMemory(dest, destBlock, 4, 2, ImageFormatGray16, 8);
+  ImageConstructorMemory(from, sourceBlock, 4, 2, ImageFormatGray16, 8);
+  SetGrayOffset(dest, 0, 1);
+  YieldAlways(host_, dest);
+  int yields = 0;
+  host_->onYield = [&] {
+    if (++yields == 2) SetGrayOffset(dest, 0, 0);  // after the first row
+  };
+  EXPECT_TRUE(rbCopyPixels2(dest, from));
+  host_->onYield = nullptr;
+  // The first row goes one byte further, the second does not, and covers the first one's last byte.
+  EXPECT_EQ(Bytes(destBlock->Data(), destBlock->Data() + 17),
+            (Bytes{99, 1, 2, 3, 4, 5, 6, 7, 9, 10, 11, 12, 13, 14, 15, 16, 99}));
+}
 
 TEST_F(CopyPixels, WideSamplesAreCopiedWholeButForTheByteBehindTheStorage) {
   auto dest = host_.New("PictureZVK"), from = host_.New("PictureZVK");
@@ -237,12 +270,13 @@ TEST_F(CopyPixels, WideSamplesAreCopiedWholeButForTheByteBehindTheStorage) {
   EXPECT_EQ(Bytes(destBlock->Data(), destBlock->Data() + 16),
             (Bytes{1, 2, 3, 4, 5, 6, 7, 9, 10, 11, 12, 13, 14, 15, 0, 0}));
 
-  // As a source: what lies behind the storage counts as 0.
+  // As a source: the byte behind the storage is not copied.
   ImageConstructorMemory(dest, destBlock, 4, 2, ImageFormatGray16, 8);
   ImageConstructorMemory(from, sourceBlock, 4, 2, ImageFormatGray16, 7);
+  destBlock->Data()[15] = 99;
   EXPECT_TRUE(rbCopyPixels2(dest, from));
   EXPECT_EQ(Bytes(destBlock->Data(), destBlock->Data() + 16),
-            (Bytes{1, 2, 3, 4, 5, 6, 7, 8, 8, 9, 10, 11, 12, 13, 14, 0}));
+            (Bytes{1, 2, 3, 4, 5, 6, 7, 8, 8, 9, 10, 11, 12, 13, 14, 99}));
 
   // Rows that the caller has described as 4 bytes each: what lies wholly behind them is his, and is copied.
   ImageConstructorMemory(from, sourceBlock, 4, 2, ImageFormatGray16, 4);

@@ -48,6 +48,15 @@ TEST(Rows, RowsThatRunBackwardsCoverWhatLiesBelow) {
   EXPECT_FALSE(Shared(backwards, Gray(110, 10, 1)));
 }
 
+// Of a block only its caller knows the length. In 32 bits this one, on the stack, ends behind the last address.
+TEST(Rows, AStorageThatIsDescribedAsLargerThanItIsSharesWhatItShows) {
+  std::array<uint8_t, 64> bytes{};
+  ImageClassData described = Gray(0, 1000, 2000000), part = Gray(0, 10, 3);
+  described.Buffer = bytes.data();
+  part.Buffer = bytes.data() + 20;
+  EXPECT_TRUE(Shared(described, part));
+}
+
 TEST(Rows, ARowSizeShorterThanThePixelsReachesFurther) {
   const ImageClassData crowded = Gray(0, 2, 3);  // rows at 0, 2, 4 of ten bytes each
   EXPECT_TRUE(Shared(crowded, Gray(13, 10, 1)));
