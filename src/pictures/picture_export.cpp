@@ -130,11 +130,12 @@ void WriteRows(ImageClassData &image, const Rectangle &rectangle, PictureEditor 
 
 // Makes the picture, lets `write` fill it and hands it to the caller with one reference; nil if the rectangle is too
 // large or the host has no picture to give.
-REALobject CopyToPicture(ImageClassData &image, Rectangle rectangle,
+REALobject CopyToPicture(ImageClassData &image, const Rectangle &fitted,
                          void (*write)(ImageClassData &, const Rectangle &, PictureEditor &)) {
+  // Cut to the image as it is now, before other code of the host may construct it anew.
+  const Rectangle rectangle = CutToImage(fitted, image.Width, image.Height);
   YieldOn(image);
-  if (rectangle.width > kLargestPictureSide || rectangle.height > kLargestPictureSide) return nullptr;
-  rectangle = CutToImage(rectangle, image.Width, image.Height);
+  if (fitted.width > kLargestPictureSide || fitted.height > kLargestPictureSide) return nullptr;
   ObjectReference picture(REALNewPicture(rectangle.width, rectangle.height, 32));
   if (!picture) return nullptr;
   PictureWriter writer;

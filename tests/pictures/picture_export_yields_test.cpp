@@ -66,6 +66,19 @@ TEST(ExportYields, AnImageThatIsClosedOrMadeSmallerInAYieldGivesNoMoreRows) {
   }
 }
 
+TEST(ExportYields, ThePictureIsAsLargeAsTheRectangleWasBeforeTheFirstYield) {
+  PluginHost host;
+  auto image = NewImage(host, 20, 10, ImageFormatRGB);
+  YieldAlways(host, image);
+  host->onYield = [&] {
+    if (Yields(host) == 1) ImageConstructor(image, 5, 4, ImageFormatRGB);
+  };
+  const auto picture = AdoptPicture(rbCopyPicture(image, 2, 0, 12, 8));
+  ASSERT_TRUE(picture);
+  EXPECT_EQ(picture->Width(), 12);
+  EXPECT_EQ(picture->Height(), 8);
+}
+
 TEST(ExportYields, HostCodeInAYieldMayMoveTheRowsAndTheOffsets) {
   PluginHost host;
   auto image = RowImage(host, ImageFormatG, {1, 2, 3});
