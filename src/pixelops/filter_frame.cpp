@@ -1,5 +1,7 @@
 #include "pixelops/filter_frame.h"
 
+#include <utility>
+
 #include "image/image_factory.h"
 #include "image/rows.h"
 
@@ -12,6 +14,14 @@ ObjectReference Referenced(REALobject object) {
   return ObjectReference(object);
 }
 
+// True if a caller's dest still has room for the source, or as much as it had before other code of the host ran: of a
+// size that nobody checked at first only the caller knows whether it holds.
+bool HasRoomAsBefore(const ImageClassData &dest, const ImageClassData &destBefore, const ImageClassData &source,
+                     const ImageClassData &sourceBefore) {
+  if (dest.Width >= source.Width && dest.Height >= source.Height) return true;
+  return HasSamePixels(destBefore, dest) && source.Width <= sourceBefore.Width && source.Height <= sourceBefore.Height;
+}
+
 bool IsServed(const ImageClassData *source) {
   return source != nullptr && source->BitsPerComponent != 16 && IsUsable(*source);
 }
@@ -21,6 +31,8 @@ bool IsServed(const ImageClassData *source) {
 ObjectReference FilterDest(REALobject instance, REALobject dest, NewDest newDest) {
   ImageClassData *source = RecordOf(instance);
   if (!IsServed(source)) return {};
+  const ImageClassData sourceBefore = *source;
+  const ImageClassData destBefore = dest != nullptr ? *RecordOf(dest) : ImageClassData{};
   YieldOn(*source);
 
   const auto isLargeEnough = [&](const ImageClassData &made) {
@@ -41,8 +53,9 @@ ObjectReference FilterDest(REALobject instance, REALobject dest, NewDest newDest
   YieldOn(*target);
   // The yields let other code of the host run, which may have closed or constructed anew either image.
   if (!IsServed(source) || !IsUsable(*target)) return {};
-  if (dest == nullptr && !isLargeEnough(*target)) return {};
-  return result;
+  const bool hasRoom =
+      dest != nullptr ? HasRoomAsBefore(*target, destBefore, *source, sourceBefore) : isLargeEnough(*target);
+  return hasRoom ? std::move(result) : ObjectReference();
 }
 
 bool WritesApart(const ImageClassData &source, const ImageClassData &dest, int32_t columns, int32_t rows) {

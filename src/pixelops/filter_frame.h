@@ -16,7 +16,8 @@ enum class NewDest : uint8_t { SameSize, ExchangedSides };
 // The dest of one call with the reference that the caller of the filter will own; empty if the filter is refused: the
 // source is not usable or has 16-bit samples, there is no image for a nil dest, or the dest is not usable. Yields once
 // on the source, then once on the dest. A dest of the caller's may have any size and format; one that was made is large
-// enough.
+// enough. If the host, given time, leaves no room in a dest where there was some, by constructing one of the images
+// anew, the filter is refused as well.
 ObjectReference FilterDest(REALobject instance, REALobject dest, NewDest newDest);
 
 // Runs kernel(source, dest), both records, and returns dest with its reference; nil if the filter is refused, or if the

@@ -256,6 +256,37 @@ TEST_F(FilterFrameYield, AnImageThatAYieldHasClosedIsRefused) {
   }
 }
 
+TEST_F(FilterFrameYield, ADestThatAYieldHasMadeTooSmallIsRefused) {
+  for (const auto &[width, height] : {std::pair{1, 1}, {3, 3}, {4, 2}}) {
+    const Image self = New(4, 3, ImageFormatG), dest = New(4, 3, ImageFormatG);
+    Record(self).Yield.YieldTicks = 1;
+    host_->onYield = [&] { ImageConstructor(dest, width, height, ImageFormatG); };
+    ExpectRefused(self, dest);
+  }
+}
+
+TEST_F(FilterFrameYield, ADestThatASourceHasOutgrownInAYieldIsRefused) {
+  host_->onYield = [&] { ImageConstructor(self_, 5, 3, ImageFormatG); };
+  ExpectRefused(self_, dest_);
+}
+
+TEST_F(FilterFrameYield, ADestThatWasTooSmallFromTheStartIsTheCallersAffair) {
+  const Image whole = New(4, 3, ImageFormatG);
+  const Image small = Adopt(ClipImage5(whole, 0, 0, 1, 1));
+  int yields = 0;
+  host_->onYield = [&] { ++yields; };
+  EXPECT_TRUE(Filter(self_, small));
+  EXPECT_EQ(yields, 1);
+  EXPECT_EQ(seen_.dest, &Record(small));
+}
+
+TEST_F(FilterFrameYield, ADestThatAYieldHasConstructedAnewWithRoomIsServed) {
+  host_->onYield = [&] { ImageConstructor(dest_, 7, 9, ImageFormatG); };
+  Record(dest_).Yield.YieldTicks = 0;
+  EXPECT_TRUE(Filter(self_, dest_));
+  EXPECT_EQ(Record(dest_).Width, 7);
+}
+
 TEST_F(FilterFrameYield, AnImageThatAYieldHasGivenSixteenBitsIsRefused) {
   host_->onYield = [&] {
     ImageDestructor(self_);
