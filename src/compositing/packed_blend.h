@@ -113,8 +113,9 @@ class PackedBlend {
 
   // Addresses of the first pixels; nil for an operand without an image.
   void Row(uint8_t *dest, const uint8_t *source, const uint8_t *mask, int32_t width) {
-    for (int32_t x = 0; x < width; x += kTilePixels) {
-      const int32_t count = std::min(width - x, kTilePixels);
+    // A step is never longer than what is left: rows may be as wide as 32 bits can count.
+    for (int32_t x = 0, count = 0; x < width; x += count) {
+      count = std::min(width - x, kTilePixels);
       uint8_t *pixels = dest + x * destPixelSize_;
       uint8_t *work = inPlace_ ? pixels + first_ : tile_.data();
       if (!inPlace_ && Kernel::kScaled != Scaled::Full) read_(pixels, work, count);

@@ -170,10 +170,9 @@ class QuarterTurn {
     constexpr int32_t kEdge = PixelMover::kBlockEdge;
     const PixelMover mover(L{}, source_, dest_);
     const auto [columns, rows] = landing_;
-    for (int32_t left = columns.first; left < columns.end; left += kEdge) {
-      for (int32_t top = rows.first; top < rows.end; top += kEdge) {
-        const Tile tile{{left, left + std::min(kEdge, columns.end - left)},
-                        {top, top + std::min(kEdge, rows.end - top)}};
+    for (int64_t left = columns.first; left < columns.end; left += kEdge) {
+      for (int64_t top = rows.first; top < rows.end; top += kEdge) {
+        const Tile tile{TilePart(left, kEdge, columns.end), TilePart(top, kEdge, rows.end)};
         if (!MoveBlock(mover, tile)) MoveTile(tile);
       }
     }

@@ -50,9 +50,10 @@ class ThresholdPatterns {
 
   // Dithers `count` samples of a row under the thresholds of a row of the matrix.
   void Dither(const DitherLevels &levels, int32_t row, const uint8_t *source, uint8_t *dest, ptrdiff_t count) const {
-    for (ptrdiff_t first = 0; first < count; first += kBytes) {
-      const auto now = static_cast<int32_t>(std::min(kBytes, count - first));
-      levels.DitherBytes(source + first, patterns_[row].data(), dest + first, now);
+    // A step is never longer than what is left: rows may be as long as an address can tell.
+    for (ptrdiff_t first = 0, now = 0; first < count; first += now) {
+      now = std::min(kBytes, count - first);
+      levels.DitherBytes(source + first, patterns_[row].data(), dest + first, static_cast<int32_t>(now));
     }
   }
 

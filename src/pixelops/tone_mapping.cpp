@@ -2,6 +2,8 @@
 
 #include <immintrin.h>
 
+#include <algorithm>
+
 namespace zvk {
 
 namespace {
@@ -16,8 +18,10 @@ bool HasByteTables() { return __builtin_cpu_supports("avx512bw") && __builtin_cp
   const __m512i second = _mm512_loadu_si512(table.data() + kBytes);
   const __m512i third = _mm512_loadu_si512(table.data() + 2 * kBytes);
   const __m512i fourth = _mm512_loadu_si512(table.data() + 3 * kBytes);
-  for (ptrdiff_t i = 0; i < count; i += kBytes) {
-    const __mmask64 there = i + kBytes <= count ? ~__mmask64{0} : (__mmask64{1} << (count - i)) - 1;
+  // A step is never longer than what is left: rows may be as long as an address can tell.
+  for (ptrdiff_t i = 0, now = 0; i < count; i += now) {
+    now = std::min(kBytes, count - i);
+    const __mmask64 there = now == kBytes ? ~__mmask64{0} : (__mmask64{1} << now) - 1;
     const __m512i samples = _mm512_maskz_loadu_epi8(there, source + i);
     const __m512i lower = _mm512_permutex2var_epi8(first, samples, second);
     const __m512i upper = _mm512_permutex2var_epi8(third, samples, fourth);
@@ -39,7 +43,7 @@ void MapBytes(const ToneTable &table, const uint8_t *source, uint8_t *dest, ptrd
 void MapBytesPlain(const ToneTable &table, const uint8_t *source, uint8_t *dest, ptrdiff_t count) {
   constexpr ptrdiff_t kAtOnce = 8;
   ptrdiff_t i = 0;
-  for (; i + kAtOnce <= count; i += kAtOnce) {
+  for (; count - i >= kAtOnce; i += kAtOnce) {
     std::array<uint8_t, kAtOnce> samples = {};
     for (ptrdiff_t k = 0; k < kAtOnce; ++k) samples[k] = table[source[i + k]];
     for (ptrdiff_t k = 0; k < kAtOnce; ++k) dest[i + k] = samples[k];

@@ -209,8 +209,9 @@ void MakeRowInBlocks(const FastJob &job, int32_t sourceRow, int32_t destRow) {
   constexpr int32_t kPixels = 1024;
   const PixelOffsets<Pair> offsets(job.source, job.dest);
   std::array<PixelValues<Pair>, kPixels> values{};
-  for (int32_t first = 0; first < job.width; first += kPixels) {
-    const int32_t count = std::min(kPixels, job.width - first);
+  // A step is never longer than what is left: rows may be as wide as 32 bits can count.
+  for (int32_t first = 0, count = 0; first < job.width; first += count) {
+    count = std::min(kPixels, job.width - first);
     const uint8_t *source = job.source.GetRow(&job.source, sourceRow);
     if (source == nullptr) return;
     for (int32_t i = 0; i < count; ++i) {
