@@ -13,6 +13,7 @@
 #include "host/truncate.h"
 #include "image/image_record.h"
 #include "image/luma.h"
+#include "image/row_group.h"
 #include "image/rows.h"
 #include "scaling/scale_kernels.h"
 #include "scaling/scale_pairs.h"
@@ -202,27 +203,6 @@ void MakeRow(const FastJob &job, const uint8_t *source, uint8_t *dest) {
   }
 }
 
-// The same for two rows of one file, of which only one may be mapped at a time. An image is not enlarged into itself,
-// so no pixel is read after it has been written.
-template <const FastPair &Pair>
-void MakeRowInBlocks(const FastJob &job, int32_t sourceRow, int32_t destRow) {
-  constexpr int32_t kPixels = 1024;
-  const PixelOffsets<Pair> offsets(job.source, job.dest);
-  std::array<PixelValues<Pair>, kPixels> values{};
-  // A step is never longer than what is left: rows may be as wide as 32 bits can count.
-  for (int32_t first = 0, count = 0; first < job.width; first += count) {
-    count = std::min(kPixels, job.width - first);
-    const uint8_t *source = job.source.GetRow(&job.source, sourceRow);
-    if (source == nullptr) return;
-    for (int32_t i = 0; i < count; ++i) {
-      values[i] = ReadPixel<Pair>(source + job.columns[first + i] * offsets.sourceSize, offsets);
-    }
-    uint8_t *dest = job.dest.GetRow(&job.dest, destRow);
-    if (dest == nullptr) return;
-    for (int32_t i = 0; i < count; ++i) WritePixel<Pair>(dest + (first + i) * offsets.destSize, offsets, values[i]);
-  }
-}
-
 // The same for a source without columns: each pixel gets the samples at the offsets of its row. A part that begins at
 // the right edge of an image has them behind its rows. A channel whose sample lies behind the storage stays as it is.
 template <const FastPair &Pair>
@@ -260,7 +240,6 @@ std::optional<ptrdiff_t> FirstOfFilledRow(const ImageClassData &source, const Im
 struct RowMaker {
   void (*make)(const FastJob &job, const uint8_t *source, uint8_t *dest);
   void (*makeOfNoColumns)(const FastJob &job, const uint8_t *source, uint8_t *dest);
-  void (*makeInBlocks)(const FastJob &job, int32_t sourceRow, int32_t destRow);
   std::optional<ptrdiff_t> (*firstOfFilledRow)(const ImageClassData &source, const ImageClassData &dest);
 };
 
@@ -316,15 +295,12 @@ uint8_t ScaleRows(const RowMaker &maker, ImageClassData &dest, ImageClassData &s
   const FastJob job{dest, source, {table.Get(), xstep}, width};
   const auto make = sourceWidth > 0 ? maker.make : maker.makeOfNoColumns;
   RowCopier copier(maker, job);
+  RowGroup rows;
   for (int32_t y = 0; y < height; ++y) {
     if (y > 0 && !areLargeEnough()) return false;
     const int32_t sourceY = Truncate(ystep * y);
-    uint8_t *destRow = dest.GetRow(&dest, y);
-    const uint8_t *sourceRow = source.GetRow(&source, sourceY);
-    if (&source == &dest && source.IsMapping) {
-      maker.makeInBlocks(job, sourceY, y);
-    } else if (destRow != nullptr && sourceRow != nullptr && !copier.Copy(sourceY, destRow)) {
-      make(job, sourceRow, destRow);
+    if (rows.Fetch(dest, y, source, nullptr, sourceY) && !copier.Copy(sourceY, rows.Dest())) {
+      make(job, rows.First(), rows.Dest());
     }
     YieldOn(dest);
   }
@@ -335,8 +311,7 @@ uint8_t ScaleRows(const RowMaker &maker, ImageClassData &dest, ImageClassData &s
 
 template <const FastPair &Pair>
 uint8_t ScalePixels(ImageClassData &dest, ImageClassData &source, int32_t width, int32_t height) {
-  return ScaleRows({MakeRow<Pair>, MakeRowOfNoColumns<Pair>, MakeRowInBlocks<Pair>, FirstOfFilledRow<Pair>}, dest,
-                   source, width, height);
+  return ScaleRows({MakeRow<Pair>, MakeRowOfNoColumns<Pair>, FirstOfFilledRow<Pair>}, dest, source, width, height);
 }
 
 using FastScale = uint8_t (*)(ImageClassData &dest, ImageClassData &source, int32_t width, int32_t height);

@@ -507,5 +507,27 @@ TEST_F(FastScale, WithoutMemoryForTheColumnsTheBytesAreTheSame) {
   }
 }
 
+// In a clip the host program may move red next to the pixels that are read later on.
+TEST(FastScaleOfItself, ReadsWhatItHasWrittenInAFileAsInMemory) {
+  using stored_image::Kind;
+  using stored_image::StoredImage;
+  PluginHost host;
+  std::vector<uint8_t> bytes(75);
+  std::iota(bytes.begin(), bytes.end(), uint8_t{1});
+  std::vector<std::vector<uint8_t>> results;
+  for (const Kind kind : {Kind::Block, Kind::File}) {
+    StoredImage image(host, kind, 25, 1, ImageFormatRGB);
+    image.SetBytes(bytes);
+    const auto view = Adopt(ClipImage5(image, 5, 0, 20, 1));
+    SetRedOffset(view, 0, 1);
+    EXPECT_TRUE(ScalePictureFast(view, view, 15, 1));
+    results.push_back(image.Bytes());
+    results.back().resize(bytes.size());
+    // Pixel 3 takes green of pixel 4, 29, to byte 25, and pixel 6 red of pixel 8, byte 25, to byte 19.
+    EXPECT_EQ(results.back()[19], 29) << kind;
+  }
+  EXPECT_EQ(results[0], results[1]);
+}
+
 }  // namespace
 }  // namespace zvk
