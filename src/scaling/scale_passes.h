@@ -4,6 +4,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <iterator>
 #include <optional>
@@ -72,18 +73,6 @@ inline constexpr int32_t kValues = ValueCount(Pair.Read.count, Pair.Values);
 template <const ScalePair &Pair>
 inline constexpr int32_t kRowBatch = RowBatch(Pair.Read.count, Pair.Values);
 
-// Samples may be misaligned.
-template <class Sample>
-Sample Load(const uint8_t *address) {
-  Sample sample;
-  std::memcpy(&sample, address, sizeof sample);
-  return sample;
-}
-template <class Sample>
-void Store(uint8_t *address, Sample sample) {
-  std::memcpy(address, &sample, sizeof sample);
-}
-
 // The last byte of the storage of a row of wide samples; nil for samples of a byte.
 template <const ScalePair &Pair>
 const uint8_t *LastByteOf(const ImageClassData &image, const uint8_t *row) {
@@ -117,9 +106,10 @@ void ReadPixel(const ImageClassData &source, const uint8_t *pixel, const uint8_t
 
 // A whole temp pixel from its values, each `step` from the one before.
 template <const ScalePair &Pair>
-void WriteTempPixel(uint8_t *pixel, const SampleOf<Pair> *values, ptrdiff_t step) {
+void WriteTempPixel(uint8_t *pixel, const SampleOf<Pair> *values, ptrdiff_t step, const uint8_t *lastByte) {
+  if constexpr (Pair.SampleSize == 2) return StoreSample(pixel, values[0], lastByte);
   uint8_t bytes[Pair.Stride] = {};
-  for (int32_t i = 0; i < Pair.TempBytes.count; ++i) Store(bytes + Pair.TempBytes[i], values[i * step]);
+  for (int32_t i = 0; i < Pair.TempBytes.count; ++i) bytes[Pair.TempBytes[i]] = static_cast<uint8_t>(values[i * step]);
   std::memcpy(pixel, bytes, Pair.Stride);
 }
 
@@ -148,7 +138,8 @@ void HorizontalRow(const ScaleJob &job, int32_t y, double rounding) {
     for (int32_t i = 0; i < kValues<Pair>; ++i) values[i] = Finish<SampleOf<Pair>>(sums[i], list.WeightSum, rounding);
     // The temp row is fetched for every pixel.
     uint8_t *tempRow = temp.GetRow(&temp, y);
-    if (tempRow != nullptr) WriteTempPixel<Pair>(tempRow + ptrdiff_t{x} * Pair.Stride, values, 1);
+    if (tempRow == nullptr) continue;
+    WriteTempPixel<Pair>(tempRow + ptrdiff_t{x} * Pair.Stride, values, 1, LastByteOf<Pair>(temp, tempRow));
   }
 }
 
@@ -173,8 +164,9 @@ void VerticalRow(const ScaleJob &job, int32_t y, int32_t tempRows) {
       const uint8_t *tempRow = temp.GetRow(&temp, tap.SourceIndex);
       if (tempRow == nullptr) continue;
       const uint8_t *pixel = tempRow + ptrdiff_t{x} * Pair.Stride;
+      const uint8_t *lastByte = LastByteOf<Pair>(temp, tempRow);
       for (int32_t i = 0; i < kValues<Pair>; ++i) {
-        sums[i] += Load<SampleOf<Pair>>(pixel + Pair.TempBytes[i]) * double{tap.Weight};
+        sums[i] += LoadSample<SampleOf<Pair>>(pixel + Pair.TempBytes[i], lastByte) * double{tap.Weight};
       }
     }
     SampleOf<Pair> values[kValues<Pair>] = {};
@@ -290,8 +282,9 @@ class StagedColumns {
     if (tempRow == nullptr) return;
     const Sample *values = values_.Get() + row;
     const int32_t width = job_.Width;
+    const uint8_t *lastByte = LastByteOf<Pair>(*job_.Temp, tempRow);
     for (int32_t x = 0; x < width; ++x) {
-      WriteTempPixel<Pair>(tempRow + ptrdiff_t{x} * Pair.Stride, values, Rows);
+      WriteTempPixel<Pair>(tempRow + ptrdiff_t{x} * Pair.Stride, values, Rows, lastByte);
       values += ptrdiff_t{kValues<Pair>} * Rows;
     }
   }
@@ -381,6 +374,13 @@ inline int32_t SourceColumns(const ScaleJob &job) {
   return columns;
 }
 
+// True if no sample of `width` temp pixels can be cut by the end of a caller's storage: he may have described rows that
+// are shorter than their pixels.
+template <const ScalePair &Pair>
+bool HasWholeSamples(const ImageClassData &temp, int32_t width) {
+  return Pair.SampleSize == 1 || std::abs(int64_t{temp.RowSize}) >= int64_t{width} * Pair.Stride;
+}
+
 // True if `height` rows of `width` pixels, `pixelSize` bytes each, lie inside the image.
 inline bool Holds(const ImageClassData &image, int32_t width, int32_t pixelSize, int32_t height) {
   return int64_t{width} * pixelSize <= int64_t{image.Width} * image.PixelSize && height <= image.Height;
@@ -443,6 +443,7 @@ void VerticalPass(const ScaleJob &job, const ScaleRows &rows) {
   };
   const auto mayWorkOnWholeRows = [&] {
     return heldRows >= rows.End && scale_detail::Holds(*job.Dest, job.Width, job.Dest->PixelSize, rows.End) &&
+           scale_detail::HasWholeSamples<Pair>(*job.Temp, job.Width) &&
            scale_detail::MayWorkOnWholeRows(*job.Temp, *job.Dest);
   };
   int32_t y = rows.First;

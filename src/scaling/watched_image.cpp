@@ -9,13 +9,15 @@ namespace zvk {
 
 namespace {
 
-// False for a view that shows the pixels of an image which has been closed or constructed anew.
+// False for a view that shows the pixels of an image which has been closed or constructed anew. A view that holds the
+// caller's block or the picture itself needs no other image.
 bool HasStorage(const ImageClassData &image) {
+  if (image.MemoryTarget != nullptr || image.Target != nullptr) return true;
   const auto storage = [&image](const ImageClassData &record) {
     return std::tuple(image.IsMapping ? nullptr : record.Buffer, record.IsMapping, record.FileHandle, record.TotalSize);
   };
   for (const ImageClassData *parent = RecordOf(image.Parent); parent != nullptr; parent = RecordOf(parent->Parent)) {
-    if (storage(*parent) != storage(image)) return false;
+    if (parent->GetRow == nullptr || storage(*parent) != storage(image)) return false;
   }
   return true;
 }

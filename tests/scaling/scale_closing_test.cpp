@@ -241,19 +241,51 @@ TEST_F(ScaleClosing, AFactoryThatIsAskedForATempMayMakeTheImagesSmallerAndLarger
   RecordOf(source)->Factory = nullptr;
 }
 
+// A channel's view holds the image behind it, and not that one's memory.
 TEST_F(ScaleClosing, AViewOfAnImageThatIsClosedHasNoFurtherRows) {
-  for (int32_t which = 0; which < 3; ++which) {
+  for (const int32_t which : {0, 2}) {
     const Image images[] = {New({4, 4}, ImageFormatG, 7), New({4, 4}, ImageFormatScaling1), New({4, 4}, ImageFormatG)};
     const Block &destBlock = blocks_.back();
-    const Image view = Adopt(ClipImage1(Adopt(ClipImage1(images[which]))));
+    const Image view = Adopt(GrayChannel(Adopt(GrayChannel(images[which]))));
     const auto image = [&](int32_t i) -> REALobject { return i == which ? view : images[i]; };
     YieldOnRows(image(2));
     // After two rows of the pass that writes the temp image, or of the other one.
     ActInYield(which == 2 ? 1 + 4 + 4 + 4 + 2 : 1 + 4 + 2, [&] { ImageDestructor(images[which]); });
     EXPECT_TRUE(PictureScaleZVK(image(2), image(0), image(1), kTriangle, 4, 4));
     Bytes expected(16, 99);
-    if (which != 1) std::fill_n(expected.begin(), 8, uint8_t{7});
+    std::fill_n(expected.begin(), 8, uint8_t{7});
     EXPECT_EQ(All(destBlock), expected) << which;
+  }
+}
+
+// The file goes with the last reference to its image, which the view between the two has held.
+TEST_F(ScaleClosing, AViewOfAViewThatIsClosedHasNoFurtherRowsOfAFile) {
+  Image file = host_.New("PictureZVK");
+  ImageConstructorFile(file, 4, 4, ImageFormatG, 0, nullptr);
+  const Image between = Adopt(ClipImage1(file));
+  file = {};
+  const Image view = Adopt(ClipImage1(between));
+  for (int32_t y = 0; y < 4; ++y) std::fill_n(RecordOf(view)->GetRow(RecordOf(view), y), 4, uint8_t{7});
+  const Image temp = New({4, 4}, ImageFormatScaling1), dest = New({4, 4}, ImageFormatG);
+  const Block &destBlock = blocks_.back();
+  YieldOnRows(dest);
+  ActInYield(1 + 4 + 2, [&] { ImageDestructor(between); });
+  EXPECT_TRUE(PictureScaleZVK(dest, view, temp, kTriangle, 4, 4));
+  Bytes expected(16, 99);
+  std::fill_n(expected.begin(), 8, uint8_t{7});
+  EXPECT_EQ(All(destBlock), expected);
+}
+
+TEST_F(ScaleClosing, AClipThatHoldsTheMemoryItselfKeepsItsRows) {
+  for (int32_t which = 0; which < 3; ++which) {
+    const Image images[] = {New({4, 4}, ImageFormatG, 7), New({4, 4}, ImageFormatScaling1), New({4, 4}, ImageFormatG)};
+    const Block &destBlock = blocks_.back();
+    const Image clip = Adopt(ClipImage1(images[which]));
+    const auto image = [&](int32_t i) -> REALobject { return i == which ? clip : images[i]; };
+    YieldOnRows(image(2));
+    ActInYield(which == 2 ? 1 + 4 + 4 + 4 + 2 : 1 + 4 + 2, [&] { ImageDestructor(images[which]); });
+    EXPECT_TRUE(PictureScaleZVK(image(2), image(0), image(1), kTriangle, 4, 4));
+    EXPECT_EQ(All(destBlock), Bytes(16, 7)) << which;
   }
 }
 
@@ -262,7 +294,7 @@ TEST_F(ScaleClosing, AViewOfAnImageThatIsClosedEndsAFastScale) {
     const auto source = New({4, 4}, ImageFormatG, 7), dest = New({4, 4}, ImageFormatG);
     const Block &destBlock = blocks_.back();
     REALobject const closed = isSource ? source : dest;
-    const Image view = Adopt(ClipImage1(closed));
+    const Image view = Adopt(GrayChannel(closed));
     REALobject const viewed = view;
     YieldOnRows(isSource ? dest : viewed);
     ActInYield(1 + 2, [&] { ImageDestructor(closed); });

@@ -277,6 +277,23 @@ TEST(ScaleWideGray, SamplesBeyondTheDestinationAreWrittenWhole) {
   }
 }
 
+TEST(ScaleWideGray, ASampleOfTheTempImageBeginsWithItsLastByteAndHasNoSecondOne) {
+  using stored_image::Kind;
+  PluginHost host({.fenced = true});
+  for (const bool threaded : {false, true}) {
+    stored_image::StoredImage source(host, Kind::Block, 2, 1, ImageFormatGray16),
+        dest(host, Kind::Block, 2, 1, ImageFormatGray16);
+    source.SetBytes({7, 7, 7, 7});
+    const auto block = host.NewMemoryBlock(3);
+    const auto temp = host.New("PictureZVK");
+    ImageConstructorMemory(temp, block, 2, 1, ImageFormatScaling2, 3);
+    EXPECT_TRUE(threaded ? PictureScaleZVKMT(dest, 1, source, temp, kTriangle, 2, 1)
+                         : PictureScaleZVK(dest, source, temp, kTriangle, 2, 1));
+    EXPECT_EQ(Bytes(block->Data(), block->Data() + 3), (Bytes{7, 7, 7}));
+    EXPECT_EQ(dest.Bytes(), (Bytes{7, 7, 7, 0}));
+  }
+}
+
 TEST_F(ScaleEngine, WideGrayIsOneByteToOtherFamilies) {
   EXPECT_EQ(ScalePixel(ImageFormatGray16, {12, 34}, ImageFormatRGB, {0, 0, 0}), (Bytes{12, 12, 12}));
   EXPECT_EQ(ScalePixel(ImageFormatRGB, {100, 100, 100}, ImageFormatGray16, {7, 8}), (Bytes{100, 8}));
