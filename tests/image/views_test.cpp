@@ -37,7 +37,8 @@ TEST_F(Views, OfAnImageThatIsClosedOrNeverConstructedAreNil) {
   const auto closed = New(4, 3, ImageFormatRGBA);
   ImageDestructor(closed);
   ASSERT_TRUE(Record(closed).Valid);
-  for (REALobject image : {closed.Handle(), host_.New("PictureZVK").Handle()}) {
+  const auto fresh = host_.New("PictureZVK");
+  for (REALobject image : {closed.Handle(), fresh.Handle()}) {
     EXPECT_EQ(AlphaChannel(image), nullptr);
     EXPECT_EQ(ClipImage1(image), nullptr);
     EXPECT_EQ(GetMirroredView(image), nullptr);
