@@ -21,13 +21,18 @@ inline const uint8_t *LastByte(const ImageClassData &image, const uint8_t *row) 
 
 // A sample at any address, in the machine's byte order.
 inline uint16_t LoadWideSample(const uint8_t *sample, const uint8_t *lastByte) {
-  uint16_t value = 0;
-  std::memcpy(&value, sample, sample == lastByte ? 1 : sizeof value);
+  if (sample == lastByte) return *sample;
+  uint16_t value;
+  std::memcpy(&value, sample, sizeof value);
   return value;
 }
 
 inline void StoreWideSample(uint8_t *sample, uint16_t value, const uint8_t *lastByte) {
-  std::memcpy(sample, &value, sample == lastByte ? 1 : sizeof value);
+  if (sample == lastByte) {
+    *sample = static_cast<uint8_t>(value);
+  } else {
+    std::memcpy(sample, &value, sizeof value);
+  }
 }
 
 // Calls visit(column, count) for the gray samples of columns x to x + width - 1 of a row, from the left, in runs of
