@@ -258,31 +258,43 @@ TEST_F(ThreadRunner, AYieldMayRunThreadsItself) {
 
 // --- waiting in a yield ---
 
+// Has threads work until the host's thread sleeps in its wait for them.
+class HeldThreads {
+ public:
+  explicit HeldThreads(std::function<void(int32_t)> &work) {
+    work = [this](int32_t) {
+      while (!mayEnd_) std::this_thread::yield();
+      ++ended_;
+    };
+    threads_.BeforeSleep([this] {
+      if (letsGo_) mayEnd_ = true;
+    });
+  }
+
+  void LetGoInNextSleep(bool letsGo) { letsGo_ = letsGo; }
+  int Ended() const { return ended_; }
+
+ private:
+  faults::Threads threads_;
+  std::atomic<bool> mayEnd_ = false;
+  std::atomic<int> ended_ = 0;
+  bool letsGo_ = false;  // of the host's thread, which alone sleeps
+};
+
 TEST_F(ThreadRunner, CodeInAYieldMayAwaitTheThreadsOfARunWithoutTheHost) {
-  // They work until somebody on this thread sleeps in its wait for them.
-  faults::Threads threads;
-  std::atomic<bool> isAwaited = false;
-  std::atomic<int> ended = 0;
-  work_ = [&](int32_t) {
-    while (!isAwaited) std::this_thread::yield();
-    ++ended;
-  };
-  bool isAwaiting = false;
-  threads.BeforeSleep([&] {
-    if (isAwaiting) isAwaited = true;
-  });
+  HeldThreads held(work_);
   onYield_ = [&] {
-    if (ended > 0) return;
-    isAwaiting = true;
+    if (held.Ended() > 0) return;
+    held.LetGoInNextSleep(true);
     const int before = yields_;
     AwaitThreads(this);
-    EXPECT_EQ(ended, 3);
+    EXPECT_EQ(held.Ended(), 3);
     EXPECT_EQ(yields_, before);
-    isAwaiting = false;
+    held.LetGoInNextSleep(false);
     AwaitThreads(this);  // which they need not be any more
   };
   EXPECT_EQ(Run(3, 9).size(), 3u);
-  EXPECT_EQ(ended, 3);
+  EXPECT_EQ(held.Ended(), 3);
 }
 
 TEST_F(ThreadRunner, ThreadsOfAnotherContextAreNotAwaited) {
@@ -302,24 +314,14 @@ TEST_F(ThreadRunner, ThreadsOfAnotherContextAreNotAwaited) {
 }
 
 TEST_F(ThreadRunner, TheThreadsOfARunAreAwaitedInAYieldOfAnotherOne) {
-  faults::Threads threads;
-  std::atomic<bool> isAwaited = false;
-  std::atomic<int> ended = 0;
-  work_ = [&](int32_t) {
-    while (!isAwaited) std::this_thread::yield();
-    ++ended;
-  };
-  bool isAwaiting = false;
-  threads.BeforeSleep([&] {
-    if (isAwaiting) isAwaited = true;
-  });
+  HeldThreads held(work_);
   const int inner = 0;
   onYield_ = [&] {
     onYield_ = [&] {
       onYield_ = nullptr;
-      isAwaiting = true;
+      held.LetGoInNextSleep(true);
       AwaitThreads(this);
-      EXPECT_EQ(ended, 3);
+      EXPECT_EQ(held.Ended(), 3);
     };
     RunThreads(2, 4, &inner, [](int32_t, int32_t, int32_t, int8_t, const void *) {});
   };
