@@ -5,9 +5,9 @@
 
 #include <cstdint>
 
-#include "host/plugin_entry.h"
 #include "image/image_record.h"
 #include "image/image_storage.h"
+#include "plugin/plugin_entry.h"
 #include "standalone/runtime/host.h"
 
 namespace zvk {

@@ -6,9 +6,9 @@
 #include <vector>
 
 #include "exchange/row_conversion.h"
-#include "host/plugin_entry.h"
 #include "image/image_formats.h"
 #include "image/image_storage.h"
+#include "plugin/plugin_entry.h"
 #include "standalone/runtime/host.h"
 #include "standalone/runtime/memory_block.h"
 

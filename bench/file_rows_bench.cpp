@@ -4,10 +4,10 @@
 
 #include <cstdint>
 
-#include "host/plugin_entry.h"
 #include "image/file_storage.h"
 #include "image/image_formats.h"
 #include "image/views.h"
+#include "plugin/plugin_entry.h"
 #include "standalone/runtime/host.h"
 
 namespace zvk {

@@ -6,13 +6,13 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "host/plugin_entry.h"
 #include "image/image_formats.h"
 #include "image/image_storage.h"
 #include "pixelops/auto_level.h"
 #include "pixelops/fill.h"
 #include "pixelops/fill_apply.h"
 #include "pixelops/invert.h"
+#include "plugin/plugin_entry.h"
 #include "standalone/runtime/host.h"
 
 namespace zvk {

@@ -5,10 +5,10 @@
 #include <random>
 #include <vector>
 
-#include "host/plugin_entry.h"
 #include "image/image_formats.h"
 #include "image/image_record.h"
 #include "image/image_storage.h"
+#include "plugin/plugin_entry.h"
 #include "standalone/runtime/arrays.h"
 #include "standalone/runtime/host.h"
 

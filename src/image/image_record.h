@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "host/host_layouts.h"
+#include "abi/host_layouts.h"
 #include "host/host_services.h"
 
 namespace zvk {

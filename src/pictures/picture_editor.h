@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "host/host_layouts.h"
+#include "abi/host_layouts.h"
 
 namespace zvk {
 

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "host/host_layouts.h"
+#include "abi/host_layouts.h"
 
 namespace zvk {
 

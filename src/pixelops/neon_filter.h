@@ -1,7 +1,7 @@
 // The neon filter: contours glow, flat areas turn black.
 #pragma once
 
-#include "host/host_layouts.h"
+#include "abi/host_layouts.h"
 
 namespace zvk {
 

@@ -4,7 +4,7 @@
 #include <array>
 #include <cstdint>
 
-#include "host/host_layouts.h"
+#include "abi/host_layouts.h"
 
 namespace zvk {
 

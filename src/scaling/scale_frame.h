@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "host/host_layouts.h"
+#include "abi/host_layouts.h"
 #include "scaling/scale_filters.h"
 
 namespace zvk {

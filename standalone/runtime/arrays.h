@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "host/host_layouts.h"
+#include "abi/host_layouts.h"
 #include "standalone/runtime/objects.h"
 
 namespace standalone {

@@ -13,7 +13,7 @@
 #include <string_view>
 #include <vector>
 
-#include "host/host_layouts.h"
+#include "abi/host_layouts.h"
 #include "standalone/runtime/names.h"
 #include "standalone/runtime/objects.h"
 

@@ -13,7 +13,7 @@
 #include <string_view>
 #include <vector>
 
-#include "host/host_layouts.h"
+#include "abi/host_layouts.h"
 #include "standalone/runtime/class_registry.h"
 #include "standalone/runtime/entries.h"
 #include "standalone/runtime/exceptions.h"

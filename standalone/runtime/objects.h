@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "host/host_layouts.h"
+#include "abi/host_layouts.h"
 #include "standalone/runtime/owned.h"
 
 namespace standalone {

@@ -5,7 +5,7 @@
 #include <memory>
 #include <vector>
 
-#include "host/host_layouts.h"
+#include "abi/host_layouts.h"
 #include "standalone/runtime/bytes.h"
 
 namespace standalone {

@@ -6,7 +6,7 @@
 #include <string>
 #include <utility>
 
-#include "host/plugin_entry.h"
+#include "plugin/plugin_entry.h"
 
 using standalone::Owned;
 

@@ -7,7 +7,7 @@
 #include <iterator>
 #include <string>
 
-#include "host/host_layouts.h"
+#include "abi/host_layouts.h"
 #include "standalone/runtime/memory_block.h"
 #include "standalone/runtime/objects.h"
 #include "standalone/runtime/strings.h"

@@ -7,7 +7,7 @@
 #include <cstring>
 #include <type_traits>
 
-#include "host/host_layouts.h"
+#include "abi/host_layouts.h"
 #include "standalone/runtime/bytes.h"
 #include "standalone/runtime/host.h"
 #include "standalone/runtime/instances.h"

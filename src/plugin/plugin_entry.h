@@ -1,7 +1,7 @@
 // The library's one exported function.
 #pragma once
 
-#include "host/host_layouts.h"
+#include "abi/host_layouts.h"
 
 namespace zvk {
 

@@ -1,4 +1,4 @@
-#include "host/registration.h"
+#include "plugin/registration.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "host/plugin_entry.h"
+#include "plugin/plugin_entry.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "host/plugin_entry.h"
+#include "plugin/plugin_entry.h"
 
 #include <unistd.h>
 
@@ -8,8 +8,8 @@
 #include <utility>
 
 #include "host/host_services.h"
-#include "host/registration.h"
 #include "image/image_record.h"
+#include "plugin/registration.h"
 
 namespace zvk {
 
