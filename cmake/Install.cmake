@@ -25,7 +25,7 @@ add_custom_target(program_texts ALL DEPENDS ${program_texts})
 
 # The pages, laid out as in the sources, so that their links lead somewhere. The texts that docs/reference.md is made of
 # stay behind.
-install(FILES README.md CHANGELOG.md LICENSE DESTINATION ${doc_folder})
+install(FILES README.md CHANGELOG.md LICENSE src/host/paths/LICENSE-UNICODE.txt DESTINATION ${doc_folder})
 install(DIRECTORY docs examples DESTINATION ${doc_folder}
   PATTERN docs/reference EXCLUDE
   PATTERN examples/results EXCLUDE)

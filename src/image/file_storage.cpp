@@ -7,8 +7,8 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "host/paths/folder_path.h"
 #include "host/resources.h"
-#include "image/folder_path.h"
 #include "image/image_storage.h"
 
 namespace zvk {

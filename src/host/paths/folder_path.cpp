@@ -1,11 +1,11 @@
-#include "image/folder_path.h"
+#include "host/paths/folder_path.h"
 
 #include <cstdint>
 #include <cstring>
 #include <iterator>
 #include <span>
 
-#include "image/decomposition.h"
+#include "host/paths/decomposition.h"
 
 namespace zvk {
 

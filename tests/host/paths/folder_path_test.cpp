@@ -1,4 +1,4 @@
-#include "image/folder_path.h"
+#include "host/paths/folder_path.h"
 
 #include <gtest/gtest.h>
 

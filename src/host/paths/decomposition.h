@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "image/decomposition_table.h"
+#include "host/paths/decomposition_table.h"
 
 namespace zvk {
 

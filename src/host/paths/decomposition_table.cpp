@@ -1,6 +1,6 @@
-// Made by tools/make-decomposition-table from the Unicode Character Database, which is
-// (c) Unicode, Inc., https://www.unicode.org/license.html. Not to be edited.
-#include "image/decomposition_table.h"
+// Made by tools/make-decomposition-table from the Unicode Character Database, (c) Unicode, Inc.; LICENSE-UNICODE.txt
+// beside this file is its licence. Not to be edited.
+#include "host/paths/decomposition_table.h"
 
 namespace zvk {
 

@@ -1,4 +1,4 @@
-#include "image/decomposition.h"
+#include "host/paths/decomposition.h"
 
 #include <gtest/gtest.h>
 
