@@ -10,12 +10,12 @@
 #include <vector>
 
 #include "bench/bench_images.h"
+#include "filters/diffuse_filter.h"
+#include "filters/engrave_filter.h"
+#include "filters/neon_filter.h"
+#include "filters/oil_filter.h"
+#include "filters/stamp_filter.h"
 #include "image/image_formats.h"
-#include "pixelops/diffuse_filter.h"
-#include "pixelops/engrave_filter.h"
-#include "pixelops/neon_filter.h"
-#include "pixelops/oil_filter.h"
-#include "pixelops/stamp_filter.h"
 
 namespace zvk {
 namespace {

@@ -9,10 +9,10 @@
 #include <vector>
 
 #include "bench/bench_images.h"
+#include "filters/box_blur.h"
+#include "filters/fractional_blur.h"
+#include "filters/unsharp.h"
 #include "image/image_formats.h"
-#include "pixelops/box_blur.h"
-#include "pixelops/fractional_blur.h"
-#include "pixelops/unsharp.h"
 
 namespace zvk {
 namespace {

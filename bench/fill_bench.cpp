@@ -8,10 +8,10 @@
 
 #include "image/image_formats.h"
 #include "image/image_storage.h"
-#include "pixelops/auto_level.h"
-#include "pixelops/fill.h"
-#include "pixelops/fill_apply.h"
-#include "pixelops/invert.h"
+#include "levels/auto_level.h"
+#include "levels/fill.h"
+#include "levels/fill_apply.h"
+#include "levels/invert.h"
 #include "plugin/plugin_entry.h"
 #include "standalone/runtime/host.h"
 

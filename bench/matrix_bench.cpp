@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "bench/filter_images.h"
-#include "pixelops/matrix_filter.h"
+#include "filters/matrix_filter.h"
 #include "tests/support/naive_filters.h"
 
 namespace zvk {

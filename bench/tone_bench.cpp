@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "bench/filter_images.h"
-#include "pixelops/dither.h"
-#include "pixelops/tone_filters.h"
+#include "filters/dither.h"
+#include "filters/tone_filters.h"
 #include "tests/support/naive_filters.h"
 
 namespace zvk {

@@ -11,12 +11,12 @@
 #include "compositing/blend_kernels.h"
 #include "compositing/packed_blend.h"
 #include "image/image_record.h"
-#include "image/kernel_clones.h"
-#include "image/layouts.h"
-#include "image/luma.h"
 #include "image/rectangle.h"
-#include "image/row_group.h"
 #include "image/rows.h"
+#include "pixels/kernel_clones.h"
+#include "pixels/layouts.h"
+#include "pixels/luma.h"
+#include "pixels/row_group.h"
 
 namespace zvk {
 

@@ -1,6 +1,6 @@
 #include "compositing/blend_kernels.h"
 
-#include "image/kernel_clones.h"
+#include "pixels/kernel_clones.h"
 
 namespace zvk {
 

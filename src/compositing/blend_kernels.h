@@ -6,8 +6,8 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "image/divide_by_255.h"
-#include "image/luma.h"
+#include "pixels/divide_by_255.h"
+#include "pixels/luma.h"
 
 namespace zvk {
 

@@ -1,6 +1,6 @@
 #include "compositing/packed_blend.h"
 
-#include "image/kernel_clones.h"
+#include "pixels/kernel_clones.h"
 
 namespace zvk {
 

@@ -11,8 +11,8 @@
 #include <variant>
 
 #include "compositing/blend_kernels.h"
-#include "image/gray_conversion.h"
-#include "image/sample_mover.h"
+#include "pixels/gray_conversion.h"
+#include "pixels/sample_mover.h"
 
 namespace zvk {
 

@@ -4,7 +4,7 @@
 #include <cstddef>
 
 #include "host/host_services.h"
-#include "image/layouts.h"
+#include "pixels/layouts.h"
 
 namespace zvk {
 

@@ -6,9 +6,9 @@
 #include <optional>
 #include <variant>
 
-#include "image/gray_conversion.h"
 #include "image/image_record.h"
-#include "image/sample_mover.h"
+#include "pixels/gray_conversion.h"
+#include "pixels/sample_mover.h"
 
 namespace zvk {
 

@@ -9,9 +9,9 @@
 #include "geometry/pixel_transfer.h"
 #include "image/image_record.h"
 #include "image/rectangle.h"
-#include "image/row_group.h"
 #include "image/rows.h"
-#include "image/wide_samples.h"
+#include "pixels/row_group.h"
+#include "pixels/wide_samples.h"
 
 namespace zvk {
 

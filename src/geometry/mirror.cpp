@@ -10,7 +10,7 @@
 #include "geometry/pixel_mover.h"
 #include "geometry/pixel_reversal.h"
 #include "host/resources.h"
-#include "image/layouts.h"
+#include "pixels/layouts.h"
 
 namespace zvk {
 

@@ -10,8 +10,8 @@
 
 #include "image/channels.h"
 #include "image/image_record.h"
-#include "image/layouts.h"
 #include "image/rows.h"
+#include "pixels/layouts.h"
 
 namespace zvk {
 

@@ -9,8 +9,8 @@
 
 #include "geometry/pixel_transposition.h"
 #include "image/image_record.h"
-#include "image/layouts.h"
-#include "image/sample_mover.h"
+#include "pixels/layouts.h"
+#include "pixels/sample_mover.h"
 
 namespace zvk {
 

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <utility>
 
-#include "image/kernel_clones.h"
+#include "pixels/kernel_clones.h"
 
 namespace zvk {
 

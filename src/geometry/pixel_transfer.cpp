@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <span>
 
-#include "image/layouts.h"
 #include "image/rows.h"
+#include "pixels/layouts.h"
 
 namespace zvk {
 

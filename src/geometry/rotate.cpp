@@ -12,7 +12,7 @@
 #include "host/resources.h"
 #include "host/truncate.h"
 #include "image/image_factory.h"
-#include "image/layouts.h"
+#include "pixels/layouts.h"
 
 namespace zvk {
 

@@ -15,8 +15,8 @@
 #include "host/resources.h"
 #include "host/truncate.h"
 #include "image/image_record.h"
-#include "image/layouts.h"
-#include "image/sample_mover.h"
+#include "pixels/layouts.h"
+#include "pixels/sample_mover.h"
 
 namespace zvk {
 

@@ -2,7 +2,7 @@
 
 #include <initializer_list>
 
-#include "image/kernel_clones.h"
+#include "pixels/kernel_clones.h"
 
 namespace zvk {
 

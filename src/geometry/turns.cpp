@@ -8,8 +8,8 @@
 #include "geometry/pixel_mover.h"
 #include "image/file_storage.h"
 #include "image/image_storage.h"
-#include "image/layouts.h"
-#include "pixelops/filter_frame.h"
+#include "pixels/filter_frame.h"
+#include "pixels/layouts.h"
 
 namespace zvk {
 

@@ -4,10 +4,10 @@
 #include <cstddef>
 
 #include "host/host_services.h"
-#include "image/divide_by_255.h"
 #include "pictures/picture_import.h"
 #include "pictures/pixel_rows.h"
 #include "pictures/pixel_words.h"
+#include "pixels/divide_by_255.h"
 
 namespace zvk {
 

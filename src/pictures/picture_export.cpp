@@ -7,9 +7,9 @@
 
 #include "host/host_services.h"
 #include "host/resources.h"
-#include "image/kernel_clones.h"
-#include "image/wide_samples.h"
 #include "pictures/pixel_words.h"
+#include "pixels/kernel_clones.h"
+#include "pixels/wide_samples.h"
 
 namespace zvk {
 

@@ -8,10 +8,10 @@
 #include <type_traits>
 
 #include "image/image_record.h"
-#include "image/kernel_clones.h"
 #include "image/rectangle.h"
 #include "pictures/picture_editor.h"
 #include "pictures/pixel_words.h"
+#include "pixels/kernel_clones.h"
 
 namespace zvk {
 

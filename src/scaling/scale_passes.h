@@ -14,7 +14,7 @@
 #include "host/resources.h"
 #include "image/image_record.h"
 #include "image/rows.h"
-#include "image/wide_samples.h"
+#include "pixels/wide_samples.h"
 #include "scaling/scale_kernels.h"
 #include "scaling/scale_pairs.h"
 #include "scaling/scale_taps.h"

@@ -1,0 +1,208 @@
+#include "filters/matrix_filter.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <span>
+
+#include "filters/matrix_filter_kernel.h"
+#include "filters/matrix_filter_terms.h"
+#include "host/integer_array.h"
+#include "host/resources.h"
+#include "pixels/filter_frame.h"
+#include "pixels/layouts.h"
+#include "pixels/neighbourhood.h"
+
+namespace zvk {
+
+namespace {
+
+// One call: the first columns and rows of dest are written.
+struct MatrixJob {
+  ImageClassData &source;
+  ImageClassData &dest;
+  const MatrixTerms &terms;
+  MatrixResult result;
+  int32_t columns;
+  int32_t rows;
+};
+
+// --- any images: pixel after pixel, a row of the source fetched for each row of the matrix ---
+
+template <class Layout>
+std::array<int32_t, Layout::channelCount> SumOfPixel(const MatrixJob &job, int32_t x, int32_t y) {
+  ImageClassData &source = job.source;
+  const auto offsets = Layout::OffsetsOf(source);
+  std::array<int32_t, Layout::channelCount> sums = {};
+  for (int32_t i = 0; i < job.terms.RowCount(); ++i) {
+    const uint8_t *row = source.GetRow(&source, PlaceAt(y, job.terms.RowAt(i), source.Height));
+    if (row == nullptr) continue;
+    for (const MatrixTerm &term : job.terms.OfRow(i)) {
+      const uint8_t *pixel = row + ptrdiff_t{PlaceAt(x, term.column, source.Width)} * source.PixelSize;
+      for (size_t c = 0; c < sums.size(); ++c) sums[c] += pixel[offsets[c]] * term.weight;
+    }
+  }
+  return sums;
+}
+
+template <class Layout>
+void ApplyByPixel(const MatrixJob &job) {
+  ImageClassData &dest = job.dest;
+  const auto offsets = Layout::OffsetsOf(dest);
+  for (int32_t y = 0; y < job.rows; ++y) {
+    uint8_t *row = dest.GetRow(&dest, y);
+    for (int32_t x = 0; x < job.columns && row != nullptr; ++x) {
+      const auto sums = SumOfPixel<Layout>(job, x, y);
+      row = StillHeld(row, dest, y, job.source);
+      if (row == nullptr) break;
+      uint8_t *pixel = row + ptrdiff_t{x} * dest.PixelSize;
+      for (size_t c = 0; c < sums.size(); ++c) pixel[offsets[c]] = job.result(sums[c]);
+    }
+  }
+}
+
+// --- images that share nothing: lines of samples, with the edge pixels repeated as far as the matrix reaches ---
+
+// The columns or rows of the samples that count, from the output pixel. An edge further away than the image is large
+// makes no difference.
+struct Reach {
+  int32_t first;
+  int32_t last;
+};
+
+Reach ReachOf(std::span<const MatrixTerm> terms, int32_t MatrixTerm::*place, int32_t size) {
+  if (terms.empty()) return {0, 0};
+  const auto [first, last] = std::ranges::minmax(terms, {}, place);
+  return {std::clamp(first.*place, 1 - size, size - 1), std::clamp(last.*place, 1 - size, size - 1)};
+}
+
+// A window of the source's rows as lines, each read once. Byte 0 of a line is the first channel of the sample that the
+// leftmost column in reach meets at output column 0.
+template <class Layout>
+class SourceLines {
+ public:
+  SourceLines(const MatrixJob &job, bool packed)
+      : source_(job.source),
+        samples_(source_, packed),
+        rows_(ReachOf(job.terms.All(), &MatrixTerm::row, source_.Height)),
+        columns_(ReachOf(job.terms.All(), &MatrixTerm::column, source_.Width)),
+        pixels_(int64_t{job.columns} + columns_.last - columns_.first),
+        lineCount_(std::min(rows_.last - rows_.first + 1, source_.Height)),
+        bytes_(lineCount_ * pixels_ * kChannels) {}
+
+  explicit operator bool() const { return static_cast<bool>(bytes_); }
+
+  // Makes ready what the output row y reaches. Rows are asked for from the top.
+  void MoveTo(int32_t y) {
+    next_ = std::max(next_, PlaceAt(y, rows_.first, source_.Height));
+    for (const int32_t last = PlaceAt(y, rows_.last, source_.Height); next_ <= last; ++next_) Load(next_);
+  }
+
+  // What the term meets along output row y; nil if its row cannot be had.
+  const uint8_t *SamplesOf(const MatrixTerm &term, int32_t y) const {
+    const int32_t sourceRow = PlaceAt(y, term.row, source_.Height);
+    const uint8_t *line = lines_[static_cast<size_t>(sourceRow % lineCount_)];
+    const int32_t column = std::clamp(term.column, columns_.first, columns_.last);
+    return line != nullptr ? line + (column - columns_.first) * kChannels : nullptr;
+  }
+
+ private:
+  static constexpr ptrdiff_t kChannels = SampleRows<Layout>::kChannels;
+
+  void Load(int32_t sourceRow) {
+    const int32_t slot = sourceRow % lineCount_;
+    const uint8_t *row = source_.GetRow(&source_, sourceRow);
+    uint8_t *line = bytes_.Get() + slot * pixels_ * kChannels;
+    lines_[static_cast<size_t>(slot)] = row != nullptr ? line : nullptr;
+    if (row == nullptr) return;
+
+    const auto count = static_cast<int32_t>(pixels_);
+    const int32_t left = std::min(count, std::max(0, -columns_.first));
+    const int64_t behind = int64_t{source_.Width} - columns_.first;  // of the widest images more than 32 bits hold
+    const int32_t inside = std::max(0, static_cast<int32_t>(std::min<int64_t>(count, behind)) - left);
+    line = Repeat(row, left, line);
+    samples_.Copy(row + ptrdiff_t{PlaceAt(columns_.first, left, source_.Width)} * source_.PixelSize, inside, line);
+    Repeat(row + ptrdiff_t{source_.Width - 1} * source_.PixelSize, count - left - inside, line + inside * kChannels);
+  }
+
+  // Copies one pixel over and over; the end of the copies.
+  uint8_t *Repeat(const uint8_t *pixel, int32_t count, uint8_t *line) const {
+    for (int32_t i = 0; i < count; ++i, line += kChannels) samples_.Copy(pixel, 1, line);
+    return line;
+  }
+
+  ImageClassData &source_;
+  SampleRows<Layout> samples_;
+  Reach rows_;
+  Reach columns_;
+  int64_t pixels_;
+  int32_t lineCount_;
+  ZeroedBuffer<uint8_t> bytes_;
+  std::array<const uint8_t *, MatrixTerms::kMostRows> lines_ = {};
+  int32_t next_ = 0;
+};
+
+// False, with nothing written, if there is no memory for the lines.
+template <class Layout>
+bool ApplyByLines(const MatrixJob &job) {
+  ImageClassData &dest = job.dest;
+  const bool packed = Layout::PackedAlike(job.source, dest);
+  const int64_t count = job.columns * int64_t{Layout::channelCount};
+  SourceLines<Layout> lines(job, packed);
+  const SampleRows<Layout> results(dest, packed);
+  const ZeroedBuffer<uint8_t> buffer(count);
+  if (!lines || !buffer) return false;
+
+  const MatrixSums sum(job.terms.All(), job.result);
+  std::array<WeightedLine, MatrixTerms::kMostEntries> weighted = {};
+  for (int32_t y = 0; y < job.rows; ++y) {
+    uint8_t *row = dest.GetRow(&dest, y);
+    if (row == nullptr) continue;
+    lines.MoveTo(y);
+    size_t used = 0;
+    for (const MatrixTerm &term : job.terms.All()) {
+      const uint8_t *samples = lines.SamplesOf(term, y);
+      if (samples != nullptr) weighted[used++] = {samples, term.weight};
+    }
+    results.Write(row, job.columns, buffer.Get(),
+                  [&](uint8_t *bytes) { sum(std::span(weighted).first(used), count, bytes); });
+  }
+  return true;
+}
+
+template <class Layout>
+void Apply(const MatrixJob &job) {
+  const bool apart = job.columns > 0 && WritesApart(job.source, job.dest, job.columns, job.rows);
+  if (!apart || !ApplyByLines<Layout>(job)) ApplyByPixel<Layout>(job);
+}
+
+}  // namespace
+
+// --- handlers ---
+
+REALobject PictureMatrix5(REALobject instance, REALobject dest, int32_t dimension, REALarray matrix, int32_t delta,
+                          double scaleFactor) {
+  std::array<int32_t, MatrixTerms::kMostEntries> entries = {};
+  ReadIntegerArray(matrix, entries);
+  // A new dest has the source's sides exchanged, while the loops run by the source's: all of a square image is written,
+  // and of another one what lies within both.
+  const bool isNew = dest == nullptr;
+  return RunFilter(instance, dest, NewDest::ExchangedSides, [&](ImageClassData &source, ImageClassData &target) {
+    const MatrixTerms terms(entries, dimension);
+    const int32_t columns = isNew ? std::min(source.Width, target.Width) : source.Width;
+    const int32_t rows = isNew ? std::min(source.Height, target.Height) : source.Height;
+    const MatrixJob job{source, target, terms, {delta, scaleFactor}, columns, rows};
+    using enum ColourFamily;
+    VisitLayout<Gray, RGB, CMYK>(source, [&]<class Layout>(Layout) { Apply<Layout>(job); });
+  });
+}
+
+REALobject PictureMatrix4(REALobject instance, REALobject dest, int32_t dimension, REALarray matrix, int32_t delta) {
+  return PictureMatrix5(instance, dest, dimension, matrix, delta, 1.0);
+}
+
+REALobject PictureMatrix3(REALobject instance, REALobject dest, int32_t dimension, REALarray matrix) {
+  return PictureMatrix4(instance, dest, dimension, matrix, 0);
+}
+
+}  // namespace zvk

@@ -1,0 +1,110 @@
+#include "filters/unsharp.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdlib>
+
+#include "host/truncate.h"
+#include "image/image_record.h"
+#include "image/rows.h"
+#include "pixels/kernel_clones.h"
+#include "pixels/layouts.h"
+
+namespace zvk {
+
+namespace {
+
+// What becomes of a sample, by the sample and the blurred one.
+using UnsharpTable = std::array<std::array<uint8_t, 256>, 256>;
+
+void FillTable(double amount, int32_t threshold, UnsharpTable &table) {
+  const double factor = amount * 4.0 + 1.0;
+  int32_t sample = 0;
+  for (auto &ofSample : table) {
+    int32_t blurred = 0;
+    for (uint8_t &entry : ofSample) {
+      const int32_t difference = sample - blurred;
+      const int32_t moved = std::abs(difference) >= threshold ? Truncate(difference * factor + blurred) : sample;
+      entry = static_cast<uint8_t>(std::clamp(moved, 0, 255));
+      ++blurred;
+    }
+    ++sample;
+  }
+}
+
+// Calls visit(row, blurredRow) for each row from the top; the row of the blurred image is fetched first. A pair of
+// which one cannot be had is left out.
+template <class Visitor>
+void ForEachRow(ImageClassData &image, ImageClassData &blurred, Visitor &&visit) {
+  for (int32_t y = 0; y < image.Height; ++y) {
+    const uint8_t *blurredRow = blurred.GetRow(&blurred, y);
+    uint8_t *row = image.GetRow(&image, y);
+    if (row != nullptr && blurredRow != nullptr) visit(row, blurredRow);
+  }
+}
+
+template <class Layout>
+void Sharpen(ImageClassData &image, ImageClassData &blurred, const UnsharpTable &table) {
+  const int32_t width = image.Width;
+  if (Layout::PackedAlike(image, blurred) && !SharesStorage(image, blurred)) {
+    const ptrdiff_t first = Layout::FirstOffset(image), firstBlurred = Layout::FirstOffset(blurred);
+    const ptrdiff_t count = ptrdiff_t{width} * static_cast<ptrdiff_t>(Layout::channelCount);
+    return ForEachRow(image, blurred, [&](uint8_t *row, const uint8_t *blurredRow) {
+      uint8_t *__restrict samples = row + first;
+      const uint8_t *__restrict others = blurredRow + firstBlurred;
+      for (ptrdiff_t i = 0; i < count; ++i) samples[i] = table[samples[i]][others[i]];
+    });
+  }
+  const auto offsets = Layout::OffsetsOf(image), blurredOffsets = Layout::OffsetsOf(blurred);
+  const ptrdiff_t pixelSize = image.PixelSize, blurredPixelSize = blurred.PixelSize;
+  ForEachRow(image, blurred, [&](uint8_t *pixel, const uint8_t *other) {
+    for (int32_t x = 0; x < width; ++x) {
+      for (size_t c = 0; c < Layout::channelCount; ++c) {
+        pixel[offsets[c]] = table[pixel[offsets[c]]][other[blurredOffsets[c]]];
+      }
+      pixel += pixelSize;
+      other += blurredPixelSize;
+      OneStepAtATime();  // the compiler cannot tell by addresses whether two mappings of a file overlap
+    }
+  });
+}
+
+// Alpha is taken to be there always. Where it is not its offset is 0, so the first byte of each pixel goes through the
+// table by itself, after the inks, of which it may be one.
+void unsharpFilterCMYKA(ImageClassData &image, ImageClassData &blurred, const UnsharpTable &table) {
+  Sharpen<Layout<ColourFamily::CMYK, true>>(image, blurred, table);
+}
+
+}  // namespace
+
+uint8_t unsharpFilter(REALobject instance, REALobject origpixels, double amount, int32_t threshold) {
+  ImageClassData *image = RecordOf(instance);
+  ImageClassData *blurred = RecordOf(origpixels);
+  if (image == nullptr || blurred == nullptr) return false;
+  const auto isServed = [&] {
+    return image->BitsPerComponent != 16 && blurred->BitsPerComponent != 16 && blurred->Valid &&
+           image->Width == blurred->Width && image->Height == blurred->Height &&
+           image->ImageFormat == blurred->ImageFormat && IsUsable(*image);
+  };
+  if (!isServed()) return false;
+  YieldOn(*image);
+  if (!IsUsable(*blurred)) return false;
+  YieldOn(*blurred);
+  // The yields let other code of the host run, which may have closed or constructed anew either image.
+  if (!isServed() || !IsUsable(*blurred)) return false;
+
+  UnsharpTable table = {};
+  FillTable(amount, threshold, table);
+  using enum ColourFamily;
+  VisitLayout<Gray, RGB, CMYK>(*image, [&]<class Layout>(Layout) {
+    if constexpr (Layout::family == CMYK) {
+      unsharpFilterCMYKA(*image, *blurred, table);
+    } else {
+      Sharpen<Layout>(*image, *blurred, table);
+    }
+  });
+  return true;
+}
+
+}  // namespace zvk

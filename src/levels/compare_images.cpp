@@ -1,0 +1,34 @@
+#include "levels/compare_images.h"
+
+namespace zvk {
+
+namespace {
+
+bool HaveSameShape(const ImageClassData &a, const ImageClassData &b) {
+  return a.Width == b.Width && a.Height == b.Height && a.BitsPerComponent == b.BitsPerComponent &&
+         a.HasAlpha == b.HasAlpha && a.IsRGB == b.IsRGB && a.IsCMYK == b.IsCMYK && a.IsGray == b.IsGray;
+}
+
+}  // namespace
+
+int64_t CompareImages(REALobject instance, REALobject other) {
+  constexpr int64_t kDifferent = -1;
+  ImageClassData *image = RecordOf(instance);
+  ImageClassData *second = RecordOf(other);
+  if (image == nullptr || second == nullptr || !second->Valid || !HaveSameShape(*image, *second)) return kDifferent;
+  if (!IsUsable(*image)) return kDifferent;
+  YieldOn(*image);
+  if (!IsUsable(*second)) return kDifferent;
+  YieldOn(*second);
+  // The yields let other code of the host run, which may have closed or constructed anew either image.
+  if (!IsUsable(*image) || !IsUsable(*second)) return kDifferent;
+  if (!image->IsGray && !image->IsRGB && !image->IsCMYK) return kDifferent;
+  // The pixels are not read. A mapped image's block is moved by the fetches all the same.
+  for (int32_t y = 0; y < image->Height; ++y) {
+    second->GetRow(second, y);
+    image->GetRow(image, y);
+  }
+  return (int64_t{image->Height} - 1) * image->Width + image->Width;
+}
+
+}  // namespace zvk

@@ -1,0 +1,65 @@
+#include "pixels/filter_frame.h"
+
+#include <utility>
+
+#include "image/image_factory.h"
+#include "image/rows.h"
+
+namespace zvk {
+
+namespace {
+
+ObjectReference Referenced(REALobject object) {
+  REALLockObject(object);
+  return ObjectReference(object);
+}
+
+// True if a caller's dest still has room for the source, or as much as it had before other code of the host ran: of a
+// size that nobody checked at first only the caller knows whether it holds.
+bool HasRoomAsBefore(const ImageClassData &dest, const ImageClassData &destBefore, const ImageClassData &source,
+                     const ImageClassData &sourceBefore) {
+  if (dest.Width >= source.Width && dest.Height >= source.Height) return true;
+  return HasSamePixels(destBefore, dest) && source.Width <= sourceBefore.Width && source.Height <= sourceBefore.Height;
+}
+
+bool IsServed(const ImageClassData *source) {
+  return source != nullptr && source->BitsPerComponent != 16 && IsUsable(*source);
+}
+
+}  // namespace
+
+ObjectReference FilterDest(REALobject instance, REALobject dest, NewDest newDest) {
+  ImageClassData *source = RecordOf(instance);
+  if (!IsServed(source)) return {};
+  const ImageClassData sourceBefore = *source;
+  const ImageClassData destBefore = dest != nullptr ? *RecordOf(dest) : ImageClassData{};
+  YieldOn(*source);
+
+  const auto isLargeEnough = [&](const ImageClassData &made) {
+    const bool exchanged = newDest == NewDest::ExchangedSides;
+    return made.Width >= (exchanged ? source->Height : source->Width) &&
+           made.Height >= (exchanged ? source->Width : source->Height);
+  };
+  ObjectReference result;
+  if (dest != nullptr) {
+    result = Referenced(dest);
+  } else if (newDest == NewDest::ExchangedSides) {
+    result = CreatePicture(source, source->Height, source->Width, source->ImageFormat);
+  } else {
+    result = CreatePicture(source, source->Width, source->Height, source->ImageFormat);
+  }
+  ImageClassData *target = RecordOf(result.Get());
+  if (target == nullptr || !IsUsable(*target)) return {};
+  YieldOn(*target);
+  // The yields let other code of the host run, which may have closed or constructed anew either image.
+  if (!IsServed(source) || !IsUsable(*target)) return {};
+  const bool hasRoom =
+      dest != nullptr ? HasRoomAsBefore(*target, destBefore, *source, sourceBefore) : isLargeEnough(*target);
+  return hasRoom ? std::move(result) : ObjectReference();
+}
+
+bool WritesApart(const ImageClassData &source, const ImageClassData &dest, int32_t columns, int32_t rows) {
+  return dest.Width >= columns && dest.Height >= rows && !SharesStorage(source, dest);
+}
+
+}  // namespace zvk

@@ -1,0 +1,182 @@
+#include "pixels/sample_mover.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <functional>
+
+#include "pixels/byte_shuffle.h"
+#include "pixels/kernel_clones.h"
+
+namespace zvk {
+
+// --- reach ---
+
+int32_t PixelReach::PixelsPerShuffle() const {
+  return Span() <= kShuffleBytes ? (kShuffleBytes - Span()) / pixelSize + 1 : 0;
+}
+
+int32_t PixelReach::LastShuffle(int32_t width) const {
+  return width - 1 - (kShuffleBytes - Span() + pixelSize - 1) / pixelSize;
+}
+
+bool RowsOverlap(const uint8_t *row, const PixelReach &reach, const uint8_t *otherRow, const PixelReach &otherReach,
+                 int32_t width) {
+  const auto first = [](const uint8_t *bytes, const PixelReach &side) { return bytes + side.lowest; };
+  const auto end = [width](const uint8_t *bytes, const PixelReach &side) {
+    return bytes + ptrdiff_t{side.pixelSize} * (width - 1) + side.highest + 1;
+  };
+  const std::less<> before;
+  return before(first(row, reach), end(otherRow, otherReach)) && before(first(otherRow, otherReach), end(row, reach));
+}
+
+// --- settling ---
+
+namespace {
+
+PixelReach ReachOf(int32_t pixelSize, std::span<const SampleMove> moves, int32_t SampleMove::*offset) {
+  const auto [lowest, highest] = std::ranges::minmax(moves, {}, offset);
+  return {pixelSize, lowest.*offset, highest.*offset};
+}
+
+// What is exclusive-ored with the sample.
+uint8_t FlippedBits(const SampleMove &move) { return move.complement && !move.zero ? 0xFF : 0; }
+
+}  // namespace
+
+SampleMover::SampleMover(int32_t sourcePixelSize, int32_t destPixelSize, std::span<const SampleMove> moves)
+    : count_(moves.size()),
+      source_(ReachOf(sourcePixelSize, moves, &SampleMove::from)),
+      dest_(ReachOf(destPixelSize, moves, &SampleMove::to)) {
+  std::ranges::copy(moves, moves_.begin());
+  shuffle_ = MakeShuffle();
+  wholePixels_ = MovesWholePixels();
+}
+
+SampleMover::Shuffle SampleMover::MakeShuffle() const {
+  constexpr uint8_t kZero = 0x80;
+  Shuffle shuffle;
+  shuffle.from.fill(kZero);
+  shuffle.complement.fill(0);
+  shuffle.keep.fill(0xFF);
+  // Where a sample lies among those of the next pixel, only the plain order will do.
+  const bool apart = dest_.Span() <= dest_.pixelSize;
+  shuffle.pixels = apart ? std::min(source_.PixelsPerShuffle(), dest_.PixelsPerShuffle()) : 0;
+  for (int32_t pixel = 0; pixel < shuffle.pixels; ++pixel) {
+    for (const SampleMove &move : std::span(moves_).first(count_)) {
+      const auto byte = static_cast<size_t>(pixel * dest_.pixelSize + move.to - dest_.lowest);
+      shuffle.from[byte] =
+          move.zero ? kZero : static_cast<uint8_t>(pixel * source_.pixelSize + move.from - source_.lowest);
+      shuffle.complement[byte] = FlippedBits(move);
+      shuffle.keep[byte] = 0;
+    }
+  }
+  const auto bytesOfPixels = static_cast<size_t>(shuffle.pixels) * dest_.pixelSize;
+  shuffle.keepsNothing =
+      dest_.Span() == dest_.pixelSize &&
+      std::ranges::all_of(std::span(shuffle.keep).first(bytesOfPixels), [](uint8_t bits) { return bits == 0; });
+  return shuffle;
+}
+
+// True if pixels without gaps are copied as they are.
+bool SampleMover::MovesWholePixels() const {
+  return source_.pixelSize == dest_.pixelSize && dest_.Span() == dest_.pixelSize &&
+         count_ == static_cast<size_t>(dest_.pixelSize) && shuffle_.keepsNothing &&
+         std::ranges::all_of(std::span(moves_).first(count_), [this](const SampleMove &move) {
+           return move.from - source_.lowest == move.to - dest_.lowest && !move.complement && !move.zero;
+         });
+}
+
+// --- moving ---
+
+void SampleMover::operator()(const uint8_t *source, uint8_t *dest, int32_t width) const {
+  if (width < 1) return;
+  if (RowsOverlap(source, source_, dest, dest_, width)) {
+    MoveInOrder(source, dest, width);
+  } else if (wholePixels_) {
+    std::memcpy(dest + dest_.lowest, source + source_.lowest, static_cast<size_t>(width) * dest_.pixelSize);
+  } else {
+    const ptrdiff_t moved = MoveShuffled(source, dest, width);
+    MoveInOrder(source + moved * source_.pixelSize, dest + moved * dest_.pixelSize, width - moved);
+  }
+}
+
+template <size_t kCount>
+void SampleMover::MoveCountInOrder(const uint8_t *source, uint8_t *dest, int32_t width) const {
+  std::array<ptrdiff_t, kCount> from, to;
+  std::array<uint8_t, kCount> kept, flipped;
+  for (size_t i = 0; i < kCount; ++i) {
+    from[i] = moves_[i].from;
+    to[i] = moves_[i].to;
+    kept[i] = moves_[i].zero ? 0 : 0xFF;
+    flipped[i] = FlippedBits(moves_[i]);
+  }
+  const ptrdiff_t sourcePixelSize = source_.pixelSize, destPixelSize = dest_.pixelSize;
+  for (int32_t x = 0; x < width; ++x) {
+    std::array<uint8_t, kCount> samples;
+    for (size_t i = 0; i < kCount; ++i) samples[i] = (source[from[i]] & kept[i]) ^ flipped[i];
+    for (size_t i = 0; i < kCount; ++i) dest[to[i]] = samples[i];
+    source += sourcePixelSize;
+    dest += destPixelSize;
+    OneStepAtATime();  // the compiler cannot tell by addresses whether two mappings of a file overlap
+  }
+}
+
+void SampleMover::MoveInOrder(const uint8_t *source, uint8_t *dest, int32_t width) const {
+  switch (count_) {
+    case 1:
+      return MoveCountInOrder<1>(source, dest, width);
+    case 2:
+      return MoveCountInOrder<2>(source, dest, width);
+    case 3:
+      return MoveCountInOrder<3>(source, dest, width);
+    case 4:
+      return MoveCountInOrder<4>(source, dest, width);
+    default:
+      return MoveCountInOrder<5>(source, dest, width);
+  }
+}
+
+int32_t SampleMover::MoveShuffled(const uint8_t *source, uint8_t *dest, int32_t width) const {
+  const int32_t last = std::min(source_.LastShuffle(width), dest_.LastShuffle(width));
+  if (shuffle_.pixels < 2 || last < 0 || !HasByteShuffle()) return 0;
+  const int32_t steps = last / shuffle_.pixels + 1;
+  if (shuffle_.keepsNothing) {
+    ShuffleOver(source + source_.lowest, dest + dest_.lowest, steps);
+  } else {
+    ShuffleInto(source + source_.lowest, dest + dest_.lowest, steps);
+  }
+  return steps * shuffle_.pixels;
+}
+
+// Writes all bytes of the pixels, and zeros behind the last pixel of a step: they lie in pixels that are still to come.
+ZVK_BYTE_SHUFFLE void SampleMover::ShuffleOver(const uint8_t *source, uint8_t *dest, int32_t steps) const {
+  const __m128i from = LoadBytes(shuffle_.from.data()), complement = LoadBytes(shuffle_.complement.data());
+  const ptrdiff_t sourceStep = ptrdiff_t{source_.pixelSize} * shuffle_.pixels;
+  const ptrdiff_t destStep = ptrdiff_t{dest_.pixelSize} * shuffle_.pixels;
+  for (int32_t step = 0; step < steps; ++step) {
+    StoreBytes(dest, _mm_xor_si128(_mm_shuffle_epi8(LoadBytes(source), from), complement));
+    source += sourceStep;
+    dest += destStep;
+  }
+}
+
+// Writes some bytes of the pixels and leaves the others as they are.
+ZVK_BYTE_SHUFFLE void SampleMover::ShuffleInto(const uint8_t *source, uint8_t *dest, int32_t steps) const {
+  const __m128i from = LoadBytes(shuffle_.from.data()), complement = LoadBytes(shuffle_.complement.data());
+  const __m128i keep = LoadBytes(shuffle_.keep.data());
+  const ptrdiff_t sourceStep = ptrdiff_t{source_.pixelSize} * shuffle_.pixels;
+  const ptrdiff_t destStep = ptrdiff_t{dest_.pixelSize} * shuffle_.pixels;
+  // The old bytes are loaded a step ahead: a load that covers half of the store before it would have to wait for it.
+  __m128i old = LoadBytes(dest);
+  for (int32_t step = 1; step <= steps; ++step) {
+    const __m128i moved = _mm_xor_si128(_mm_shuffle_epi8(LoadBytes(source), from), complement);
+    const __m128i bytes = _mm_or_si128(moved, _mm_and_si128(old, keep));
+    if (step < steps) old = LoadBytes(dest + destStep);
+    StoreBytes(dest, bytes);
+    source += sourceStep;
+    dest += destStep;
+  }
+}
+
+}  // namespace zvk
