@@ -1,6 +1,7 @@
 -- The gallery: a page that shows what each filter and each way of blending makes, beside the very call that made it.
 -- zvk run --seed 1 examples/gallery.lua OUT, which gets gallery.html and the folder gallery with its pictures
-local out = arg[1] or "build/gallery"
+-- With a second folder an excerpt goes there as well: gallery.md and the folder images/gallery.
+local out <const>, excerptOut <const> = arg[1] or "build/gallery", arg[2]
 local examples <const> = arg[0]:match("^.*/") or ""
 
 -- The code on the page is strings that are both shown and run, in the order of the page. Their globals are in `world`.
@@ -429,6 +430,12 @@ end]],
   },
 }
 
+-- What the excerpt shows, by the names of the pictures.
+local excerpt <const> = {
+  "photo", "OilFilter", "StampFilter_colours", "NeonFilter", "EngraveFilter_up", "GammaFilter_colours",
+  "GrayDitherCluster8Matrix", "EyeScaleFast", "EyeScaleLanczos3", "Combine", "Rotate_background", "ApplyMask",
+}
+
 local page <const> = {}
 local function put(text, ...) page[#page + 1] = text:format(...) end
 
@@ -446,6 +453,9 @@ end
 local folder <const> = FolderItem(out):Child("gallery")
 folder:CreateAsFolder()
 
+-- The figures on the page by name: file, caption and call.
+local shown <const> = {}
+
 -- Runs a call, saves its picture, and puts both on the page.
 local function show(section, figure)
   local name, caption, call = table.unpack(figure)
@@ -461,6 +471,7 @@ local function show(section, figure)
   put('<figure%s><img src="gallery/%s" alt="%s" width="%d" height="%d"%s>', width > 160 and ' class="wide"' or "", file,
     escaped(section.title .. ": " .. caption), width, height, image.HasAlpha and ' class="clear"' or "")
   put("<figcaption>%s <code>%s</code></figcaption></figure>", escaped(caption), broken(escaped(call)))
+  shown[name] = {file = file, caption = section.title .. ": " .. caption, call = call}
 end
 
 put("%s", [[
@@ -506,7 +517,7 @@ figcaption code { display: block; margin-top: .125rem; color: var(--quiet); over
 <header>
 <h1>The gallery</h1>
 <p>What PictureZVK makes of a picture, and under it the call that made it, in Lua. The page and its pictures are what
-<code>build/zvk run --seed 1 examples/gallery.lua docs</code> writes.</p>
+<code>zvk run --seed 1 examples/gallery.lua OUT</code> writes into the folder <code>OUT</code>.</p>
 <nav><ul>]])
 local function anchor(title) return (title:lower():gsub(" ", "-")) end
 for _, section in ipairs(sections) do put('<li><a href="#%s">%s</a></li>', anchor(section.title), section.title) end
@@ -522,5 +533,34 @@ for _, section in ipairs(sections) do
 end
 put("</main>\n</body>\n</html>\n")
 
-local file <close> = assert(io.open(out .. "/gallery.html", "wb"))
-assert(file:write(table.concat(page, "\n")))
+local function write(path, text)
+  local file <close> = assert(io.open(path, "wb"))
+  assert(file:write(text))
+end
+
+write(out .. "/gallery.html", table.concat(page, "\n"))
+if not excerptOut then return end
+
+local excerptFolder <const> = FolderItem(excerptOut):Child("images"):Child("gallery")
+excerptFolder:CreateAsFolder()
+local lines <const> = {[[
+# The gallery
+
+Some of what PictureZVK makes of a picture, and the call that made it, in Lua. The whole gallery shows every filter,
+dither matrix, turn and way of blending, and the code that makes the images of the calls. `./run docs` makes it, and
+this page as well; the whole is then `build/docs/gallery.html`. Where only the program is installed,
+
+    zvk run --seed 1 examples/gallery.lua OUT
+
+makes it in the folder `OUT`.
+
+| Picture | What it is | Call |
+|---|---|---|]]}
+for _, name in ipairs(excerpt) do
+  local figure <const> = shown[name]
+  local picture <close> = assert(io.open(out .. "/gallery/" .. figure.file, "rb"))
+  write(excerptOut .. "/images/gallery/" .. figure.file, picture:read("a"))
+  lines[#lines + 1] = ("| ![%s](images/gallery/%s) | %s | `%s` |"):format(figure.caption, figure.file, figure.caption,
+    figure.call)
+end
+write(excerptOut .. "/gallery.md", table.concat(lines, "\n") .. "\n")

@@ -59,9 +59,10 @@ TEST_F(Installation, HasEverythingInItsPlace) {
        {"bin/zvk", "share/man/man1/zvk.1", "share/bash-completion/completions/zvk", "share/zsh/site-functions/_zvk",
         "share/doc/picturezvk/README.md", "share/doc/picturezvk/CHANGELOG.md", "share/doc/picturezvk/LICENSE",
         "share/doc/picturezvk/LICENSE-UNICODE.txt", "share/doc/picturezvk/docs/guide.md",
-        "share/doc/picturezvk/docs/reference.md", "share/doc/picturezvk/docs/images/hubble_deep_field.jpg",
-        "share/doc/picturezvk/examples/card.lua", "share/doc/picturezvk/examples/astronaut.png",
-        "share/doc/picturezvk/examples/ORIGINS.md"}) {
+        "share/doc/picturezvk/docs/reference.md", "share/doc/picturezvk/docs/gallery.md",
+        "share/doc/picturezvk/docs/images/gallery/OilFilter.jpg",
+        "share/doc/picturezvk/docs/images/hubble_deep_field.jpg", "share/doc/picturezvk/examples/card.lua",
+        "share/doc/picturezvk/examples/astronaut.png", "share/doc/picturezvk/examples/ORIGINS.md"}) {
     EXPECT_TRUE(fs::is_regular_file(Path(std::string("usr/") + file))) << file;
   }
   EXPECT_THAT(Plugin(), AllOf(StartsWith(Path("usr/lib")), testing::EndsWith("/picturezvk/libPictureZVK.so")));

@@ -1,4 +1,4 @@
-// The gallery: the page that examples/gallery.lua makes shows all there is, and is the one in docs/.
+// The gallery: the page that examples/gallery.lua makes shows all there is, and its excerpt is the one in docs/.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -35,8 +35,8 @@ std::string Join(const std::vector<std::string> &texts) {
 class GalleryTest : public ZvkProgram {
  protected:
   GalleryTest() {
-    RunWell({"run", "--seed", "1", std::string(PICTUREZVK_EXAMPLES) + "/gallery.lua", "docs"});
-    page_ = Read("docs/gallery.html");
+    RunWell({"run", "--seed", "1", std::string(PICTUREZVK_EXAMPLES) + "/gallery.lua", "whole", "docs"});
+    page_ = Read("whole/gallery.html");
   }
 
   static std::string Committed(const std::string &name) {
@@ -103,18 +103,31 @@ TEST_F(GalleryTest, ThePageNamesThePicturesThatThereAre) {
   for (const std::string &text : Between("<figure", " alt=\"", "\"")) EXPECT_NE(text, "");
   EXPECT_EQ(Between("<figure", " alt=\"", "\"").size(), named.size());
   EXPECT_EQ(Between("<figure", " width=\"", "\" height=\"").size(), named.size());
-  EXPECT_THAT(FilesIn(Path("docs/gallery")), testing::UnorderedElementsAreArray(named));
+  EXPECT_THAT(FilesIn(Path("whole/gallery")), testing::UnorderedElementsAreArray(named));
 }
 
-TEST_F(GalleryTest, ThePageInDocsIsTheOneMadeAndIsSmall) {
-  std::ifstream file(Committed("gallery.html"), std::ios::binary);
-  EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), page_);
-  ASSERT_EQ(FilesIn(Committed("gallery")), FilesIn(Path("docs/gallery")));
-  uintmax_t bytes = page_.size();
-  for (const std::string &name : FilesIn(Path("docs/gallery"))) {
-    const std::string kept = Committed("gallery/" + name);
-    ExpectSamePixels(Path("docs/gallery/" + name), kept);
+TEST_F(GalleryTest, TheExcerptInDocsIsTheOneMadeAndIsSmall) {
+  const std::string excerpt = Read("docs/gallery.md");
+  std::ifstream file(Committed("gallery.md"), std::ios::binary);
+  EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), excerpt);
+  const std::set<std::string> pictures = FilesIn(Path("docs/images/gallery"));
+  EXPECT_EQ(pictures.size(), 12u);
+  ASSERT_EQ(FilesIn(Committed("images/gallery")), pictures);
+  uintmax_t bytes = excerpt.size();
+  for (const std::string &name : pictures) {
+    EXPECT_THAT(excerpt, HasSubstr("](images/gallery/" + name + ") | "));
+    EXPECT_EQ(Read("docs/images/gallery/" + name), Read("whole/gallery/" + name)) << name;
+    const std::string kept = Committed("images/gallery/" + name);
+    ExpectSamePixels(Path("docs/images/gallery/" + name), kept);
     bytes += std::filesystem::file_size(kept);
+  }
+  EXPECT_LT(bytes, 200'000u);
+}
+
+TEST_F(GalleryTest, TheWholeIsSmall) {
+  uintmax_t bytes = page_.size();
+  for (const std::string &name : FilesIn(Path("whole/gallery"))) {
+    bytes += std::filesystem::file_size(Path("whole/gallery/" + name));
   }
   EXPECT_LT(bytes, 3'000'000u);
 }
