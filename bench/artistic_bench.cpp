@@ -9,7 +9,7 @@
 #include <cstdlib>
 #include <vector>
 
-#include "bench/bench_images.h"
+#include "bench/bench_host.h"
 #include "filters/diffuse_filter.h"
 #include "filters/engrave_filter.h"
 #include "filters/neon_filter.h"
@@ -23,27 +23,14 @@ namespace {
 constexpr int32_t kWidth = 6000, kHeight = 4000;
 constexpr int32_t kNaiveWidth = kWidth / 10, kNaiveHeight = kHeight / 10;
 
-// Noise over a gradient, so that neighbours are alike as in a photograph.
-void FillPicture(uint8_t *bytes, int64_t count) {
-  uint32_t state = 1;
-  for (int64_t i = 0; i < count; ++i) {
-    state = state * 1664525 + 1013904223;
-    bytes[i] = static_cast<uint8_t>(i / 97 % 200 + (state >> 24) / 8);
-  }
-}
-
-struct Picture : Image {
-  explicit Picture(int32_t format) : Image(kWidth, kHeight, format) {
-    FillPicture(Record().Buffer, Record().TotalSize);
-  }
+struct Photograph : BenchImage {
+  explicit Photograph(int32_t format) : BenchImage(kWidth, kHeight, format, FillLikePhotograph) {}
 };
-
-void Drop(REALobject result) { standalone::ObjectAs<standalone::Object>(result)->Unlock(); }
 
 // The filter from one image into another one of the same format.
 template <class Filter>
 void Run(benchmark::State &state, int32_t format, Filter filter) {
-  const Picture source(format), dest(format);
+  const Photograph source(format), dest(format);
   for (auto _ : state) Drop(filter(source.Handle(), dest.Handle()));
   CountPixels(state, kWidth, kHeight);
 }
@@ -71,9 +58,9 @@ void Stamp(benchmark::State &state, int32_t format) {
 
 using Bytes = std::vector<uint8_t>;
 
-Bytes NaivePicture() {
+Bytes NaivePhotograph() {
   Bytes bytes(size_t{3} * kNaiveWidth * kNaiveHeight);
-  FillPicture(bytes.data(), static_cast<int64_t>(bytes.size()));
+  FillLikePhotograph(bytes.data(), static_cast<int64_t>(bytes.size()));
   return bytes;
 }
 
@@ -81,7 +68,7 @@ size_t At(int32_t x, int32_t y) { return (static_cast<size_t>(y) * kNaiveWidth +
 
 template <class Pixel>
 void RunNaive(benchmark::State &state, Pixel pixel) {
-  const Bytes source = NaivePicture();
+  const Bytes source = NaivePhotograph();
   Bytes dest(source.size());
   for (auto _ : state) {
     for (int32_t y = 0; y < kNaiveHeight; ++y) {
@@ -146,7 +133,6 @@ void NaiveNeon(benchmark::State &state) {
   });
 }
 
-#define ZVK_BENCHMARK(...) BENCHMARK_CAPTURE(__VA_ARGS__)->Unit(benchmark::kMillisecond)
 ZVK_BENCHMARK(Oil, RGB_20_levels_range_2, ImageFormatRGB, 20, 2);
 ZVK_BENCHMARK(Oil, RGB_20_levels_range_4, ImageFormatRGB, 20, 4);
 ZVK_BENCHMARK(Oil, RGB_20_levels_range_8, ImageFormatRGB, 20, 8);

@@ -8,7 +8,7 @@
 #include <cstdlib>
 #include <vector>
 
-#include "bench/bench_images.h"
+#include "bench/bench_host.h"
 #include "filters/box_blur.h"
 #include "filters/fractional_blur.h"
 #include "filters/unsharp.h"
@@ -20,44 +20,31 @@ namespace {
 constexpr int32_t kWidth = 6000, kHeight = 4000;
 constexpr int32_t kNaiveWidth = kWidth / 4, kNaiveHeight = kHeight / 4;
 
-// Noise over a gradient, so that neighbours are alike as in a photograph.
-void FillPicture(uint8_t *bytes, int64_t count) {
-  uint32_t state = 1;
-  for (int64_t i = 0; i < count; ++i) {
-    state = state * 1664525 + 1013904223;
-    bytes[i] = static_cast<uint8_t>(i / 97 % 200 + (state >> 24) / 8);
-  }
-}
-
-struct Picture : Image {
-  explicit Picture(int32_t format) : Image(kWidth, kHeight, format) {
-    FillPicture(Record().Buffer, Record().TotalSize);
-  }
+struct Photograph : BenchImage {
+  explicit Photograph(int32_t format) : BenchImage(kWidth, kHeight, format, FillLikePhotograph) {}
 };
-
-void Drop(REALobject result) { standalone::ObjectAs<standalone::Object>(result)->Unlock(); }
 
 void BoxBlur(benchmark::State &state, int32_t sourceFormat, int32_t destFormat, double radius, bool vertical,
              bool horizontal) {
-  const Picture source(sourceFormat), dest(destFormat);
+  const Photograph source(sourceFormat), dest(destFormat);
   for (auto _ : state) Drop(BoxBlurFilter(source.Handle(), dest.Handle(), radius, vertical, horizontal));
   CountPixels(state, kWidth, kHeight);
 }
 
 void BoxBlurInPlace(benchmark::State &state, int32_t format, double radius) {
-  const Picture image(format);
+  const Photograph image(format);
   for (auto _ : state) Drop(BoxBlurFilter(image.Handle(), image.Handle(), radius, true, true));
   CountPixels(state, kWidth, kHeight);
 }
 
 void Fractional(benchmark::State &state, int32_t format) {
-  const Picture source(format), dest(format);
+  const Photograph source(format), dest(format);
   for (auto _ : state) Drop(BoxBlurFractionalFilter(source.Handle(), dest.Handle(), 0.4));
   CountPixels(state, kWidth, kHeight);
 }
 
 void Unsharp(benchmark::State &state, int32_t format) {
-  const Picture image(format), blurred(format);
+  const Photograph image(format), blurred(format);
   Drop(BoxBlurFilter(image.Handle(), blurred.Handle(), 3.0, true, true));
   for (auto _ : state) benchmark::DoNotOptimize(unsharpFilter(image.Handle(), blurred.Handle(), 0.2, 3));
   CountPixels(state, kWidth, kHeight);
@@ -67,9 +54,9 @@ void Unsharp(benchmark::State &state, int32_t format) {
 
 using Bytes = std::vector<uint8_t>;
 
-Bytes NaivePicture() {
+Bytes NaivePhotograph() {
   Bytes bytes(size_t{3} * kNaiveWidth * kNaiveHeight);
-  FillPicture(bytes.data(), static_cast<int64_t>(bytes.size()));
+  FillLikePhotograph(bytes.data(), static_cast<int64_t>(bytes.size()));
   return bytes;
 }
 
@@ -78,7 +65,7 @@ size_t At(int32_t x, int32_t y, int32_t channel) {
 }
 
 void NaiveBoxBlur(benchmark::State &state, int32_t r) {
-  const Bytes source = NaivePicture();
+  const Bytes source = NaivePhotograph();
   Bytes dest(source.size()), line(size_t{3} * kNaiveWidth);
   std::vector<uint32_t> sums(size_t{3} * kNaiveWidth), table(static_cast<size_t>(2 * r + 2) * 256);
   for (auto _ : state) {
@@ -112,7 +99,7 @@ void NaiveBoxBlur(benchmark::State &state, int32_t r) {
 }
 
 void NaiveFractional(benchmark::State &state) {
-  const Bytes source = NaivePicture();
+  const Bytes source = NaivePhotograph();
   Bytes dest(source.size()), line(size_t{3} * kNaiveWidth);
   const double f = 0.4, norm = 1.0 / (f + f + 1.0);
   for (auto _ : state) {
@@ -139,7 +126,7 @@ void NaiveFractional(benchmark::State &state) {
 }
 
 void NaiveUnsharp(benchmark::State &state) {
-  Bytes image = NaivePicture();
+  Bytes image = NaivePhotograph();
   const Bytes blurred(image.size(), 100);
   const double k = 0.2 * 4 + 1;
   for (auto _ : state) {
@@ -153,7 +140,6 @@ void NaiveUnsharp(benchmark::State &state) {
   CountPixels(state, kNaiveWidth, kNaiveHeight);
 }
 
-#define ZVK_BENCHMARK(...) BENCHMARK_CAPTURE(__VA_ARGS__)->Unit(benchmark::kMillisecond)
 ZVK_BENCHMARK(BoxBlur, RGB_2, ImageFormatRGB, ImageFormatRGB, 2, true, true);
 ZVK_BENCHMARK(BoxBlur, RGB_20, ImageFormatRGB, ImageFormatRGB, 20, true, true);
 ZVK_BENCHMARK(BoxBlur, RGB_200, ImageFormatRGB, ImageFormatRGB, 200, true, true);

@@ -4,9 +4,10 @@
 #include <cstdint>
 #include <cstring>
 
-#include "bench/filter_images.h"
+#include "bench/bench_host.h"
 #include "compositing/combine.h"
 #include "geometry/copy_pixels.h"
+#include "image/image_formats.h"
 
 namespace zvk {
 namespace {
@@ -20,17 +21,17 @@ constexpr int32_t RGBX = ImageFormatRGBX, BGRA = ImageFormatBGRA;
 void Copy(benchmark::State &state, int32_t from, int32_t to) {
   const BenchImage source(6000, 4000, from), dest(6000, 4000, to);
   for (auto _ : state) benchmark::DoNotOptimize(rbCopyPixels2(dest.Handle(), source.Handle()));
-  state.SetItemsProcessed(state.iterations() * 24000000);
+  CountPixels(state, 6000, 4000);
 }
 
-BENCHMARK_CAPTURE(Copy, RGB_to_RGB, RGB, RGB)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Copy, RGBA_to_RGBA, RGBA, RGBA)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Copy, RGBX_to_RGBX, RGBX, RGBX)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Copy, RGB_to_BGRA, RGB, BGRA)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Copy, RGBA_to_RGB, RGBA, RGB)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Copy, RGBA_to_GA, RGBA, GA)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Copy, RGB_to_G, RGB, G)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Copy, G_to_RGB, G, RGB)->Unit(benchmark::kMillisecond);
+ZVK_BENCHMARK(Copy, RGB_to_RGB, RGB, RGB);
+ZVK_BENCHMARK(Copy, RGBA_to_RGBA, RGBA, RGBA);
+ZVK_BENCHMARK(Copy, RGBX_to_RGBX, RGBX, RGBX);
+ZVK_BENCHMARK(Copy, RGB_to_BGRA, RGB, BGRA);
+ZVK_BENCHMARK(Copy, RGBA_to_RGB, RGBA, RGB);
+ZVK_BENCHMARK(Copy, RGBA_to_GA, RGBA, GA);
+ZVK_BENCHMARK(Copy, RGB_to_G, RGB, G);
+ZVK_BENCHMARK(Copy, G_to_RGB, G, RGB);
 
 // Rows copied whole.
 void NaiveCopyOfRows(benchmark::State &state) {
@@ -40,7 +41,7 @@ void NaiveCopyOfRows(benchmark::State &state) {
     for (int32_t y = 0; y < 4000; ++y) std::memcpy(to.GetRow(&to, y), from.GetRow(&from, y), 18000);
     benchmark::ClobberMemory();
   }
-  state.SetItemsProcessed(state.iterations() * 24000000);
+  CountPixels(state, 6000, 4000);
 }
 BENCHMARK(NaiveCopyOfRows)->Unit(benchmark::kMillisecond);
 
@@ -62,7 +63,7 @@ void NaiveCopyOfSamples(benchmark::State &state) {
     }
     benchmark::ClobberMemory();
   }
-  state.SetItemsProcessed(state.iterations() * 1500000);
+  CountPixels(state, 1500, 1000);
 }
 BENCHMARK(NaiveCopyOfSamples)->Unit(benchmark::kMillisecond);
 
@@ -74,18 +75,18 @@ void Masked(benchmark::State &state, int32_t destFormat, int32_t sourceFormat, i
     benchmark::DoNotOptimize(
         Case2(dest.Handle(), source.Handle(), premultiplied, mask.Handle(), 0, 0, 0, 0, 6000, 4000));
   }
-  state.SetItemsProcessed(state.iterations() * 24000000);
+  CountPixels(state, 6000, 4000);
 }
 
-BENCHMARK_CAPTURE(Masked, RGB_RGB_RGB, RGB, RGB, RGB, false)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Masked, RGB_RGB_G, RGB, RGB, G, false)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Masked, RGB_BGRA_G, RGB, BGRA, G, false)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Masked, RGBX_RGB_G, RGBX, RGB, G, false)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Masked, RGBA_RGBA_RGBA, RGBA, RGBA, RGBA, false)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Masked, RGBA_RGBA_GA, RGBA, RGBA, GA, false)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Masked, G_RGB_RGB, G, RGB, RGB, false)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Masked, premultiplied_RGB_RGB_G, RGB, RGB, G, true)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Masked, premultiplied_RGBA_RGBA_RGBA, RGBA, RGBA, RGBA, true)->Unit(benchmark::kMillisecond);
+ZVK_BENCHMARK(Masked, RGB_RGB_RGB, RGB, RGB, RGB, false);
+ZVK_BENCHMARK(Masked, RGB_RGB_G, RGB, RGB, G, false);
+ZVK_BENCHMARK(Masked, RGB_BGRA_G, RGB, BGRA, G, false);
+ZVK_BENCHMARK(Masked, RGBX_RGB_G, RGBX, RGB, G, false);
+ZVK_BENCHMARK(Masked, RGBA_RGBA_RGBA, RGBA, RGBA, RGBA, false);
+ZVK_BENCHMARK(Masked, RGBA_RGBA_GA, RGBA, RGBA, GA, false);
+ZVK_BENCHMARK(Masked, G_RGB_RGB, G, RGB, RGB, false);
+ZVK_BENCHMARK(Masked, premultiplied_RGB_RGB_G, RGB, RGB, G, true);
+ZVK_BENCHMARK(Masked, premultiplied_RGBA_RGBA_RGBA, RGBA, RGBA, RGBA, true);
 
 // The formulas for every sample, by offsets.
 void NaiveMasked(benchmark::State &state, int32_t format) {
@@ -112,10 +113,10 @@ void NaiveMasked(benchmark::State &state, int32_t format) {
     }
     benchmark::ClobberMemory();
   }
-  state.SetItemsProcessed(state.iterations() * 1500000);
+  CountPixels(state, 1500, 1000);
 }
-BENCHMARK_CAPTURE(NaiveMasked, RGB_RGB_G, RGB)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(NaiveMasked, RGBA_RGBA_G, RGBA)->Unit(benchmark::kMillisecond);
+ZVK_BENCHMARK(NaiveMasked, RGB_RGB_G, RGB);
+ZVK_BENCHMARK(NaiveMasked, RGBA_RGBA_G, RGBA);
 
 // Views of one image, which go pixel after pixel.
 void MaskedOntoItself(benchmark::State &state, int32_t format) {
@@ -123,10 +124,10 @@ void MaskedOntoItself(benchmark::State &state, int32_t format) {
   for (auto _ : state) {
     benchmark::DoNotOptimize(Case2(image.Handle(), image.Handle(), false, mask.Handle(), 0, 0, 0, 0, 6000, 4000));
   }
-  state.SetItemsProcessed(state.iterations() * 24000000);
+  CountPixels(state, 6000, 4000);
 }
-BENCHMARK_CAPTURE(MaskedOntoItself, RGB, RGB)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(MaskedOntoItself, RGBA, RGBA)->Unit(benchmark::kMillisecond);
+ZVK_BENCHMARK(MaskedOntoItself, RGB, RGB);
+ZVK_BENCHMARK(MaskedOntoItself, RGBA, RGBA);
 
 // --- with a flat colour ---
 
@@ -136,15 +137,15 @@ void Flat(benchmark::State &state, int32_t destFormat, int32_t imageFormat, int3
     benchmark::DoNotOptimize(
         PictureCombine1(dest.Handle(), image.Handle(), nullptr, 0, 0, 0, 0, 6000, 4000, true, foreColour, maskColour));
   }
-  state.SetItemsProcessed(state.iterations() * 24000000);
+  CountPixels(state, 6000, 4000);
 }
 
-BENCHMARK_CAPTURE(Flat, foreground_RGB_G, RGB, G, 0x336699, kNoColour)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Flat, foreground_RGB_RGB, RGB, RGB, 0x336699, kNoColour)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Flat, foreground_RGBA_RGBA, RGBA, RGBA, 0x336699, kNoColour)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Flat, foreground_G_G, G, G, 0x336699, kNoColour)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Flat, mask_colour_RGB_RGB, RGB, RGB, kNoColour, 0x336699)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Flat, mask_colour_RGBA_RGBA, RGBA, RGBA, kNoColour, 0x336699)->Unit(benchmark::kMillisecond);
+ZVK_BENCHMARK(Flat, foreground_RGB_G, RGB, G, 0x336699, kNoColour);
+ZVK_BENCHMARK(Flat, foreground_RGB_RGB, RGB, RGB, 0x336699, kNoColour);
+ZVK_BENCHMARK(Flat, foreground_RGBA_RGBA, RGBA, RGBA, 0x336699, kNoColour);
+ZVK_BENCHMARK(Flat, foreground_G_G, G, G, 0x336699, kNoColour);
+ZVK_BENCHMARK(Flat, mask_colour_RGB_RGB, RGB, RGB, kNoColour, 0x336699);
+ZVK_BENCHMARK(Flat, mask_colour_RGBA_RGBA, RGBA, RGBA, kNoColour, 0x336699);
 
 }  // namespace
 }  // namespace zvk

@@ -5,39 +5,15 @@
 #include <cstdint>
 #include <vector>
 
+#include "bench/bench_host.h"
 #include "exchange/row_conversion.h"
 #include "image/image_formats.h"
-#include "image/image_storage.h"
-#include "plugin/plugin_entry.h"
-#include "standalone/runtime/host.h"
 #include "standalone/runtime/memory_block.h"
 
 namespace zvk {
 namespace {
 
 constexpr int32_t kWidth = 6000;
-
-standalone::Host &BenchHost() {
-  static standalone::Host host;
-  static const bool started = (host.Start(&REALPluginMain), true);
-  (void)started;
-  return host;
-}
-
-class Image {
- public:
-  explicit Image(int32_t format) : object_(BenchHost().Classes().NewInstance("PictureZVK")) {
-    ImageConstructor(Handle(), kWidth, 1, format);
-    ImageClassData &record = *RecordOf(Handle());
-    for (int32_t i = 0; i < record.RowSize; ++i) record.Buffer[i] = static_cast<uint8_t>(i * 31 + i / 7);
-  }
-  ~Image() { object_->Unlock(); }
-  REALobject Handle() const { return object_->Handle(); }
-  uint8_t *Row() const { return RecordOf(Handle())->Buffer; }
-
- private:
-  standalone::Object *object_;
-};
 
 void NaiveRGBToBGRA(const uint8_t *source, uint8_t *dest) {
   for (int32_t x = 0; x < kWidth; ++x) {
@@ -60,15 +36,15 @@ void NaiveGToCMYK(const uint8_t *source, uint8_t *dest) {
 }
 
 void Read(benchmark::State &state, int32_t imageFormat, int32_t format) {
-  const Image image(imageFormat);
+  const BenchImage image(kWidth, 1, imageFormat);
   for (auto _ : state) {
-    standalone::ObjectAs<standalone::MemoryBlock>(rbGetRowF(image.Handle(), 0, format))->Unlock();
+    Drop(rbGetRowF(image.Handle(), 0, format));
   }
   state.SetItemsProcessed(state.iterations());
 }
 
 void Write(benchmark::State &state, int32_t format, int32_t imageFormat) {
-  const Image image(imageFormat);
+  const BenchImage image(kWidth, 1, imageFormat);
   standalone::MemoryBlock *const block = standalone::MemoryBlock::Make(4 * kWidth);
   for (auto _ : state) {
     rbSetRowF(image.Handle(), 0, format, block->Handle());

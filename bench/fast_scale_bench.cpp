@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "bench/bench_images.h"
+#include "bench/bench_host.h"
 #include "image/image_formats.h"
 #include "scaling/fast_scale.h"
 #include "tests/support/naive_fast_scale.h"
@@ -13,24 +13,23 @@ namespace zvk {
 namespace {
 
 void Shrink(benchmark::State &state, int32_t sourceFormat, int32_t destFormat) {
-  const Image source(6000, 4000, sourceFormat), dest(1500, 1000, destFormat);
+  const BenchImage source(6000, 4000, sourceFormat), dest(1500, 1000, destFormat);
   for (auto _ : state) ScalePictureFast(dest.Handle(), source.Handle(), 1500, 1000);
   CountPixels(state, 1500, 1000);
 }
 
 void Enlarge(benchmark::State &state, int32_t sourceFormat, int32_t destFormat) {
-  const Image source(1500, 1000, sourceFormat), dest(3000, 2000, destFormat);
+  const BenchImage source(1500, 1000, sourceFormat), dest(3000, 2000, destFormat);
   for (auto _ : state) ScalePictureFast(dest.Handle(), source.Handle(), 3000, 2000);
   CountPixels(state, 3000, 2000);
 }
 
 void NaiveEnlarge(benchmark::State &state, int32_t sourceFormat, int32_t destFormat) {
-  const Image source(750, 500, sourceFormat), dest(1500, 1000, destFormat);
+  const BenchImage source(750, 500, sourceFormat), dest(1500, 1000, destFormat);
   for (auto _ : state) naive::ScaleFast(dest.Record(), source.Record(), 1500, 1000);
   CountPixels(state, 1500, 1000);
 }
 
-#define ZVK_BENCHMARK(...) BENCHMARK_CAPTURE(__VA_ARGS__)->Unit(benchmark::kMillisecond)
 ZVK_BENCHMARK(Shrink, RGB, ImageFormatRGB, ImageFormatRGB);
 ZVK_BENCHMARK(Shrink, RGBA, ImageFormatRGBA, ImageFormatRGBA);
 ZVK_BENCHMARK(Shrink, RGB_to_BGRA, ImageFormatRGB, ImageFormatBGRA);

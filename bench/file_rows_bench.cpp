@@ -4,23 +4,15 @@
 
 #include <cstdint>
 
+#include "bench/bench_host.h"
 #include "image/file_storage.h"
 #include "image/image_formats.h"
 #include "image/views.h"
-#include "plugin/plugin_entry.h"
-#include "standalone/runtime/host.h"
 
 namespace zvk {
 namespace {
 
 constexpr int32_t kRows = 100000;
-
-standalone::Host &BenchHost() {
-  static standalone::Host host;
-  static const bool started = (host.Start(&REALPluginMain), true);
-  (void)started;
-  return host;
-}
 
 // Reads a byte of every row in the record's order; how often the block moved on the way.
 int64_t Walk(ImageClassData &image) {
@@ -45,8 +37,8 @@ void WalkRows(benchmark::State &state, bool upwards) {
   state.counters["remaps"] = static_cast<double>(remaps);
 }
 
-BENCHMARK_CAPTURE(WalkRows, Down, false)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(WalkRows, Up, true)->Unit(benchmark::kMillisecond);
+ZVK_BENCHMARK(WalkRows, Down, false);
+ZVK_BENCHMARK(WalkRows, Up, true);
 
 }  // namespace
 }  // namespace zvk

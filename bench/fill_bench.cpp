@@ -2,60 +2,33 @@
 // Pixels a second.
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstdlib>
 
+#include "bench/bench_host.h"
 #include "image/image_formats.h"
-#include "image/image_storage.h"
 #include "levels/auto_level.h"
 #include "levels/fill.h"
 #include "levels/fill_apply.h"
 #include "levels/invert.h"
-#include "plugin/plugin_entry.h"
-#include "standalone/runtime/host.h"
 
 namespace zvk {
 namespace {
 
-standalone::Host &BenchHost() {
-  static standalone::Host host;
-  static const bool started = (host.Start(&REALPluginMain), true);
-  (void)started;
-  return host;
+// Noise of little contrast, so that AutoLevel has something to do.
+void FillWithLowContrast(uint8_t *bytes, int64_t count) {
+  std::generate_n(bytes, count, [noise = Noise()]() mutable { return static_cast<uint8_t>(40 + noise() / 2); });
 }
 
-class Image {
- public:
-  Image(int32_t width, int32_t height, int32_t format) : object_(BenchHost().Classes().NewInstance("PictureZVK")) {
-    ImageConstructor(Handle(), width, height, format);
-    Restore();
-  }
-  Image(const Image &) = delete;
-  ~Image() { object_->Unlock(); }
-
-  // Puts noise of little contrast into all bytes.
-  void Restore() {
-    uint32_t state = 1;
-    for (int64_t i = 0; i < Record().TotalSize; ++i) {
-      state = state * 1664525 + 1013904223;
-      Record().Buffer[i] = static_cast<uint8_t>(40 + (state >> 24) / 2);
-    }
-  }
-  REALobject Handle() const { return object_->Handle(); }
-  ImageClassData &Record() const { return *RecordOf(Handle()); }
-
- private:
-  standalone::Object *object_;
-};
-
 void Run(benchmark::State &state, void (*operation)(REALobject), int32_t format) {
-  const Image image(6000, 4000, format);
+  const BenchImage image(6000, 4000, format, FillWithLowContrast);
   for (auto _ : state) {
     operation(image.Handle());
     benchmark::ClobberMemory();
   }
-  state.SetItemsProcessed(state.iterations() * 6000 * 4000);
+  CountPixels(state, 6000, 4000);
 }
 
 void FillValue(REALobject image) { FillRect1(image, 128); }
@@ -148,15 +121,14 @@ void NaiveLevel(const ImageClassData &image) {
 }
 
 void Naive(benchmark::State &state, void (*operation)(const ImageClassData &)) {
-  const Image image(1500, 1000, ImageFormatRGB);
+  const BenchImage image(1500, 1000, ImageFormatRGB, FillWithLowContrast);
   for (auto _ : state) {
     operation(image.Record());
     benchmark::ClobberMemory();
   }
-  state.SetItemsProcessed(state.iterations() * 1500 * 1000);
+  CountPixels(state, 1500, 1000);
 }
 
-#define ZVK_BENCHMARK(...) BENCHMARK_CAPTURE(__VA_ARGS__)->Unit(benchmark::kMillisecond)
 ZVK_BENCHMARK(Run, FillRect, FillValue, ImageFormatRGB);
 ZVK_BENCHMARK(Naive, FillRect, NaiveFill);
 ZVK_BENCHMARK(Run, FillRect_RGBX, FillValue, ImageFormatRGBX);

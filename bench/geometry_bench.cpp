@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "bench/bench_images.h"
+#include "bench/bench_host.h"
 #include "geometry/mirror.h"
 #include "geometry/rotate.h"
 #include "geometry/turns.h"
@@ -21,22 +21,22 @@ constexpr int32_t kWidth = 6000, kHeight = 4000;
 constexpr int32_t kNaiveWidth = 1500, kNaiveHeight = 1000;
 
 void InPlace(benchmark::State &state, void (*move)(REALobject), int32_t format) {
-  const Image image(kWidth, kHeight, format);
+  const BenchImage image(kWidth, kHeight, format);
   for (auto _ : state) move(image.Handle());
   CountPixels(state, kWidth, kHeight);
 }
 
 void Turn(benchmark::State &state, REALobject (*turn)(REALobject, REALobject), int32_t format, int32_t destFormat) {
   const bool sameSides = turn == Rotate180;
-  const Image source(kWidth, kHeight, format);
-  const Image dest(sameSides ? kWidth : kHeight, sameSides ? kHeight : kWidth, destFormat);
-  for (auto _ : state) REALUnlockObject(turn(source.Handle(), dest.Handle()));
+  const BenchImage source(kWidth, kHeight, format);
+  const BenchImage dest(sameSides ? kWidth : kHeight, sameSides ? kHeight : kWidth, destFormat);
+  for (auto _ : state) Drop(turn(source.Handle(), dest.Handle()));
   CountPixels(state, kWidth, kHeight);
 }
 
 void Rotate(benchmark::State &state, double angle, int32_t format) {
-  const Image source(kWidth, kHeight, format);
-  for (auto _ : state) REALUnlockObject(rbRotate(source.Handle(), angle, 0, 0, 0, 0, 0, 0, 0, 0, 0));
+  const BenchImage source(kWidth, kHeight, format);
+  for (auto _ : state) Drop(rbRotate(source.Handle(), angle, 0, 0, 0, 0, 0, 0, 0, 0, 0));
   CountPixels(state, kWidth, kHeight);
 }
 
@@ -98,12 +98,11 @@ void PlainTurn(benchmark::State &state, void (*turn)(const Pixels &, Pixels &), 
 }
 
 void NaiveRotate(benchmark::State &state, double angle, int32_t format) {
-  const Image source(kNaiveWidth, kNaiveHeight, format);
+  const BenchImage source(kNaiveWidth, kNaiveHeight, format);
   for (auto _ : state) naive::RotateByShears(source.Handle(), angle, {});
   CountPixels(state, kNaiveWidth, kNaiveHeight);
 }
 
-#define ZVK_BENCHMARK(...) BENCHMARK_CAPTURE(__VA_ARGS__)->Unit(benchmark::kMillisecond)
 ZVK_BENCHMARK(InPlace, HMirror_RGB, HMirrorSelf, ImageFormatRGB);
 ZVK_BENCHMARK(InPlace, HMirror_RGBA, HMirrorSelf, ImageFormatRGBA);
 ZVK_BENCHMARK(InPlace, HMirror_RGBX, HMirrorSelf, ImageFormatRGBX);

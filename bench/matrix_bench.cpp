@@ -5,8 +5,9 @@
 #include <cstdint>
 #include <vector>
 
-#include "bench/filter_images.h"
+#include "bench/bench_host.h"
 #include "filters/matrix_filter.h"
+#include "image/image_formats.h"
 #include "tests/support/naive_filters.h"
 
 namespace zvk {
@@ -25,37 +26,37 @@ void Apply(benchmark::State &state, int32_t format, const naive::Matrix &matrix)
   const BenchImage source(6000, 4000, format), dest(6000, 4000, format);
   const BenchArray entries(matrix.entries);
   for (auto _ : state) {
-    Unlock(
+    Drop(
         PictureMatrix5(source.Handle(), dest.Handle(), matrix.dimension, entries.Handle(), matrix.delta, matrix.scale));
   }
-  state.SetItemsProcessed(state.iterations() * 24000000);
+  CountPixels(state, 6000, 4000);
 }
 
 void Naive(benchmark::State &state, int32_t format, const naive::Matrix &matrix) {
   const BenchImage source(1500, 1000, format), dest(1500, 1000, format);
   for (auto _ : state) naive::ApplyMatrix(source.Record(), dest.Record(), 1500, 1000, matrix);
-  state.SetItemsProcessed(state.iterations() * 1500000);
+  CountPixels(state, 1500, 1000);
 }
 
-BENCHMARK_CAPTURE(Apply, sharpen_RGB, ImageFormatRGB, kSharpen)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Apply, blur_RGB, ImageFormatRGB, kBlur)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Apply, blur_RGBA, ImageFormatRGBA, kBlur)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Apply, blur_RGBX, ImageFormatRGBX, kBlur)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Apply, blur_G, ImageFormatG, kBlur)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Apply, wide_RGB, ImageFormatRGB, kWide)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Apply, average5_RGB, ImageFormatRGB, Average(5))->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Apply, average15_RGB, ImageFormatRGB, Average(15))->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Apply, average25_RGB, ImageFormatRGB, Average(25))->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Naive, blur_RGB, ImageFormatRGB, kBlur)->Unit(benchmark::kMillisecond);
+ZVK_BENCHMARK(Apply, sharpen_RGB, ImageFormatRGB, kSharpen);
+ZVK_BENCHMARK(Apply, blur_RGB, ImageFormatRGB, kBlur);
+ZVK_BENCHMARK(Apply, blur_RGBA, ImageFormatRGBA, kBlur);
+ZVK_BENCHMARK(Apply, blur_RGBX, ImageFormatRGBX, kBlur);
+ZVK_BENCHMARK(Apply, blur_G, ImageFormatG, kBlur);
+ZVK_BENCHMARK(Apply, wide_RGB, ImageFormatRGB, kWide);
+ZVK_BENCHMARK(Apply, average5_RGB, ImageFormatRGB, Average(5));
+ZVK_BENCHMARK(Apply, average15_RGB, ImageFormatRGB, Average(15));
+ZVK_BENCHMARK(Apply, average25_RGB, ImageFormatRGB, Average(25));
+ZVK_BENCHMARK(Naive, blur_RGB, ImageFormatRGB, kBlur);
 
 // In place each pixel asks for its rows anew.
 void ApplyInPlace(benchmark::State &state) {
   const BenchImage image(1500, 1000, ImageFormatRGB);
   const BenchArray entries(kBlur.entries);
   for (auto _ : state) {
-    Unlock(PictureMatrix5(image.Handle(), image.Handle(), 3, entries.Handle(), 0, kBlur.scale));
+    Drop(PictureMatrix5(image.Handle(), image.Handle(), 3, entries.Handle(), 0, kBlur.scale));
   }
-  state.SetItemsProcessed(state.iterations() * 1500000);
+  CountPixels(state, 1500, 1000);
 }
 BENCHMARK(ApplyInPlace)->Unit(benchmark::kMillisecond);
 

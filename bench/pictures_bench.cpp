@@ -2,9 +2,11 @@
 // sixteenth of the pixels. Pixels a second.
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <cstdint>
+#include <functional>
 
-#include "bench/bench_images.h"
+#include "bench/bench_host.h"
 #include "image/image_formats.h"
 #include "pictures/masked_drawing.h"
 #include "pictures/picture_export.h"
@@ -21,14 +23,8 @@ using OwnedPicture = standalone::Owned<standalone::Picture>;
 // As a console host has them.
 OwnedPicture NewPicture(int32_t width, int32_t height, uint32_t seed) {
   auto picture = OwnedPicture::Adopt(standalone::Picture::Make(width, height));
-  uint32_t state = seed;
-  for (int32_t y = 0; y < height; ++y) {
-    uint8_t *row = picture->Storage().Row(y);
-    for (int32_t i = 0; i < 4 * width; ++i) {
-      state = state * 1664525 + 1013904223;
-      row[i] = static_cast<uint8_t>(state >> 24);
-    }
-  }
+  Noise noise(seed);
+  for (int32_t y = 0; y < height; ++y) std::generate_n(picture->Storage().Row(y), 4 * width, std::ref(noise));
   return picture;
 }
 
@@ -39,14 +35,14 @@ OwnedPicture NewMaskedPicture(int32_t width, int32_t height) {
 }
 
 void Draw(benchmark::State &state, void (*draw)(REALobject, REALobject), int32_t format) {
-  const Image image(kWidth, kHeight, format);
+  const BenchImage image(kWidth, kHeight, format);
   const OwnedPicture picture = NewPicture(kWidth, kHeight, 1);
   for (auto _ : state) draw(image.Handle(), picture->Handle());
   CountPixels(state, kWidth, kHeight);
 }
 
 void DrawMasked(benchmark::State &state, void (*draw)(REALobject, REALobject, uint8_t), int32_t format) {
-  const Image image(kWidth, kHeight, format);
+  const BenchImage image(kWidth, kHeight, format);
   const OwnedPicture picture = NewMaskedPicture(kWidth, kHeight);
   for (auto _ : state) {
     draw(image.Handle(), picture->Handle(), 0);
@@ -56,14 +52,14 @@ void DrawMasked(benchmark::State &state, void (*draw)(REALobject, REALobject, ui
 }
 
 void Copy(benchmark::State &state, REALobject (*copy)(REALobject), int32_t format) {
-  const Image image(kWidth, kHeight, format);
+  const BenchImage image(kWidth, kHeight, format);
   for (auto _ : state) OwnedPicture::Adopt(standalone::ObjectAs<standalone::Picture>(copy(image.Handle())));
   CountPixels(state, kWidth, kHeight);
 }
 
 template <class Pixel>
 void Naive(benchmark::State &state, int32_t format, Pixel pixel) {
-  const Image image(kWidth / 4, kHeight / 4, format);
+  const BenchImage image(kWidth / 4, kHeight / 4, format);
   ImageClassData &record = image.Record();
   const OwnedPicture picture = NewMaskedPicture(record.Width, record.Height);
   for (auto _ : state) {

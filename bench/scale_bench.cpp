@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "bench/bench_images.h"
+#include "bench/bench_host.h"
 #include "image/image_formats.h"
 #include "scaling/scale_engine.h"
 #include "scaling/scale_threads.h"
@@ -18,21 +18,21 @@ namespace {
 constexpr int32_t kTriangle = 1, kBox = 2, kLanczos3 = 3, kLanczos8 = 4, kMitchell = 5, kPoly3 = 6, kCubic = 7;
 
 void Shrink(benchmark::State &state, int32_t mode, int32_t sourceFormat, int32_t destFormat, int32_t yieldTicks) {
-  const Image source(6000, 4000, sourceFormat), dest(1500, 1000, destFormat);
+  const BenchImage source(6000, 4000, sourceFormat), dest(1500, 1000, destFormat);
   dest.Record().Yield.YieldTicks = yieldTicks;
   for (auto _ : state) PictureScaleZVK(dest.Handle(), source.Handle(), nullptr, mode, 1500, 1000);
   CountPixels(state, 6000, 4000);
 }
 
 void Enlarge(benchmark::State &state, int32_t mode, int32_t sourceFormat, int32_t destFormat) {
-  const Image source(1500, 1000, sourceFormat), dest(6000, 4000, destFormat);
+  const BenchImage source(1500, 1000, sourceFormat), dest(6000, 4000, destFormat);
   for (auto _ : state) PictureScaleZVK(dest.Handle(), source.Handle(), nullptr, mode, 6000, 4000);
   CountPixels(state, 6000, 4000);
 }
 
 void NaiveShrink(benchmark::State &state, int32_t mode, int32_t sourceFormat, int32_t destFormat) {
-  const Image source(1500, 1000, sourceFormat), dest(375, 250, destFormat);
-  const Image temp(375, 1000, naive::PairFor(source.Record(), dest.Record())->tempFormat);
+  const BenchImage source(1500, 1000, sourceFormat), dest(375, 250, destFormat);
+  const BenchImage temp(375, 1000, naive::PairFor(source.Record(), dest.Record())->tempFormat);
   for (auto _ : state) naive::Scale(dest.Record(), source.Record(), temp.Record(), mode, 375, 250);
   CountPixels(state, 1500, 1000);
 }
@@ -42,7 +42,7 @@ void ScaleOnThreads(benchmark::State &state, int32_t sourceWidth, int32_t source
   const auto mode = static_cast<int32_t>(state.range(0));
   const auto format = static_cast<int32_t>(state.range(1));
   const auto threads = static_cast<int32_t>(state.range(2));
-  const Image source(sourceWidth, sourceHeight, format), dest(width, height, format);
+  const BenchImage source(sourceWidth, sourceHeight, format), dest(width, height, format);
   for (auto _ : state) {
     PictureScaleZVKMT(dest.Handle(), threads, source.Handle(), nullptr, mode, width, height);
   }
@@ -57,7 +57,6 @@ void FiltersFormatsAndThreads(benchmark::internal::Benchmark *benchmark) {
       ->UseRealTime();
 }
 
-#define ZVK_BENCHMARK(...) BENCHMARK_CAPTURE(__VA_ARGS__)->Unit(benchmark::kMillisecond)
 ZVK_BENCHMARK(Shrink, triangle, kTriangle, ImageFormatRGB, ImageFormatRGB, 0);
 ZVK_BENCHMARK(Shrink, box, kBox, ImageFormatRGB, ImageFormatRGB, 0);
 ZVK_BENCHMARK(Shrink, lanczos3, kLanczos3, ImageFormatRGB, ImageFormatRGB, 0);

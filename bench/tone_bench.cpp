@@ -6,9 +6,10 @@
 #include <functional>
 #include <vector>
 
-#include "bench/filter_images.h"
+#include "bench/bench_host.h"
 #include "filters/dither.h"
 #include "filters/tone_filters.h"
+#include "image/image_formats.h"
 #include "tests/support/naive_filters.h"
 
 namespace zvk {
@@ -18,8 +19,8 @@ using Filter = REALobject (*)(REALobject self, REALobject dest);
 
 void Apply(benchmark::State &state, Filter filter, int32_t from, int32_t to) {
   const BenchImage source(6000, 4000, from), dest(6000, 4000, to);
-  for (auto _ : state) Unlock(filter(source.Handle(), dest.Handle()));
-  state.SetItemsProcessed(state.iterations() * 24000000);
+  for (auto _ : state) Drop(filter(source.Handle(), dest.Handle()));
+  CountPixels(state, 6000, 4000);
 }
 
 REALobject Gamma(REALobject self, REALobject dest) { return GammaFilterG(self, dest, 1.8); }
@@ -29,21 +30,18 @@ REALobject Gain(REALobject self, REALobject dest) { return GainFilter(self, dest
 REALobject Dither2x2(REALobject self, REALobject dest) { return DitherFilter(self, dest, 1, 2); }
 REALobject Dither16x16(REALobject self, REALobject dest) { return DitherFilter(self, dest, 10, 4); }
 
-BENCHMARK_CAPTURE(Apply, solarize_RGB, SolarizeFilter, ImageFormatRGB, ImageFormatRGB)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Apply, solarize_RGBA, SolarizeFilter, ImageFormatRGBA, ImageFormatRGBA)
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Apply, solarize_G, SolarizeFilter, ImageFormatG, ImageFormatG)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Apply, solarize_RGB_to_BGRX, SolarizeFilter, ImageFormatRGB, ImageFormatBGRX)
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Apply, gamma_RGB, Gamma, ImageFormatRGB, ImageFormatRGB)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Apply, gammas_RGB, Gammas, ImageFormatRGB, ImageFormatRGB)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Apply, gammas_RGBA, GammasAndAlpha, ImageFormatRGBA, ImageFormatRGBA)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Apply, gain_RGB, Gain, ImageFormatRGB, ImageFormatRGB)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Apply, dither_2x2_RGB, Dither2x2, ImageFormatRGB, ImageFormatRGB)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Apply, dither_16x16_RGB, Dither16x16, ImageFormatRGB, ImageFormatRGB)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Apply, dither_16x16_RGBA, Dither16x16, ImageFormatRGBA, ImageFormatRGBA)
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Apply, dither_16x16_G, Dither16x16, ImageFormatG, ImageFormatG)->Unit(benchmark::kMillisecond);
+ZVK_BENCHMARK(Apply, solarize_RGB, SolarizeFilter, ImageFormatRGB, ImageFormatRGB);
+ZVK_BENCHMARK(Apply, solarize_RGBA, SolarizeFilter, ImageFormatRGBA, ImageFormatRGBA);
+ZVK_BENCHMARK(Apply, solarize_G, SolarizeFilter, ImageFormatG, ImageFormatG);
+ZVK_BENCHMARK(Apply, solarize_RGB_to_BGRX, SolarizeFilter, ImageFormatRGB, ImageFormatBGRX);
+ZVK_BENCHMARK(Apply, gamma_RGB, Gamma, ImageFormatRGB, ImageFormatRGB);
+ZVK_BENCHMARK(Apply, gammas_RGB, Gammas, ImageFormatRGB, ImageFormatRGB);
+ZVK_BENCHMARK(Apply, gammas_RGBA, GammasAndAlpha, ImageFormatRGBA, ImageFormatRGBA);
+ZVK_BENCHMARK(Apply, gain_RGB, Gain, ImageFormatRGB, ImageFormatRGB);
+ZVK_BENCHMARK(Apply, dither_2x2_RGB, Dither2x2, ImageFormatRGB, ImageFormatRGB);
+ZVK_BENCHMARK(Apply, dither_16x16_RGB, Dither16x16, ImageFormatRGB, ImageFormatRGB);
+ZVK_BENCHMARK(Apply, dither_16x16_RGBA, Dither16x16, ImageFormatRGBA, ImageFormatRGBA);
+ZVK_BENCHMARK(Apply, dither_16x16_G, Dither16x16, ImageFormatG, ImageFormatG);
 
 // A plain loop that knows the layout: packed RGB, a table for all.
 void NaiveTable(benchmark::State &state) {
@@ -59,7 +57,7 @@ void NaiveTable(benchmark::State &state) {
     }
     benchmark::ClobberMemory();
   }
-  state.SetItemsProcessed(state.iterations() * 1500000);
+  CountPixels(state, 1500, 1000);
 }
 BENCHMARK(NaiveTable)->Unit(benchmark::kMillisecond);
 
@@ -90,7 +88,7 @@ void NaiveDither(benchmark::State &state) {
     }
     benchmark::ClobberMemory();
   }
-  state.SetItemsProcessed(state.iterations() * 1500000);
+  CountPixels(state, 1500, 1000);
 }
 BENCHMARK(NaiveDither)->Unit(benchmark::kMillisecond);
 
