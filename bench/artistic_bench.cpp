@@ -17,7 +17,7 @@
 #include "filters/stamp_filter.h"
 #include "image/image_formats.h"
 
-namespace zvk {
+namespace zvk::bench {
 namespace {
 
 constexpr int32_t kWidth = 6000, kHeight = 4000;
@@ -154,4 +154,4 @@ BENCHMARK(NaiveEngrave)->Unit(benchmark::kMillisecond);
 BENCHMARK(NaiveNeon)->Unit(benchmark::kMillisecond);
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::bench

@@ -17,7 +17,9 @@
 // BENCHMARK_CAPTURE, its times told in milliseconds.
 #define ZVK_BENCHMARK(...) BENCHMARK_CAPTURE(__VA_ARGS__)->Unit(benchmark::kMillisecond)
 
-namespace zvk {
+namespace zvk::bench {
+
+using namespace plugin;  // which sees all operations
 
 // The one host of a program, which starts the plug-in when it is first asked for.
 inline standalone::Host &BenchHost() {
@@ -91,4 +93,4 @@ inline void CountPixels(benchmark::State &state, int64_t width, int64_t height) 
   state.SetItemsProcessed(state.iterations() * width * height);
 }
 
-}  // namespace zvk
+}  // namespace zvk::bench

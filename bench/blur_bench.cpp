@@ -14,7 +14,7 @@
 #include "filters/unsharp.h"
 #include "image/image_formats.h"
 
-namespace zvk {
+namespace zvk::bench {
 namespace {
 
 constexpr int32_t kWidth = 6000, kHeight = 4000;
@@ -161,4 +161,4 @@ BENCHMARK(NaiveFractional)->Unit(benchmark::kMillisecond);
 BENCHMARK(NaiveUnsharp)->Unit(benchmark::kMillisecond);
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::bench

@@ -9,7 +9,7 @@
 #include "geometry/copy_pixels.h"
 #include "image/image_formats.h"
 
-namespace zvk {
+namespace zvk::bench {
 namespace {
 
 constexpr int32_t kNoColour = -1;
@@ -148,4 +148,4 @@ ZVK_BENCHMARK(Flat, mask_colour_RGB_RGB, RGB, RGB, kNoColour, 0x336699);
 ZVK_BENCHMARK(Flat, mask_colour_RGBA_RGBA, RGBA, RGBA, kNoColour, 0x336699);
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::bench

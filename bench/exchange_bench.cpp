@@ -10,7 +10,7 @@
 #include "image/image_formats.h"
 #include "standalone/runtime/memory_block.h"
 
-namespace zvk {
+namespace zvk::bench {
 namespace {
 
 constexpr int32_t kWidth = 6000;
@@ -75,4 +75,4 @@ BENCHMARK_CAPTURE(Write, G_to_CMYK, ImageFormatG, ImageFormatCMYK);
 BENCHMARK_CAPTURE(Naive, G_to_CMYK, NaiveGToCMYK);
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::bench

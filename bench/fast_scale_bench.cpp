@@ -9,7 +9,7 @@
 #include "scaling/fast_scale.h"
 #include "tests/support/naive_fast_scale.h"
 
-namespace zvk {
+namespace zvk::bench {
 namespace {
 
 void Shrink(benchmark::State &state, int32_t sourceFormat, int32_t destFormat) {
@@ -43,4 +43,4 @@ ZVK_BENCHMARK(NaiveEnlarge, RGB, ImageFormatRGB, ImageFormatRGB);
 ZVK_BENCHMARK(NaiveEnlarge, RGB_to_G, ImageFormatRGB, ImageFormatG);
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::bench

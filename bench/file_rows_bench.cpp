@@ -9,7 +9,7 @@
 #include "image/image_formats.h"
 #include "image/views.h"
 
-namespace zvk {
+namespace zvk::bench {
 namespace {
 
 constexpr int32_t kRows = 100000;
@@ -41,4 +41,4 @@ ZVK_BENCHMARK(WalkRows, Down, false);
 ZVK_BENCHMARK(WalkRows, Up, true);
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::bench

@@ -14,7 +14,7 @@
 #include "levels/fill_apply.h"
 #include "levels/invert.h"
 
-namespace zvk {
+namespace zvk::bench {
 namespace {
 
 // Noise of little contrast, so that AutoLevel has something to do.
@@ -150,4 +150,4 @@ ZVK_BENCHMARK(Run, AutoLevel, Level, ImageFormatRGB);
 ZVK_BENCHMARK(Naive, AutoLevel, NaiveLevel);
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::bench

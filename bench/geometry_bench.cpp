@@ -14,7 +14,7 @@
 #include "image/image_formats.h"
 #include "tests/support/naive_rotate.h"
 
-namespace zvk {
+namespace zvk::bench {
 namespace {
 
 constexpr int32_t kWidth = 6000, kHeight = 4000;
@@ -137,4 +137,4 @@ ZVK_BENCHMARK(NaiveRotate, by_30_RGB, 30.0, ImageFormatRGB);
 ZVK_BENCHMARK(NaiveRotate, by_30_RGBA, 30.0, ImageFormatRGBA);
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::bench

@@ -10,7 +10,7 @@
 #include "image/image_formats.h"
 #include "tests/support/naive_filters.h"
 
-namespace zvk {
+namespace zvk::bench {
 namespace {
 
 const naive::Matrix kSharpen{3, {0, -1, 0, -1, 5, -1, 0, -1, 0}};
@@ -61,4 +61,4 @@ void ApplyInPlace(benchmark::State &state) {
 BENCHMARK(ApplyInPlace)->Unit(benchmark::kMillisecond);
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::bench

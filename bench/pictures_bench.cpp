@@ -13,7 +13,7 @@
 #include "pictures/picture_import.h"
 #include "standalone/runtime/picture.h"
 
-namespace zvk {
+namespace zvk::bench {
 namespace {
 
 constexpr int32_t kWidth = 6000, kHeight = 4000;
@@ -102,4 +102,4 @@ BENCHMARK_CAPTURE(Copy, CopyPicture_RGB, rbCopyPictureAll, ImageFormatRGB);
 BENCHMARK_CAPTURE(Copy, CopyPictureWithMask_RGBA, rbCopyPictureWithMaskAll, ImageFormatRGBA);
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::bench

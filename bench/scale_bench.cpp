@@ -12,7 +12,7 @@
 #include "scaling/scale_threads.h"
 #include "tests/support/naive_scale.h"
 
-namespace zvk {
+namespace zvk::bench {
 namespace {
 
 constexpr int32_t kTriangle = 1, kBox = 2, kLanczos3 = 3, kLanczos8 = 4, kMitchell = 5, kPoly3 = 6, kCubic = 7;
@@ -81,4 +81,4 @@ BENCHMARK_CAPTURE(ScaleOnThreads, shrink, 6000, 4000, 1500, 1000)->Apply(Filters
 BENCHMARK_CAPTURE(ScaleOnThreads, enlarge, 1500, 1000, 3000, 2000)->Apply(FiltersFormatsAndThreads);
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::bench

@@ -12,7 +12,7 @@
 #include "image/image_formats.h"
 #include "tests/support/naive_filters.h"
 
-namespace zvk {
+namespace zvk::bench {
 namespace {
 
 using Filter = REALobject (*)(REALobject self, REALobject dest);
@@ -93,4 +93,4 @@ void NaiveDither(benchmark::State &state) {
 BENCHMARK(NaiveDither)->Unit(benchmark::kMillisecond);
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::bench

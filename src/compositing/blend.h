@@ -18,7 +18,7 @@
 #include "pixels/luma.h"
 #include "pixels/row_group.h"
 
-namespace zvk {
+namespace zvk::compositing {
 
 // --- operands: each gives samples for a pixel of the destination's layout D ---
 
@@ -182,4 +182,4 @@ void Blend(const BlendJob &job, const Kernel &kernel, const Source &source, cons
   });
 }
 
-}  // namespace zvk
+}  // namespace zvk::compositing

@@ -2,7 +2,7 @@
 
 #include "pixels/kernel_clones.h"
 
-namespace zvk {
+namespace zvk::compositing {
 
 namespace {
 
@@ -49,4 +49,4 @@ void GrayOfInterpolation::Bytes(const BlendBytes &bytes) const {
   GrayOfInterpolationBytes(bytes.dest, bytes.mask, colour, bytes.count);
 }
 
-}  // namespace zvk
+}  // namespace zvk::compositing

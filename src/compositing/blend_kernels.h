@@ -9,7 +9,7 @@
 #include "pixels/divide_by_255.h"
 #include "pixels/luma.h"
 
-namespace zvk {
+namespace zvk::compositing {
 
 // Samples of one pixel: the colours, then alpha if it is part of what is computed.
 template <size_t kCount>
@@ -85,4 +85,4 @@ struct GrayOfInterpolation {
   void Bytes(const BlendBytes &bytes) const;
 };
 
-}  // namespace zvk
+}  // namespace zvk::compositing

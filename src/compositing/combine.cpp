@@ -6,7 +6,7 @@
 #include "image/image_record.h"
 #include "image/rectangle.h"
 
-namespace zvk {
+namespace zvk::compositing {
 
 namespace {
 
@@ -87,7 +87,7 @@ uint8_t PictureCombine1pm(REALobject instance, REALobject image, uint8_t preMult
                           uint8_t useColours, int32_t foreColour, int32_t maskColour) {
   if (instance == nullptr || image == nullptr || width <= 0 || height <= 0) return false;
   if (mask == nullptr && foreColour < 0 && maskColour < 0) {
-    return rbCopyPixels8(instance, image, destX, destY, width, height, sourceX, sourceY);
+    return geometry::rbCopyPixels8(instance, image, destX, destY, width, height, sourceX, sourceY);
   }
   if (mask != nullptr) {
     return Case2(instance, image, preMultipliedSource, mask, destX, destY, sourceX, sourceY, width, height);
@@ -160,4 +160,4 @@ uint8_t PictureCombine2pmc(REALobject instance, REALobject image, uint8_t preMul
                            useColours, foreColour);
 }
 
-}  // namespace zvk
+}  // namespace zvk::compositing

@@ -5,7 +5,7 @@
 
 #include "abi/host_layouts.h"
 
-namespace zvk {
+namespace zvk::compositing {
 
 // Handlers. Blend the rectangle of `image` at sourceX, sourceY into the instance at destX, destY, all in pixels; what
 // hangs over is cut. False, with no pixel changed, for a size not above 0, an empty rectangle, and images (nil, too)
@@ -61,4 +61,4 @@ uint8_t PictureCombine2pmc(REALobject instance, REALobject image, uint8_t preMul
 uint8_t Case2(REALobject instance, REALobject image, uint8_t preMultipliedSource, REALobject mask, int32_t destX,
               int32_t destY, int32_t sourceX, int32_t sourceY, int32_t width, int32_t height);
 
-}  // namespace zvk
+}  // namespace zvk::compositing

@@ -2,7 +2,7 @@
 
 #include "compositing/blend.h"
 
-namespace zvk {
+namespace zvk::compositing {
 
 namespace {
 
@@ -49,4 +49,4 @@ void Case2pf(ImageClassData &dest, ImageClassData &source, ImageClassData &mask,
   BlendThroughMask<KernelOfCase2pf>({dest, &source, &mask, {destX, destY, width, height, sourceX, sourceY}});
 }
 
-}  // namespace zvk
+}  // namespace zvk::compositing

@@ -5,7 +5,7 @@
 
 #include "image/image_record.h"
 
-namespace zvk {
+namespace zvk::compositing {
 
 // Blend a rectangle that lies in all three images, with `mask` addressed like `source`; 255 in the mask keeps dest.
 // Yield on dest after each row. Nothing happens unless all three are gray or RGB. In Case2pt the source has been
@@ -15,4 +15,4 @@ void Case2pt(ImageClassData &dest, ImageClassData &source, ImageClassData &mask,
 void Case2pf(ImageClassData &dest, ImageClassData &source, ImageClassData &mask, int32_t destX, int32_t destY,
              int32_t width, int32_t height, int32_t sourceX, int32_t sourceY);
 
-}  // namespace zvk
+}  // namespace zvk::compositing

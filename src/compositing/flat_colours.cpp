@@ -2,7 +2,7 @@
 
 #include "compositing/blend.h"
 
-namespace zvk {
+namespace zvk::compositing {
 
 namespace {
 
@@ -67,4 +67,4 @@ void BlendThroughFlatMask(ImageClassData &dest, ImageClassData &image, bool prem
   });
 }
 
-}  // namespace zvk
+}  // namespace zvk::compositing

@@ -6,7 +6,7 @@
 #include "image/image_record.h"
 #include "image/rectangle.h"
 
-namespace zvk {
+namespace zvk::compositing {
 
 // Blend a rectangle that lies in both images; `colour` is 0xRRGGBB. Alpha is neither read nor written. Yield on dest
 // after each row. Nothing happens unless both images are gray or RGB. `premultiplied` says that what is laid on has
@@ -20,4 +20,4 @@ void BlendFlatForeground(ImageClassData &dest, ImageClassData &image, bool premu
 void BlendThroughFlatMask(ImageClassData &dest, ImageClassData &image, bool premultiplied, const Transfer &transfer,
                           int32_t colour);
 
-}  // namespace zvk
+}  // namespace zvk::compositing

@@ -2,7 +2,7 @@
 
 #include "pixels/kernel_clones.h"
 
-namespace zvk {
+namespace zvk::compositing {
 
 // --- working pixels ---
 
@@ -120,4 +120,4 @@ const uint8_t *PackedOperand::TileOf(const uint8_t *pixels, int32_t width) {
   return tile_.data();
 }
 
-}  // namespace zvk
+}  // namespace zvk::compositing

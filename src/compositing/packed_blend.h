@@ -14,7 +14,7 @@
 #include "pixels/gray_conversion.h"
 #include "pixels/sample_mover.h"
 
-namespace zvk {
+namespace zvk::compositing {
 
 // Pixels of a tile: enough to make a step worth while, few enough for the first cache.
 inline constexpr int32_t kTilePixels = 1024;
@@ -138,4 +138,4 @@ class PackedBlend {
   alignas(64) Tile tile_{};
 };
 
-}  // namespace zvk
+}  // namespace zvk::compositing

@@ -4,7 +4,7 @@
 #include <new>
 #include <utility>
 
-namespace zvk {
+namespace zvk::exchange {
 
 ImageClassData *ReadableRecord(REALobject instance) {
   ImageClassData *image = RecordOf(instance);
@@ -37,4 +37,4 @@ void RaiseOutOfMemory(const char *text, int64_t size) {
   RaiseException("OutOfMemoryException", message);
 }
 
-}  // namespace zvk
+}  // namespace zvk::exchange

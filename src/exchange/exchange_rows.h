@@ -6,7 +6,7 @@
 #include "host/resources.h"
 #include "image/image_record.h"
 
-namespace zvk {
+namespace zvk::exchange {
 
 // The record of an instance whose rows may be asked for as bytes, RowSize of them; nil if it is not Valid or has no
 // rows (never constructed, or closed).
@@ -39,4 +39,4 @@ inline void RaiseNoMemoryForRow(int64_t size) {
   RaiseOutOfMemory("Failed to allocate %lld bytes of memory for row.", size);
 }
 
-}  // namespace zvk
+}  // namespace zvk::exchange

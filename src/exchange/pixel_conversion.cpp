@@ -6,7 +6,7 @@
 #include "host/host_services.h"
 #include "pixels/layouts.h"
 
-namespace zvk {
+namespace zvk::exchange {
 
 namespace {
 
@@ -74,4 +74,4 @@ void PixelConversion::ConvertRow(const uint8_t *source, uint8_t *dest, int32_t w
   std::visit([&](const auto &convert) { convert(source, dest, width); }, conversion_);
 }
 
-}  // namespace zvk
+}  // namespace zvk::exchange

@@ -10,7 +10,7 @@
 #include "pixels/gray_conversion.h"
 #include "pixels/sample_mover.h"
 
-namespace zvk {
+namespace zvk::exchange {
 
 class PixelConversion {
  public:
@@ -31,4 +31,4 @@ class PixelConversion {
   Conversion conversion_;
 };
 
-}  // namespace zvk
+}  // namespace zvk::exchange

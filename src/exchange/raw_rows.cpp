@@ -5,7 +5,7 @@
 #include "exchange/exchange_rows.h"
 #include "image/image_record.h"
 
-namespace zvk {
+namespace zvk::exchange {
 
 namespace {
 
@@ -58,4 +58,4 @@ void rbSetRow(REALobject instance, int32_t index, REALobject block) {
   std::memmove(row, bytes, static_cast<size_t>(image->RowSize));
 }
 
-}  // namespace zvk
+}  // namespace zvk::exchange

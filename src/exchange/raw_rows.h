@@ -5,7 +5,7 @@
 
 #include "abi/host_layouts.h"
 
-namespace zvk {
+namespace zvk::exchange {
 
 // Handler: a MemoryBlock of unknown size laid over a row, valid for as long as the row's address is. A bad index raises
 // "OutOfBoundsException". Nil then, and for an image that is not Valid or has no rows.
@@ -20,4 +20,4 @@ REALobject rbGetRowCopy(REALobject instance, int32_t index);
 // "OutOfBoundsException", then a nil block "NilObjectException". An image without rows is left alone.
 void rbSetRow(REALobject instance, int32_t index, REALobject block);
 
-}  // namespace zvk
+}  // namespace zvk::exchange

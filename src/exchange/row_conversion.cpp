@@ -5,7 +5,7 @@
 #include "image/image_formats.h"
 #include "image/image_record.h"
 
-namespace zvk {
+namespace zvk::exchange {
 
 namespace {
 
@@ -85,4 +85,4 @@ void rbSetRowFI(REALobject instance, int32_t index, int32_t format, uint8_t inve
   SetRowInFormat(instance, index, format, invertAlpha != 0, block);
 }
 
-}  // namespace zvk
+}  // namespace zvk::exchange

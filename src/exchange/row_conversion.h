@@ -5,7 +5,7 @@
 
 #include "abi/host_layouts.h"
 
-namespace zvk {
+namespace zvk::exchange {
 
 // Handler: a new MemoryBlock of PixelSize x Width bytes with a row in the format. What the conversion does not write,
 // filler and an alpha that the image has not, keeps the block's first bytes. Exceptions: "OutOfBoundsException" (bad
@@ -26,4 +26,4 @@ void rbSetRowF(REALobject instance, int32_t index, int32_t format, REALobject bl
 // "UnsupportedOperationException".
 void rbSetRowFI(REALobject instance, int32_t index, int32_t format, uint8_t invertAlpha, REALobject block);
 
-}  // namespace zvk
+}  // namespace zvk::exchange

@@ -12,7 +12,7 @@
 #include "image/image_formats.h"
 #include "image/image_record.h"
 
-namespace zvk {
+namespace zvk::exchange {
 
 namespace {
 
@@ -159,4 +159,4 @@ void rbSetAllFS(REALobject instance, int32_t format, REALstring string) {
   }
 }
 
-}  // namespace zvk
+}  // namespace zvk::exchange

@@ -5,7 +5,7 @@
 
 #include "abi/host_layouts.h"
 
-namespace zvk {
+namespace zvk::exchange {
 
 // Handlers: a row, or all rows, as a new string of PixelSize x Width bytes a row; what the conversion does not write is
 // zero. The string is tagged ASCII if no byte has its top bit set, else as bytes of no known encoding. Exceptions:
@@ -21,4 +21,4 @@ REALstring rbGetAllFS(REALobject instance, int32_t format);
 void rbSetRowFS(REALobject instance, int32_t index, int32_t format, REALstring string);
 void rbSetAllFS(REALobject instance, int32_t format, REALstring string);
 
-}  // namespace zvk
+}  // namespace zvk::exchange

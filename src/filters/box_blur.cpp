@@ -13,7 +13,7 @@
 #include "pixels/layouts.h"
 #include "pixels/neighbourhood.h"
 
-namespace zvk {
+namespace zvk::filters {
 
 namespace {
 
@@ -305,4 +305,4 @@ REALobject BoxBlurFilter2(REALobject instance, REALobject dest, double radius, i
   return current.Release();
 }
 
-}  // namespace zvk
+}  // namespace zvk::filters

@@ -5,7 +5,7 @@
 
 #include "abi/host_layouts.h"
 
-namespace zvk {
+namespace zvk::filters {
 
 // Handler: blurs the image into dest (nil: a new image of the same size and format) and returns that. The window covers
 // 2 x r + 1 samples, the edge pixels repeated, with r the whole part of `radius` in pixels; its mean is rounded down.
@@ -19,4 +19,4 @@ REALobject BoxBlurFilter(REALobject instance, REALobject dest, double radius, ui
 REALobject BoxBlurFilter2(REALobject instance, REALobject dest, double radius, int32_t iterations, uint8_t vertical,
                           uint8_t horizontal);
 
-}  // namespace zvk
+}  // namespace zvk::filters

@@ -8,7 +8,7 @@
 #include "pixels/layouts.h"
 #include "pixels/neighbourhood.h"
 
-namespace zvk {
+namespace zvk::filters {
 
 namespace {
 
@@ -53,4 +53,4 @@ REALobject DifuseFilter(REALobject instance, REALobject dest, int32_t level) {
   });
 }
 
-}  // namespace zvk
+}  // namespace zvk::filters

@@ -10,7 +10,7 @@
 #include "pixels/filter_frame.h"
 #include "pixels/layouts.h"
 
-namespace zvk {
+namespace zvk::filters {
 
 namespace {
 
@@ -95,4 +95,4 @@ REALobject DitherFilter(REALobject instance, REALobject dest, int32_t matrix, in
   });
 }
 
-}  // namespace zvk
+}  // namespace zvk::filters

@@ -6,7 +6,7 @@
 
 #include "pixels/kernel_clones.h"
 
-namespace zvk {
+namespace zvk::filters {
 
 DitherLevels::DitherLevels(int32_t levels, int32_t matrixSize) : steps_(StepsFor(levels, matrixSize)) {
   std::array<uint8_t, 256> map = {};
@@ -63,4 +63,4 @@ ZVK_KERNEL_CLONES void DitherLevels::RunSteps(Steps steps, const uint8_t *source
   }
 }
 
-}  // namespace zvk
+}  // namespace zvk::filters

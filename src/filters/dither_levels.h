@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace zvk {
+namespace zvk::filters {
 
 // One number of levels, 2 to 256, and one size of matrix, up to 16. With L levels and a matrix of n x n, a sample v is
 // on level v (L - 1) / 256 of 0 to L - 1, and v (n n + 1) / 256 is its fraction; level i stands for 255 i / (L - 1).
@@ -41,4 +41,4 @@ class DitherLevels {
   Steps steps_;
 };
 
-}  // namespace zvk
+}  // namespace zvk::filters

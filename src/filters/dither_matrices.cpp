@@ -2,7 +2,7 @@
 
 #include <iterator>
 
-namespace zvk {
+namespace zvk::filters {
 
 namespace {
 
@@ -116,4 +116,4 @@ const DitherMatrix *DitherMatrixByNumber(int32_t number) {
   return number >= 1 && number <= static_cast<int32_t>(std::size(kMatrices)) ? &kMatrices[number - 1] : nullptr;
 }
 
-}  // namespace zvk
+}  // namespace zvk::filters

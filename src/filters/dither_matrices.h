@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-namespace zvk {
+namespace zvk::filters {
 
 struct DitherMatrix {
   int32_t size;
@@ -17,4 +17,4 @@ inline constexpr int32_t kLargestDitherMatrix = 16;
 // The matrix by the number of its constant; nil outside 1 to 10.
 const DitherMatrix *DitherMatrixByNumber(int32_t number);
 
-}  // namespace zvk
+}  // namespace zvk::filters

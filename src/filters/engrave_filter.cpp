@@ -10,7 +10,7 @@
 #include "pixels/layouts.h"
 #include "pixels/neighbourhood.h"
 
-namespace zvk {
+namespace zvk::filters {
 
 namespace {
 
@@ -138,4 +138,4 @@ REALobject EngraveFilter(REALobject instance, REALobject dest, int32_t level) {
   });
 }
 
-}  // namespace zvk
+}  // namespace zvk::filters

@@ -5,7 +5,7 @@
 
 #include "abi/host_layouts.h"
 
-namespace zvk {
+namespace zvk::filters {
 
 // Handler: engraves the image into dest (nil: a new image of the same size and format) and returns that. Each sample,
 // alpha as well, becomes 128 plus its difference from the one `level` pixels further right and down, or left and up
@@ -13,4 +13,4 @@ namespace zvk {
 // frame of filters refuses.
 REALobject EngraveFilter(REALobject instance, REALobject dest, int32_t level);
 
-}  // namespace zvk
+}  // namespace zvk::filters

@@ -11,7 +11,7 @@
 #include "pixels/layouts.h"
 #include "pixels/neighbourhood.h"
 
-namespace zvk {
+namespace zvk::filters {
 
 namespace {
 
@@ -171,4 +171,4 @@ REALobject BoxBlurFractionalFilter(REALobject instance, REALobject dest, double 
   });
 }
 
-}  // namespace zvk
+}  // namespace zvk::filters

@@ -5,7 +5,7 @@
 
 #include "abi/host_layouts.h"
 
-namespace zvk {
+namespace zvk::filters {
 
 // Handler: blurs the image into dest (nil: a new image of the same size and format) and returns that. With f what
 // `radius` (pixels) has beyond a whole number, each sample becomes (f x its neighbours + itself) / (2 f + 1), rounded
@@ -14,4 +14,4 @@ namespace zvk {
 // Nil for an image of no colour family, and if the frame of filters refuses.
 REALobject BoxBlurFractionalFilter(REALobject instance, REALobject dest, double radius);
 
-}  // namespace zvk
+}  // namespace zvk::filters

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-namespace zvk {
+namespace zvk::filters {
 
 namespace {
 
@@ -51,4 +51,4 @@ void MapBytesPlain(const ToneTable &table, const uint8_t *source, uint8_t *dest,
   for (; i < count; ++i) dest[i] = table[source[i]];
 }
 
-}  // namespace zvk
+}  // namespace zvk::filters

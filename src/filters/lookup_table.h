@@ -11,7 +11,7 @@
 #include "pixels/channel_rows.h"
 #include "pixels/filter_frame.h"
 
-namespace zvk {
+namespace zvk::filters {
 
 // Sends `count` bytes through the table. Both may be the same bytes; else they may not overlap.
 void MapBytes(const ToneTable &table, const uint8_t *source, uint8_t *dest, ptrdiff_t count);
@@ -56,4 +56,4 @@ void MapSamples(ImageClassData &source, ImageClassData &dest, const ToneTable &t
   MapSamples<Layout>(source, dest, tables);
 }
 
-}  // namespace zvk
+}  // namespace zvk::filters

@@ -13,7 +13,7 @@
 #include "pixels/layouts.h"
 #include "pixels/neighbourhood.h"
 
-namespace zvk {
+namespace zvk::filters {
 
 namespace {
 
@@ -205,4 +205,4 @@ REALobject PictureMatrix3(REALobject instance, REALobject dest, int32_t dimensio
   return PictureMatrix4(instance, dest, dimension, matrix, 0);
 }
 
-}  // namespace zvk
+}  // namespace zvk::filters

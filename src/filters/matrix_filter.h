@@ -5,7 +5,7 @@
 
 #include "abi/host_layouts.h"
 
-namespace zvk {
+namespace zvk::filters {
 
 // Handlers, run in the filter frame: every channel of a pixel becomes the sum of the samples around it, each times its
 // entry of the matrix, plus delta, times the scale factor, truncated and cut to 0 to 255. Edge pixels are repeated
@@ -17,4 +17,4 @@ REALobject PictureMatrix4(REALobject instance, REALobject dest, int32_t dimensio
 REALobject PictureMatrix5(REALobject instance, REALobject dest, int32_t dimension, REALarray matrix, int32_t delta,
                           double scaleFactor);
 
-}  // namespace zvk
+}  // namespace zvk::filters

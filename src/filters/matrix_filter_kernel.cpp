@@ -7,7 +7,7 @@
 
 #include "pixels/kernel_clones.h"
 
-namespace zvk {
+namespace zvk::filters {
 
 namespace {
 
@@ -102,4 +102,4 @@ void MatrixSums::operator()(std::span<const WeightedLine> lines, int64_t count, 
   }
 }
 
-}  // namespace zvk
+}  // namespace zvk::filters

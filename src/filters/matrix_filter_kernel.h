@@ -6,7 +6,7 @@
 
 #include "filters/matrix_filter_terms.h"
 
-namespace zvk {
+namespace zvk::filters {
 
 // The samples that one entry of the matrix meets along a line of output, and the entry.
 struct WeightedLine {
@@ -33,4 +33,4 @@ class MatrixSums {
   uint16_t start_;  // what narrow sums are raised by, so that none is negative
 };
 
-}  // namespace zvk
+}  // namespace zvk::filters

@@ -1,6 +1,6 @@
 #include "filters/matrix_filter_terms.h"
 
-namespace zvk {
+namespace zvk::filters {
 
 MatrixTerms::MatrixTerms(const std::array<int32_t, kMostEntries> &entries, int32_t dimension) : reach_(dimension / 2) {
   // From this entry on the matrix has a hole, whatever the weight: the entry is not looked at.
@@ -17,4 +17,4 @@ MatrixTerms::MatrixTerms(const std::array<int32_t, kMostEntries> &entries, int32
   }
 }
 
-}  // namespace zvk
+}  // namespace zvk::filters

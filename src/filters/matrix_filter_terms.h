@@ -8,7 +8,7 @@
 
 #include "host/truncate.h"
 
-namespace zvk {
+namespace zvk::filters {
 
 // An entry that counts: where its sample lies, counted from the output pixel, and its weight.
 struct MatrixTerm {
@@ -52,4 +52,4 @@ struct MatrixResult {
   uint8_t operator()(int32_t sum) const { return static_cast<uint8_t>(std::clamp(Scaled(sum), 0, 255)); }
 };
 
-}  // namespace zvk
+}  // namespace zvk::filters

@@ -12,7 +12,7 @@
 #include "pixels/layouts.h"
 #include "pixels/neighbourhood.h"
 
-namespace zvk {
+namespace zvk::filters {
 
 namespace {
 
@@ -116,4 +116,4 @@ REALobject NeonFilter(REALobject instance, REALobject dest) {
   });
 }
 
-}  // namespace zvk
+}  // namespace zvk::filters

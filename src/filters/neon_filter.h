@@ -3,7 +3,7 @@
 
 #include "abi/host_layouts.h"
 
-namespace zvk {
+namespace zvk::filters {
 
 // Handler: draws the contours of the image into dest (nil: a new image of the same size and format) and returns that.
 // Each sample, alpha as well, becomes the root of twice the sum of the squares of its differences from the one to the
@@ -12,4 +12,4 @@ namespace zvk {
 // size that no two rows can have. Nil if the frame of filters refuses.
 REALobject NeonFilter(REALobject instance, REALobject dest);
 
-}  // namespace zvk
+}  // namespace zvk::filters

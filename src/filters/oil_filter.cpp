@@ -10,7 +10,7 @@
 #include "pixels/layouts.h"
 #include "pixels/neighbourhood.h"
 
-namespace zvk {
+namespace zvk::filters {
 
 namespace {
 
@@ -222,4 +222,4 @@ REALobject OilFilter(REALobject instance, REALobject dest, int32_t levels, int32
   });
 }
 
-}  // namespace zvk
+}  // namespace zvk::filters

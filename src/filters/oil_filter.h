@@ -5,7 +5,7 @@
 
 #include "abi/host_layouts.h"
 
-namespace zvk {
+namespace zvk::filters {
 
 // Handler: paints the image into dest (nil: a new image of the same size and format) and returns that. The samples of a
 // channel within `range` pixels, up to the edges, are sorted into `levels` bins of like samples (at most 256); the
@@ -14,4 +14,4 @@ namespace zvk {
 // filters refuses.
 REALobject OilFilter(REALobject instance, REALobject dest, int32_t levels, int32_t range);
 
-}  // namespace zvk
+}  // namespace zvk::filters

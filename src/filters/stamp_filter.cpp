@@ -11,7 +11,7 @@
 #include "pixels/filter_frame.h"
 #include "pixels/layouts.h"
 
-namespace zvk {
+namespace zvk::filters {
 
 namespace {
 
@@ -75,4 +75,4 @@ REALobject StampFilter(REALobject instance, REALobject dest, double radius, doub
   });
 }
 
-}  // namespace zvk
+}  // namespace zvk::filters

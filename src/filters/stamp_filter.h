@@ -5,7 +5,7 @@
 
 #include "abi/host_layouts.h"
 
-namespace zvk {
+namespace zvk::filters {
 
 // Handler: a new image, of the same size and format. The image is box blurred three times with a third of `radius`
 // (pixels), the first time into dest if there is one, and each sample of gray, or of red, green and blue, then goes
@@ -15,4 +15,4 @@ namespace zvk {
 REALobject StampFilter(REALobject instance, REALobject dest, double radius, double threshold, double softness,
                        uint32_t black, uint32_t white);
 
-}  // namespace zvk
+}  // namespace zvk::filters

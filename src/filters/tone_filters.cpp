@@ -8,7 +8,7 @@
 #include "pixels/filter_frame.h"
 #include "pixels/layouts.h"
 
-namespace zvk {
+namespace zvk::filters {
 
 namespace {
 
@@ -154,4 +154,4 @@ REALobject TransferFilterRGBA(REALobject instance, REALobject dest, REALarray re
   return RunTone(instance, dest, rbTransferFilterRGBA, red, green, blue, alpha);
 }
 
-}  // namespace zvk
+}  // namespace zvk::filters

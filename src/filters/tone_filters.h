@@ -5,7 +5,7 @@
 
 #include "abi/host_layouts.h"
 
-namespace zvk {
+namespace zvk::filters {
 
 // All are handlers and run in the filter frame: dest, or a new image for a nil dest, comes back with a reference for
 // the caller; nil if the filter is refused. What an image has and the filter does not serve stays as it is in dest.
@@ -32,4 +32,4 @@ REALobject TransferFilterRGB(REALobject instance, REALobject dest, REALarray red
 REALobject TransferFilterRGBA(REALobject instance, REALobject dest, REALarray red, REALarray green, REALarray blue,
                               REALarray alpha);
 
-}  // namespace zvk
+}  // namespace zvk::filters

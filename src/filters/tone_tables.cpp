@@ -6,7 +6,7 @@
 #include "host/integer_array.h"
 #include "host/truncate.h"
 
-namespace zvk {
+namespace zvk::filters {
 
 // clang-format off
 const ToneTable kSolarizeTable = {
@@ -65,4 +65,4 @@ ToneTable TransferTable(REALarray array) {
   return table;
 }
 
-}  // namespace zvk
+}  // namespace zvk::filters

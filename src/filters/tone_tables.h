@@ -6,7 +6,7 @@
 
 #include "abi/host_layouts.h"
 
-namespace zvk {
+namespace zvk::filters {
 
 using ToneTable = std::array<uint8_t, 256>;
 
@@ -24,4 +24,4 @@ ToneTable GainTable(double gain, double bias);
 // The low bytes of the array's first 256 elements; 0 behind its end. A nil array gives zeros.
 ToneTable TransferTable(REALarray array);
 
-}  // namespace zvk
+}  // namespace zvk::filters

@@ -11,7 +11,7 @@
 #include "pixels/kernel_clones.h"
 #include "pixels/layouts.h"
 
-namespace zvk {
+namespace zvk::filters {
 
 namespace {
 
@@ -107,4 +107,4 @@ uint8_t unsharpFilter(REALobject instance, REALobject origpixels, double amount,
   return true;
 }
 
-}  // namespace zvk
+}  // namespace zvk::filters

@@ -5,7 +5,7 @@
 
 #include "abi/host_layouts.h"
 
-namespace zvk {
+namespace zvk::filters {
 
 // Handler: changes the image in place by `origpixels`, its blurred copy. A sample that differs from the copy's by at
 // least `threshold` moves away from it to (1 + 4 x amount) times the difference, within 0 to 255; others stay. True
@@ -13,4 +13,4 @@ namespace zvk {
 // both images are usable, of 8-bit samples, and alike in size and format.
 uint8_t unsharpFilter(REALobject instance, REALobject origpixels, double amount, int32_t threshold);
 
-}  // namespace zvk
+}  // namespace zvk::filters

@@ -12,7 +12,7 @@
 
 #include "geometry/shear.h"
 
-namespace zvk {
+namespace zvk::geometry {
 
 // Column 0 moves by `start` pixels downwards, every further one by `slope` (-1 to 1) less.
 struct ColumnShear {
@@ -217,4 +217,4 @@ void ShearColumns(ImageClassData &source, ImageClassData &dest, ColumnShear shea
   shear_detail::ShearColumnsByPixels(source, dest, shear, background);
 }
 
-}  // namespace zvk
+}  // namespace zvk::geometry

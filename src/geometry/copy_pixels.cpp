@@ -13,7 +13,7 @@
 #include "pixels/row_group.h"
 #include "pixels/wide_samples.h"
 
-namespace zvk {
+namespace zvk::geometry {
 
 namespace {
 
@@ -146,4 +146,4 @@ uint8_t rbCopyPixels2(REALobject instance, REALobject source) {
   return dest != nullptr && rbCopyPixels8(instance, source, 0, 0, dest->Width, dest->Height, 0, 0);
 }
 
-}  // namespace zvk
+}  // namespace zvk::geometry

@@ -12,7 +12,7 @@
 #include "host/resources.h"
 #include "pixels/layouts.h"
 
-namespace zvk {
+namespace zvk::geometry {
 
 namespace {
 
@@ -202,4 +202,4 @@ void VMirrorSelf(REALobject instance) { ExchangeHalves<PixelOrder::Forward>(inst
 
 void Rotate180Self(REALobject instance) { ExchangeHalves<PixelOrder::Backward>(instance); }
 
-}  // namespace zvk
+}  // namespace zvk::geometry

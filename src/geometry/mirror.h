@@ -3,7 +3,7 @@
 
 #include "image/image_record.h"
 
-namespace zvk {
+namespace zvk::geometry {
 
 // Handlers. They yield on the image once, then after each row or pair of rows. An image that is not usable, has 16-bit
 // samples or belongs to no family of colours is left as it is, without a word.
@@ -19,4 +19,4 @@ void VMirrorSelf(REALobject instance);
 // reversal of the row below it as that was before, or zero in the samples of an image of one row.
 void Rotate180Self(REALobject instance);
 
-}  // namespace zvk
+}  // namespace zvk::geometry

@@ -13,7 +13,7 @@
 #include "image/rows.h"
 #include "pixels/layouts.h"
 
-namespace zvk {
+namespace zvk::geometry {
 
 // Where the kCount channels that an operation knows lie in the pixels of one image.
 template <size_t kCount>
@@ -69,4 +69,4 @@ inline bool MayReorder(const ImageClassData &source, const ImageClassData &dest)
   return HasFixedRows(source) && HasFixedRows(dest) && RowsLieApart(dest) && !SharesStorage(source, dest);
 }
 
-}  // namespace zvk
+}  // namespace zvk::geometry

@@ -4,7 +4,7 @@
 
 #include "geometry/pixel_reversal.h"
 
-namespace zvk {
+namespace zvk::geometry {
 
 PixelMover::PixelMover(const Side &source, const Side &dest, std::span<const SampleMove> moves, bool packedAlike)
     : source_(source), dest_(dest), mover_(source.pixelSize, dest.pixelSize, moves), packedAlike_(packedAlike) {}
@@ -50,4 +50,4 @@ void PixelMover::Transpose(const PixelBlock &block) const {
   }
 }
 
-}  // namespace zvk
+}  // namespace zvk::geometry

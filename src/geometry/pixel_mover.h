@@ -12,7 +12,7 @@
 #include "pixels/layouts.h"
 #include "pixels/sample_mover.h"
 
-namespace zvk {
+namespace zvk::geometry {
 
 // The way of the samples of a layout from one image into another one, or into itself. All addresses are those of a
 // pixel's first sample, and no run that is read may overlap one that is written. No byte is touched in front of the
@@ -65,4 +65,4 @@ class PixelMover {
   bool packedAlike_;  // whole pixels can be moved as they are
 };
 
-}  // namespace zvk
+}  // namespace zvk::geometry

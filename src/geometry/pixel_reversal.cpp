@@ -6,7 +6,7 @@
 
 #include "pixels/kernel_clones.h"
 
-namespace zvk {
+namespace zvk::geometry {
 
 namespace {
 
@@ -71,4 +71,4 @@ void ReversePixels(const uint8_t *source, uint8_t *dest, int32_t count, int32_t 
   }
 }
 
-}  // namespace zvk
+}  // namespace zvk::geometry

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-namespace zvk {
+namespace zvk::geometry {
 
 // Bytes of the largest pixel that has channels.
 inline constexpr int32_t kLargestPixel = 5;
@@ -12,4 +12,4 @@ inline constexpr int32_t kLargestPixel = 5;
 // overlap.
 void ReversePixels(const uint8_t *source, uint8_t *dest, int32_t count, int32_t pixelSize);
 
-}  // namespace zvk
+}  // namespace zvk::geometry

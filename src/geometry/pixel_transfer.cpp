@@ -7,7 +7,7 @@
 #include "image/rows.h"
 #include "pixels/layouts.h"
 
-namespace zvk {
+namespace zvk::geometry {
 
 namespace {
 
@@ -87,4 +87,4 @@ void PixelTransfer::Row(uint8_t *dest, const uint8_t *source, int32_t width) con
       conversion_);
 }
 
-}  // namespace zvk
+}  // namespace zvk::geometry

@@ -9,7 +9,7 @@
 #include "pixels/gray_conversion.h"
 #include "pixels/sample_mover.h"
 
-namespace zvk {
+namespace zvk::geometry {
 
 // The conversion of rows, settled once for a whole copy by families, HasAlpha, PixelSize, BitsPerComponent and offsets.
 class PixelTransfer {
@@ -30,4 +30,4 @@ class PixelTransfer {
   bool inOrder_;  // addresses do not tell whether rows overlap
 };
 
-}  // namespace zvk
+}  // namespace zvk::geometry

@@ -6,7 +6,7 @@
 
 #include "pixels/kernel_clones.h"
 
-namespace zvk {
+namespace zvk::geometry {
 
 namespace {
 
@@ -139,4 +139,4 @@ void TransposePixels(const PixelBlock &block, int32_t pixelSize) {
   }
 }
 
-}  // namespace zvk
+}  // namespace zvk::geometry

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace zvk {
+namespace zvk::geometry {
 
 // The pixels of a block as they are read and as they are to be written: pixel x of source row y becomes pixel y of dest
 // row x. The rows may lie anywhere, but none that is read may overlap one that is written.
@@ -18,4 +18,4 @@ struct PixelBlock {
 // Pixels have no gaps and `pixelSize` bytes, 1 to 5.
 void TransposePixels(const PixelBlock &block, int32_t pixelSize);
 
-}  // namespace zvk
+}  // namespace zvk::geometry

@@ -14,7 +14,7 @@
 #include "image/image_factory.h"
 #include "pixels/layouts.h"
 
-namespace zvk {
+namespace zvk::geometry {
 
 namespace {
 
@@ -163,4 +163,4 @@ REALobject rbRotate(REALobject instance, double angle, int32_t Red, int32_t Gree
   return result.Release();
 }
 
-}  // namespace zvk
+}  // namespace zvk::geometry

@@ -5,7 +5,7 @@
 
 #include "image/image_record.h"
 
-namespace zvk {
+namespace zvk::geometry {
 
 // Handler: the image turned to the left (rows running downward) by `angle` degrees, as a new image that holds all of
 // it; the corners that it does not cover are of the background colour, of which only the channels of the image's family
@@ -17,4 +17,4 @@ namespace zvk {
 REALobject rbRotate(REALobject instance, double angle, int32_t Red, int32_t Green, int32_t Blue, int32_t Alpha,
                     int32_t Gray, int32_t Cyan, int32_t Magenta, int32_t Yellow, int32_t Black);
 
-}  // namespace zvk
+}  // namespace zvk::geometry

@@ -18,7 +18,7 @@
 #include "pixels/layouts.h"
 #include "pixels/sample_mover.h"
 
-namespace zvk {
+namespace zvk::geometry {
 
 // The channels of a layout as a shear has them: alpha stands first in gray and CMYK pixels, last in RGB ones.
 template <class L>
@@ -221,4 +221,4 @@ void HorizSkew(ImageClassData &source, ImageClassData &dest, int32_t row, int32_
   }
 }
 
-}  // namespace zvk
+}  // namespace zvk::geometry

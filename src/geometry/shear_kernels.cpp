@@ -4,7 +4,7 @@
 
 #include "pixels/kernel_clones.h"
 
-namespace zvk {
+namespace zvk::geometry {
 
 namespace {
 
@@ -82,4 +82,4 @@ void ShearAcross(const uint8_t *source, int32_t count, const double *weights, ui
   }
 }
 
-}  // namespace zvk
+}  // namespace zvk::geometry

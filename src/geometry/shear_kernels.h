@@ -8,7 +8,7 @@
 
 #include "host/truncate.h"
 
-namespace zvk {
+namespace zvk::geometry {
 
 // What a sample gives to the next one: the product in double precision, truncated.
 inline uint8_t ShareOf(uint8_t sample, double weight) { return static_cast<uint8_t>(Truncate(sample * weight)); }
@@ -37,4 +37,4 @@ void ShearAlong(const uint8_t *source, ptrdiff_t step, int64_t count, const Shar
 void ShearAcross(const uint8_t *source, int32_t count, const uint16_t *fractions, uint8_t *shares, uint8_t *dest);
 void ShearAcross(const uint8_t *source, int32_t count, const double *weights, uint8_t *shares, uint8_t *dest);
 
-}  // namespace zvk
+}  // namespace zvk::geometry

@@ -11,7 +11,7 @@
 #include "pixels/filter_frame.h"
 #include "pixels/layouts.h"
 
-namespace zvk {
+namespace zvk::geometry {
 
 namespace {
 
@@ -249,4 +249,4 @@ REALobject Rotate270(REALobject instance, REALobject dest) {
   return TurnQuarter<Direction::Right, Form::Plain>(instance, dest);
 }
 
-}  // namespace zvk
+}  // namespace zvk::geometry

@@ -3,7 +3,7 @@
 
 #include "image/image_record.h"
 
-namespace zvk {
+namespace zvk::geometry {
 
 // Handlers. Each returns dest with a reference for the caller, or a new image of the source's format for a nil dest;
 // nil if the source is not usable or has 16-bit samples, if the dest is not usable, or if there is no new image. The
@@ -23,4 +23,4 @@ REALobject Rotate90(REALobject instance, REALobject dest);
 REALobject Rotate270fast(REALobject instance, REALobject dest);
 REALobject Rotate270(REALobject instance, REALobject dest);
 
-}  // namespace zvk
+}  // namespace zvk::geometry

@@ -8,7 +8,7 @@
 
 #include "host/resources.h"
 
-namespace zvk {
+namespace zvk::host {
 
 REALresolver gResolver = nullptr;
 double rbversion = 0;
@@ -202,4 +202,4 @@ void YieldData::DoYield() {
   LastYieldTime = now();
 }
 
-}  // namespace zvk
+}  // namespace zvk::host

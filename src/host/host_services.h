@@ -6,7 +6,7 @@
 #include "abi/host_layouts.h"
 #include "host/lazy_entry.h"
 
-namespace zvk {
+namespace zvk::host {
 
 // Set once by the entry point, before any handler runs; read only afterwards.
 extern REALresolver gResolver;             // nil until the entry point has stored the host's resolver
@@ -124,4 +124,4 @@ struct YieldData {
   void DoYield();
 };
 
-}  // namespace zvk
+}  // namespace zvk::host

@@ -1,7 +1,9 @@
 // Functions of the host that are looked up by name on first use.
 #pragma once
 
-namespace zvk {
+#include "host/layers.h"
+
+namespace zvk::host {
 
 // One function known by name, found through the door `Find` the first time that it is needed. While the door answers
 // nil the slot stays empty: a call then returns zero without calling anybody, and the next call asks again.
@@ -28,4 +30,4 @@ class LazyEntry<Find, Result(Arguments...)> {
   Result (*slot_)(Arguments...) = nullptr;
 };
 
-}  // namespace zvk
+}  // namespace zvk::host

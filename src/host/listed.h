@@ -1,7 +1,9 @@
 // A list of what is alive.
 #pragma once
 
-namespace zvk {
+#include "host/layers.h"
+
+namespace zvk::host {
 
 // Base of a class T whose objects are to be found while they live. Not locked: they begin and end on the host's own
 // thread. They need not end in the reverse order, as a host may have threads of its own that take turns in yields.
@@ -31,4 +33,4 @@ class Listed {
   Listed *older_;
 };
 
-}  // namespace zvk
+}  // namespace zvk::host

@@ -7,7 +7,7 @@
 
 #include "host/host_services.h"
 
-namespace zvk {
+namespace zvk::host {
 
 // Largest block of memory that the system allocates.
 inline constexpr int64_t kLargestAllocation = 0x7FFFFFFF;
@@ -72,4 +72,4 @@ class HostReference {
 using ObjectReference = HostReference<REALobject, REALUnlockObject>;
 using StringReference = HostReference<REALstring, REALUnlockString>;
 
-}  // namespace zvk
+}  // namespace zvk::host

@@ -6,7 +6,7 @@
 
 #include "image/image_record.h"
 
-namespace zvk {
+namespace zvk::image {
 
 struct ChannelField {
   char letter;  // g is gray, K black
@@ -26,4 +26,4 @@ inline constexpr std::array kChannels{
     ChannelField{'K', &ImageClassData::BlackOffset, &ImageClassData::HasBlack},
 };
 
-}  // namespace zvk
+}  // namespace zvk::image

@@ -11,7 +11,7 @@
 #include "host/resources.h"
 #include "image/image_storage.h"
 
-namespace zvk {
+namespace zvk::image {
 
 static_assert(sizeof(off_t) == 8, "a backing file is larger than 32 bits reach");
 
@@ -163,4 +163,4 @@ void ImageConstructorFile(REALobject instance, int32_t width, int32_t height, in
   record->Valid = record->Buffer != nullptr;
 }
 
-}  // namespace zvk
+}  // namespace zvk::image

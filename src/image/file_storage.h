@@ -6,7 +6,7 @@
 
 #include "image/image_record.h"
 
-namespace zvk {
+namespace zvk::image {
 
 // Row accessors of a mapped image: the row's address, after moving the record's block if the row is not in it; nil if
 // that block cannot be mapped. An address lasts until the next miss on the same record, SetMemBlockSize or Close. No
@@ -26,4 +26,4 @@ void ImageConstructorFile(REALobject instance, int32_t width, int32_t height, in
 // rows cannot be counted in 32 bits.
 void SetMemBlockSize(REALobject instance, int32_t param, int32_t value);
 
-}  // namespace zvk
+}  // namespace zvk::image

@@ -2,7 +2,7 @@
 
 #include "image/image_storage.h"
 
-namespace zvk {
+namespace zvk::image {
 
 namespace {
 
@@ -63,4 +63,4 @@ void SetFactory(REALobject factory) {
   globalFactory = factory;
 }
 
-}  // namespace zvk
+}  // namespace zvk::image

@@ -6,7 +6,7 @@
 #include "host/resources.h"
 #include "image/image_record.h"
 
-namespace zvk {
+namespace zvk::image {
 
 // An image of at least the given size: from the factory of `record` (may be nil), else from the global factory, else
 // constructed in memory. A factory's answer may be larger and of any format. Empty if no source gives a usable one.
@@ -19,4 +19,4 @@ REALobject CreatePictureGlobal(int32_t width, int32_t height, int32_t format);
 // Replaces the global factory, of which one reference is held; nil removes it.
 void SetFactory(REALobject factory);
 
-}  // namespace zvk
+}  // namespace zvk::image

@@ -5,7 +5,7 @@
 #include "host/resources.h"
 #include "image/channels.h"
 
-namespace zvk {
+namespace zvk::image {
 
 namespace {
 
@@ -174,4 +174,4 @@ void SetAlphaOffset(REALobject instance, int32_t /*param*/, int32_t value) {
   SetOffset(instance, &ImageClassData::AlphaOffset, value, "AlphaOffset");
 }
 
-}  // namespace zvk
+}  // namespace zvk::image

@@ -6,7 +6,7 @@
 
 #include "image/image_record.h"
 
-namespace zvk {
+namespace zvk::image {
 
 enum ImageFormat : int32_t {
   ImageFormatUnknown = 0,
@@ -76,4 +76,4 @@ void SetBlueOffset(REALobject instance, int32_t param, int32_t value);
 void SetGrayOffset(REALobject instance, int32_t param, int32_t value);
 void SetAlphaOffset(REALobject instance, int32_t param, int32_t value);
 
-}  // namespace zvk
+}  // namespace zvk::image

@@ -7,7 +7,7 @@
 #include "abi/host_layouts.h"
 #include "host/host_services.h"
 
-namespace zvk {
+namespace zvk::image {
 
 struct ImageClassData;
 
@@ -125,4 +125,4 @@ inline void YieldOn(ImageClassData &image) {
   if (image.Yield.YieldTicks != 0) image.Yield.DoYield();
 }
 
-}  // namespace zvk
+}  // namespace zvk::image

@@ -11,7 +11,7 @@
 #include "image/image_formats.h"
 #include "image/pixel_work.h"
 
-namespace zvk {
+namespace zvk::image {
 
 namespace {
 
@@ -170,4 +170,4 @@ int64_t GetTotalSizeInt64(REALobject instance, int32_t /*param*/) {
   return record != nullptr ? record->TotalSize : 0;
 }
 
-}  // namespace zvk
+}  // namespace zvk::image

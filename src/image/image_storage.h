@@ -5,7 +5,7 @@
 
 #include "image/image_record.h"
 
-namespace zvk {
+namespace zvk::image {
 
 // Row accessors. The linear ones check no bounds; those over a row table give nil outside 0 to Height - 1 and for a
 // nil table.
@@ -38,4 +38,4 @@ void ImageDestructor(REALobject instance);
 // Property getter.
 int64_t GetTotalSizeInt64(REALobject instance, int32_t param);
 
-}  // namespace zvk
+}  // namespace zvk::image

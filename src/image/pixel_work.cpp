@@ -4,7 +4,7 @@
 
 #include "image/rows.h"
 
-namespace zvk {
+namespace zvk::image {
 
 namespace {
 
@@ -30,4 +30,4 @@ void AwaitPixelWork(const ImageClassData &image) {
   });
 }
 
-}  // namespace zvk
+}  // namespace zvk::image

@@ -8,7 +8,7 @@
 #include "host/listed.h"
 #include "image/image_record.h"
 
-namespace zvk {
+namespace zvk::image {
 
 // Says, as long as it lives, that threads may be at work on the pixels of two images.
 class PixelWork : public Listed<PixelWork> {
@@ -33,4 +33,4 @@ class PixelWork : public Listed<PixelWork> {
 // Returns when no thread works any more on pixels that the image is about to give up.
 void AwaitPixelWork(const ImageClassData &image);
 
-}  // namespace zvk
+}  // namespace zvk::image

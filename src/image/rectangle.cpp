@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace zvk {
+namespace zvk::image {
 
 namespace {
 
@@ -88,4 +88,4 @@ Transfer CutToImages(Transfer transfer, int32_t destWidth, int32_t destHeight, i
   return transfer;
 }
 
-}  // namespace zvk
+}  // namespace zvk::image

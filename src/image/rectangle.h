@@ -5,7 +5,9 @@
 
 #include <cstdint>
 
-namespace zvk {
+#include "host/layers.h"
+
+namespace zvk::image {
 
 // Columns x to x + width - 1 and rows y to y + height - 1 of one image, in pixels.
 struct Rectangle {
@@ -53,4 +55,4 @@ Rectangle CutToImage(Rectangle rectangle, int32_t imageWidth, int32_t imageHeigh
 Transfer CutToImages(Transfer transfer, int32_t destWidth, int32_t destHeight, int32_t sourceWidth,
                      int32_t sourceHeight);
 
-}  // namespace zvk
+}  // namespace zvk::image

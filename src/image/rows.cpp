@@ -6,7 +6,7 @@
 
 #include "image/channels.h"
 
-namespace zvk {
+namespace zvk::image {
 
 namespace {
 
@@ -84,4 +84,4 @@ bool HasSamePixels(const ImageClassData &before, const ImageClassData &image) {
   return place(before) == place(image);
 }
 
-}  // namespace zvk
+}  // namespace zvk::image

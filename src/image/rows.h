@@ -6,7 +6,7 @@
 
 #include "image/image_record.h"
 
-namespace zvk {
+namespace zvk::image {
 
 // True if the bytes of the image's rows stay where they are between calls of GetRow: every storage but a mapped file.
 inline bool HasFixedRows(const ImageClassData &image) { return !image.IsMapping; }
@@ -23,4 +23,4 @@ int64_t BytesFromRow(const ImageClassData &image, const uint8_t *row);
 // constructed it anew. Channels, which the host may move in its pixels, are not compared.
 bool HasSamePixels(const ImageClassData &before, const ImageClassData &image);
 
-}  // namespace zvk
+}  // namespace zvk::image

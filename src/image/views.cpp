@@ -10,7 +10,7 @@
 #include "image/image_storage.h"
 #include "image/rectangle.h"
 
-namespace zvk {
+namespace zvk::image {
 
 namespace {
 
@@ -334,4 +334,4 @@ REALobject GetMemory(REALobject source, int32_t /*param*/) {
   return record != nullptr && record->Buffer != nullptr ? REALPtrToMemoryBlock(record->Buffer) : nullptr;
 }
 
-}  // namespace zvk
+}  // namespace zvk::image

@@ -7,7 +7,7 @@
 
 #include "image/image_record.h"
 
-namespace zvk {
+namespace zvk::image {
 
 // A gray image of the one channel at `offset` (bytes from the start of a pixel).
 REALobject NewChannelImageZVK(REALobject source, int32_t offset);
@@ -47,4 +47,4 @@ REALobject Clone(REALobject source);
 // Property getter: a MemoryBlock of unknown size over the storage, which keeps nothing alive; nil without a buffer.
 REALobject GetMemory(REALobject source, int32_t param);
 
-}  // namespace zvk
+}  // namespace zvk::image

@@ -9,7 +9,7 @@
 #include "pixels/kernel_clones.h"
 #include "pixels/layouts.h"
 
-namespace zvk {
+namespace zvk::levels {
 
 namespace {
 
@@ -139,4 +139,4 @@ uint8_t AutoLevel5(REALobject instance, int32_t x, int32_t y, int32_t width, int
   return true;
 }
 
-}  // namespace zvk
+}  // namespace zvk::levels

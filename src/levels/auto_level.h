@@ -5,7 +5,7 @@
 
 #include "image/image_record.h"
 
-namespace zvk {
+namespace zvk::levels {
 
 // Handlers: a histogram of the rectangle's brightness gives a low and a high level, past half a percent of the pixels
 // at either end; then each of red, green and blue is 0 below low, 255 above high, and in between its share of 255,
@@ -15,4 +15,4 @@ namespace zvk {
 uint8_t AutoLevel1(REALobject instance);
 uint8_t AutoLevel5(REALobject instance, int32_t x, int32_t y, int32_t width, int32_t height);
 
-}  // namespace zvk
+}  // namespace zvk::levels

@@ -1,6 +1,6 @@
 #include "levels/compare_images.h"
 
-namespace zvk {
+namespace zvk::levels {
 
 namespace {
 
@@ -31,4 +31,4 @@ int64_t CompareImages(REALobject instance, REALobject other) {
   return (int64_t{image->Height} - 1) * image->Width + image->Width;
 }
 
-}  // namespace zvk
+}  // namespace zvk::levels

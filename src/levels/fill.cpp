@@ -12,7 +12,7 @@
 #include "pixels/layouts.h"
 #include "pixels/row_samples.h"
 
-namespace zvk {
+namespace zvk::levels {
 
 namespace {
 
@@ -204,4 +204,4 @@ void ClearRect5(REALobject instance, int32_t x, int32_t y, int32_t width, int32_
   });
 }
 
-}  // namespace zvk
+}  // namespace zvk::levels

@@ -9,7 +9,7 @@
 
 #include "image/image_record.h"
 
-namespace zvk {
+namespace zvk::levels {
 
 // Handlers: one byte into all channels, alpha included; filler keeps its bytes. Of a 16-bit sample only the byte at
 // GrayOffset is written.
@@ -50,4 +50,4 @@ constexpr ColourParts PartsOf(uint32_t colour) {
           static_cast<int32_t>(colour & 0xFF)};
 }
 
-}  // namespace zvk
+}  // namespace zvk::levels

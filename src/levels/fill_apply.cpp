@@ -7,7 +7,7 @@
 #include "pixels/layouts.h"
 #include "pixels/row_samples.h"
 
-namespace zvk {
+namespace zvk::levels {
 
 namespace {
 
@@ -64,4 +64,4 @@ uint8_t FillRectApplyRGBcA5(REALobject instance, int32_t x, int32_t y, int32_t w
   return FillRectApplyRGBA5(instance, x, y, width, height, red, green, blue, alpha);
 }
 
-}  // namespace zvk
+}  // namespace zvk::levels

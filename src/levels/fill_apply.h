@@ -5,7 +5,7 @@
 
 #include "image/image_record.h"
 
-namespace zvk {
+namespace zvk::levels {
 
 // Handlers: each colour sample becomes (old x (255 - alpha) + colour x alpha) x 257 / 65536, rounded down: one less
 // than the exact mix where that is a whole number above 0. A gray image takes the colour's gray, (77 red + 151 green +
@@ -20,4 +20,4 @@ uint8_t FillRectApplyRGBcA1(REALobject instance, uint32_t colour, int32_t alpha)
 uint8_t FillRectApplyRGBcA5(REALobject instance, int32_t x, int32_t y, int32_t width, int32_t height, uint32_t colour,
                             int32_t alpha);
 
-}  // namespace zvk
+}  // namespace zvk::levels

@@ -5,7 +5,7 @@
 #include "pixels/row_samples.h"
 #include "pixels/wide_samples.h"
 
-namespace zvk {
+namespace zvk::levels {
 
 namespace {
 
@@ -46,4 +46,4 @@ void Invert5(REALobject instance, int32_t x, int32_t y, int32_t width, int32_t h
   });
 }
 
-}  // namespace zvk
+}  // namespace zvk::levels

@@ -5,7 +5,7 @@
 
 #include "image/image_record.h"
 
-namespace zvk {
+namespace zvk::levels {
 
 // Handlers: each sample, alpha included, becomes 255 - sample, a 16-bit one 65535 - sample. Filler keeps its bytes. A
 // rectangle with a negative size extends to the other side of its corner, and what lies outside the image is cut. An
@@ -14,4 +14,4 @@ namespace zvk {
 void Invert1(REALobject instance);
 void Invert5(REALobject instance, int32_t x, int32_t y, int32_t width, int32_t height);
 
-}  // namespace zvk
+}  // namespace zvk::levels

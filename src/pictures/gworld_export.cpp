@@ -8,7 +8,7 @@
 #include "host/host_services.h"
 #include "host/resources.h"
 
-namespace zvk {
+namespace zvk::pictures {
 
 namespace {
 
@@ -118,4 +118,4 @@ REALobject CopyGWorld(REALobject instance) {
   return image->IsRGB ? CopyGWorldRGB(*image) : nullptr;
 }
 
-}  // namespace zvk
+}  // namespace zvk::pictures

@@ -4,7 +4,7 @@
 
 #include "image/image_record.h"
 
-namespace zvk {
+namespace zvk::pictures {
 
 // Handler. A new "GWorldZVK" of the host that owns a new world with the image's pixels: gray in 8 bits, red, green and
 // blue in 24, with alpha in 32. One reference for the caller. Nil for an image that is not usable, has 16-bit samples
@@ -15,4 +15,4 @@ REALobject CopyGWorld(REALobject instance);
 // The same for a usable gray image; alpha is left out.
 REALobject CopyGWorldG(ImageClassData &image);
 
-}  // namespace zvk
+}  // namespace zvk::pictures

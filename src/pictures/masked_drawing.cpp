@@ -9,7 +9,7 @@
 #include "pictures/pixel_words.h"
 #include "pixels/divide_by_255.h"
 
-namespace zvk {
+namespace zvk::pictures {
 
 namespace {
 
@@ -167,4 +167,4 @@ void rbDrawPictureApplyMaskRGB6(REALobject instance, REALobject picture, int32_t
   rbDrawPictureApplyMaskRGB8(instance, picture, destX, destY, destWidth, destHeight, 0, 0, invertMask);
 }
 
-}  // namespace zvk
+}  // namespace zvk::pictures

@@ -8,7 +8,7 @@
 #include "image/rectangle.h"
 #include "pictures/picture_editor.h"
 
-namespace zvk {
+namespace zvk::pictures {
 
 // The rectangles of all handlers follow the rules of rbDrawPictureRGB8, and the shorter forms fill in the same numbers.
 // Nothing happens for an image without red, green and blue or one that is not usable, nor where the picture, or a mask
@@ -43,4 +43,4 @@ void DrawMasked(ImageClassData &image, const Transfer &transfer, PictureEditor &
 void BlendMasked(ImageClassData &image, const Transfer &transfer, PictureEditor &picture, PictureEditor &mask,
                  bool invertMask);
 
-}  // namespace zvk
+}  // namespace zvk::pictures

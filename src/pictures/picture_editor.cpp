@@ -6,7 +6,7 @@
 #include "host/host_services.h"
 #include "host/resources.h"
 
-namespace zvk {
+namespace zvk::pictures {
 
 bool IsDesktop = false;
 bool IsConsole = false;
@@ -246,4 +246,4 @@ REALobject PictureEditor::RenderPictureWriter() {
   return result;
 }
 
-}  // namespace zvk
+}  // namespace zvk::pictures

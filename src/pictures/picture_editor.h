@@ -7,7 +7,7 @@
 
 #include "abi/host_layouts.h"
 
-namespace zvk {
+namespace zvk::pictures {
 
 // Which kind of host this is: pictures in bitmap contexts, or GD images. Both false until it shows; set once for the
 // process by ClassifyHost or by the first description lock of either kind that succeeds.
@@ -110,4 +110,4 @@ void AddPictureMask(REALobject picture, REALobject maskPicture, int32_t width, i
 bool OwnCopy(REALobject dest, REALobject source, int32_t x, int32_t y, int32_t width, int32_t height, int32_t sourceX,
              int32_t sourceY, int32_t sourceWidth, int32_t sourceHeight);
 
-}  // namespace zvk
+}  // namespace zvk::pictures

@@ -11,7 +11,7 @@
 #include "pixels/kernel_clones.h"
 #include "pixels/wide_samples.h"
 
-namespace zvk {
+namespace zvk::pictures {
 
 namespace {
 
@@ -206,4 +206,4 @@ REALobject GetDebugPicture(REALobject instance, int32_t /*param*/) {
   return image != nullptr && image->DebugPictureEnabled ? rbCopyPictureWithMask(instance, 0, 0, 512, 512) : nullptr;
 }
 
-}  // namespace zvk
+}  // namespace zvk::pictures

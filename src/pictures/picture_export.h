@@ -8,7 +8,7 @@
 #include "image/rectangle.h"
 #include "pictures/picture_editor.h"
 
-namespace zvk {
+namespace zvk::pictures {
 
 // Handlers. Each gives one reference to a new picture, or nil: for an image that is not usable or has no colour family
 // (for masks: no alpha), an empty rectangle, a rectangle larger than 32767 pixels in either direction, or a host
@@ -32,4 +32,4 @@ REALobject GetDebugPicture(REALobject instance, int32_t param);
 void WriteColours(ImageClassData &image, const Rectangle &rectangle, PictureEditor &picture);
 void WriteAlpha(ImageClassData &image, const Rectangle &rectangle, PictureEditor &picture);
 
-}  // namespace zvk
+}  // namespace zvk::pictures

@@ -8,7 +8,7 @@
 #include "pictures/pixel_rows.h"
 #include "pictures/pixel_words.h"
 
-namespace zvk {
+namespace zvk::pictures {
 
 // --- an image over a picture's pixels ---
 
@@ -264,4 +264,4 @@ void rbDrawPictureBlueToGrayChannel8(REALobject instance, REALobject picture, in
   DrawToGrayChannel(instance, picture, transfer, PictureColour::Blue);
 }
 
-}  // namespace zvk
+}  // namespace zvk::pictures

@@ -7,7 +7,7 @@
 #include "image/rectangle.h"
 #include "pictures/picture_editor.h"
 
-namespace zvk {
+namespace zvk::pictures {
 
 // Constructor over a picture, which the image holds as its Target: no pixel is copied, and writes go into the picture
 // without the host being told. useAlpha makes the picture's fourth byte the alpha channel. A nil picture raises
@@ -54,4 +54,4 @@ enum class PictureColour { Red, Green, Blue };
 void DrawColours(ImageClassData &image, const Transfer &transfer, PictureEditor &picture);
 void DrawGray(ImageClassData &image, const Transfer &transfer, PictureEditor &picture, PictureColour colour);
 
-}  // namespace zvk
+}  // namespace zvk::pictures

@@ -13,7 +13,7 @@
 #include "pictures/pixel_words.h"
 #include "pixels/kernel_clones.h"
 
-namespace zvk {
+namespace zvk::pictures {
 
 // The first pixel of the transfer's row i in the image; nil if the row cannot be had. Asked again for each row: other
 // code of the host may have run since, and closed the image or constructed it anew, where the transfer may not fit.
@@ -117,4 +117,4 @@ void StoreRow(uint8_t *dest, ptrdiff_t count, const ImageClassData &image, Colou
   }
 }
 
-}  // namespace zvk
+}  // namespace zvk::pictures

@@ -8,7 +8,7 @@
 
 #include "pictures/picture_editor.h"
 
-namespace zvk {
+namespace zvk::pictures {
 
 struct Samples {
   uint8_t red;
@@ -91,4 +91,4 @@ void VisitPixelWords(int32_t layout, int32_t otherLayout, Visitor &&visitor) {
   });
 }
 
-}  // namespace zvk
+}  // namespace zvk::pictures

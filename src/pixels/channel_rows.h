@@ -9,7 +9,7 @@
 #include "image/image_record.h"
 #include "image/rows.h"
 
-namespace zvk {
+namespace zvk::pixels {
 
 // A row of one image: its first pixel, the distance between two, and where the samples lie in one, in bytes. Handed on
 // by value, so that stores to pixels leave it in registers.
@@ -59,4 +59,4 @@ class ByteRuns {
   ptrdiff_t count_;
 };
 
-}  // namespace zvk
+}  // namespace zvk::pixels

@@ -5,7 +5,7 @@
 #include "image/image_factory.h"
 #include "image/rows.h"
 
-namespace zvk {
+namespace zvk::pixels {
 
 namespace {
 
@@ -62,4 +62,4 @@ bool WritesApart(const ImageClassData &source, const ImageClassData &dest, int32
   return dest.Width >= columns && dest.Height >= rows && !SharesStorage(source, dest);
 }
 
-}  // namespace zvk
+}  // namespace zvk::pixels

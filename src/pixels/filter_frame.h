@@ -8,7 +8,7 @@
 #include "host/resources.h"
 #include "image/image_record.h"
 
-namespace zvk {
+namespace zvk::pixels {
 
 // The size of the image that is made for a nil dest: the source's, or the source's with its sides exchanged.
 enum class NewDest : uint8_t { SameSize, ExchangedSides };
@@ -61,4 +61,4 @@ void ForEachRowPair(ImageClassData &source, ImageClassData &dest, Visitor &&visi
   }
 }
 
-}  // namespace zvk
+}  // namespace zvk::pixels

@@ -6,7 +6,7 @@
 #include "pixels/kernel_clones.h"
 #include "pixels/luma.h"
 
-namespace zvk {
+namespace zvk::pixels {
 
 GrayConversion::GrayConversion(int32_t sourcePixelSize, const std::array<int32_t, 3> &colours, int32_t destPixelSize,
                                int32_t gray, const std::optional<SampleMove> &alpha)
@@ -64,4 +64,4 @@ void GrayConversion::MoveInOrder(const uint8_t *source, uint8_t *dest, int32_t w
   }
 }
 
-}  // namespace zvk
+}  // namespace zvk::pixels

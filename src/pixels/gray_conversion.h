@@ -8,7 +8,7 @@
 #include "pixels/gray_reader.h"
 #include "pixels/sample_mover.h"
 
-namespace zvk {
+namespace zvk::pixels {
 
 class GrayConversion {
  public:
@@ -40,4 +40,4 @@ class GrayConversion {
   PixelReach dest_;
 };
 
-}  // namespace zvk
+}  // namespace zvk::pixels

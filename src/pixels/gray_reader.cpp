@@ -6,7 +6,7 @@
 #include "pixels/byte_shuffle.h"
 #include "pixels/luma.h"
 
-namespace zvk {
+namespace zvk::pixels {
 
 GrayReader::GrayReader(int32_t pixelSize, const std::array<int32_t, 3> &offsets)
     : offsets_(offsets), reach_{pixelSize, std::ranges::min(offsets), std::ranges::max(offsets)} {}
@@ -63,4 +63,4 @@ ZVK_BYTE_SHUFFLE void GrayReader::RunShuffles(const uint8_t *source, uint8_t *gr
   }
 }
 
-}  // namespace zvk
+}  // namespace zvk::pixels

@@ -6,7 +6,7 @@
 
 #include "pixels/sample_mover.h"
 
-namespace zvk {
+namespace zvk::pixels {
 
 // Reads pixels of red, green and blue as gray, with the weights 77, 151 and 28 of 256, rounded down.
 class GrayReader {
@@ -33,4 +33,4 @@ class GrayReader {
   PixelReach reach_;
 };
 
-}  // namespace zvk
+}  // namespace zvk::pixels

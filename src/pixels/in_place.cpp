@@ -4,7 +4,7 @@
 
 #include "image/rows.h"
 
-namespace zvk {
+namespace zvk::pixels {
 
 std::optional<Rectangle> BeginInPlace(ImageClassData *image, const Rectangle &callers) {
   if (image == nullptr || !IsUsable(*image)) return std::nullopt;
@@ -26,4 +26,4 @@ std::span<uint8_t> PixelBytes(const ImageClassData &image, uint8_t *row, int32_t
   return {row + first, static_cast<size_t>(size)};
 }
 
-}  // namespace zvk
+}  // namespace zvk::pixels

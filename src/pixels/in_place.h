@@ -11,7 +11,7 @@
 #include "image/rectangle.h"
 #include "pixels/row_samples.h"
 
-namespace zvk {
+namespace zvk::pixels {
 
 // The part of one row that lies in the rectangle. The row's address holds until the next row is fetched.
 struct RowPart {
@@ -51,4 +51,4 @@ void ForEachRow(ImageClassData &image, const Rectangle &fitted, RowYield yield, 
 // for a width below 1.
 std::span<uint8_t> PixelBytes(const ImageClassData &image, uint8_t *row, int32_t offset, int32_t x, int32_t width);
 
-}  // namespace zvk
+}  // namespace zvk::pixels

@@ -8,7 +8,7 @@
 
 #include "image/image_record.h"
 
-namespace zvk {
+namespace zvk::pixels {
 
 enum class ColourFamily : uint8_t { Gray, RGB, CMYK };
 
@@ -98,4 +98,4 @@ bool VisitLayout(const ImageClassData &image, Visitor &&visit) {
   return (tryFamily.template operator()<kOrder>() || ...);
 }
 
-}  // namespace zvk
+}  // namespace zvk::pixels

@@ -13,7 +13,7 @@
 #include "image/rows.h"
 #include "pixels/layouts.h"
 
-namespace zvk {
+namespace zvk::pixels {
 
 // The place at a distance from another one, along one side of an image: the nearest of the places from 0 to size - 1.
 // The sum wraps, so a distance near the end of the range may lead to the opposite edge.
@@ -136,4 +136,4 @@ class SampleRows {
   bool packed_;
 };
 
-}  // namespace zvk
+}  // namespace zvk::pixels

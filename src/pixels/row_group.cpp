@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstring>
 
-namespace zvk {
+namespace zvk::pixels {
 
 bool RowGroup::Fetch(ImageClassData &dest, int32_t destY, ImageClassData &first, ImageClassData *second,
                      int32_t sourceY) {
@@ -33,4 +33,4 @@ bool RowGroup::KeepCopy(const uint8_t *row, int32_t size) {
   return static_cast<bool>(copy_);
 }
 
-}  // namespace zvk
+}  // namespace zvk::pixels

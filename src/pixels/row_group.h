@@ -7,7 +7,7 @@
 #include "image/image_record.h"
 #include "image/rows.h"
 
-namespace zvk {
+namespace zvk::pixels {
 
 // One row that is written, and one or two that are read.
 class RowGroup {
@@ -52,4 +52,4 @@ bool ForEachRowGroup(ImageClassData &dest, int32_t destY, ImageClassData &first,
   return true;
 }
 
-}  // namespace zvk
+}  // namespace zvk::pixels

@@ -6,7 +6,7 @@
 
 #include "pixels/kernel_clones.h"
 
-namespace zvk {
+namespace zvk::pixels {
 
 namespace {
 
@@ -144,4 +144,4 @@ void BlendSamples(const PixelRow &row, std::span<const int32_t> offsets, uint32_
   MapSamples<BlendStep>(row, offsets, std::span(steps).first(offsets.size()));
 }
 
-}  // namespace zvk
+}  // namespace zvk::pixels

@@ -7,7 +7,9 @@
 #include <cstdint>
 #include <span>
 
-namespace zvk {
+#include "host/layers.h"
+
+namespace zvk::pixels {
 
 // Pixels of one row. `first` is the start of the first one; no pixel is meant by a count below 1.
 struct PixelRow {
@@ -30,4 +32,4 @@ void ComplementSamples(const PixelRow &row, std::span<const int32_t> offsets);
 void BlendSamples(const PixelRow &row, std::span<const int32_t> offsets, uint32_t weight,
                   std::span<const uint32_t> addends);
 
-}  // namespace zvk
+}  // namespace zvk::pixels

@@ -8,7 +8,7 @@
 #include "pixels/byte_shuffle.h"
 #include "pixels/kernel_clones.h"
 
-namespace zvk {
+namespace zvk::pixels {
 
 // --- reach ---
 
@@ -179,4 +179,4 @@ ZVK_BYTE_SHUFFLE void SampleMover::ShuffleInto(const uint8_t *source, uint8_t *d
   }
 }
 
-}  // namespace zvk
+}  // namespace zvk::pixels

@@ -6,7 +6,9 @@
 #include <cstdint>
 #include <span>
 
-namespace zvk {
+#include "host/layers.h"
+
+namespace zvk::pixels {
 
 // The way of one sample: its offset in the pixel that is read and in the one that is written, in bytes.
 struct SampleMove {
@@ -79,4 +81,4 @@ class SampleMover {
   bool wholePixels_;
 };
 
-}  // namespace zvk
+}  // namespace zvk::pixels

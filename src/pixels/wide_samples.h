@@ -9,7 +9,7 @@
 #include "image/image_record.h"
 #include "image/rows.h"
 
-namespace zvk {
+namespace zvk::pixels {
 
 // The last byte of the storage that a row belongs to; nil if no address tells it. A sample that begins there has no
 // second byte: it counts as 0 where a number is asked for, and is neither copied nor written. Every other sample is
@@ -53,4 +53,4 @@ void VisitWideSamples(const ImageClassData &image, const uint8_t *row, int32_t x
   if (cut + 1 < x + width) visit(cut + 1, x + width - cut - 1);
 }
 
-}  // namespace zvk
+}  // namespace zvk::pixels

@@ -43,7 +43,7 @@
 #include "scaling/scale_engine.h"
 #include "scaling/scale_threads.h"
 
-namespace zvk {
+namespace zvk::plugin {
 
 namespace {
 
@@ -386,12 +386,7 @@ REALclassDefinition Class(const char *name) {
   return definition;
 }
 
-}  // namespace
-
-REALevent NewPictureEvent{"NewPictureZVK(Width as integer, Height as integer, ImageFormat as integer) as PictureZVK", 0,
-                          0, nullptr};
-
-REALclassDefinition PictureDefinition = [] {
+REALclassDefinition PictureClass() {
   REALclassDefinition definition = Class("PictureZVK");
   definition.dataSize = sizeof(ImageClassData);
   definition.destructor = Address(ImageDestructor);
@@ -404,15 +399,23 @@ REALclassDefinition PictureDefinition = [] {
   definition.sharedMethods = pictureSharedMethods;
   definition.sharedMethodCount = std::size(pictureSharedMethods);
   return definition;
-}();
+}
 
-REALclassDefinition PictureFactoryDefinition = [] {
+REALclassDefinition PictureFactoryClass() {
   REALclassDefinition definition = Class("PictureFactoryZVK");
   definition.events = &NewPictureEvent;
   definition.eventCount = 1;
   definition.sharedMethods = factorySharedMethods;
   definition.sharedMethodCount = std::size(factorySharedMethods);
   return definition;
-}();
+}
 
-}  // namespace zvk
+}  // namespace
+
+}  // namespace zvk::plugin
+
+// The record and the factories know the classes and the event by name; what they are is told here.
+REALevent zvk::image::NewPictureEvent{
+    "NewPictureZVK(Width as integer, Height as integer, ImageFormat as integer) as PictureZVK", 0, 0, nullptr};
+REALclassDefinition zvk::image::PictureDefinition = zvk::plugin::PictureClass();
+REALclassDefinition zvk::image::PictureFactoryDefinition = zvk::plugin::PictureFactoryClass();

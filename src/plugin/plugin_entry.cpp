@@ -11,7 +11,7 @@
 #include "image/image_record.h"
 #include "plugin/registration.h"
 
-namespace zvk {
+namespace zvk::plugin {
 
 namespace {
 
@@ -46,10 +46,10 @@ void StartPlugin(REALresolver resolver) {
   MyREALRegisterClass(&PictureFactoryDefinition);
 }
 
-}  // namespace zvk
+}  // namespace zvk::plugin
 
 extern "C" void REALPluginMain(REALresolver resolver) {
   // The class tables can be fitted to a host once only.
   static bool isStarted = false;
-  if (!std::exchange(isStarted, true)) zvk::StartPlugin(resolver);
+  if (!std::exchange(isStarted, true)) zvk::plugin::StartPlugin(resolver);
 }

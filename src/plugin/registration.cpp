@@ -6,7 +6,7 @@
 #include "host/host_services.h"
 #include "host/resources.h"
 
-namespace zvk {
+namespace zvk::plugin {
 
 void RewriteConstants(REALconstant *constants, size_t count) {
   for (size_t i = 0; i < count; ++i) {
@@ -125,4 +125,4 @@ void MyREALRegisterClass(REALclassDefinition *definition) {
   REALRegisterClass(definition);
 }
 
-}  // namespace zvk
+}  // namespace zvk::plugin

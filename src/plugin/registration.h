@@ -5,7 +5,7 @@
 
 #include "abi/host_layouts.h"
 
-namespace zvk {
+namespace zvk::plugin {
 
 // Flag bits of table entries, as the tables hold them and as the host knows them.
 inline constexpr uint32_t kFlagPropertyDefault = 2;       // carried by every property
@@ -31,4 +31,4 @@ REALproperty9 *FixProperties(const REALproperty *properties, size_t count);
 // what the host gets: the host writes the class data offset into it.
 void MyREALRegisterClass(REALclassDefinition *definition);
 
-}  // namespace zvk
+}  // namespace zvk::plugin

@@ -19,7 +19,7 @@
 #include "scaling/scale_pairs.h"
 #include "scaling/watched_image.h"
 
-namespace zvk {
+namespace zvk::scaling {
 
 namespace {
 
@@ -369,4 +369,4 @@ uint8_t ScalePictureFast(REALobject dest, REALobject source, int32_t width, int3
   return scale != nullptr && scale(destRecord, sourceRecord, width, height);
 }
 
-}  // namespace zvk
+}  // namespace zvk::scaling

@@ -5,7 +5,7 @@
 
 #include "abi/host_layouts.h"
 
-namespace zvk {
+namespace zvk::scaling {
 
 // Method "ScaleFast": gives each of the left top `width` by `height` pixels of `dest` one pixel of `source`. The size
 // is cut to the destination's first, so the source is scaled to fit and not cropped. Channels that the source lacks
@@ -15,4 +15,4 @@ namespace zvk {
 // converted; also if code of the host that ran in a yield took away pixels that are still needed.
 uint8_t ScalePictureFast(REALobject dest, REALobject source, int32_t width, int32_t height);
 
-}  // namespace zvk
+}  // namespace zvk::scaling

@@ -5,7 +5,7 @@
 #include "scaling/scale_filters.h"
 #include "scaling/scale_frame.h"
 
-namespace zvk {
+namespace zvk::scaling {
 
 uint8_t trianglePictureScale(REALobject dest, REALobject source, REALobject temp, int32_t width, int32_t height) {
   return ScalePicture(kTriangleFilter, dest, {}, source, temp, width, height);
@@ -45,4 +45,4 @@ uint8_t PictureScaleZVK(REALobject dest, REALobject source, REALobject temp, int
   return kModes[mode - 1](dest, source, temp, width, height);
 }
 
-}  // namespace zvk
+}  // namespace zvk::scaling

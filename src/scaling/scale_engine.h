@@ -6,7 +6,7 @@
 
 #include "abi/host_layouts.h"
 
-namespace zvk {
+namespace zvk::scaling {
 
 // Method "Scale": resamples all of `source` into the left top `width` by `height` pixels of `dest`, which must have
 // them, as must have `temp`, if it is given: `width` by the source's height pixels of the pair's stride. A nil `temp`
@@ -27,4 +27,4 @@ uint8_t mitchellPictureScale(REALobject dest, REALobject source, REALobject temp
 uint8_t poly3PictureScale(REALobject dest, REALobject source, REALobject temp, int32_t width, int32_t height);
 uint8_t cubicPictureScale(REALobject dest, REALobject source, REALobject temp, int32_t width, int32_t height);
 
-}  // namespace zvk
+}  // namespace zvk::scaling

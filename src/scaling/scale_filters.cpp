@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-namespace zvk {
+namespace zvk::scaling {
 
 namespace {
 
@@ -60,4 +60,4 @@ constinit const ScaleFilter kPoly3Filter   {4.0, Poly3,    10, 10};
 constinit const ScaleFilter kCubicFilter   {3.0, Cubic,     8,  8};
 // clang-format on
 
-}  // namespace zvk
+}  // namespace zvk::scaling

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-namespace zvk {
+namespace zvk::scaling {
 
 struct ScaleFilter {
   double FilterWindow;  // half width of the sampling window, in source pixels at a scale of 1 or more
@@ -23,4 +23,4 @@ extern const ScaleFilter kMitchellFilter;
 extern const ScaleFilter kPoly3Filter;
 extern const ScaleFilter kCubicFilter;
 
-}  // namespace zvk
+}  // namespace zvk::scaling

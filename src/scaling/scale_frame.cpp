@@ -13,7 +13,7 @@
 #include "scaling/thread_workers.h"
 #include "scaling/watched_image.h"
 
-namespace zvk {
+namespace zvk::scaling {
 
 namespace {
 
@@ -176,4 +176,4 @@ uint8_t ScalePicture(const ScaleFilter &filter, REALobject dest, std::optional<i
   }
 }
 
-}  // namespace zvk
+}  // namespace zvk::scaling

@@ -8,7 +8,7 @@
 #include "abi/host_layouts.h"
 #include "scaling/scale_filters.h"
 
-namespace zvk {
+namespace zvk::scaling {
 
 // Resamples all of `source` into the left top `width` by `height` pixels of `dest`, by way of `temp` or, if it is nil,
 // of an image from the source's factories. The images other than `temp` must not be nil and the size must be above
@@ -17,4 +17,4 @@ namespace zvk {
 uint8_t ScalePicture(const ScaleFilter &filter, REALobject dest, std::optional<int32_t> threads, REALobject source,
                      REALobject temp, int32_t width, int32_t height);
 
-}  // namespace zvk
+}  // namespace zvk::scaling

@@ -4,7 +4,7 @@
 
 #include "pixels/kernel_clones.h"
 
-namespace zvk {
+namespace zvk::scaling {
 
 namespace {
 
@@ -105,4 +105,4 @@ ZVK_KERNEL_CLONES void SumRows(const uint8_t *const *__restrict rows, const doub
 template void SumRows(const uint8_t *const *, const double *, int32_t, double, double, int64_t, uint8_t *);
 template void SumRows(const uint8_t *const *, const double *, int32_t, double, double, int64_t, uint16_t *);
 
-}  // namespace zvk
+}  // namespace zvk::scaling

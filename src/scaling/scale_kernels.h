@@ -8,7 +8,7 @@
 #include "scaling/scale_pairs.h"
 #include "scaling/scale_taps.h"
 
-namespace zvk {
+namespace zvk::scaling {
 
 // How many values the samples of a pixel make.
 constexpr int32_t ValueCount(int32_t sampleCount, ScaleValues values) {
@@ -80,4 +80,4 @@ template <class Sample>
 void SumRows(const uint8_t *const *rows, const double *weights, int32_t rowCount, double weightSum, double rounding,
              int64_t count, Sample *values);
 
-}  // namespace zvk
+}  // namespace zvk::scaling

@@ -1,6 +1,6 @@
 #include "scaling/scale_pairs.h"
 
-namespace zvk {
+namespace zvk::scaling {
 
 namespace {
 
@@ -40,4 +40,4 @@ const ScalePair *FindScalePair(const ImageClassData &source, const ImageClassDat
   return nullptr;
 }
 
-}  // namespace zvk
+}  // namespace zvk::scaling

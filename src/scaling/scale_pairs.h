@@ -9,7 +9,7 @@
 #include "image/image_formats.h"
 #include "image/image_record.h"
 
-namespace zvk {
+namespace zvk::scaling {
 
 // Where in the record an image says at which byte of its pixel a channel lies.
 using ChannelOffset = int32_t ImageClassData::*;
@@ -163,4 +163,4 @@ inline constexpr ScalePair G_to_G{.ScaleTempFormat = ImageFormatScaling1,
 // The pair for two images, by their colour families and alpha alone; nil where the system converts nothing.
 const ScalePair *FindScalePair(const ImageClassData &source, const ImageClassData &dest);
 
-}  // namespace zvk
+}  // namespace zvk::scaling

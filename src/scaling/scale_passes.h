@@ -20,7 +20,7 @@
 #include "scaling/scale_taps.h"
 #include "scaling/watched_image.h"
 
-namespace zvk {
+namespace zvk::scaling {
 
 // What the passes work on. Each reads what it needs.
 struct ScaleJob {
@@ -461,4 +461,4 @@ void VerticalPass(const ScaleJob &job, const ScaleRows &rows) {
   }
 }
 
-}  // namespace zvk
+}  // namespace zvk::scaling

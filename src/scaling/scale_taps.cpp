@@ -7,7 +7,7 @@
 #include "host/resources.h"
 #include "host/truncate.h"
 
-namespace zvk {
+namespace zvk::scaling {
 
 // The two capacities of a shrink differ in when they round.
 constinit const ScaleAxis kHorizontalAxis{&ScaleFilter::HorizontalCapacity,
@@ -97,4 +97,4 @@ bool ScaleTapTable::Build(const ScaleFilter &filter, const ScaleAxis &axis, int3
   return true;
 }
 
-}  // namespace zvk
+}  // namespace zvk::scaling

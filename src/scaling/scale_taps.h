@@ -9,7 +9,7 @@
 #include "image/image_record.h"
 #include "scaling/scale_filters.h"
 
-namespace zvk {
+namespace zvk::scaling {
 
 // One input position that contributes to an output position.
 struct ScaleTap {
@@ -53,4 +53,4 @@ class ScaleTapTable {
   std::unique_ptr<ScaleTapList, Free> lists_;
 };
 
-}  // namespace zvk
+}  // namespace zvk::scaling

@@ -7,7 +7,7 @@
 #include "scaling/scale_filters.h"
 #include "scaling/scale_frame.h"
 
-namespace zvk {
+namespace zvk::scaling {
 
 uint8_t trianglePictureScaleMT(REALobject dest, int32_t threads, REALobject source, REALobject temp, int32_t width,
                                int32_t height) {
@@ -58,4 +58,4 @@ uint8_t PictureScaleZVKMT(REALobject dest, int32_t threads, REALobject source, R
   return kModes[mode - 1](dest, threads, source, temp, width, height);
 }
 
-}  // namespace zvk
+}  // namespace zvk::scaling

@@ -6,7 +6,7 @@
 
 #include "abi/host_layouts.h"
 
-namespace zvk {
+namespace zvk::scaling {
 
 // Method "ScaleMT": as "Scale", with each of the two passes cut into contiguous ranges of rows for `threads` threads:
 // below 0 the calling thread does all of it, 0 stands for one thread a processor, and more than 32 count as 32. While
@@ -35,4 +35,4 @@ uint8_t poly3PictureScaleMT(REALobject dest, int32_t threads, REALobject source,
 uint8_t cubicPictureScaleMT(REALobject dest, int32_t threads, REALobject source, REALobject temp, int32_t width,
                             int32_t height);
 
-}  // namespace zvk
+}  // namespace zvk::scaling

@@ -11,7 +11,7 @@
 #include "host/listed.h"
 #include "host/resources.h"
 
-namespace zvk {
+namespace zvk::scaling {
 
 namespace {
 
@@ -160,4 +160,4 @@ void AwaitThreads(const void *Context) {
   });
 }
 
-}  // namespace zvk
+}  // namespace zvk::scaling

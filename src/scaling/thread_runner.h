@@ -7,7 +7,7 @@
 #include <atomic>
 #include <cstdint>
 
-namespace zvk {
+namespace zvk::scaling {
 
 // Works on the rows from FirstRow to LastRow; LastRow below FirstRow means none. ThreadIndex counts the threads of a
 // call from 0 and is -1 where the work runs inline. ViaDispatch is 1 on a thread of a pool that belongs to the system,
@@ -47,4 +47,4 @@ void InitThread(int32_t index, ThreadData &data);
 // What a thread runs: the worker of its ThreadData, then Done. Returns nil.
 void *threadfunction(void *data);
 
-}  // namespace zvk
+}  // namespace zvk::scaling

@@ -4,7 +4,7 @@
 
 #include <cstdio>
 
-namespace zvk {
+namespace zvk::scaling {
 
 void NameThread(const char *pass, int32_t threadIndex) {
   constexpr size_t kLongestName = 15;  // of a thread on this system; a longer one is refused
@@ -14,4 +14,4 @@ void NameThread(const char *pass, int32_t threadIndex) {
   pthread_setname_np(pthread_self(), text);
 }
 
-}  // namespace zvk
+}  // namespace zvk::scaling

@@ -7,7 +7,7 @@
 #include "scaling/scale_passes.h"
 #include "scaling/thread_runner.h"
 
-namespace zvk {
+namespace zvk::scaling {
 
 // Names the current thread by a pass and an index, as far as the system takes the text: its first 15 characters.
 void NameThread(const char *pass, int32_t threadIndex);
@@ -65,4 +65,4 @@ inline constexpr RowWorker G_to_CMYK_Scale6mt = VerticalWorker<G_to_CMYK>;
 inline constexpr RowWorker G_to_RGB_Scale6mt = VerticalWorker<G_to_RGB>;
 inline constexpr RowWorker G_to_G_Scale6mt = VerticalWorker<G_to_G>;
 
-}  // namespace zvk
+}  // namespace zvk::scaling

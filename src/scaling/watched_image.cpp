@@ -5,7 +5,7 @@
 
 #include "image/rows.h"
 
-namespace zvk {
+namespace zvk::scaling {
 
 namespace {
 
@@ -34,4 +34,4 @@ int32_t WatchedImage::RowsOf(int32_t columns, int32_t pixelSize) const {
   return int64_t{columns} * pixelSize <= int64_t{image.Width} * image.PixelSize ? image.Height : 0;
 }
 
-}  // namespace zvk
+}  // namespace zvk::scaling

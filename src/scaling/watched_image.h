@@ -5,7 +5,7 @@
 
 #include "image/image_record.h"
 
-namespace zvk {
+namespace zvk::scaling {
 
 // An image that is worked on, and what it was at first. In a yield the host may close it, or construct it anew in
 // another size.
@@ -27,4 +27,4 @@ class WatchedImage {
   int32_t promisedRows_;
 };
 
-}  // namespace zvk
+}  // namespace zvk::scaling

@@ -7,7 +7,7 @@
 
 #include "tests/support/fence.h"
 
-namespace zvk {
+namespace zvk::compositing {
 namespace {
 
 // The exact formulas, with a division and without any limit of width.
@@ -118,4 +118,4 @@ TEST(BlendKernels, OfASumTheScaledSampleIsTheOwnOneOrAlphaOr255) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::compositing

@@ -15,7 +15,7 @@
 #include "tests/support/row_log.h"
 #include "tests/support/stored_image.h"
 
-namespace zvk {
+namespace zvk::compositing {
 namespace {
 
 using picture_testing::YieldAlways;
@@ -295,4 +295,4 @@ TEST_F(CombineKernels, AnImageThatTheHostClosesInAYieldEndsThem) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::compositing

@@ -12,7 +12,7 @@
 #include "tests/support/stored_image.h"
 #include "tests/support/transfer_rule.h"
 
-namespace zvk {
+namespace zvk::compositing {
 namespace {
 
 using combine_testing::Numbers;
@@ -184,4 +184,4 @@ TEST_F(CombineProperty, NumbersAnywhereIn32BitsLeadNowhereElse) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::compositing

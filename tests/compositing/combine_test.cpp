@@ -13,7 +13,7 @@
 #include "tests/pictures/picture_testing.h"
 #include "tests/support/stored_image.h"
 
-namespace zvk {
+namespace zvk::compositing {
 namespace {
 
 using picture_testing::YieldAlways;
@@ -402,4 +402,4 @@ TEST_F(Combine, AnImageThatTheHostClosesInTheFirstYieldIsRefused) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::compositing

@@ -11,7 +11,7 @@
 namespace combine_testing {
 
 using stored_image::SampleAt;
-using zvk::ImageClassData;
+using zvk::image::ImageClassData;
 
 struct Numbers {
   int32_t destX, destY, sourceX, sourceY, width, height;

@@ -15,7 +15,7 @@
 #include "tests/support/row_log.h"
 #include "tests/support/stored_image.h"
 
-namespace zvk {
+namespace zvk::compositing {
 namespace {
 
 using picture_testing::YieldAlways;
@@ -209,4 +209,4 @@ TEST_F(FlatColours, RowsAreAskedForInTurnAndDestYieldsAfterEach) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::compositing

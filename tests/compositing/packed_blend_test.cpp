@@ -10,7 +10,7 @@
 
 #include "tests/support/fence.h"
 
-namespace zvk {
+namespace zvk::compositing {
 namespace {
 
 using Bytes = std::vector<uint8_t>;
@@ -125,4 +125,4 @@ TEST(PackedBlend, RowsOfAnyLengthKeepFillerAndStayInside) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::compositing

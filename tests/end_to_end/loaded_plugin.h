@@ -115,7 +115,7 @@ inline Grid ColoursOf(const Value &value) {
 // What scaling must give, by the naive resampler.
 inline Grid NaivelyScaled(Grid source, int mode, int32_t width, int32_t height, double horizontalRounding = 0.5) {
   const auto recordOver = [](uint8_t *bytes, int32_t recordWidth, int32_t recordHeight, int32_t pixelSize) {
-    zvk::ImageClassData record = {};
+    zvk::image::ImageClassData record = {};
     record.Width = recordWidth;
     record.Height = recordHeight;
     record.PixelSize = pixelSize;
@@ -125,16 +125,16 @@ inline Grid NaivelyScaled(Grid source, int mode, int32_t width, int32_t height, 
     record.GreenOffset = 1;
     record.BlueOffset = 2;
     record.Buffer = bytes;
-    record.GetRow = [](zvk::ImageClassData *image, int32_t index) {
+    record.GetRow = [](zvk::image::ImageClassData *image, int32_t index) {
       return image->Buffer + ptrdiff_t{index} * image->RowSize;
     };
     return record;
   };
   Grid result(width, height);
   std::vector<uint8_t> tempBytes(static_cast<size_t>(4) * width * source.height);
-  zvk::ImageClassData sourceRecord = recordOver(source.bytes.data(), source.width, source.height, 3);
-  zvk::ImageClassData tempRecord = recordOver(tempBytes.data(), width, source.height, 4);
-  zvk::ImageClassData resultRecord = recordOver(result.bytes.data(), width, height, 3);
+  zvk::image::ImageClassData sourceRecord = recordOver(source.bytes.data(), source.width, source.height, 3);
+  zvk::image::ImageClassData tempRecord = recordOver(tempBytes.data(), width, source.height, 4);
+  zvk::image::ImageClassData resultRecord = recordOver(result.bytes.data(), width, height, 3);
   EXPECT_TRUE(naive::Scale(resultRecord, sourceRecord, tempRecord, mode, width, height, horizontalRounding));
   return result;
 }

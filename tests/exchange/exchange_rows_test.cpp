@@ -7,7 +7,7 @@
 #include "image/image_formats.h"
 #include "tests/exchange/exchange_testing.h"
 
-namespace zvk {
+namespace zvk::exchange {
 namespace {
 
 class ExchangeRows : public exchange_testing::ExchangeTest {};
@@ -69,4 +69,4 @@ TEST_F(ExchangeRows, NoMemoryIsRaisedWithTheSize) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::exchange

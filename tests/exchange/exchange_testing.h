@@ -49,7 +49,7 @@ inline Side SideOfFormat(int32_t format) {
   return side;
 }
 
-inline Side SideOfRecord(const zvk::ImageClassData &record) {
+inline Side SideOfRecord(const zvk::image::ImageClassData &record) {
   Side side;
   side.pixelSize = record.PixelSize;
   side.family = record.IsCMYK ? 'C' : record.IsRGB ? 'R' : record.IsGray ? 'g' : 0;
@@ -114,7 +114,7 @@ class ExchangeTest : public testing::Test {
   // An image in memory of its own.
   Owned<standalone::Object> New(int32_t width, int32_t height, int32_t format) {
     auto image = host_.New("PictureZVK");
-    zvk::ImageConstructor(image, width, height, format);
+    zvk::image::ImageConstructor(image, width, height, format);
     return image;
   }
 
@@ -122,11 +122,13 @@ class ExchangeTest : public testing::Test {
   Owned<standalone::Object> NewOver(const Owned<standalone::MemoryBlock> &block, int32_t width, int32_t height,
                                     int32_t format, int32_t rowSize) {
     auto image = host_.New("PictureZVK");
-    zvk::ImageConstructorMemory(image, block, width, height, format, rowSize);
+    zvk::image::ImageConstructorMemory(image, block, width, height, format, rowSize);
     return image;
   }
 
-  static zvk::ImageClassData &Record(const Owned<standalone::Object> &image) { return *zvk::RecordOf(image); }
+  static zvk::image::ImageClassData &Record(const Owned<standalone::Object> &image) {
+    return *zvk::image::RecordOf(image);
+  }
 
   static uint8_t *Row(const Owned<standalone::Object> &image, int32_t index) {
     return Record(image).GetRow(&Record(image), index);

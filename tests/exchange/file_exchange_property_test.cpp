@@ -19,7 +19,7 @@
 #include "image/views.h"
 #include "tests/support/plugin_host.h"
 
-namespace zvk {
+namespace zvk::exchange {
 namespace {
 
 using Image = standalone::Owned<standalone::Object>;
@@ -99,4 +99,4 @@ TEST_F(FileExchangeProperty, FilesAndMemoryGiveTheSameSamples) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::exchange

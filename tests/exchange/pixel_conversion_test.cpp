@@ -9,7 +9,7 @@
 #include "tests/exchange/exchange_testing.h"
 #include "tests/support/fence.h"
 
-namespace zvk {
+namespace zvk::exchange {
 namespace {
 
 using exchange_testing::kPixelsOfFormat;
@@ -149,4 +149,4 @@ TEST_F(PixelConversionTest, TheFlagsOfTheColoursAreNotAskedFor) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::exchange

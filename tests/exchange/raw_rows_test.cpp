@@ -13,7 +13,7 @@
 #include "tests/exchange/exchange_testing.h"
 #include "tests/support/file_faults.h"
 
-namespace zvk {
+namespace zvk::exchange {
 namespace {
 
 using standalone::MemoryBlock;
@@ -367,4 +367,4 @@ TEST_F(RawRows, NothingYields) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::exchange

@@ -14,7 +14,7 @@
 #include "image/views.h"
 #include "tests/exchange/exchange_testing.h"
 
-namespace zvk {
+namespace zvk::exchange {
 namespace {
 
 using exchange_testing::NaiveConvert;
@@ -510,4 +510,4 @@ TEST_F(RowConversion, NothingYields) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::exchange

@@ -12,7 +12,7 @@
 #include "image/views.h"
 #include "tests/exchange/exchange_testing.h"
 
-namespace zvk {
+namespace zvk::exchange {
 namespace {
 
 using namespace exchange_testing;
@@ -195,4 +195,4 @@ TEST_F(RowExchangeProperty, ARowOfTheSameFamilyAndAlphaComesBack) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::exchange

@@ -17,7 +17,7 @@
 #include "tests/exchange/exchange_testing.h"
 #include "tests/support/faults.h"
 
-namespace zvk {
+namespace zvk::exchange {
 namespace {
 
 using exchange_testing::NaiveConvert;
@@ -554,4 +554,4 @@ TEST_F(RowStrings, NothingYields) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::exchange

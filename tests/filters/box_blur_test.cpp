@@ -12,7 +12,7 @@
 #include "tests/filters/noted_rows.h"
 #include "tests/support/faults.h"
 
-namespace zvk {
+namespace zvk::filters {
 namespace {
 
 using namespace filter_testing;
@@ -304,4 +304,4 @@ TEST_F(BoxBlurTest, AlongRowsAloneViewsOfAFileAreBlurredPixelAfterPixelThroughTh
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::filters

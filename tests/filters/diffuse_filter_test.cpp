@@ -10,7 +10,7 @@
 #include "tests/filters/filter_testing.h"
 #include "tests/filters/noted_rows.h"
 
-namespace zvk {
+namespace zvk::filters {
 namespace {
 
 using namespace filter_testing;
@@ -136,4 +136,4 @@ TEST_F(DiffuseFilterTest, TheSourceRowIsFetchedForEachPixelAndTheRowOfDestOnce) 
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::filters

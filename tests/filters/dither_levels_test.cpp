@@ -6,7 +6,7 @@
 
 #include "tests/support/fence.h"
 
-namespace zvk {
+namespace zvk::filters {
 namespace {
 
 constexpr int32_t kSizes[] = {2, 4, 6, 8, 16};
@@ -75,4 +75,4 @@ TEST(DitherLevels, EveryCountIsServedWithinItsBytesAndInPlace) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::filters

@@ -9,7 +9,7 @@
 
 #include "tests/filters/dither_lists.h"
 
-namespace zvk {
+namespace zvk::filters {
 namespace {
 
 using filter_testing::DitherList;
@@ -106,4 +106,4 @@ TEST(DitherMatrices, RowsRepeat) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::filters

@@ -7,7 +7,7 @@
 #include "tests/filters/dither_lists.h"
 #include "tests/filters/filter_scenes.h"
 
-namespace zvk {
+namespace zvk::filters {
 namespace {
 
 using namespace filter_testing;
@@ -31,4 +31,4 @@ TEST(DitherProperty, AnyMatrixAndLevelsOnAnyImagesGiveTheNaiveBytes) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::filters

@@ -8,7 +8,7 @@
 #include "tests/filters/filter_testing.h"
 #include "tests/support/naive_filters.h"
 
-namespace zvk {
+namespace zvk::filters {
 namespace {
 
 using namespace filter_testing;
@@ -182,4 +182,4 @@ TEST_F(Dither, FillerAndTheOrderOfTheDestAreRespected) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::filters

@@ -9,7 +9,7 @@
 #include "tests/filters/noted_rows.h"
 #include "tests/support/faults.h"
 
-namespace zvk {
+namespace zvk::filters {
 namespace {
 
 using namespace filter_testing;
@@ -111,4 +111,4 @@ TEST_F(EngraveFilterTest, BothRowsAreFetchedForEachPixel) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::filters

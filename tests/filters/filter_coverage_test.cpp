@@ -23,10 +23,11 @@
 #include "tests/filters/filter_testing.h"
 #include "tests/support/naive_filters.h"
 
-namespace zvk {
+namespace zvk::filters {
 namespace {
 
 using namespace filter_testing;
+using namespace geometry;  // whose turns have a dest as filters have
 
 // What a filter is called with besides the images: an array of 256 falling numbers.
 using FilterCall = REALobject (*)(REALobject self, REALobject dest, REALarray falling);
@@ -253,4 +254,4 @@ TEST_F(UnsharpCoverage, AllChannelsOfTheImageItself) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::filters

@@ -19,7 +19,7 @@
 
 namespace filter_testing {
 
-using namespace zvk;
+using namespace zvk::filters;
 using standalone::Object;
 using standalone::Owned;
 using Image = Owned<Object>;

@@ -10,7 +10,7 @@
 #include "tests/filters/noted_rows.h"
 #include "tests/support/faults.h"
 
-namespace zvk {
+namespace zvk::filters {
 namespace {
 
 using namespace filter_testing;
@@ -206,4 +206,4 @@ TEST_F(FractionalBlurTest, EachRowOfTheSourceIsFetchedOnceAndThoseOfDestTwice) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::filters

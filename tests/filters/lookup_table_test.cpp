@@ -8,7 +8,7 @@
 #include "tests/filters/filter_testing.h"
 #include "tests/support/fence.h"
 
-namespace zvk {
+namespace zvk::filters {
 namespace {
 
 using namespace filter_testing;
@@ -97,4 +97,4 @@ TEST_F(ToneMapping, RowsThatOverlapInPartAreMappedInOrder) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::filters

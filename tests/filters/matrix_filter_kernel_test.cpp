@@ -6,7 +6,7 @@
 
 #include "tests/support/fence.h"
 
-namespace zvk {
+namespace zvk::filters {
 namespace {
 
 // One sample under each weight, summed and shifted so that the sum is seen: result(sum) is sum - expected + 100.
@@ -97,4 +97,4 @@ TEST(MatrixSums, EveryCountIsServedWithinItsBytes) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::filters

@@ -8,7 +8,7 @@
 #include "filters/matrix_filter.h"
 #include "tests/filters/filter_scenes.h"
 
-namespace zvk {
+namespace zvk::filters {
 namespace {
 
 using namespace filter_testing;
@@ -57,4 +57,4 @@ TEST(MatrixFilterProperty, ALargeMatrixOnSmallImagesGivesTheNaiveBytes) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::filters

@@ -11,7 +11,7 @@
 #include "tests/support/file_faults.h"
 #include "tests/support/naive_filters.h"
 
-namespace zvk {
+namespace zvk::filters {
 namespace {
 
 using namespace filter_testing;
@@ -171,4 +171,4 @@ TEST_F(MatrixFilterRows, WithoutMemoryForLinesTheBytesAreTheSame) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::filters

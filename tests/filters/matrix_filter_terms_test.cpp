@@ -6,7 +6,7 @@
 #include <tuple>
 #include <vector>
 
-namespace zvk {
+namespace zvk::filters {
 namespace {
 
 using Entries = std::array<int32_t, MatrixTerms::kMostEntries>;
@@ -92,4 +92,4 @@ TEST(MatrixResult, AScaleOfOneChangesNoSum) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::filters

@@ -10,7 +10,7 @@
 #include "tests/filters/filter_testing.h"
 #include "tests/support/naive_filters.h"
 
-namespace zvk {
+namespace zvk::filters {
 namespace {
 
 using namespace filter_testing;
@@ -345,4 +345,4 @@ TEST_F(MatrixFilter, AnImageOfWidthZeroIsServed) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::filters

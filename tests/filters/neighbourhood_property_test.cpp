@@ -17,7 +17,7 @@
 #include "tests/filters/filter_scenes.h"
 #include "tests/support/naive_neighbourhood.h"
 
-namespace zvk {
+namespace zvk::filters {
 namespace {
 
 using namespace filter_testing;
@@ -165,4 +165,4 @@ TEST_F(NeighbourhoodProperty, StampsAreCurvesOverThreeBlurs) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::filters

@@ -11,7 +11,7 @@
 #include "tests/filters/noted_rows.h"
 #include "tests/support/faults.h"
 
-namespace zvk {
+namespace zvk::filters {
 namespace {
 
 using namespace filter_testing;
@@ -186,4 +186,4 @@ TEST_F(NeonFilterTest, EachRowIsFetchedOnce) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::filters

@@ -10,7 +10,7 @@
 #include "tests/filters/noted_rows.h"
 #include "tests/support/faults.h"
 
-namespace zvk {
+namespace zvk::filters {
 namespace {
 
 using namespace filter_testing;
@@ -174,4 +174,4 @@ TEST_F(OilFilterTest, TheRowsOfAWindowAreFetchedForEachPixel) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::filters

@@ -9,7 +9,7 @@
 #include "filters/box_blur.h"
 #include "tests/filters/filter_testing.h"
 
-namespace zvk {
+namespace zvk::filters {
 namespace {
 
 using namespace filter_testing;
@@ -149,4 +149,4 @@ TEST_F(StampFilterTest, WithoutNewImagesTheResultIsNil) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::filters

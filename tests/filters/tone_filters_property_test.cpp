@@ -9,7 +9,7 @@
 #include "tests/filters/filter_scenes.h"
 #include "tests/filters/tone_lists.h"
 
-namespace zvk {
+namespace zvk::filters {
 namespace {
 
 using namespace filter_testing;
@@ -128,4 +128,4 @@ TEST(ToneFiltersProperty, AnyGammasOnAnyImagesGiveTheNaiveBytes) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::filters

@@ -12,7 +12,7 @@
 #include "tests/filters/tone_lists.h"
 #include "tests/support/naive_filters.h"
 
-namespace zvk {
+namespace zvk::filters {
 namespace {
 
 using namespace filter_testing;
@@ -384,4 +384,4 @@ TEST_F(ToneFilters, AnotherOrderOfTheSameBytesIsWrittenSampleAfterSample) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::filters

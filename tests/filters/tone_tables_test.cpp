@@ -9,7 +9,7 @@
 #include "tests/filters/tone_lists.h"
 #include "tests/support/plugin_host.h"
 
-namespace zvk {
+namespace zvk::filters {
 namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
@@ -205,4 +205,4 @@ TEST_F(TransferTableTest, TheLowByteIsStored) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::filters

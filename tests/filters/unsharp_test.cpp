@@ -11,7 +11,7 @@
 #include "tests/filters/filter_testing.h"
 #include "tests/filters/noted_rows.h"
 
-namespace zvk {
+namespace zvk::filters {
 namespace {
 
 using namespace filter_testing;
@@ -259,4 +259,4 @@ TEST_F(UnsharpTest, ViewsOfAFileAreSharpenedPixelAfterPixelThroughTheirMappings)
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::filters

@@ -7,7 +7,7 @@
 #include "tests/geometry/turn_testing.h"
 #include "tests/support/faults.h"
 
-namespace zvk {
+namespace zvk::geometry {
 namespace {
 
 using namespace turn_testing;
@@ -132,4 +132,4 @@ TEST_F(ColumnShears, ARowThatCannotBeHadIsLeftOut) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::geometry

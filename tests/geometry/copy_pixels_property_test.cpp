@@ -11,7 +11,7 @@
 #include "tests/support/stored_image.h"
 #include "tests/support/transfer_rule.h"
 
-namespace zvk {
+namespace zvk::geometry {
 namespace {
 
 using copy_testing::Numbers;
@@ -124,4 +124,4 @@ TEST_F(CopyPixelsProperty, NumbersAnywhereIn32BitsLeadNowhereElse) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::geometry

@@ -15,7 +15,7 @@
 #include "tests/support/row_log.h"
 #include "tests/support/stored_image.h"
 
-namespace zvk {
+namespace zvk::geometry {
 namespace {
 
 using picture_testing::YieldAlways;
@@ -521,4 +521,4 @@ TEST_F(CopyPixels, AnImageThatTheHostClosesInAYieldEndsTheCopy) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::geometry

@@ -12,7 +12,7 @@
 namespace copy_testing {
 
 using stored_image::SampleAt;
-using zvk::ImageClassData;
+using zvk::image::ImageClassData;
 
 struct Numbers {
   int32_t destX, destY, width, height, sourceX, sourceY;

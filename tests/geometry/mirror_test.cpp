@@ -9,7 +9,7 @@
 #include "tests/geometry/turn_testing.h"
 #include "tests/support/faults.h"
 
-namespace zvk {
+namespace zvk::geometry {
 namespace {
 
 using namespace turn_testing;
@@ -372,4 +372,4 @@ TEST_F(Mirror, AnImageThatIsConstructedAnewWithoutColoursOrInSixteenBitsMeanwhil
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::geometry

@@ -11,7 +11,7 @@
 #include "tests/geometry/turn_generators.h"
 #include "tests/geometry/turn_testing.h"
 
-namespace zvk {
+namespace zvk::geometry {
 namespace {
 
 using namespace turn_testing;
@@ -172,4 +172,4 @@ TEST_F(MovesProperty, MovesThatUndoEachOtherGiveBackTheImage) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::geometry

@@ -5,7 +5,7 @@
 #include "tests/geometry/turn_testing.h"
 #include "tests/support/fence.h"
 
-namespace zvk {
+namespace zvk::geometry {
 namespace {
 
 using namespace turn_testing;
@@ -34,4 +34,4 @@ TEST(PixelReversal, WritesPixelsInReverseOrderAndTouchesNothingElse) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::geometry

@@ -12,7 +12,7 @@
 #include "tests/geometry/copy_testing.h"
 #include "tests/support/stored_image.h"
 
-namespace zvk {
+namespace zvk::geometry {
 namespace {
 
 using stored_image::Kind;
@@ -173,4 +173,4 @@ TEST_F(PixelTransferTest, EveryPairOfFormatsIsCopiedAsThePlainLoopsSayOnEverySto
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::geometry

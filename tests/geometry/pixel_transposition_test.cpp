@@ -8,7 +8,7 @@
 #include "tests/geometry/turn_testing.h"
 #include "tests/support/fence.h"
 
-namespace zvk {
+namespace zvk::geometry {
 namespace {
 
 using namespace turn_testing;
@@ -58,4 +58,4 @@ TEST(PixelTransposition, ExchangesRowsAndColumnsAndTouchesNothingElse) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::geometry

@@ -13,7 +13,7 @@
 #include "tests/geometry/turn_testing.h"
 #include "tests/support/naive_rotate.h"
 
-namespace zvk {
+namespace zvk::geometry {
 namespace {
 
 using namespace turn_testing;
@@ -200,4 +200,4 @@ TEST_F(RotateProperty, OneImageForEverythingGivesThePlainBytes) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::geometry

@@ -13,7 +13,7 @@
 #include "tests/support/faults.h"
 #include "tests/support/naive_rotate.h"
 
-namespace zvk {
+namespace zvk::geometry {
 namespace {
 
 using namespace turn_testing;
@@ -491,4 +491,4 @@ TEST_F(Rotate, AnImageWhosePixelsHaveLostTheirSizeMeanwhileGivesNil) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::geometry

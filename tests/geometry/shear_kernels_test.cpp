@@ -9,7 +9,7 @@
 
 #include "tests/geometry/turn_testing.h"
 
-namespace zvk {
+namespace zvk::geometry {
 namespace {
 
 using namespace turn_testing;
@@ -117,4 +117,4 @@ TEST(ShearKernels, AcrossLinesEverySampleHasAWeightOfItsOwn) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::geometry

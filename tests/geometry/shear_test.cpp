@@ -6,7 +6,7 @@
 
 #include "tests/geometry/turn_testing.h"
 
-namespace zvk {
+namespace zvk::geometry {
 namespace {
 
 using namespace turn_testing;
@@ -158,4 +158,4 @@ TEST_F(Shear, ARowThatCannotBeHadIsLeftOut) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::geometry

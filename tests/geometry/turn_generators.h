@@ -37,11 +37,12 @@ inline Owned<Object> AnyView(Owned<Object> image) {
   };
   if (OneIn(3)) {
     const int32_t x = Any(0, record.Width - 1), y = Any(0, record.Height - 1);
-    take(zvk::ClipImage5(image, x, y, Any(1, record.Width), Any(1, record.Height)));
+    take(zvk::image::ClipImage5(image, x, y, Any(1, record.Width), Any(1, record.Height)));
   }
-  if (OneIn(3)) take(zvk::GetMirroredView(image));
-  constexpr REALobject (*kChannelViews[])(REALobject) = {zvk::GreenChannel, zvk::AlphaChannel, zvk::BlackChannel,
-                                                         zvk::RGBChannel, zvk::CMYKChannel};
+  if (OneIn(3)) take(zvk::image::GetMirroredView(image));
+  constexpr REALobject (*kChannelViews[])(REALobject) = {zvk::image::GreenChannel, zvk::image::AlphaChannel,
+                                                         zvk::image::BlackChannel, zvk::image::RGBChannel,
+                                                         zvk::image::CMYKChannel};
   if (OneIn(3)) take(kChannelViews[Any(0, 4)](image));
   ImageClassData &shown = *RecordOf(image);
   if (OneIn(6)) {
@@ -61,7 +62,7 @@ inline Owned<Object> AnyImageOver(PluginHost &host, const Storage &storage) {
   const int32_t lastRow = std::max(distance, width * pixelSize);
   const int32_t height = Any(1, distance == 0 ? 12 : std::min(12, (size - lastRow) / distance + 1));
   auto image = host.New("PictureZVK");
-  zvk::ImageConstructorMemory(image, storage.block, width, height, format, distance);
+  zvk::image::ImageConstructorMemory(image, storage.block, width, height, format, distance);
   RecordOf(image)->Buffer += Any(0, size - (height - 1) * distance - lastRow);
   return image;
 }

@@ -27,8 +27,8 @@ namespace turn_testing {
 using standalone::MemoryBlock;
 using standalone::Object;
 using standalone::Owned;
-using zvk::ImageClassData;
-using zvk::RecordOf;
+using zvk::image::ImageClassData;
+using zvk::image::RecordOf;
 using Bytes = std::vector<uint8_t>;
 
 // --- images ---
@@ -39,7 +39,7 @@ inline const std::vector<int32_t> kFormats = {1,  2,  3,  4,  5,  6,  7,  8,  9,
 
 inline int32_t PixelSizeOf(int32_t format) {
   ImageClassData record{};
-  zvk::InitImageClassData(&record, 1, 1, format);
+  zvk::image::InitImageClassData(&record, 1, 1, format);
   return record.PixelSize;
 }
 
@@ -81,25 +81,25 @@ class Storage {
     const int32_t distance = extent + gap;
     switch (kind) {
       case Kind::Memory:
-        zvk::ImageConstructor(image, width, height, format);
+        zvk::image::ImageConstructor(image, width, height, format);
         break;
       case Kind::Block:
         block = host.NewMemoryBlock((height - 1) * distance + extent);
-        zvk::ImageConstructorMemory(image, block, width, height, format, upwards ? -distance : distance);
+        zvk::image::ImageConstructorMemory(image, block, width, height, format, upwards ? -distance : distance);
         if (upwards) record.Buffer += ptrdiff_t{height - 1} * distance;
         break;
       case Kind::Table:
         block = host.NewMemoryBlock(height * extent);
         for (int32_t y = 0; y < height; ++y) rows_.push_back(block->Data() + ptrdiff_t{y} * extent);
         std::shuffle(rows_.begin(), rows_.end(), std::minstd_rand(seed));
-        zvk::InitImageClassData(&record, width, height, format);
+        zvk::image::InitImageClassData(&record, width, height, format);
         record.RowTable = rows_.data();
         record.RowSize = extent;
-        record.GetRow = zvk::GetRowGDImage;
+        record.GetRow = zvk::image::GetRowGDImage;
         record.Valid = true;
         break;
       case Kind::File:
-        zvk::ImageConstructorFile(image, width, height, format, 0, nullptr);
+        zvk::image::ImageConstructorFile(image, width, height, format, 0, nullptr);
         UseSmallBlocks(record);
         break;
     }
@@ -156,7 +156,7 @@ inline int32_t References(REALobject image) { return Object::From(image)->Refere
 // An image in memory of its own, all zero.
 inline Owned<Object> NewImage(PluginHost &host, int32_t width, int32_t height, int32_t format) {
   auto image = host.New("PictureZVK");
-  zvk::ImageConstructor(image, width, height, format);
+  zvk::image::ImageConstructor(image, width, height, format);
   return image;
 }
 
@@ -172,7 +172,7 @@ inline std::vector<Fetch> fetches;
 // Stands in for the accessor of a file that is mapped block by block: linear rows, every fetch noted.
 inline uint8_t *NotedRow(ImageClassData *record, int32_t row) {
   fetches.push_back({record, row});
-  return zvk::GetRowLinear(record, row);
+  return zvk::image::GetRowLinear(record, row);
 }
 inline void NoteFetches(ImageClassData &record) {
   record.IsMapping = true;
@@ -181,7 +181,7 @@ inline void NoteFetches(ImageClassData &record) {
 
 // The same for a file of which row 1 cannot be mapped.
 inline uint8_t *RowsButOne(ImageClassData *record, int32_t row) {
-  return row == 1 ? nullptr : zvk::GetRowLinear(record, row);
+  return row == 1 ? nullptr : zvk::image::GetRowLinear(record, row);
 }
 
 // --- pixels ---
@@ -263,7 +263,8 @@ namespace naive {
 
 // The row of the storage that an image shows in a row of its own.
 inline int32_t StorageRow(const ImageClassData &image, int32_t row) {
-  const bool mirrored = image.GetRow == zvk::GetRowLinearMirrored || image.GetRow == zvk::GetRowMappingMirrored;
+  const bool mirrored =
+      image.GetRow == zvk::image::GetRowLinearMirrored || image.GetRow == zvk::image::GetRowMappingMirrored;
   return image.RowOffset + (mirrored ? image.Height - 1 - row : row);
 }
 

@@ -11,7 +11,7 @@
 #include "tests/support/faults.h"
 #include "tests/support/file_faults.h"
 
-namespace zvk {
+namespace zvk::geometry {
 namespace {
 
 using namespace turn_testing;
@@ -489,4 +489,4 @@ TEST_F(Turns, ADestThatShrinksDuringItsYieldIsNotWrittenBeyondItsEnd) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::geometry

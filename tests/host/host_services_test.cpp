@@ -16,7 +16,7 @@
 #include "tests/support/faults.h"
 #include "tests/support/plugin_host.h"
 
-namespace zvk {
+namespace zvk::host {
 namespace {
 
 using standalone::Encoding;
@@ -406,7 +406,7 @@ TEST_F(HostServices, YieldsByMillisecondsGoOnWhenTheCountNoLongerFits) {
 
 TEST_F(HostServices, AnImageWithoutYieldTicksNeverAsksForTheTime) {
   host_->SetClock({.ticks = 100, .nanoseconds = 7000000});
-  ImageClassData image{};
+  image::ImageClassData image{};
   YieldOn(image);
   EXPECT_EQ(host_->Questions("TickCount"), 0);
   EXPECT_EQ(host_->Questions("AudioGetCurrentHostTime"), 0);
@@ -552,4 +552,4 @@ TEST_F(HostServices, AReferenceIsGivenBackOnce) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::host

@@ -6,7 +6,7 @@
 
 #include "tests/support/plugin_host.h"
 
-namespace zvk {
+namespace zvk::host {
 namespace {
 
 using Entries = std::array<int32_t, 4>;
@@ -64,4 +64,4 @@ TEST_F(IntegerArray, WithoutTheEntryThatReadsAllElementsAreZero) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::host

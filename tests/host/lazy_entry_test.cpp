@@ -6,7 +6,7 @@
 #include <cstring>
 #include <string>
 
-namespace zvk {
+namespace zvk::host {
 namespace {
 
 int lookUps = 0;
@@ -56,4 +56,4 @@ TEST(LazyEntry, AMissingEntryWithoutResultDoesNothing) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::host

@@ -5,7 +5,7 @@
 #include <optional>
 #include <vector>
 
-namespace zvk {
+namespace zvk::host {
 namespace {
 
 struct Item : Listed<Item> {
@@ -46,4 +46,4 @@ TEST(Listed, ObjectsMayEndInAnyOrder) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::host

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <limits>
 
-namespace zvk {
+namespace zvk::host {
 namespace {
 
 TEST(Truncate, GoesTowardZero) {
@@ -36,4 +36,4 @@ TEST(Truncate, WhatDoesNotFitIsTheMostNegativeInteger) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::host

@@ -11,7 +11,7 @@
 #include "image/image_record.h"
 #include "tests/support/plugin_host.h"
 
-namespace zvk {
+namespace zvk::image {
 namespace {
 
 // The rows of a mapped block, written from the rules.
@@ -92,4 +92,4 @@ TEST(FileRowsProperty, ARandomWalkFindsEveryRowAndMovesTheBlockAsTold) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::image

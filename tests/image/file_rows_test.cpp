@@ -11,7 +11,7 @@
 #include "tests/image/file_testing.h"
 #include "tests/support/faults.h"
 
-namespace zvk {
+namespace zvk::image {
 namespace {
 
 using faults::FileCall;
@@ -431,4 +431,4 @@ TEST_F(FileRows, AViewOfAClosedImageHasNoNextBlock) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::image

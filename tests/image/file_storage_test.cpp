@@ -12,7 +12,7 @@
 #include "tests/image/file_testing.h"
 #include "tests/support/faults.h"
 
-namespace zvk {
+namespace zvk::image {
 namespace {
 
 using faults::FileCall;
@@ -592,4 +592,4 @@ TEST_F(FileStorage, AnImageThatIsNotClosedEndsWithItsLastReference) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::image

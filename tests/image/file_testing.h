@@ -51,7 +51,7 @@ class FileImage : public testing::Test {
  protected:
   // `pageBytes` is what the machine says about its pages; 0 lets it say the truth.
   explicit FileImage(int pageBytes = 0)
-      : page_(pageBytes), image_(host_.New("PictureZVK")), record_(zvk::RecordOf(image_)) {}
+      : page_(pageBytes), image_(host_.New("PictureZVK")), record_(zvk::image::RecordOf(image_)) {}
   ~FileImage() override {
     image_.Reset();
     EXPECT_TRUE(folder_.IsEmpty()) << "a file is left over";
@@ -60,7 +60,7 @@ class FileImage : public testing::Test {
   Owned<standalone::FolderItem> NewItem(const std::string &name) { return host_.NewFolderItem(folder_.In(name)); }
   // The image in the file "image" of the folder.
   void Construct(int32_t width, int32_t height, int32_t format, int32_t blockSize) {
-    zvk::ImageConstructorFile(image_, width, height, format, blockSize, NewItem("image"));
+    zvk::image::ImageConstructorFile(image_, width, height, format, blockSize, NewItem("image"));
   }
   uint8_t *Row(int32_t index) { return record_->GetRow(record_, index); }
 
@@ -94,7 +94,7 @@ class FileImage : public testing::Test {
   faults::PageSize page_;
   PluginHost host_;
   Owned<Object> image_;
-  zvk::ImageClassData *record_;
+  zvk::image::ImageClassData *record_;
 };
 
 inline struct stat StatusOf(int descriptor) {

@@ -11,7 +11,7 @@
 #include "tests/support/faults.h"
 #include "tests/support/plugin_host.h"
 
-namespace zvk {
+namespace zvk::image {
 namespace {
 
 using Factory = standalone::Owned<standalone::Object>;
@@ -272,4 +272,4 @@ TEST_P(ImageFactory, AFactoryThatOnlyTheSystemHoldsSurvivesBeingSetAgain) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::image

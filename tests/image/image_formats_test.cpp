@@ -10,7 +10,7 @@
 
 #include "tests/support/plugin_host.h"
 
-namespace zvk {
+namespace zvk::image {
 namespace {
 
 struct Row {
@@ -273,4 +273,4 @@ TEST_F(ImageFormats, NoImageHasNoNameAndTakesNoOffset) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::image

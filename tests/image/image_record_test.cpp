@@ -7,7 +7,7 @@
 
 #include "tests/support/plugin_host.h"
 
-namespace zvk {
+namespace zvk::image {
 namespace {
 
 struct Field {
@@ -106,4 +106,4 @@ TEST(ImageRecord, ANewInstanceIsAllZero) {
 TEST(ImageRecord, NoInstanceHasNoRecord) { EXPECT_EQ(RecordOf(nullptr), nullptr); }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::image

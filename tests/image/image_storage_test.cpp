@@ -21,7 +21,7 @@
 #include "tests/support/file_faults.h"
 #include "tests/support/plugin_host.h"
 
-namespace zvk {
+namespace zvk::image {
 namespace {
 
 class ImageStorage : public testing::Test {
@@ -572,4 +572,4 @@ TEST_F(ImageStorage, ASecondRunOnABackingFileGoesToDescriptor0) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::image

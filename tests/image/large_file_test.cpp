@@ -10,7 +10,7 @@
 #include "image/views.h"
 #include "tests/image/file_testing.h"
 
-namespace zvk {
+namespace zvk::image {
 namespace {
 
 using file_testing::BytesAt;
@@ -83,4 +83,4 @@ TEST_F(LargeFile, AWalkDownAnImageOf30GBMovesABlockOf55Rows) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::image

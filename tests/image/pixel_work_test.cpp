@@ -11,7 +11,7 @@
 #include "image/views.h"
 #include "tests/support/plugin_host.h"
 
-namespace zvk {
+namespace zvk::image {
 namespace {
 
 class PixelWorkTest : public testing::Test {
@@ -126,4 +126,4 @@ TEST_F(PixelWorkTest, AllWorkOnAnImageIsAwaited) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::image

@@ -7,7 +7,7 @@
 
 #include "image/rectangle.h"
 
-namespace zvk {
+namespace zvk::image {
 namespace {
 
 // A position or size around a small image, in which no sum wraps.
@@ -125,4 +125,4 @@ RC_GTEST_PROP(FitTransferProperty, NothingOutsideEitherImageIsLeftAfterTheCut, (
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::image

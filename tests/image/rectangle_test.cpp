@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-namespace zvk {
+namespace zvk::image {
 namespace {
 
 constexpr int32_t kMost = INT32_MAX;
@@ -155,4 +155,4 @@ TEST(CutToImages, IsEmptyForASourceFarBelowZero) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::image

@@ -7,7 +7,7 @@
 #include "image/image_formats.h"
 #include "image/image_storage.h"
 
-namespace zvk {
+namespace zvk::image {
 namespace {
 
 std::array<uint8_t, 4096> memory;
@@ -175,4 +175,4 @@ TEST(Rows, TheBlockOfAMappedImageMayMove) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::image

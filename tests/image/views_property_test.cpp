@@ -19,7 +19,7 @@
 #include "image/views.h"
 #include "tests/support/plugin_host.h"
 
-namespace zvk {
+namespace zvk::image {
 namespace {
 
 using standalone::MemoryBlock;
@@ -439,4 +439,4 @@ TEST(ViewsProperty, ChainsOverAFileInOneBlock) { CheckOver(Kind::File); }
 TEST(ViewsProperty, ChainsOverAFileInSeveralBlocks) { CheckOver(Kind::HighFile); }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::image

@@ -12,7 +12,7 @@
 #include "tests/support/faults.h"
 #include "tests/support/file_faults.h"
 
-namespace zvk {
+namespace zvk::image {
 namespace {
 
 using namespace views_testing;
@@ -248,4 +248,4 @@ TEST_F(ViewsOfStorage, MemoryIsTheStartOfTheStorage) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::image

@@ -8,7 +8,7 @@
 
 #include "tests/image/views_testing.h"
 
-namespace zvk {
+namespace zvk::image {
 namespace {
 
 using namespace views_testing;
@@ -399,4 +399,4 @@ TEST_F(Views, AClipOfAMirroredViewCountsFromItsOwnBottom) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::image

@@ -14,7 +14,7 @@
 
 namespace views_testing {
 
-using namespace zvk;
+using namespace zvk::image;
 using standalone::Object;
 using standalone::Owned;
 

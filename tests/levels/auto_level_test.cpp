@@ -8,7 +8,7 @@
 
 #include "tests/levels/in_place_testing.h"
 
-namespace zvk {
+namespace zvk::levels {
 namespace {
 
 using namespace in_place_testing;
@@ -246,4 +246,4 @@ TEST_F(AutoLevel, EveryBrightnessIsCountedByItsSumInDoublePrecision) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::levels

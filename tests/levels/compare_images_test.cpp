@@ -5,7 +5,7 @@
 #include "levels/invert.h"
 #include "tests/levels/in_place_testing.h"
 
-namespace zvk {
+namespace zvk::levels {
 namespace {
 
 using namespace in_place_testing;
@@ -131,4 +131,4 @@ TEST_F(Compare, AnImageThatIsClosedInAYieldGivesMinusOne) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::levels

@@ -6,7 +6,7 @@
 
 #include "tests/levels/in_place_testing.h"
 
-namespace zvk {
+namespace zvk::levels {
 namespace {
 
 using namespace in_place_testing;
@@ -221,4 +221,4 @@ TEST_F(FillApply, EveryWeightAndEverySampleGiveTheirFormula) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::levels

@@ -4,7 +4,7 @@
 #include "levels/fill.h"
 #include "tests/levels/in_place_testing.h"
 
-namespace zvk {
+namespace zvk::levels {
 namespace {
 
 using namespace in_place_testing;
@@ -127,4 +127,4 @@ TEST_F(FillRGB, LongRowsAreFilledToTheirEnd) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::levels

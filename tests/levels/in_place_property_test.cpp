@@ -16,7 +16,7 @@
 #include "tests/levels/in_place_testing.h"
 #include "tests/levels/naive_in_place.h"
 
-namespace zvk {
+namespace zvk::levels {
 namespace {
 
 using namespace in_place_testing;
@@ -270,4 +270,4 @@ TEST(InPlaceProperty, ImagesOverARowTable) { Check(Kind::Table); }
 TEST(InPlaceProperty, ImagesInAFile) { Check(Kind::File); }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::levels

@@ -31,7 +31,7 @@ struct TestImage {
   Owned<Object> object;
 
   operator REALobject() const { return object; }
-  zvk::ImageClassData &Record() const { return *zvk::RecordOf(object); }
+  zvk::image::ImageClassData &Record() const { return *zvk::image::RecordOf(object); }
   Bytes All() const { return {block->Data(), block->Data() + block->Size()}; }
   void Set(const Bytes &bytes) const { std::memcpy(block->Data(), bytes.data(), bytes.size()); }
 };
@@ -53,13 +53,13 @@ class InPlaceTest : public testing::Test {
 
   // An image over a block of bytes that are all 7; rows `rowSize` bytes apart, 0 for no gap.
   TestImage NewImage(int32_t width, int32_t height, int32_t format, int32_t rowSize = 0) {
-    zvk::ImageClassData shape{};
-    zvk::InitImageClassData(&shape, width, height, format);
+    zvk::image::ImageClassData shape{};
+    zvk::image::InitImageClassData(&shape, width, height, format);
     if (rowSize == 0) rowSize = width * shape.PixelSize;
     TestImage image{
         host_.NewMemoryBlock(Bytes(static_cast<size_t>(std::abs(rowSize)) * static_cast<size_t>(height), 7)),
         host_.New("PictureZVK")};
-    zvk::ImageConstructorMemory(image, image.block, width, height, format, rowSize);
+    zvk::image::ImageConstructorMemory(image, image.block, width, height, format, rowSize);
     return image;
   }
   TestImage NewImage(int32_t width, int32_t height, int32_t format, const Bytes &bytes) {
@@ -71,7 +71,7 @@ class InPlaceTest : public testing::Test {
   // A view of an image, with the image's bytes.
   static TestImage View(const TestImage &image, REALobject view) { return {image.block, Adopt(view)}; }
   static TestImage Clip(const TestImage &image, int32_t x, int32_t y, int32_t width, int32_t height) {
-    return View(image, zvk::ClipImage5(image, x, y, width, height));
+    return View(image, zvk::image::ClipImage5(image, x, y, width, height));
   }
 
   // From now on fetches of the image's rows are logged under the name, and every chance of a yield on it is taken.
@@ -85,27 +85,27 @@ class InPlaceTest : public testing::Test {
 
   // Makes it an image over a table of its present rows; a row in `missing` is nil.
   static void UseRowTable(const TestImage &image, std::vector<uint8_t *> &rows, int32_t missing = -1) {
-    zvk::ImageClassData &record = image.Record();
+    zvk::image::ImageClassData &record = image.Record();
     rows.clear();
     for (int32_t y = 0; y < record.Height; ++y) {
-      rows.push_back(y == missing ? nullptr : zvk::GetRowLinear(&record, y));
+      rows.push_back(y == missing ? nullptr : zvk::image::GetRowLinear(&record, y));
     }
     record.RowTable = rows.data();
     record.Buffer = nullptr;
-    record.GetRow = zvk::GetRowGDImage;
+    record.GetRow = zvk::image::GetRowGDImage;
   }
 
   PluginHost host_;
   std::function<void()> onYield_;  // code of the host that runs in a yield
 
  private:
-  static uint8_t *LoggedRow(zvk::ImageClassData *record, int32_t row) {
+  static uint8_t *LoggedRow(zvk::image::ImageClassData *record, int32_t row) {
     log_ += names_[record] + std::to_string(row) + " ";
-    return zvk::GetRowLinear(record, row);
+    return zvk::image::GetRowLinear(record, row);
   }
 
   inline static std::string log_;
-  inline static std::map<const zvk::ImageClassData *, std::string> names_;
+  inline static std::map<const zvk::image::ImageClassData *, std::string> names_;
 };
 
 // Instances that every operation refuses, each by its name; `format` is what they are of where they have one.
@@ -113,32 +113,32 @@ inline void ForEachUnusable(PluginHost &host, int32_t format,
                             const std::function<void(const char *, REALobject)> &refuse) {
   const auto constructed = [&] {
     auto image = host.New("PictureZVK");
-    zvk::ImageConstructor(image, 4, 3, format);
+    zvk::image::ImageConstructor(image, 4, 3, format);
     return image;
   };
   refuse("never constructed", host.New("PictureZVK"));
   refuse("construction given up", [&] {
     auto image = host.New("PictureZVK");
-    zvk::ImageConstructor(image, 4, 3, 14);
+    zvk::image::ImageConstructor(image, 4, 3, 14);
     return image;
   }());
   {
     const auto closed = constructed();
-    zvk::ImageDestructor(closed);
+    zvk::image::ImageDestructor(closed);
     refuse("closed", closed);
   }
   {
     const auto invalid = constructed();
-    const zvk::ImageClassData &record = *zvk::RecordOf(invalid);
+    const zvk::image::ImageClassData &record = *zvk::image::RecordOf(invalid);
     const Bytes before(record.Buffer, record.Buffer + record.TotalSize);
-    zvk::RecordOf(invalid)->Valid = false;
+    zvk::image::RecordOf(invalid)->Valid = false;
     refuse("not valid", invalid);
     EXPECT_EQ(Bytes(record.Buffer, record.Buffer + record.TotalSize), before);
   }
   {
     // A view of an image over a row table has the accessor and no table.
     const auto view = constructed();
-    zvk::RecordOf(view)->GetRow = zvk::GetRowGDImage;
+    zvk::image::RecordOf(view)->GetRow = zvk::image::GetRowGDImage;
     refuse("without a row table", view);
   }
 }

@@ -4,7 +4,7 @@
 
 #include "tests/levels/in_place_testing.h"
 
-namespace zvk {
+namespace zvk::levels {
 namespace {
 
 using namespace in_place_testing;
@@ -156,4 +156,4 @@ TEST_F(Invert, OverlappingRowsAreInvertedOneAfterTheOther) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::levels

@@ -14,7 +14,7 @@
 
 namespace naive {
 
-using zvk::ImageClassData;
+using zvk::image::ImageClassData;
 
 struct Rect {
   int32_t x, y, w, h;

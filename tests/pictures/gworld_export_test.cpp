@@ -13,7 +13,7 @@
 #include "image/image_formats.h"
 #include "tests/pictures/picture_testing.h"
 
-namespace zvk {
+namespace zvk::pictures {
 namespace {
 
 using namespace picture_testing;
@@ -356,4 +356,4 @@ TEST(GWorldExportElsewhere, WithoutThePlatformTheResultIsNil) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::pictures

@@ -12,7 +12,7 @@
 #include "pictures/picture_import.h"
 #include "tests/pictures/picture_testing.h"
 
-namespace zvk {
+namespace zvk::pictures {
 namespace {
 
 using namespace picture_testing;
@@ -508,4 +508,4 @@ TEST(MaskedDrawingRows, ARowThatCannotBeHadIsLeftOut) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::pictures

@@ -9,7 +9,7 @@
 #include "tests/pictures/picture_property_testing.h"
 #include "tests/pictures/picture_testing.h"
 
-namespace zvk {
+namespace zvk::pictures {
 namespace {
 
 using namespace picture_testing;
@@ -104,4 +104,4 @@ TEST(MaskedDrawingProperty, OnAConsoleEveryPictureIsDrawnAsThePlainLoopDoes) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::pictures

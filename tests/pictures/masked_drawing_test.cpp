@@ -12,7 +12,7 @@
 #include "pictures/picture_import.h"
 #include "tests/pictures/picture_testing.h"
 
-namespace zvk {
+namespace zvk::pictures {
 namespace {
 
 using namespace picture_testing;
@@ -237,4 +237,4 @@ TEST_P(MaskedLayouts, AnImageInTheMemoryOfThePictureOrItsMaskIsDrawnAsTheLoopGoe
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::pictures

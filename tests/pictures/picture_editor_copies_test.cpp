@@ -10,7 +10,7 @@
 #include "pictures/picture_editor.h"
 #include "tests/pictures/picture_testing.h"
 
-namespace zvk {
+namespace zvk::pictures {
 namespace {
 
 using namespace picture_testing;
@@ -472,4 +472,4 @@ TEST(OwnCopy, ADescriptionOfAnotherTypeIsNotReadAsAGDImage) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::pictures

@@ -11,7 +11,7 @@
 #include "host/host_services.h"
 #include "tests/pictures/picture_testing.h"
 
-namespace zvk {
+namespace zvk::pictures {
 namespace {
 
 using namespace picture_testing;
@@ -517,4 +517,4 @@ TEST(RenderPictureWriter, WithoutAPictureTheBufferOfTheDescriptionBecomesOne) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::pictures

@@ -12,7 +12,7 @@
 #include "image/image_formats.h"
 #include "tests/pictures/picture_export_testing.h"
 
-namespace zvk {
+namespace zvk::pictures {
 namespace {
 
 using namespace picture_testing;
@@ -529,4 +529,4 @@ TEST(DebugPicture, IsAsSmallAsTheImage) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::pictures

@@ -14,9 +14,9 @@ using Bytes = std::vector<uint8_t>;
 // An image of one row with the given bytes as its pixels.
 inline Owned<standalone::Object> RowImage(PluginHost &host, int32_t format, const Bytes &bytes) {
   auto probe = NewImage(host, 1, 1, format);
-  const auto width = static_cast<int32_t>(bytes.size()) / zvk::RecordOf(probe)->PixelSize;
+  const auto width = static_cast<int32_t>(bytes.size()) / zvk::image::RecordOf(probe)->PixelSize;
   auto image = NewImage(host, width, 1, format);
-  std::memcpy(zvk::RecordOf(image)->Buffer, bytes.data(), bytes.size());
+  std::memcpy(zvk::image::RecordOf(image)->Buffer, bytes.data(), bytes.size());
   return image;
 }
 

@@ -8,7 +8,7 @@
 #include "pictures/picture_export.h"
 #include "tests/pictures/picture_export_testing.h"
 
-namespace zvk {
+namespace zvk::pictures {
 namespace {
 
 using namespace picture_testing;
@@ -97,4 +97,4 @@ TEST(ExportYields, HostCodeInAYieldMayMoveTheRowsAndTheOffsets) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::pictures

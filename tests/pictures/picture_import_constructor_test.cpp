@@ -11,7 +11,7 @@
 #include "pictures/picture_import.h"
 #include "tests/pictures/picture_testing.h"
 
-namespace zvk {
+namespace zvk::pictures {
 namespace {
 
 using namespace picture_testing;
@@ -287,4 +287,4 @@ TEST(PictureConstructor, WithUseAlphaThePicturesFourthByteIsTheAlphaChannel) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::pictures

@@ -14,7 +14,7 @@
 #include "image/views.h"
 #include "tests/pictures/picture_testing.h"
 
-namespace zvk {
+namespace zvk::pictures {
 namespace {
 
 using namespace picture_testing;
@@ -580,4 +580,4 @@ TEST(ImportYields, HostCodeInAYieldMayMoveTheRowsAndTheOffsets) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::pictures

@@ -59,15 +59,15 @@ struct AnyImage {
   explicit AnyImage(PluginHost &host, int32_t format = AnyFormat()) {
     const int32_t width = AnySide(), height = Between(1, 12);
     image = host.New("PictureZVK");
-    zvk::ImageConstructor(image, 1, 1, format);
-    const int32_t pixelSize = zvk::RecordOf(image)->PixelSize + (Between(0, 3) == 0 ? Between(1, 3) : 0);
+    zvk::image::ImageConstructor(image, 1, 1, format);
+    const int32_t pixelSize = zvk::image::RecordOf(image)->PixelSize + (Between(0, 3) == 0 ? Between(1, 3) : 0);
     const int32_t shift = Between(0, 3) == 0 ? Between(1, 2) * pixelSize : 0;
     const int32_t rowBytes = width * pixelSize + shift;
     const int32_t rowSize = rowBytes + Between(0, 5);
     block = host.NewMemoryBlock(rowSize * (height - 1) + rowBytes);
-    zvk::ImageDestructor(image);
-    zvk::ImageConstructorMemory(image, block, width, height, format, rowSize);
-    zvk::ImageClassData &created = record();
+    zvk::image::ImageDestructor(image);
+    zvk::image::ImageConstructorMemory(image, block, width, height, format, rowSize);
+    zvk::image::ImageClassData &created = record();
     created.PixelSize = pixelSize;
     for (int32_t *offset :
          {&created.RedOffset, &created.GreenOffset, &created.BlueOffset, &created.GrayOffset, &created.AlphaOffset,
@@ -79,12 +79,12 @@ struct AnyImage {
       created.GreenOffset = shift + Between(0, pixelSize - 1);
       created.BlueOffset = shift + Between(0, pixelSize - 1);
     }
-    if (Between(0, 2) == 0) created.GetRow = zvk::GetRowLinearMirrored;
+    if (Between(0, 2) == 0) created.GetRow = zvk::image::GetRowLinearMirrored;
     std::mt19937 random(static_cast<uint32_t>(Between(0, 1000000)));
     for (int32_t i = 0; i < block->Size(); ++i) block->Data()[i] = RandomByte(random);
   }
 
-  zvk::ImageClassData &record() const { return *zvk::RecordOf(image); }
+  zvk::image::ImageClassData &record() const { return *zvk::image::RecordOf(image); }
   std::vector<uint8_t> AllBytes() const { return {block->Data(), block->Data() + block->Size()}; }
 
   Owned<standalone::MemoryBlock> block;

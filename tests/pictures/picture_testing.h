@@ -79,19 +79,19 @@ inline Owned<standalone::Picture> NewFilledPicture(PluginHost &host, int32_t wid
 inline Owned<standalone::Object> NewImage(PluginHost &host, int32_t width, int32_t height, int32_t format,
                                           uint32_t seed = 1) {
   auto image = host.New("PictureZVK");
-  zvk::ImageConstructor(image, width, height, format);
-  zvk::ImageClassData *record = zvk::RecordOf(image);
+  zvk::image::ImageConstructor(image, width, height, format);
+  zvk::image::ImageClassData *record = zvk::image::RecordOf(image);
   std::mt19937 random(seed);
   for (int64_t i = 0; record->Valid && i < record->TotalSize; ++i) record->Buffer[i] = RandomByte(random);
   return image;
 }
 
-inline std::vector<uint8_t> StorageOf(const zvk::ImageClassData &record) {
+inline std::vector<uint8_t> StorageOf(const zvk::image::ImageClassData &record) {
   return {record.Buffer, record.Buffer + record.TotalSize};
 }
 
 // The address of a sample.
-inline uint8_t *SampleAt(zvk::ImageClassData &record, int32_t x, int32_t y, int32_t offset) {
+inline uint8_t *SampleAt(zvk::image::ImageClassData &record, int32_t x, int32_t y, int32_t offset) {
   return record.GetRow(&record, y) + static_cast<ptrdiff_t>(x) * record.PixelSize + offset;
 }
 
@@ -101,7 +101,7 @@ inline void YieldAlways(PluginHost &host, REALobject image) {
   ticks = 1000;
   host->SetEntry(
       "TickCount", +[]() -> uint32_t { return ticks += 10; });
-  zvk::RecordOf(image)->Yield.YieldTicks = 1;
+  zvk::image::RecordOf(image)->Yield.YieldTicks = 1;
 }
 
 inline int64_t Yields(PluginHost &host) { return host->Calls("REALYieldToRB"); }

@@ -12,7 +12,7 @@
 #include "tests/pictures/picture_property_testing.h"
 #include "tests/pictures/picture_testing.h"
 
-namespace zvk {
+namespace zvk::pictures {
 namespace {
 
 using namespace picture_testing;
@@ -162,4 +162,4 @@ TEST(ImportProperty, OnAConsoleEveryPictureIsDrawnAsThePlainLoopDoes) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::pictures

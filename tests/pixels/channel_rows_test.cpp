@@ -5,7 +5,7 @@
 #include "pixels/layouts.h"
 #include "tests/filters/filter_testing.h"
 
-namespace zvk {
+namespace zvk::pixels {
 namespace {
 
 using namespace filter_testing;
@@ -76,4 +76,4 @@ TEST_F(ByteRunsTest, OfMappedImagesOnlyTheImageItselfIsKnownToShare) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::pixels

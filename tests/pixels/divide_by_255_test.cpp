@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-namespace zvk {
+namespace zvk::pixels {
 namespace {
 
 TEST(DivideBy255, IsExactForEveryValueOfItsRange) {
@@ -12,4 +12,4 @@ TEST(DivideBy255, IsExactForEveryValueOfItsRange) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::pixels

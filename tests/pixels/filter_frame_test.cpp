@@ -10,7 +10,7 @@
 #include "tests/filters/filter_testing.h"
 #include "tests/filters/noted_rows.h"
 
-namespace zvk {
+namespace zvk::pixels {
 namespace {
 
 using namespace filter_testing;
@@ -336,4 +336,4 @@ TEST_F(FilterFrame, ThroughAClipThatIsTooSmallMoreIsWrittenThanItSays) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::pixels

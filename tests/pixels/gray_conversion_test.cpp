@@ -9,7 +9,7 @@
 
 #include "tests/support/fence.h"
 
-namespace zvk {
+namespace zvk::pixels {
 namespace {
 
 struct Case {
@@ -97,4 +97,4 @@ TEST(GrayConversion, OverlappingRowsGoPixelAfterPixel) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::pixels

@@ -9,7 +9,7 @@
 #include "pixels/byte_shuffle.h"
 #include "tests/support/fence.h"
 
-namespace zvk {
+namespace zvk::pixels {
 namespace {
 
 // Every red and green with one blue: 65536 pixels.
@@ -90,4 +90,4 @@ TEST(GrayReader, ShufflesAndThePlainLoopAgreeAndStayInsideTheirRows) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::pixels

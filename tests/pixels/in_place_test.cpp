@@ -4,7 +4,7 @@
 
 #include "tests/levels/in_place_testing.h"
 
-namespace zvk {
+namespace zvk::pixels {
 namespace {
 
 using namespace in_place_testing;
@@ -111,4 +111,4 @@ TEST_F(PixelBytesOf, RowsOfATableAndOfAFileEndByThemselves) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::pixels

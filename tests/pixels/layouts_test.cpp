@@ -6,7 +6,7 @@
 
 #include "image/image_formats.h"
 
-namespace zvk {
+namespace zvk::pixels {
 namespace {
 
 using enum ColourFamily;
@@ -116,4 +116,4 @@ TEST(Layouts, TwoChannelsInOnePlaceAreNotPacked) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::pixels

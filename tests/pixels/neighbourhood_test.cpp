@@ -6,7 +6,7 @@
 
 #include "tests/filters/filter_testing.h"
 
-namespace zvk {
+namespace zvk::pixels {
 namespace {
 
 using namespace filter_testing;
@@ -148,4 +148,4 @@ TEST_F(Neighbourhood, OnlyTheRowOfAMappedImageThatIsItsOwnSourceIsFetchedAnew) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::pixels

@@ -13,7 +13,7 @@
 #include "tests/support/row_log.h"
 #include "tests/support/stored_image.h"
 
-namespace zvk {
+namespace zvk::pixels {
 namespace {
 
 using stored_image::Kind;
@@ -137,4 +137,4 @@ TEST_F(RowGroupTest, TheWalkYieldsOnTheDestinationAfterEachRowAndEndsWithItsImag
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::pixels

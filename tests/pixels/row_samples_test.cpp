@@ -8,7 +8,7 @@
 
 #include "tests/support/fence.h"
 
-namespace zvk {
+namespace zvk::pixels {
 namespace {
 
 using Bytes = std::vector<uint8_t>;
@@ -100,4 +100,4 @@ TEST(RowSamples, WithoutPixelsNothingIsTouched) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::pixels

@@ -10,7 +10,7 @@
 #include "pixels/byte_shuffle.h"
 #include "tests/support/fence.h"
 
-namespace zvk {
+namespace zvk::pixels {
 namespace {
 
 // The moves of a row in plain nested loops.
@@ -138,4 +138,4 @@ TEST(SampleMover, RowsOverlapOnlyWhereTheirSamplesReach) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::pixels

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace zvk {
+namespace zvk::pixels {
 namespace {
 
 // 16-bit gray over the bytes given, whose end is the end of the storage as the caller has described it.
@@ -103,4 +103,4 @@ TEST(WideSamples, AClipCountsItsOwnColumns) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::pixels

@@ -45,7 +45,7 @@
 #include "scaling/scale_engine.h"
 #include "scaling/scale_threads.h"
 
-namespace zvk {
+namespace zvk::plugin {
 namespace {
 
 template <class Result, class... Arguments>
@@ -481,4 +481,4 @@ TEST(ClassTables, TheTwoClasses) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::plugin

@@ -12,7 +12,7 @@
 #include "image/image_record.h"
 #include "tests/support/faults.h"
 
-namespace zvk {
+namespace zvk::plugin {
 namespace {
 
 // A host that only listens: what it was asked and told while it loaded the library.
@@ -221,4 +221,4 @@ TEST(PluginEntry, AHostWithoutAVersionGetsConvertedTablesWithoutPicturesInConsol
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::plugin

@@ -12,7 +12,7 @@
 #include "host/host_services.h"
 #include "tests/support/faults.h"
 
-namespace zvk {
+namespace zvk::plugin {
 namespace {
 
 // The one class that the code under test handed to its host.
@@ -309,4 +309,4 @@ TEST(Registration, WithoutTheHostsEntryAClassIsSilentlyNotRegistered) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::plugin

@@ -9,7 +9,7 @@
 #include "tests/scaling/scale_testing.h"
 #include "tests/support/naive_fast_scale.h"
 
-namespace zvk {
+namespace zvk::scaling {
 namespace {
 
 void CheckAgainstNaive(const TestImage &dest, const TestImage &source, int32_t width, int32_t height) {
@@ -55,4 +55,4 @@ RC_GTEST_PROP(FastScaleProperty, ImagesThatShareStorageGiveTheNaiveBytes, ()) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::scaling

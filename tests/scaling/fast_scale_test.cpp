@@ -18,7 +18,7 @@
 #include "tests/support/plugin_host.h"
 #include "tests/support/stored_image.h"
 
-namespace zvk {
+namespace zvk::scaling {
 namespace {
 
 using stored_image::Kind;
@@ -530,4 +530,4 @@ TEST(FastScaleOfItself, ReadsWhatItHasWrittenInAFileAsInMemory) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::scaling

@@ -16,7 +16,7 @@
 #include "image/image_storage.h"
 #include "tests/support/plugin_host.h"
 
-namespace zvk {
+namespace zvk::scaling {
 
 using standalone::Owned;
 
@@ -143,4 +143,4 @@ class ScaleClosing : public testing::Test {
   std::function<void()> act_;
 };
 
-}  // namespace zvk
+}  // namespace zvk::scaling

@@ -15,7 +15,7 @@
 #include "scaling/fast_scale.h"
 #include "scaling/scale_engine.h"
 
-namespace zvk {
+namespace zvk::scaling {
 namespace {
 
 constexpr int32_t kTriangle = 1;
@@ -306,4 +306,4 @@ TEST_F(ScaleClosing, AViewOfAnImageThatIsClosedEndsAFastScale) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::scaling

@@ -19,7 +19,7 @@
 #include "tests/support/plugin_host.h"
 #include "tests/support/thread_faults.h"
 
-namespace zvk {
+namespace zvk::scaling {
 namespace {
 
 constexpr int32_t kTriangle = 1;
@@ -287,4 +287,4 @@ TEST_F(ScaleClosing, AScaleOnThreadsTouchesNothingOutsideOfAnImageWhateverBecome
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::scaling

@@ -19,7 +19,7 @@
 #include "tests/support/plugin_host.h"
 #include "tests/support/stored_image.h"
 
-namespace zvk {
+namespace zvk::scaling {
 namespace {
 
 enum Mode : int32_t { kTriangle = 1, kBox, kLanczos3, kLanczos8, kMitchell, kPoly3, kCubic };
@@ -551,4 +551,4 @@ TEST_F(ScaleEngine, OnlyTheYieldTimeOfARecordChanges) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::scaling

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <limits>
 
-namespace zvk {
+namespace zvk::scaling {
 namespace {
 
 TEST(ScaleFilters, WindowsAndCapacities) {
@@ -99,4 +99,4 @@ TEST(ScaleFilters, NotANumberIsOutside) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::scaling

@@ -9,7 +9,7 @@
 
 #include "tests/scaling/scale_testing.h"
 
-namespace zvk {
+namespace zvk::scaling {
 
 inline int32_t Between(int32_t first, int32_t last) { return *rc::gen::inRange<int32_t>(first, last + 1); }
 
@@ -73,4 +73,4 @@ inline std::pair<int32_t, int32_t> PairOfFormats() {
   return {*rc::gen::elementOf(pair.first), *rc::gen::elementOf(pair.second)};
 }
 
-}  // namespace zvk
+}  // namespace zvk::scaling

@@ -14,7 +14,7 @@
 #include "tests/scaling/scale_testing.h"
 #include "tests/support/plugin_host.h"
 
-namespace zvk {
+namespace zvk::scaling {
 
 // What the factory of a test answers, in turn, and what it was asked for.
 inline std::vector<std::function<REALobject(int32_t width, int32_t height, int32_t format)>> answers;
@@ -65,4 +65,4 @@ class ScaleHost : public testing::Test {
   const std::thread::id thisThread_ = std::this_thread::get_id();
 };
 
-}  // namespace zvk
+}  // namespace zvk::scaling

@@ -10,7 +10,7 @@
 
 #include "tests/support/naive_scale.h"
 
-namespace zvk {
+namespace zvk::scaling {
 namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
@@ -169,4 +169,4 @@ TEST(ScaleKernels, ColumnsAreSummedInOrderWhateverTheSamplesAndRows) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::scaling

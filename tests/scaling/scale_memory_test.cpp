@@ -13,7 +13,7 @@
 #include "tests/scaling/scale_testing.h"
 #include "tests/support/faults.h"
 
-namespace zvk {
+namespace zvk::scaling {
 namespace {
 
 constexpr int32_t kLanczos3 = 3;
@@ -99,4 +99,4 @@ TEST_P(ScaleMemory, WithoutTheSecondTableTheDestinationStays) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::scaling

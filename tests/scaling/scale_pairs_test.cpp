@@ -7,7 +7,7 @@
 
 #include "image/image_formats.h"
 
-namespace zvk {
+namespace zvk::scaling {
 namespace {
 
 ImageClassData Record(int32_t format) {
@@ -130,4 +130,4 @@ TEST(ScalePairs, TempFormatsAndStrides) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::scaling

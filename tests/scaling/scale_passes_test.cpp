@@ -10,7 +10,7 @@
 #include "tests/support/faults.h"
 #include "tests/support/plugin_host.h"
 
-namespace zvk {
+namespace zvk::scaling {
 namespace {
 
 constexpr int32_t kTriangle = 1;
@@ -343,4 +343,4 @@ TEST(ScalePasses, WithoutMemoryToWorkInTheBytesAreTheSame) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::scaling

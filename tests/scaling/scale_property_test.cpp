@@ -9,7 +9,7 @@
 #include "tests/scaling/scale_generators.h"
 #include "tests/scaling/scale_testing.h"
 
-namespace zvk {
+namespace zvk::scaling {
 namespace {
 
 void CheckAgainstNaive(const TestImage &dest, const TestImage &source, const TestImage &temp, int32_t mode,
@@ -56,4 +56,4 @@ RC_GTEST_PROP(ScaleProperty, ImagesThatShareStorageGiveTheNaiveBytes, ()) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::scaling

@@ -11,7 +11,7 @@
 #include "tests/support/naive_scale.h"
 #include "tests/support/plugin_host.h"
 
-namespace zvk {
+namespace zvk::scaling {
 namespace {
 
 using Taps = std::vector<std::pair<int32_t, float>>;
@@ -249,4 +249,4 @@ TEST(ScaleTaps, TheImageIsGivenTimeAfterEachEntry) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::scaling

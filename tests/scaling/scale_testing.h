@@ -17,7 +17,7 @@
 #include "image/image_storage.h"
 #include "tests/support/naive_scale.h"
 
-namespace zvk {
+namespace zvk::scaling {
 
 using Bytes = std::vector<uint8_t>;
 
@@ -168,4 +168,4 @@ inline Outcome NaiveOutcome(const TestImage &dest, const TestImage &source, cons
   });
 }
 
-}  // namespace zvk
+}  // namespace zvk::scaling

@@ -8,7 +8,7 @@
 #include "tests/scaling/scale_generators.h"
 #include "tests/scaling/scale_testing.h"
 
-namespace zvk {
+namespace zvk::scaling {
 namespace {
 
 int32_t ThreadCount() { return *rc::gen::element<int32_t>(-1, 1, 2, 3, 7, 32); }
@@ -43,4 +43,4 @@ RC_GTEST_PROP(ScaleThreadsProperty, OneImageScaledIntoItselfGivesTheNaiveBytes, 
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::scaling

@@ -19,7 +19,7 @@
 #include "tests/support/faults.h"
 #include "tests/support/thread_faults.h"
 
-namespace zvk {
+namespace zvk::scaling {
 namespace {
 
 enum Mode : int32_t { kTriangle = 1, kBox, kLanczos3, kLanczos8, kMitchell, kPoly3, kCubic };
@@ -448,4 +448,4 @@ TEST_F(ScaleThreads, WithoutATableItIsFalseAndTheDestinationStays) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::scaling

@@ -11,7 +11,7 @@
 #include "tests/scaling/scale_testing.h"
 #include "tests/support/plugin_host.h"
 
-namespace zvk {
+namespace zvk::scaling {
 namespace {
 
 // Stands in for a mapped block of one row: an address holds only until the next fetch.
@@ -161,4 +161,4 @@ TEST_F(ScaleYield, AnImageThatIsClosedHasNoFurtherRowsInTheVerticalPass) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::scaling

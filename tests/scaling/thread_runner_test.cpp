@@ -17,7 +17,7 @@
 #include "tests/support/plugin_host.h"
 #include "tests/support/thread_faults.h"
 
-namespace zvk {
+namespace zvk::scaling {
 namespace {
 
 // One call of the worker, and what had happened before it.
@@ -424,4 +424,4 @@ TEST_F(ThreadRunner, ARecordThatIsNotLaunchedSaysSo) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::scaling

@@ -15,7 +15,7 @@
 #include "tests/scaling/scale_testing.h"
 #include "tests/support/thread_faults.h"
 
-namespace zvk {
+namespace zvk::scaling {
 namespace {
 
 constexpr int32_t kLanczos3 = 3;
@@ -158,4 +158,4 @@ TEST_F(ThreadNames, AShortNameKeepsItsIndex) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::scaling

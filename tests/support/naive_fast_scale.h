@@ -12,7 +12,7 @@
 
 namespace naive {
 
-using zvk::ImageClassData;
+using zvk::image::ImageClassData;
 
 // Where the bytes of a destination pixel come from.
 struct FastRule {

@@ -13,7 +13,7 @@
 
 namespace naive {
 
-using zvk::ImageClassData;
+using zvk::image::ImageClassData;
 
 // The channels that an image has, as letters: g is gray, K black. Colours first, then A; none without a family.
 inline std::string ChannelsOf(const ImageClassData &image) {

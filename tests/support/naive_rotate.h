@@ -15,8 +15,8 @@
 
 namespace naive {
 
-using zvk::ImageClassData;
-using zvk::RecordOf;
+using zvk::image::ImageClassData;
+using zvk::image::RecordOf;
 
 // Backgrounds by channel, as a caller gives them.
 struct RotateBackground {
@@ -116,7 +116,7 @@ inline void SkewColumn(ImageClassData &source, ImageClassData &dest, int32_t col
 
 // The image turned by an angle up to 45 degrees, or above 315; empty if an image could not be made. Images are usable,
 // and nobody has to be given time.
-inline zvk::ObjectReference RotateByShears(REALobject base, double a, const RotateBackground &background) {
+inline zvk::host::ObjectReference RotateByShears(REALobject base, double a, const RotateBackground &background) {
   ImageClassData &image = *RecordOf(base);
   const std::vector<ShearedChannel> channels = ShearedChannels(image, background);
   if (channels.empty()) return {};
@@ -128,7 +128,7 @@ inline zvk::ObjectReference RotateByShears(REALobject base, double a, const Rota
   const double c = std::cos(r);
 
   const int32_t width1 = width + static_cast<int32_t>(std::fabs(t) * height);
-  const zvk::ObjectReference first = CreatePicture(&image, width1, height, image.ImageFormat);
+  const zvk::host::ObjectReference first = CreatePicture(&image, width1, height, image.ImageFormat);
   if (!first) return {};
   ImageClassData &one = *RecordOf(first.Get());
   for (int32_t u = 0; u < height; ++u) {
@@ -139,7 +139,7 @@ inline zvk::ObjectReference RotateByShears(REALobject base, double a, const Rota
   }
 
   const int32_t height2 = static_cast<int32_t>(height * c + width * std::fabs(s)) + 1;
-  const zvk::ObjectReference second = CreatePicture(&image, width1, height2, image.ImageFormat);
+  const zvk::host::ObjectReference second = CreatePicture(&image, width1, height2, image.ImageFormat);
   if (!second) return {};
   ImageClassData &two = *RecordOf(second.Get());
   double f = s > 0 ? (width - 1) * s : -((width - width1) * s);
@@ -150,7 +150,7 @@ inline zvk::ObjectReference RotateByShears(REALobject base, double a, const Rota
 
   const int32_t width3 = static_cast<int32_t>(width * c + height * std::fabs(s)) + 1;
   const int32_t height3 = static_cast<int32_t>(height * c + width * std::fabs(s)) + 1;
-  zvk::ObjectReference third = CreatePicture(&image, width3, height3, two.ImageFormat);
+  zvk::host::ObjectReference third = CreatePicture(&image, width3, height3, two.ImageFormat);
   if (!third) return {};
   const double x = (width - 1) * s;
   f = s >= 0 ? -(x * t) : (-(height3 - 1) - x) * t;

@@ -12,7 +12,7 @@
 
 namespace naive {
 
-using zvk::ImageClassData;
+using zvk::image::ImageClassData;
 
 // --- filters, by mode ---
 

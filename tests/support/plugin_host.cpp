@@ -11,7 +11,9 @@
 using standalone::Owned;
 
 // Not by the entry, which does its work once in a process: a test may have one host after another.
-PluginHost::PluginHost(standalone::HostOptions options) : host_(std::move(options)) { host_.Start(&zvk::StartPlugin); }
+PluginHost::PluginHost(standalone::HostOptions options) : host_(std::move(options)) {
+  host_.Start(&zvk::plugin::StartPlugin);
+}
 
 PluginHost::~PluginHost() {
   if (allowLeaks_) return;

@@ -35,7 +35,7 @@ TEST(PluginHost, MakesWhatHandlersTake) {
 TEST(PluginHost, TakesWhatThePluginRaises) {
   PluginHost host;
   EXPECT_EQ(host.TakeException(), std::nullopt);
-  zvk::RaiseException("NilObjectException", "nothing there");
+  zvk::host::RaiseException("NilObjectException", "nothing there");
   EXPECT_EQ(host.TakeException(), (standalone::RaisedException{"NilObjectException", "nothing there", 0}));
 }
 
@@ -54,7 +54,7 @@ TEST(PluginHost, ComplainsAboutAnExceptionThatNobodyTook) {
   EXPECT_NONFATAL_FAILURE(
       {
         PluginHost host;
-        zvk::RaiseException("NilObjectException", "nothing there");
+        zvk::host::RaiseException("NilObjectException", "nothing there");
       },
       "nothing there");
 }
@@ -64,7 +64,7 @@ TEST(PluginHost, ComplainsAboutAReferenceGivenBackTooOften) {
       {
         PluginHost host;
         const REALobject ended = host.New("PictureZVK").Handle();
-        zvk::REALUnlockObject(ended);
+        zvk::host::REALUnlockObject(ended);
       },
       "has ended");
 }

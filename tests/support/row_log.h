@@ -21,26 +21,26 @@ class RowLog {
   }
 
   // From now on the image's rows are logged under this letter.
-  void Watch(zvk::ImageClassData &image, char letter) {
+  void Watch(zvk::image::ImageClassData &image, char letter) {
     accessors_[&image] = image.GetRow;
     letters_[&image] = letter;
     image.GetRow = Answer;
   }
   // Lets a row of a watched image be nil.
-  void Refuse(zvk::ImageClassData &image, int32_t row) { refused_.insert({&image, row}); }
+  void Refuse(zvk::image::ImageClassData &image, int32_t row) { refused_.insert({&image, row}); }
 
   using Rows = std::vector<std::pair<char, int32_t>>;
   const Rows &Asked() const { return asked_; }
 
  private:
-  static uint8_t *Answer(zvk::ImageClassData *image, int32_t row) {
+  static uint8_t *Answer(zvk::image::ImageClassData *image, int32_t row) {
     current_->asked_.emplace_back(current_->letters_[image], row);
     return current_->refused_.contains({image, row}) ? nullptr : current_->accessors_[image](image, row);
   }
 
   static inline RowLog *current_ = nullptr;
-  std::map<zvk::ImageClassData *, zvk::RowAccessor> accessors_;
-  std::map<zvk::ImageClassData *, char> letters_;
-  std::set<std::pair<zvk::ImageClassData *, int32_t>> refused_;
+  std::map<zvk::image::ImageClassData *, zvk::image::RowAccessor> accessors_;
+  std::map<zvk::image::ImageClassData *, char> letters_;
+  std::set<std::pair<zvk::image::ImageClassData *, int32_t>> refused_;
   Rows asked_;
 };

@@ -17,7 +17,7 @@
 
 namespace stored_image {
 
-using zvk::ImageClassData;
+using zvk::image::ImageClassData;
 
 std::ostream &operator<<(std::ostream &out, Kind kind) {
   constexpr const char *kNames[] = {"memory", "block", "backwards", "table", "file"};
@@ -28,13 +28,13 @@ namespace {
 
 int32_t PixelSizeOf(int32_t format) {
   ImageClassData record{};
-  zvk::InitImageClassData(&record, 1, 1, format);
+  zvk::image::InitImageClassData(&record, 1, 1, format);
   return record.PixelSize;
 }
 
 bool HasAlpha(int32_t format) {
   ImageClassData record{};
-  zvk::InitImageClassData(&record, 1, 1, format);
+  zvk::image::InitImageClassData(&record, 1, 1, format);
   return record.HasAlpha;
 }
 
@@ -45,24 +45,24 @@ StoredImage::StoredImage(PluginHost &host, Kind kind, int32_t width, int32_t hei
   const int32_t rowSize = PixelSizeOf(format) * width + spare;
   switch (kind) {
     case Kind::Memory:
-      zvk::ImageConstructor(image_, width, height, format);
+      zvk::image::ImageConstructor(image_, width, height, format);
       break;
     case Kind::Block:
       block_ = host.NewMemoryBlock(rowSize * height);
-      zvk::ImageConstructorMemory(image_, block_, width, height, format, rowSize);
+      zvk::image::ImageConstructorMemory(image_, block_, width, height, format, rowSize);
       break;
     case Kind::Backwards:
       block_ = host.NewMemoryBlock(rowSize * height);
       lastRow_ = Owned<standalone::MemoryBlock>::Adopt(
           standalone::MemoryBlock::Over(block_->Data() + static_cast<ptrdiff_t>(rowSize) * (height - 1)));
-      zvk::ImageConstructorMemory(image_, lastRow_, width, height, format, -rowSize);
+      zvk::image::ImageConstructorMemory(image_, lastRow_, width, height, format, -rowSize);
       break;
     case Kind::Table:
       picture_ = host.NewPicture(std::make_unique<standalone::GDStorage>(width, height, true));
-      zvk::ImageConstructorPicture(image_, picture_, HasAlpha(format));
+      zvk::pictures::ImageConstructorPicture(image_, picture_, HasAlpha(format));
       break;
     case Kind::File:
-      zvk::ImageConstructorFile(image_, width, height, format, 0, nullptr);
+      zvk::image::ImageConstructorFile(image_, width, height, format, 0, nullptr);
       break;
   }
   if (!Record().Valid) throw std::runtime_error("the image cannot be made");
@@ -144,23 +144,24 @@ Owned<standalone::Object> AnyView(std::mt19937 &random, const StoredImage &store
     if (owned) image = owned;
   };
   for (int32_t steps = Between(random, 0, 2); steps > 0; --steps) {
-    const ImageClassData &record = *zvk::RecordOf(image);
+    const ImageClassData &record = *zvk::image::RecordOf(image);
     switch (Between(random, 0, 4)) {
       case 0:
       case 1: {
         const int32_t x = Between(random, 0, record.Width - 1), y = Between(random, 0, record.Height - 1);
-        turnInto(
-            zvk::ClipImage5(image, x, y, Between(random, 1, record.Width - x), Between(random, 1, record.Height - y)));
+        turnInto(zvk::image::ClipImage5(image, x, y, Between(random, 1, record.Width - x),
+                                        Between(random, 1, record.Height - y)));
         break;
       }
       case 2:
-        turnInto(zvk::GetMirroredView(image));
+        turnInto(zvk::image::GetMirroredView(image));
         break;
       case 3:
-        turnInto(record.ChannelCount > 0 ? zvk::Channel(image, Between(random, 0, record.ChannelCount - 1)) : nullptr);
+        turnInto(record.ChannelCount > 0 ? zvk::image::Channel(image, Between(random, 0, record.ChannelCount - 1))
+                                         : nullptr);
         break;
       default:
-        turnInto(record.IsRGB ? zvk::RGBChannel(image) : zvk::CMYKChannel(image));
+        turnInto(record.IsRGB ? zvk::image::RGBChannel(image) : zvk::image::CMYKChannel(image));
         break;
     }
   }

@@ -31,7 +31,7 @@ class StoredImage {
 
   const Owned<standalone::Object> &Image() const { return image_; }
   operator REALobject() const { return image_.Handle(); }
-  zvk::ImageClassData &Record() const { return *zvk::RecordOf(image_); }
+  zvk::image::ImageClassData &Record() const { return *zvk::image::RecordOf(image_); }
   Kind Storage() const { return kind_; }
 
   // All bytes of the storage.
@@ -61,7 +61,7 @@ int32_t Between(std::mt19937 &random, int32_t least, int32_t most);
 int32_t AnyFormat(std::mt19937 &random);
 
 // The address of a sample; asks the image for the row each time, as its block may have moved.
-inline uint8_t *SampleAt(zvk::ImageClassData &image, int32_t x, int32_t y, int32_t offset) {
+inline uint8_t *SampleAt(zvk::image::ImageClassData &image, int32_t x, int32_t y, int32_t offset) {
   return image.GetRow(&image, y) + static_cast<ptrdiff_t>(x) * image.PixelSize + offset;
 }
 

@@ -13,11 +13,11 @@ namespace {
 TEST(StoredImage, WhatIsSetIsSeenInTheRowsAndBack) {
   PluginHost host({.fenced = true});
   for (const Kind kind : kKinds) {
-    StoredImage image(host, kind, 5, 3, zvk::ImageFormatRGBA, 2);
+    StoredImage image(host, kind, 5, 3, zvk::image::ImageFormatRGBA, 2);
     EXPECT_EQ(image.Bytes(), std::vector<uint8_t>(image.Bytes().size())) << kind;
     image.Fill(1);
     const auto bytes = image.Bytes();
-    zvk::ImageClassData &record = image.Record();
+    zvk::image::ImageClassData &record = image.Record();
     EXPECT_EQ(static_cast<int64_t>(bytes.size()), std::abs(record.TotalSize)) << kind;
     for (int32_t y = 0; y < 3; ++y) {
       const int32_t row = kind == Kind::Backwards ? 2 - y : y;
@@ -42,10 +42,10 @@ TEST(StoredImage, ViewsOfAllKindsAreMade) {
   PluginHost host;
   std::mt19937 random(1);
   int32_t clips = 0, wholes = 0, channels = 0;
-  StoredImage image(host, Kind::Memory, 9, 9, zvk::ImageFormatRGBA);
+  StoredImage image(host, Kind::Memory, 9, 9, zvk::image::ImageFormatRGBA);
   for (int i = 0; i < 200; ++i) {
     const auto view = AnyView(random, image);
-    const zvk::ImageClassData &record = *zvk::RecordOf(view);
+    const zvk::image::ImageClassData &record = *zvk::image::RecordOf(view);
     EXPECT_TRUE(record.Valid && record.Width >= 1 && record.Height >= 1);
     wholes += view.Handle() == image.Image().Handle() ? 1 : 0;
     clips += record.Width < 9 ? 1 : 0;

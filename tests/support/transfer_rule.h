@@ -11,7 +11,7 @@
 #include "image/rectangle.h"
 #include "tests/support/stored_image.h"
 
-namespace zvk::transfer_rule {
+namespace zvk::image::transfer_rule {
 
 // Any number, often one near the limits or near the size of a small image.
 inline int32_t AnyNumber(std::mt19937 &random) {
@@ -54,4 +54,4 @@ void CheckOwnRule(uint32_t seed, bool (*fit)(Numbers &, const ImageClassData &de
   }
 }
 
-}  // namespace zvk::transfer_rule
+}  // namespace zvk::image::transfer_rule

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace zvk {
+namespace zvk::host::paths {
 
 namespace {
 
@@ -59,4 +59,4 @@ int64_t Decompose(const char32_t *text, int64_t length, char32_t *result) {
   return end - result;
 }
 
-}  // namespace zvk
+}  // namespace zvk::host::paths

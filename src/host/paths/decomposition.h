@@ -5,10 +5,10 @@
 
 #include "host/paths/decomposition_table.h"
 
-namespace zvk {
+namespace zvk::host::paths {
 
 // Writes the decomposition of `length` characters to `result`, which has room for kLongestDecomposition times as many
 // and does not overlap `text`. Returns how many characters were written.
 int64_t Decompose(const char32_t *text, int64_t length, char32_t *result);
 
-}  // namespace zvk
+}  // namespace zvk::host::paths

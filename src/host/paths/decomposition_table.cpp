@@ -2,7 +2,7 @@
 // beside this file is its licence. Not to be edited.
 #include "host/paths/decomposition_table.h"
 
-namespace zvk {
+namespace zvk::host::paths {
 
 namespace {
 
@@ -586,4 +586,4 @@ constexpr CombiningRange kCombiningRows[] = {
 constinit const std::span<const Decomposition> kDecompositions{kDecompositionRows};
 constinit const std::span<const CombiningRange> kCombiningRanges{kCombiningRows};
 
-}  // namespace zvk
+}  // namespace zvk::host::paths

@@ -4,7 +4,9 @@
 #include <cstdint>
 #include <span>
 
-namespace zvk {
+#include "host/layers.h"
+
+namespace zvk::host::paths {
 
 // Characters that the longest decomposition of one character has.
 inline constexpr int32_t kLongestDecomposition = 4;
@@ -26,4 +28,4 @@ struct CombiningRange {
 extern const std::span<const Decomposition> kDecompositions;
 extern const std::span<const CombiningRange> kCombiningRanges;
 
-}  // namespace zvk
+}  // namespace zvk::host::paths

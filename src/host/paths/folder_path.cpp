@@ -7,7 +7,7 @@
 
 #include "host/paths/decomposition.h"
 
-namespace zvk {
+namespace zvk::host::paths {
 
 namespace {
 
@@ -134,4 +134,4 @@ ZeroedBuffer<char> FolderItemPath(REALobject item) {
   return {};
 }
 
-}  // namespace zvk
+}  // namespace zvk::host::paths

@@ -3,10 +3,10 @@
 
 #include "host/resources.h"
 
-namespace zvk {
+namespace zvk::host::paths {
 
 // The item's path in canonically decomposed UTF-8, zero-terminated; the file need not exist. Empty if no path can be
 // got: the host refuses it, it is empty or malformed, or there is no memory.
 ZeroedBuffer<char> FolderItemPath(REALobject item);
 
-}  // namespace zvk
+}  // namespace zvk::host::paths

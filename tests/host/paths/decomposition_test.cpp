@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace zvk {
+namespace zvk::host::paths {
 namespace {
 
 std::u32string Decomposed(const std::u32string &text) {
@@ -133,4 +133,4 @@ TEST(Decomposition, TheTablesAreInAscendingOrder) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::host::paths

@@ -13,7 +13,7 @@
 #include "tests/support/faults.h"
 #include "tests/support/plugin_host.h"
 
-namespace zvk {
+namespace zvk::host::paths {
 namespace {
 
 // What the entries below answer, in place of a folder item's own places.
@@ -275,4 +275,4 @@ TEST_F(FolderPath, WithoutMemoryThereIsNoneAndNothingStays) {
 }
 
 }  // namespace
-}  // namespace zvk
+}  // namespace zvk::host::paths

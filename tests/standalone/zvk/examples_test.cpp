@@ -64,7 +64,7 @@ std::vector<uint8_t> BytesOf(const LoadedImage &loaded) {
 
 std::vector<uint8_t> NaivelyScaled(const LoadedImage &loaded, int mode, int32_t width, int32_t height) {
   const auto recordOver = [](uint8_t *bytes, int32_t recordWidth, int32_t recordHeight, int32_t pixelSize) {
-    zvk::ImageClassData record = {};
+    zvk::image::ImageClassData record = {};
     record.Width = recordWidth;
     record.Height = recordHeight;
     record.PixelSize = pixelSize;
@@ -74,7 +74,7 @@ std::vector<uint8_t> NaivelyScaled(const LoadedImage &loaded, int mode, int32_t 
     record.GreenOffset = 1;
     record.BlueOffset = 2;
     record.Buffer = bytes;
-    record.GetRow = [](zvk::ImageClassData *image, int32_t index) {
+    record.GetRow = [](zvk::image::ImageClassData *image, int32_t index) {
       return image->Buffer + ptrdiff_t{index} * image->RowSize;
     };
     return record;
@@ -82,9 +82,9 @@ std::vector<uint8_t> NaivelyScaled(const LoadedImage &loaded, int mode, int32_t 
   std::vector<uint8_t> source = BytesOf(loaded);
   std::vector<uint8_t> temp(static_cast<size_t>(4) * width * loaded.image->sy);
   std::vector<uint8_t> dest(static_cast<size_t>(3) * width * height);
-  zvk::ImageClassData sourceRecord = recordOver(source.data(), loaded.image->sx, loaded.image->sy, 3);
-  zvk::ImageClassData tempRecord = recordOver(temp.data(), width, loaded.image->sy, 4);
-  zvk::ImageClassData destRecord = recordOver(dest.data(), width, height, 3);
+  zvk::image::ImageClassData sourceRecord = recordOver(source.data(), loaded.image->sx, loaded.image->sy, 3);
+  zvk::image::ImageClassData tempRecord = recordOver(temp.data(), width, loaded.image->sy, 4);
+  zvk::image::ImageClassData destRecord = recordOver(dest.data(), width, height, 3);
   EXPECT_TRUE(naive::Scale(destRecord, sourceRecord, tempRecord, mode, width, height));
   return dest;
 }
