@@ -31,6 +31,20 @@ NewBlock MakeBlock(int32_t size) {
   }
 }
 
+std::optional<PixelConversion> ConversionBetween(const ImageClassData &source, const ImageClassData &dest,
+                                                 bool invertAlpha) {
+  const auto from = PixelLayoutOf<ColourFamily::CMYK, ColourFamily::RGB, ColourFamily::Gray>(source);
+  const auto to = PixelLayoutOf<ColourFamily::CMYK, ColourFamily::RGB, ColourFamily::Gray>(dest);
+  if (!from || !to) return std::nullopt;
+  const auto conversion = PixelConversion::Between(*from, *to, {.complementsAlpha = invertAlpha});
+  if (!conversion) {
+    RaiseException("UnsupportedOperationException", from->family == ColourFamily::RGB
+                                                        ? "Conversion from RGB to CMYK is not supported."
+                                                        : "Conversion from CMYK to RGB is not supported.");
+  }
+  return conversion;
+}
+
 void RaiseOutOfMemory(const char *text, int64_t size) {
   char message[200];
   std::snprintf(message, sizeof message, text, static_cast<long long>(size));

@@ -2,9 +2,11 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 
 #include "host/resources.h"
 #include "image/image_record.h"
+#include "pixels/conversion.h"
 
 namespace zvk::exchange {
 
@@ -31,6 +33,12 @@ inline int32_t PackedRowSize(const ImageClassData &layout) { return layout.Pixel
 inline bool PackedRowSizeWraps(const ImageClassData &layout) {
   return PackedRowSize(layout) != int64_t{layout.PixelSize} * layout.Width;
 }
+
+// How the pixels of `source` become pixels of `dest`, by the rules of the exchange. Of both records only the family,
+// HasAlpha, PixelSize and the offsets count. Alpha that both have is complemented if `invertAlpha`. Empty if either has
+// no family; empty after an "UnsupportedOperationException" between RGB and CMYK.
+std::optional<PixelConversion> ConversionBetween(const ImageClassData &source, const ImageClassData &dest,
+                                                 bool invertAlpha);
 
 // "OutOfMemoryException" with the size in place of the "%lld" of the text.
 void RaiseOutOfMemory(const char *text, int64_t size);

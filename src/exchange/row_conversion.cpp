@@ -1,7 +1,6 @@
 #include "exchange/row_conversion.h"
 
 #include "exchange/exchange_rows.h"
-#include "exchange/pixel_conversion.h"
 #include "image/image_formats.h"
 #include "image/image_record.h"
 
@@ -37,7 +36,7 @@ REALobject GetRowInFormat(REALobject instance, int32_t index, int32_t format, bo
     RaiseNoMemoryForRow(size);
     return nullptr;
   }
-  const auto conversion = PixelConversion::Between(*image, packed, invertAlpha);
+  const auto conversion = ConversionBetween(*image, packed, invertAlpha);
   if (!conversion) return nullptr;
   conversion->ConvertRow(row, result.bytes, image->Width);
   return result.block.Release();
@@ -55,7 +54,7 @@ void SetRowInFormat(REALobject instance, int32_t index, int32_t format, bool inv
   if (row == nullptr) return;
   ImageClassData packed{};
   if (!InitImageClassData(&packed, image->Width, 1, format)) return;
-  const auto conversion = PixelConversion::Between(packed, *image, invertAlpha);
+  const auto conversion = ConversionBetween(packed, *image, invertAlpha);
   if (conversion) conversion->ConvertRow(bytes, row, image->Width);
 }
 

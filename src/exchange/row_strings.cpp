@@ -6,7 +6,6 @@
 #include <optional>
 
 #include "exchange/exchange_rows.h"
-#include "exchange/pixel_conversion.h"
 #include "host/host_services.h"
 #include "host/resources.h"
 #include "image/image_formats.h"
@@ -105,7 +104,7 @@ REALstring rbGetRowFS(REALobject instance, int32_t index, int32_t format) {
   if (!InitImageClassData(&packed, image->Width, 1, format)) return nullptr;
   const ZeroedBuffer<uint8_t> result = MakeRows(packed);
   if (!result) return nullptr;
-  const auto conversion = PixelConversion::Between(*image, packed, false);
+  const auto conversion = ConversionBetween(*image, packed, false);
   if (!conversion) return nullptr;
   conversion->ConvertRow(row, result.Get(), image->Width);
   return StringOfRows(result, packed);
@@ -120,7 +119,7 @@ void rbSetRowFS(REALobject instance, int32_t index, int32_t format, REALstring s
   if (row == nullptr) return;
   ImageClassData packed{};
   if (!InitImageClassData(&packed, image->Width, 1, format)) return;
-  const auto conversion = PixelConversion::Between(packed, *image, false);
+  const auto conversion = ConversionBetween(packed, *image, false);
   if (conversion) conversion->ConvertRow(bytes.Get(), row, image->Width);
 }
 
@@ -133,7 +132,7 @@ REALstring rbGetAllFS(REALobject instance, int32_t format) {
   if (!InitImageClassData(&packed, image->Width, image->Height, format)) return nullptr;
   const ZeroedBuffer<uint8_t> result = MakeRows(packed);
   if (!result) return nullptr;
-  const auto conversion = PixelConversion::Between(*image, packed, false);
+  const auto conversion = ConversionBetween(*image, packed, false);
   if (!conversion) return nullptr;
   const ptrdiff_t rowSize = PackedRowSize(packed);
   for (int32_t y = 0; y < image->Height; ++y) {
@@ -150,7 +149,7 @@ void rbSetAllFS(REALobject instance, int32_t format, REALstring string) {
   if (image == nullptr || bytes.Get() == nullptr) return;
   ImageClassData packed{};
   if (!InitImageClassData(&packed, image->Width, image->Height, format)) return;
-  const auto conversion = PixelConversion::Between(packed, *image, false);
+  const auto conversion = ConversionBetween(packed, *image, false);
   if (!conversion) return;
   const ptrdiff_t rowSize = PackedRowSize(packed);
   for (int32_t y = 0; y < image->Height; ++y) {

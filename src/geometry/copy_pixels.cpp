@@ -6,10 +6,10 @@
 #include <cstring>
 #include <optional>
 
-#include "geometry/pixel_transfer.h"
 #include "image/image_record.h"
 #include "image/rectangle.h"
 #include "image/rows.h"
+#include "pixels/conversion.h"
 #include "pixels/row_group.h"
 #include "pixels/wide_samples.h"
 
@@ -70,12 +70,26 @@ void CopyBlock(ImageClassData &dest, uint8_t *destRow, const ImageClassData &sou
   if (size > 0) std::memmove(destRow + destStart, sourceRow + sourceStart, static_cast<size_t>(size));
 }
 
+// --- pixel by pixel ---
+
+// How pixels are copied; empty where no conversion is defined, and for an image of no family.
+std::optional<PixelConversion> ConversionBetween(const ImageClassData &source, const ImageClassData &dest) {
+  const auto from = PixelLayoutOf<ColourFamily::Gray, ColourFamily::RGB, ColourFamily::CMYK>(source);
+  const auto to = PixelLayoutOf<ColourFamily::Gray, ColourFamily::RGB, ColourFamily::CMYK>(dest);
+  if (!from || !to) return std::nullopt;
+  return PixelConversion::Between(*from, *to,
+                                  {.grayIsBlackAlone = true,
+                                   .keepsWideSamples = true,
+                                   .inksWithAlphaAreColours = true,
+                                   .alwaysInOrder = !HasFixedRows(dest) || !HasFixedRows(source)});
+}
+
 // A row of gray into 16-bit samples. Of one without a second byte, on either side, the first byte is copied.
 void CopyIntoWideSamples(const ImageClassData &dest, const ImageClassData &source, const RowGroup &rows,
-                         const Transfer &transfer, const PixelTransfer &pixels) {
+                         const Transfer &transfer, const PixelConversion &pixels) {
   const auto to = [&](int32_t x) { return rows.Dest() + (ptrdiff_t{transfer.destX} + x) * dest.PixelSize; };
   const auto from = [&](int32_t x) { return rows.First() + (ptrdiff_t{transfer.sourceX} + x) * source.PixelSize; };
-  const auto copyWhole = [&](int32_t x, int32_t count) { pixels.Row(to(x), from(x), count); };
+  const auto copyWhole = [&](int32_t x, int32_t count) { pixels.ConvertRow(from(x), to(x), count); };
   const auto copyCut = [&](int32_t x) { to(x)[dest.GrayOffset] = from(x)[source.GrayOffset]; };
   const auto copyRun = [&](int32_t x, int32_t count) {
     if (source.BitsPerComponent != 16) return copyWhole(x, count);
@@ -99,7 +113,7 @@ bool CopyRows(ImageClassData &dest, ImageClassData &source, const Transfer &tran
   if (IsBlockCopy(dest, source)) {
     return forEachRow([&](const RowGroup &rows) { CopyBlock(dest, rows.Dest(), source, rows.First(), transfer); });
   }
-  std::optional<PixelTransfer> pixels = PixelTransfer::Between(dest, source);
+  std::optional<PixelConversion> pixels = ConversionBetween(source, dest);
   if (!pixels) {
     if (IsEmpty(transfer)) return false;
     // The first rows are asked for all the same, which moves the blocks of mapped images.
@@ -109,11 +123,11 @@ bool CopyRows(ImageClassData &dest, ImageClassData &source, const Transfer &tran
   }
   return forEachRow([&](const RowGroup &rows) {
     // Other code of the host may have moved the channels since.
-    if (dest.Yield.YieldTicks != 0) pixels = PixelTransfer::Between(dest, source);
+    if (dest.Yield.YieldTicks != 0) pixels = ConversionBetween(source, dest);
     if (!pixels) return;
     if (dest.BitsPerComponent == 16 && source.IsGray) return CopyIntoWideSamples(dest, source, rows, transfer, *pixels);
-    pixels->Row(rows.Dest() + ptrdiff_t{transfer.destX} * dest.PixelSize,
-                rows.First() + ptrdiff_t{transfer.sourceX} * source.PixelSize, transfer.width);
+    pixels->ConvertRow(rows.First() + ptrdiff_t{transfer.sourceX} * source.PixelSize,
+                       rows.Dest() + ptrdiff_t{transfer.destX} * dest.PixelSize, transfer.width);
   });
 }
 

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <span>
 
 #include "host/layers.h"
@@ -55,6 +56,12 @@ class SampleMover {
   // one on; those behind are to be moved yet, and may have been touched. 0 where the machine cannot, or where a shuffle
   // would hold a single pixel.
   int32_t MoveShuffled(const uint8_t *source, uint8_t *dest, int32_t width) const;
+
+  // If pixels without gaps are copied as they are, how far the samples lie behind their place in the pixel that is
+  // written; else empty.
+  std::optional<int32_t> ShiftOfCopy() const {
+    return wholePixels_ ? std::optional(source_.lowest - dest_.lowest) : std::nullopt;
+  }
 
  private:
   // What becomes of 16 bytes of the row that is written, from a pixel's first sample on.

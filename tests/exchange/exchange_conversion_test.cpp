@@ -1,10 +1,9 @@
-#include "exchange/pixel_conversion.h"
-
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
+#include "exchange/exchange_rows.h"
 #include "image/image_formats.h"
 #include "tests/exchange/exchange_testing.h"
 #include "tests/support/fence.h"
@@ -19,7 +18,7 @@ using exchange_testing::Side;
 using exchange_testing::SideOfFormat;
 using exchange_testing::SideOfRecord;
 
-class PixelConversionTest : public exchange_testing::ExchangeTest {
+class ExchangeConversionTest : public exchange_testing::ExchangeTest {
  protected:
   static ImageClassData Layout(int32_t format) {
     ImageClassData record{};
@@ -46,7 +45,7 @@ class PixelConversionTest : public exchange_testing::ExchangeTest {
     std::copy(expected.begin(), expected.end(), destRow.Data());
     const std::string refusal = NaiveConvert(from, sourceBytes.data(), to, expected.data(), width, invertAlpha);
 
-    const auto conversion = PixelConversion::Between(source, dest, invertAlpha);
+    const auto conversion = ConversionBetween(source, dest, invertAlpha);
     EXPECT_EQ(TakeMessage(), refusal);
     EXPECT_EQ(conversion.has_value(), refusal.empty() && from.family != 0 && to.family != 0);
     if (conversion) conversion->ConvertRow(sourceRow.Data(), destRow.Data(), width);
@@ -55,7 +54,7 @@ class PixelConversionTest : public exchange_testing::ExchangeTest {
   }
 };
 
-TEST_F(PixelConversionTest, EveryPairOfFormatsConvertsAsThePlainLoops) {
+TEST_F(ExchangeConversionTest, EveryPairOfFormatsConvertsAsThePlainLoops) {
   for (const auto &[sourceFormat, sourcePixel] : kPixelsOfFormat) {
     for (const auto &[destFormat, destPixel] : kPixelsOfFormat) {
       for (const bool invertAlpha : {false, true}) {
@@ -70,7 +69,7 @@ TEST_F(PixelConversionTest, EveryPairOfFormatsConvertsAsThePlainLoops) {
   }
 }
 
-TEST_F(PixelConversionTest, RowsLongerThanWhatIsReadAtOnceConvertWhole) {
+TEST_F(ExchangeConversionTest, RowsLongerThanWhatIsReadAtOnceConvertWhole) {
   for (const auto &[sourceFormat, destFormat] :
        {std::pair(ImageFormatBGRA, ImageFormatAG), std::pair(ImageFormatRGB, ImageFormat3of4),
         std::pair(ImageFormatXBGR, ImageFormatG), std::pair(ImageFormatGA, ImageFormatKYMCA)}) {
@@ -81,13 +80,13 @@ TEST_F(PixelConversionTest, RowsLongerThanWhatIsReadAtOnceConvertWhole) {
   }
 }
 
-TEST_F(PixelConversionTest, RowsInTheSameMemoryConvertPixelAfterPixel) {
+TEST_F(ExchangeConversionTest, RowsInTheSameMemoryConvertPixelAfterPixel) {
   for (const auto &[sourceFormat, destFormat] :
        {std::pair(ImageFormatRGBA, ImageFormatGA), std::pair(ImageFormatARGB, ImageFormatAG),
         std::pair(ImageFormatRGB, ImageFormatG), std::pair(ImageFormatRGB, ImageFormatBGR),
         std::pair(ImageFormatRGB, ImageFormatRGB), std::pair(ImageFormatG, ImageFormatCMYK),
         std::pair(ImageFormatCMYKA, ImageFormatGA), std::pair(ImageFormatGA, ImageFormatABGR)}) {
-    const auto conversion = PixelConversion::Between(Layout(sourceFormat), Layout(destFormat), true);
+    const auto conversion = ConversionBetween(Layout(sourceFormat), Layout(destFormat), true);
     ASSERT_TRUE(conversion);
     for (int32_t distance = -20; distance <= 20; ++distance) {
       std::mt19937 random(5);
@@ -101,7 +100,7 @@ TEST_F(PixelConversionTest, RowsInTheSameMemoryConvertPixelAfterPixel) {
   }
 }
 
-TEST_F(PixelConversionTest, OffsetsThatLeadTwoChannelsToOneByteAreWrittenInOrder) {
+TEST_F(ExchangeConversionTest, OffsetsThatLeadTwoChannelsToOneByteAreWrittenInOrder) {
   ImageClassData dest = Layout(ImageFormatRGBA);
   dest.GreenOffset = dest.RedOffset;  // red, then green
   ExpectAsNaive(Layout(ImageFormatRGBA), SideOfFormat(ImageFormatRGBA), dest, SideOfRecord(dest), false, 30);
@@ -112,13 +111,13 @@ TEST_F(PixelConversionTest, OffsetsThatLeadTwoChannelsToOneByteAreWrittenInOrder
   ExpectAsNaive(Layout(ImageFormatRGBA), SideOfFormat(ImageFormatRGBA), gray, SideOfRecord(gray), false, 30);
 }
 
-TEST_F(PixelConversionTest, SamplesAmongThoseOfOtherPixelsAreWrittenPixelAfterPixel) {
+TEST_F(ExchangeConversionTest, SamplesAmongThoseOfOtherPixelsAreWrittenPixelAfterPixel) {
   // A clip moves the offsets, and the host may then set one of them back: here alpha lies three pixels before gray.
   ImageClassData dest = Layout(ImageFormatGA);
   dest.GrayOffset = 7;
   dest.AlphaOffset = 1;
   for (const int32_t sourceFormat : {ImageFormatRGBA, ImageFormatGA}) {
-    const auto conversion = PixelConversion::Between(Layout(sourceFormat), dest, false);
+    const auto conversion = ConversionBetween(Layout(sourceFormat), dest, false);
     std::mt19937 random(9);
     const auto source = RandomBytes(random, 400);
     auto row = RandomBytes(random, 400);
@@ -129,7 +128,7 @@ TEST_F(PixelConversionTest, SamplesAmongThoseOfOtherPixelsAreWrittenPixelAfterPi
   }
 }
 
-TEST_F(PixelConversionTest, FamiliesAreAskedForInTheOrderCMYKThenRGBThenGray) {
+TEST_F(ExchangeConversionTest, FamiliesAreAskedForInTheOrderCMYKThenRGBThenGray) {
   // No constructor makes such records.
   ImageClassData all = Layout(ImageFormatCMYK);
   all.IsRGB = all.IsGray = true;
@@ -142,7 +141,7 @@ TEST_F(PixelConversionTest, FamiliesAreAskedForInTheOrderCMYKThenRGBThenGray) {
   ExpectAsNaive(Layout(ImageFormatG), SideOfFormat(ImageFormatG), two, SideOfFormat(ImageFormatBGR), false, 20);
 }
 
-TEST_F(PixelConversionTest, TheFlagsOfTheColoursAreNotAskedFor) {
+TEST_F(ExchangeConversionTest, TheFlagsOfTheColoursAreNotAskedFor) {
   ImageClassData dest = Layout(ImageFormatBGR);
   dest.HasRed = dest.HasGreen = dest.HasBlue = false;
   ExpectAsNaive(Layout(ImageFormatRGB), SideOfFormat(ImageFormatRGB), dest, SideOfFormat(ImageFormatBGR), false, 20);

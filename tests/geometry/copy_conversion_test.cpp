@@ -1,5 +1,3 @@
-#include "geometry/pixel_transfer.h"
-
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -19,9 +17,9 @@ using stored_image::Kind;
 using stored_image::StoredImage;
 using Bytes = std::vector<uint8_t>;
 
-class PixelTransferTest : public testing::Test {
+class CopyConversionTest : public testing::Test {
  protected:
-  PixelTransferTest() : host_({.fenced = true}) {}
+  CopyConversionTest() : host_({.fenced = true}) {}
 
   // What becomes of one pixel, laid over the old bytes of the destination's.
   Bytes Copied(int32_t sourceFormat, const Bytes &pixel, int32_t destFormat, const Bytes &old) {
@@ -38,7 +36,7 @@ class PixelTransferTest : public testing::Test {
 
 // --- both with alpha ---
 
-TEST_F(PixelTransferTest, WithAlphaOnBothSidesAlphaGoesAlong) {
+TEST_F(CopyConversionTest, WithAlphaOnBothSidesAlphaGoesAlong) {
   EXPECT_EQ(Copied(ImageFormatRGBA, {1, 2, 3, 4}, ImageFormatABGR, {9, 9, 9, 9}), (Bytes{4, 3, 2, 1}));
   EXPECT_EQ(Copied(ImageFormatGA, {1, 2}, ImageFormatARGB, {9, 9, 9, 9}), (Bytes{2, 1, 1, 1}));
   EXPECT_EQ(Copied(ImageFormatGA, {1, 2}, ImageFormatCMYKA, {9, 9, 9, 9, 9}), (Bytes{0, 0, 0, 1, 2}));
@@ -48,12 +46,12 @@ TEST_F(PixelTransferTest, WithAlphaOnBothSidesAlphaGoesAlong) {
   EXPECT_TRUE(result_);
 }
 
-TEST_F(PixelTransferTest, WithAlphaTheGrayOfCMYKIsTheFirstByteOfThePixel) {
+TEST_F(CopyConversionTest, WithAlphaTheGrayOfCMYKIsTheFirstByteOfThePixel) {
   EXPECT_EQ(Copied(ImageFormatCMYKA, {11, 2, 3, 4, 5}, ImageFormatGA, {9, 9}), (Bytes{11, 5}));
   EXPECT_EQ(Copied(ImageFormatAKYMC, {11, 2, 3, 4, 5}, ImageFormatGA, {9, 9}), (Bytes{11, 11}));
 }
 
-TEST_F(PixelTransferTest, WithAlphaTheGrayOfCMYKFollowsTheOffsetsOfTheColours) {
+TEST_F(CopyConversionTest, WithAlphaTheGrayOfCMYKFollowsTheOffsetsOfTheColours) {
   StoredImage source(host_, Kind::Block, 1, 1, ImageFormatCMYKA), dest(host_, Kind::Block, 1, 1, ImageFormatGA);
   source.SetBytes({10, 20, 30, 40, 50});
   SetGreenOffset(source, 0, 3);
@@ -63,7 +61,7 @@ TEST_F(PixelTransferTest, WithAlphaTheGrayOfCMYKFollowsTheOffsetsOfTheColours) {
 
 // --- one or neither with alpha ---
 
-TEST_F(PixelTransferTest, WithAlphaOnOneSideItIsNeitherReadNorWritten) {
+TEST_F(CopyConversionTest, WithAlphaOnOneSideItIsNeitherReadNorWritten) {
   EXPECT_EQ(Copied(ImageFormatRGBA, {1, 2, 3, 4}, ImageFormatRGB, {9, 9, 9}), (Bytes{1, 2, 3}));
   EXPECT_TRUE(result_);
   EXPECT_EQ(Copied(ImageFormatRGB, {1, 2, 3}, ImageFormatBGRA, {9, 9, 9, 9}), (Bytes{3, 2, 1, 9}));
@@ -71,19 +69,19 @@ TEST_F(PixelTransferTest, WithAlphaOnOneSideItIsNeitherReadNorWritten) {
   EXPECT_EQ(Copied(ImageFormatCMYK, {1, 2, 3, 4}, ImageFormatACMYK, {9, 9, 9, 9, 9}), (Bytes{9, 1, 2, 3, 4}));
 }
 
-TEST_F(PixelTransferTest, FillerIsNotWritten) {
+TEST_F(CopyConversionTest, FillerIsNotWritten) {
   EXPECT_EQ(Copied(ImageFormatRGBX, {1, 2, 3, 4}, ImageFormatXBGR, {9, 9, 9, 9}), (Bytes{9, 3, 2, 1}));
   EXPECT_EQ(Copied(ImageFormatRGBX, {1, 2, 3, 4}, ImageFormatRGBX, {9, 9, 9, 9}), (Bytes{1, 2, 3, 9}));
   EXPECT_EQ(Copied(ImageFormatG, {1}, ImageFormat2of3, {9, 9, 9}), (Bytes{9, 1, 9}));
 }
 
-TEST_F(PixelTransferTest, GrayBecomesEveryColourOrTheBlackInk) {
+TEST_F(CopyConversionTest, GrayBecomesEveryColourOrTheBlackInk) {
   EXPECT_EQ(Copied(ImageFormatG, {5}, ImageFormatRGB, {9, 9, 9}), (Bytes{5, 5, 5}));
   EXPECT_EQ(Copied(ImageFormatG, {5}, ImageFormatCMYK, {9, 9, 9, 9}), (Bytes{0, 0, 0, 5}));
   EXPECT_EQ(Copied(ImageFormatG, {5}, ImageFormatXKYMC, {9, 9, 9, 9, 9}), (Bytes{9, 5, 0, 0, 0}));
 }
 
-TEST_F(PixelTransferTest, ColoursBecomeGrayRoundedDown) {
+TEST_F(CopyConversionTest, ColoursBecomeGrayRoundedDown) {
   EXPECT_EQ(Copied(ImageFormatRGB, {255, 255, 255}, ImageFormatG, {9}), (Bytes{255}));
   EXPECT_EQ(Copied(ImageFormatRGB, {255, 0, 0}, ImageFormatG, {9}), (Bytes{76}));
   EXPECT_EQ(Copied(ImageFormatBGR, {0, 0, 255}, ImageFormatG, {9}), (Bytes{76}));
@@ -94,30 +92,30 @@ TEST_F(PixelTransferTest, ColoursBecomeGrayRoundedDown) {
 
 // --- 16 bits ---
 
-TEST_F(PixelTransferTest, EightBitsBecomeSixteenTimes257) {
+TEST_F(CopyConversionTest, EightBitsBecomeSixteenTimes257) {
   EXPECT_EQ(Copied(ImageFormatG, {255}, ImageFormatGray16, {9, 9}), (Bytes{255, 255}));
   EXPECT_EQ(Copied(ImageFormatG, {1}, ImageFormatGray16, {9, 9}), (Bytes{1, 1}));
   EXPECT_EQ(Copied(ImageFormatAG, {7, 3}, ImageFormatGray16, {9, 9}), (Bytes{3, 3}));
 }
 
-TEST_F(PixelTransferTest, SixteenBitsBecomeEightByTheirFirstByte) {
+TEST_F(CopyConversionTest, SixteenBitsBecomeEightByTheirFirstByte) {
   EXPECT_EQ(Copied(ImageFormatGray16, {1, 2}, ImageFormatG, {9}), (Bytes{1}));
   EXPECT_EQ(Copied(ImageFormatGray16, {1, 2}, ImageFormatGA, {9, 9}), (Bytes{1, 9}));
   EXPECT_EQ(Copied(ImageFormatGray16, {1, 2}, ImageFormatRGB, {9, 9, 9}), (Bytes{1, 1, 1}));
   EXPECT_EQ(Copied(ImageFormatGray16, {1, 2}, ImageFormatCMYK, {9, 9, 9, 9}), (Bytes{0, 0, 0, 1}));
 }
 
-TEST_F(PixelTransferTest, SixteenBitsAreCopiedWhole) {
+TEST_F(CopyConversionTest, SixteenBitsAreCopiedWhole) {
   EXPECT_EQ(Copied(ImageFormatGray16, {1, 2}, ImageFormatGray16, {9, 9}), (Bytes{1, 2}));
 }
 
-TEST_F(PixelTransferTest, ColoursIntoSixteenBitsWriteTheFirstByteAlone) {
+TEST_F(CopyConversionTest, ColoursIntoSixteenBitsWriteTheFirstByteAlone) {
   EXPECT_EQ(Copied(ImageFormatRGB, {255, 255, 255}, ImageFormatGray16, {9, 8}), (Bytes{255, 8}));
   EXPECT_EQ(Copied(ImageFormatRGBA, {255, 0, 0, 7}, ImageFormatGray16, {9, 8}), (Bytes{76, 8}));
   EXPECT_EQ(Copied(ImageFormatCMYK, {1, 2, 3, 4}, ImageFormatGray16, {9, 8}), (Bytes{4, 8}));
 }
 
-TEST_F(PixelTransferTest, OfAWideSampleThatTheHostHasMovedToTheEndOfTheStorageTheFirstByteIsCopied) {
+TEST_F(CopyConversionTest, OfAWideSampleThatTheHostHasMovedToTheEndOfTheStorageTheFirstByteIsCopied) {
   for (const Kind kind : {Kind::Block, Kind::File}) {
     constexpr int32_t kWidth = 2048;  // fills the pages of a row
     StoredImage dest(host_, kind, kWidth, 1, ImageFormatGray16), gray(host_, Kind::Block, kWidth, 1, ImageFormatG);
@@ -141,7 +139,7 @@ TEST_F(PixelTransferTest, OfAWideSampleThatTheHostHasMovedToTheEndOfTheStorageTh
   }
 }
 
-TEST_F(PixelTransferTest, AWideSampleThatTheHostHasMovedEndsInTheNextRow) {
+TEST_F(CopyConversionTest, AWideSampleThatTheHostHasMovedEndsInTheNextRow) {
   StoredImage dest(host_, Kind::Block, 2, 2, ImageFormatGray16), source(host_, Kind::Block, 2, 2, ImageFormatG);
   SetGrayOffset(dest, 0, 1);
   source.SetBytes({1, 2, 3, 4});
@@ -151,7 +149,7 @@ TEST_F(PixelTransferTest, AWideSampleThatTheHostHasMovedEndsInTheNextRow) {
 
 // --- every pair of formats ---
 
-TEST_F(PixelTransferTest, EveryPairOfFormatsIsCopiedAsThePlainLoopsSayOnEveryStorage) {
+TEST_F(CopyConversionTest, EveryPairOfFormatsIsCopiedAsThePlainLoopsSayOnEveryStorage) {
   std::mt19937 random(11);
   for (int32_t destFormat = 1; destFormat <= 41; ++destFormat) {
     for (int32_t sourceFormat = 1; sourceFormat <= 41; ++sourceFormat) {
