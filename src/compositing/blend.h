@@ -1,118 +1,89 @@
-// The one loop of Combine, written once over what the destination is, what is laid on it, and through what: images of
-// any family and alpha, or flat colours.
+// The one loop of Combine: a destination, what is laid on it, and through what. The operands are images of gray or RGB,
+// with or without alpha, or flat colours.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <span>
 
 #include "compositing/blend_kernels.h"
 #include "compositing/packed_blend.h"
 #include "image/image_record.h"
 #include "image/rectangle.h"
-#include "image/rows.h"
-#include "pixels/kernel_clones.h"
-#include "pixels/layouts.h"
+#include "pixels/conversion.h"
 #include "pixels/luma.h"
-#include "pixels/row_group.h"
 
 namespace zvk::compositing {
 
-// --- operands: each gives samples for a pixel of the destination's layout D ---
+// The layout of an image that is blended; empty for one that is neither gray nor RGB.
+inline std::optional<PixelLayout> BlendLayoutOf(const ImageClassData &image) {
+  return PixelLayoutOf<ColourFamily::Gray, ColourFamily::RGB>(image);
+}
 
-// An image: its colours, or its gray sample for each of them, or their Luma for a gray destination; its alpha, or 255.
-template <class D, class Image>
-class ImageSamples {
+// --- operands ---
+
+// Where each channel that is blended in the destination's pixels gets its sample: the colours, then alpha.
+class BlendOperand {
  public:
-  explicit ImageSamples(const ImageClassData &image) : pixelSize_(image.PixelSize), offsets_(Image::OffsetsOf(image)) {}
+  // An image: its colours, or its gray sample for each of them, or their Luma for a gray destination; its alpha, or
+  // 255.
+  static BlendOperand Image(const PixelLayout &image, const PixelLayout &dest);
+  // An image as the coverage of a flat colour, for all colours of a destination whose alpha is not blended: its gray
+  // sample, or the mean of its colours.
+  static BlendOperand Coverage(const PixelLayout &image, const PixelLayout &dest);
+  // The same samples in every pixel.
+  static BlendOperand Flat(const Samples<3> &samples);
 
+  // The way from one pixel to the next; 0 without an image.
   ptrdiff_t PixelSize() const { return pixelSize_; }
 
-  Samples<D::channelCount> Read(const uint8_t *pixel) const {
-    Samples<D::channelCount> samples{};
-    if constexpr (kMakesGray) {
-      samples[0] = static_cast<uint8_t>(Luma(pixel[offsets_[0]], pixel[offsets_[1]], pixel[offsets_[2]]));
+  // How the channels get their samples, for loops that are compiled for the common ways.
+  enum class Way : uint8_t {
+    EachSample,   // each is a sample of the image as it is
+    OpaqueAlpha,  // alpha, the last one, is 255; the others are samples as they are
+    Any
+  };
+  Way WayOfSamples() const { return way_; }
+
+  // The samples for a pixel of kCount channels, by WayOfSamples or Any. Without an image `pixel` is not looked at.
+  template <size_t kCount, Way kWay>
+  Samples<kCount> Read(const uint8_t *pixel) const {
+    Samples<kCount> samples{};
+    if constexpr (kWay != Way::Any) {
+      for (size_t i = 0; i < kCount; ++i) {
+        samples[i] = kWay == Way::OpaqueAlpha && i == kCount - 1 ? 255 : pixel[offsets_[i]];
+      }
+    } else if (mix_ == Mix::Mean) {
+      samples.fill(static_cast<uint8_t>((pixel[from_[0]] + pixel[from_[1]] + pixel[from_[2]]) / 3));
     } else {
-      for (size_t i = 0; i < D::colourCount; ++i) samples[i] = pixel[offsets_[ColourFor(i)]];
-    }
-    if constexpr (D::hasAlpha) {
-      samples.back() = 255;
-      if constexpr (Image::hasAlpha) samples.back() = pixel[offsets_.back()];
+      for (size_t i = 0; i < kCount; ++i) samples[i] = isFlat_[i] ? flat_[i] : pixel[offsets_[i]];
+      if (mix_ == Mix::Luma) samples[0] = static_cast<uint8_t>(Luma(pixel[from_[0]], pixel[from_[1]], pixel[from_[2]]));
     }
     return samples;
   }
 
-  PackedOperand Pack(const WorkingPixel &working) const {
-    const SampleMove alpha{offsets_.back(), working.At(D::channelCount - 1)};
-    if constexpr (kMakesGray) {
-      const GrayConversion gray(pixelSize_, {offsets_[0], offsets_[1], offsets_[2]}, working.Size(), working.At(0),
-                                kMovesAlpha ? std::optional(alpha) : std::nullopt);
-      return {pixelSize_, gray};
-    } else {
-      std::array<SampleMove, D::colourCount + (kMovesAlpha ? 1 : 0)> moves{};
-      for (size_t i = 0; i < D::colourCount; ++i) moves[i] = {offsets_[ColourFor(i)], working.At(i)};
-      if constexpr (kMovesAlpha) moves.back() = alpha;
-      return {working, pixelSize_, moves};
-    }
-  }
+  // The same samples as tiles of working pixels.
+  PackedOperand Pack(const WorkingPixel &working) const;
 
  private:
-  static constexpr bool kMakesGray = D::family == ColourFamily::Gray && Image::family == ColourFamily::RGB;
-  static constexpr bool kMovesAlpha = D::hasAlpha && Image::hasAlpha;
-  static constexpr size_t ColourFor(size_t i) { return Image::family == ColourFamily::Gray ? 0 : i; }
+  // What is made of red, green and blue.
+  enum class Mix : uint8_t { None, Luma, Mean };
 
-  int32_t pixelSize_;
-  std::array<int32_t, Image::channelCount> offsets_;
-};
+  BlendOperand(const PixelLayout &image, const PixelLayout &dest, Mix mix);
 
-// An image as the coverage of a flat colour: its gray sample, or the mean of its colours, for all channels alike.
-template <class D, class Image>
-class CoverageSamples {
- public:
-  explicit CoverageSamples(const ImageClassData &image)
-      : pixelSize_(image.PixelSize), offsets_(Image::OffsetsOf(image)) {}
+  static constexpr size_t kMost = WorkingPixel::kMostChannels;
 
-  ptrdiff_t PixelSize() const { return pixelSize_; }
-
-  Samples<D::channelCount> Read(const uint8_t *pixel) const {
-    int32_t coverage = pixel[offsets_[0]];
-    if constexpr (Image::family == ColourFamily::RGB) {
-      coverage = (coverage + pixel[offsets_[1]] + pixel[offsets_[2]]) / 3;
-    }
-    Samples<D::channelCount> samples{};
-    samples.fill(static_cast<uint8_t>(coverage));
-    return samples;
-  }
-
-  PackedOperand Pack(const WorkingPixel &working) const {
-    if constexpr (Image::family == ColourFamily::RGB) {
-      return {pixelSize_, MeanConversion(pixelSize_, offsets_, working)};
-    } else {
-      std::array<SampleMove, D::channelCount> moves{};
-      for (size_t i = 0; i < moves.size(); ++i) moves[i] = {offsets_[0], working.At(i)};
-      return {working, pixelSize_, moves};
-    }
-  }
-
- private:
-  int32_t pixelSize_;
-  std::array<int32_t, Image::channelCount> offsets_;
-};
-
-// The same samples in every pixel.
-template <class D>
-class FlatSamples {
- public:
-  explicit FlatSamples(const Samples<D::channelCount> &samples) : samples_(samples) {}
-
-  ptrdiff_t PixelSize() const { return 0; }
-  Samples<D::channelCount> Read(const uint8_t * /*pixel*/) const { return samples_; }
-  PackedOperand Pack(const WorkingPixel &working) const { return {working, samples_}; }
-
- private:
-  Samples<D::channelCount> samples_;
+  PixelLayout image_{};
+  PixelLayout dest_{};
+  Mix mix_ = Mix::None;
+  Way way_ = Way::Any;
+  ptrdiff_t pixelSize_ = 0;
+  std::array<int32_t, 3> from_{};         // red, green and blue, if they are mixed
+  std::array<int32_t, kMost> offsets_{};  // each channel's sample in the image's pixel
+  std::array<bool, kMost> isFlat_{};      // or the same sample everywhere
+  Samples<kMost> flat_{};
 };
 
 // --- the loop ---
@@ -125,61 +96,11 @@ struct BlendJob {
   Transfer transfer;
 };
 
-// Calls blendRow(dest, source, mask) for each row, with the addresses of the rows' first pixels; nil for what is not an
-// image.
-template <class BlendRow>
-void ForEachBlendRow(const BlendJob &job, const BlendRow &blendRow) {
-  const Transfer &transfer = job.transfer;
-  ImageClassData &first = job.source != nullptr ? *job.source : *job.mask;
-  ImageClassData *second = job.source != nullptr ? job.mask : nullptr;
-  const ptrdiff_t destStart = ptrdiff_t{transfer.destX} * job.dest.PixelSize;
-  const ptrdiff_t firstStart = ptrdiff_t{transfer.sourceX} * first.PixelSize;
-  const ptrdiff_t secondStart = second != nullptr ? ptrdiff_t{transfer.sourceX} * second->PixelSize : 0;
-  ForEachRowGroup(job.dest, transfer.destY, first, second, transfer.sourceY, transfer.height,
-                  [&](const RowGroup &rows) {
-                    const uint8_t *firstPixel = rows.First() + firstStart;
-                    const uint8_t *secondPixel = second != nullptr ? rows.Second() + secondStart : nullptr;
-                    blendRow(rows.Dest() + destStart, job.source != nullptr ? firstPixel : nullptr,
-                             job.source != nullptr ? secondPixel : firstPixel);
-                  });
-}
-
-// Pixel after pixel, all samples of one read before any is written, the colours before alpha. This holds for two
-// mappings of one file as well, which the compiler, going by addresses, would take to be apart.
-template <class D, class Kernel, class Source, class Mask>
-void BlendPixels(const ImageClassData &destRecord, Kernel kernel, Source source, Mask mask, uint8_t *dest,
-                 const uint8_t *sourcePixel, const uint8_t *maskPixel, int32_t width) {
-  const ImageSamples<D, D> own(destRecord);
-  const auto offsets = D::OffsetsOf(destRecord);
-  for (int32_t x = 0; x < width; ++x) {
-    const auto result = kernel.Pixel(own.Read(dest), source.Read(sourcePixel), mask.Read(maskPixel));
-    for (size_t i = 0; i < D::channelCount; ++i) dest[offsets[i]] = result[i];
-    dest += own.PixelSize();
-    sourcePixel += source.PixelSize();
-    maskPixel += mask.PixelSize();
-    OneStepAtATime();
-  }
-}
-
-// Blends into a destination of layout D: whole rows at a time where nobody can notice the order, else pixel by pixel.
-template <class D, class Kernel, class Source, class Mask>
-void Blend(const BlendJob &job, const Kernel &kernel, const Source &source, const Mask &mask) {
-  const int32_t width = job.transfer.width;
-  const auto sharesWithDest = [&](const ImageClassData *image) {
-    return image != nullptr && SharesStorage(job.dest, *image);
-  };
-  const auto working = WorkingPixel::Of(D::OffsetsOf(job.dest), job.dest.PixelSize);
-  if (working && !sharesWithDest(job.source) && !sharesWithDest(job.mask)) {
-    PackedBlend<Kernel> packed(*working, kernel, source.Pack(*working), mask.Pack(*working));
-    ForEachBlendRow(job, [&](uint8_t *destPixel, const uint8_t *sourcePixel, const uint8_t *maskPixel) {
-      packed.Row(destPixel, sourcePixel, maskPixel, width);
-    });
-    return;
-  }
-  const ImageClassData dest = job.dest;  // the channels as they are now, whatever the host does in yields
-  ForEachBlendRow(job, [&](uint8_t *destPixel, const uint8_t *sourcePixel, const uint8_t *maskPixel) {
-    BlendPixels<D>(dest, kernel, source, mask, destPixel, sourcePixel, maskPixel, width);
-  });
-}
+// Blends by a formula of blend_kernels.h into the channels of `layout`, a layout of the destination: whole rows at a
+// time where nobody can notice the order, else pixel by pixel, all samples of one read before any is written, the
+// colours before alpha. Yields on dest after each row.
+template <class Kernel>
+void Blend(const BlendJob &job, const PixelLayout &layout, const Kernel &kernel, const BlendOperand &source,
+           const BlendOperand &mask);
 
 }  // namespace zvk::compositing

@@ -88,35 +88,23 @@ PackedOperand::PackedOperand(const WorkingPixel &working, std::span<const uint8_
   }
 }
 
-PackedOperand::PackedOperand(const WorkingPixel &working, int32_t pixelSize, std::span<const SampleMove> moves)
-    : reader_(ReaderOf(working, pixelSize, moves)), pixelSize_(pixelSize) {
-  tile_.fill(255);
-}
-
-PackedOperand::PackedOperand(int32_t pixelSize, const GrayConversion &conversion)
-    : reader_(conversion), pixelSize_(pixelSize) {
+PackedOperand::PackedOperand(int32_t pixelSize, const PixelConversion &conversion)
+    : reader_(ReaderOf(conversion)), pixelSize_(pixelSize) {
   tile_.fill(255);
 }
 
 PackedOperand::PackedOperand(int32_t pixelSize, const MeanConversion &conversion)
     : reader_(conversion), pixelSize_(pixelSize) {}
 
-PackedOperand::Reader PackedOperand::ReaderOf(const WorkingPixel &working, int32_t pixelSize,
-                                              std::span<const SampleMove> moves) {
-  const int32_t first = moves[0].from - moves[0].to;
-  const bool inPlace = pixelSize == working.Size() && moves.size() == static_cast<size_t>(pixelSize) &&
-                       std::ranges::all_of(moves, [&](const SampleMove &move) { return move.from - move.to == first; });
-  if (inPlace) return InPlace{first};
-  return SampleMover(pixelSize, working.Size(), moves);
+PackedOperand::Reader PackedOperand::ReaderOf(const PixelConversion &conversion) {
+  if (const auto shift = conversion.ShiftOfCopy()) return InPlace{*shift};
+  return conversion;
 }
 
 const uint8_t *PackedOperand::TileOf(const uint8_t *pixels, int32_t width) {
   if (const auto *inPlace = std::get_if<InPlace>(&reader_)) return pixels + inPlace->first;
-  std::visit(
-      [&]<class Convert>(const Convert &convert) {
-        if constexpr (requires { convert(pixels, tile_.data(), width); }) convert(pixels, tile_.data(), width);
-      },
-      reader_);
+  if (const auto *image = std::get_if<PixelConversion>(&reader_)) image->ConvertRow(pixels, tile_.data(), width);
+  if (const auto *mean = std::get_if<MeanConversion>(&reader_)) (*mean)(pixels, tile_.data(), width);
   return tile_.data();
 }
 

@@ -11,7 +11,7 @@
 #include <variant>
 
 #include "compositing/blend_kernels.h"
-#include "pixels/gray_conversion.h"
+#include "pixels/conversion.h"
 #include "pixels/sample_mover.h"
 
 namespace zvk::compositing {
@@ -72,9 +72,8 @@ class PackedOperand {
  public:
   // The same pixel everywhere; the samples are in the order of the working pixel's channels.
   PackedOperand(const WorkingPixel &working, std::span<const uint8_t> samples);
-  // Samples of an image; a channel that is not moved to holds 255.
-  PackedOperand(const WorkingPixel &working, int32_t pixelSize, std::span<const SampleMove> moves);
-  PackedOperand(int32_t pixelSize, const GrayConversion &conversion);
+  // Samples of an image, by a conversion into working pixels; a channel that it does not write holds 255.
+  PackedOperand(int32_t pixelSize, const PixelConversion &conversion);
   PackedOperand(int32_t pixelSize, const MeanConversion &conversion);
 
   // The operand for `width` pixels, kTilePixels at most, from an address in the image on. Lasts until the next call.
@@ -87,9 +86,9 @@ class PackedOperand {
   struct InPlace {
     int32_t first;
   };
-  using Reader = std::variant<std::monostate, InPlace, SampleMover, GrayConversion, MeanConversion>;
+  using Reader = std::variant<std::monostate, InPlace, PixelConversion, MeanConversion>;
 
-  static Reader ReaderOf(const WorkingPixel &working, int32_t pixelSize, std::span<const SampleMove> moves);
+  static Reader ReaderOf(const PixelConversion &conversion);
 
   Reader reader_;
   ptrdiff_t pixelSize_;

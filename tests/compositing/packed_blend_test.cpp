@@ -54,6 +54,20 @@ TEST(WorkingPixel, ReadsAndWritesItsChannelsAlone) {
   EXPECT_EQ(Moved(Working({1, 2, 3, 0}, 4).ReadLast(), {40, 1, 2, 3}, {0, 0, 0, 0}), (Bytes{40, 40, 40, 40}));
 }
 
+// Pixels of red, green and blue, or of gray at the first offset, without alpha.
+PixelLayout Pixels(ColourFamily family, int32_t pixelSize, const std::array<int32_t, 3> &offsets) {
+  return {.family = family,
+          .hasAlpha = false,
+          .hasWideSamples = false,
+          .pixelSize = pixelSize,
+          .offsets = {offsets[0], offsets[1], offsets[2]},
+          .redGreenBlue = offsets};
+}
+
+PackedOperand Operand(const PixelLayout &image, const PixelLayout &working) {
+  return {image.pixelSize, *PixelConversion::Between(image, working, {})};
+}
+
 Bytes TileOf(PackedOperand &operand, const Bytes &pixels, int32_t width, int32_t size) {
   const uint8_t *tile = operand.TileOf(pixels.data(), width);
   return {tile, tile + static_cast<ptrdiff_t>(width) * size};
@@ -67,16 +81,16 @@ TEST(PackedOperand, ASingleColourFillsTheTile) {
 }
 
 TEST(PackedOperand, AnImageOfTheSameLayoutIsUsedAsItIs) {
-  PackedOperand operand(Working({2, 1, 0}, 3), 3, std::array{SampleMove{5, 2}, SampleMove{4, 1}, SampleMove{3, 0}});
+  PackedOperand operand = Operand(Pixels(ColourFamily::RGB, 3, {5, 4, 3}), Pixels(ColourFamily::RGB, 3, {2, 1, 0}));
   const Bytes pixels(9);
   EXPECT_EQ(operand.TileOf(pixels.data(), 2), pixels.data() + 3);
   EXPECT_EQ(operand.PixelSize(), 3);
 }
 
 TEST(PackedOperand, WhatAnImageLacksIs255) {
-  PackedOperand operand(Working({0, 1, 2, 3}, 4), 3, std::array{SampleMove{2, 0}, SampleMove{1, 1}, SampleMove{0, 2}});
+  PackedOperand operand = Operand(Pixels(ColourFamily::RGB, 3, {2, 1, 0}), Pixels(ColourFamily::RGB, 4, {0, 1, 2}));
   EXPECT_EQ(TileOf(operand, {1, 2, 3, 4, 5, 6}, 2, 4), (Bytes{3, 2, 1, 255, 6, 5, 4, 255}));
-  PackedOperand gray(3, GrayConversion(3, {0, 1, 2}, 2, 0, {}));
+  PackedOperand gray = Operand(Pixels(ColourFamily::RGB, 3, {0, 1, 2}), Pixels(ColourFamily::Gray, 2, {0, 0, 0}));
   EXPECT_EQ(TileOf(gray, {255, 255, 255, 255, 0, 0}, 2, 2), (Bytes{255, 255, 76, 255}));
 }
 
@@ -116,9 +130,9 @@ TEST(PackedBlend, RowsOfAnyLengthKeepFillerAndStayInside) {
       }
     }
     const WorkingPixel working = Working({0, 1, 2}, 4);
-    PackedBlend<Interpolation> blend(
-        working, {}, PackedOperand(working, 3, std::array{SampleMove{0, 0}, SampleMove{1, 1}, SampleMove{2, 2}}),
-        PackedOperand(working, 1, std::array{SampleMove{0, 0}, SampleMove{0, 1}, SampleMove{0, 2}}));
+    const PixelLayout colours = Pixels(ColourFamily::RGB, 3, {0, 1, 2});
+    PackedBlend<Interpolation> blend(working, {}, Operand(colours, colours),
+                                     Operand(Pixels(ColourFamily::Gray, 1, {0, 0, 0}), colours));
     blend.Row(dest.Data(), source.Data(), mask.Data(), width);
     ASSERT_EQ(Bytes(dest.Data(), dest.Data() + dest.Size()), expected) << width;
   }
