@@ -3,7 +3,7 @@
 #include <cstring>
 #include <utility>
 
-#include "standalone/runtime/host.h"
+#include "standalone/runtime/host_state.h"
 #include "standalone/runtime/properties.h"
 
 namespace standalone {
@@ -197,7 +197,7 @@ const BoundMethod &ClassBinding::Choose(const std::vector<const BoundMethod *> &
 }
 
 Value ClassBinding::NewWithoutConstructor() const {
-  Value instance = Owned<Object>::Adopt(Host::Current().Classes().NewInstance(Name()));
+  Value instance = Owned<Object>::Adopt(HostState::Current().Classes().NewInstance(Name()));
   Bindings::Current().ThrowPending();
   if (instance.IsNil()) throw BindingError("there is no way to make a " + Name() + " by name");
   return instance;
@@ -325,7 +325,7 @@ void Value::Assign(std::string_view method, const Arguments &arguments, const Va
 
 Bindings::Bindings() {
   if (current != nullptr) throw BindingError("there are bindings already");
-  if (!Host::IsRunning()) throw BindingError("there is no host to bind; make one first");
+  if (!HostState::IsRunning()) throw BindingError("there is no host to bind; make one first");
   current = this;
 }
 
@@ -339,7 +339,7 @@ Bindings &Bindings::Current() {
 ClassBinding &Bindings::ClassNamed(std::string_view name) {
   const auto known = classes_.find(name);
   if (known != classes_.end()) return *known->second;
-  const Class *const type = Host::Current().Classes().Find(name);
+  const Class *const type = HostState::Current().Classes().Find(name);
   if (type == nullptr) throw BindingError("there is no class " + Quoted(name));
   return *classes_.emplace(type->Name(), std::make_unique<ClassBinding>(*type)).first->second;
 }
@@ -364,7 +364,7 @@ ClassBinding &Bindings::DefineSubclass(const std::string &name, std::string_view
         [this, event, handler = handler](std::span<const RawValue> raw) { return RunEvent(*event, handler, raw); }));
     addresses.emplace(event->name, callbacks.back()->Address());
   }
-  Host::Current().Classes().DefineSubclass(name, superName, std::move(addresses));
+  HostState::Current().Classes().DefineSubclass(name, superName, std::move(addresses));
   for (std::unique_ptr<Callback> &callback : callbacks) callbacks_.push_back(std::move(callback));
   return ClassNamed(name);
 }
@@ -397,7 +397,7 @@ RawValue Bindings::RunEvent(const MethodDeclaration &event, const EventHandler &
 }
 
 void Bindings::ThrowPending() {
-  std::optional<RaisedException> raised = Host::Current().TakePendingException();
+  std::optional<RaisedException> raised = TakeRaisedException();
   if (thrown_) std::rethrow_exception(std::exchange(thrown_, nullptr));
   if (raised) throw HostException(*std::move(raised));
 }

@@ -93,7 +93,7 @@ bool GdPictureStorage::Describe(int32_t wantedType, REALpictureDescription *desc
 
 uint8_t *GdPictureStorage::Row(int32_t y) { return reinterpret_cast<uint8_t *>(image_->tpixels[y]); }
 
-void UseGdPictures(Host &host) {
+void UseGdPictures(HostState &host) {
   host.SetPictureFactory([](int32_t width, int32_t height) -> std::unique_ptr<PictureStorage> {
     return std::make_unique<GdPictureStorage>(width, height);
   });

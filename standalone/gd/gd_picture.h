@@ -15,7 +15,7 @@
 
 #include "standalone/files/orientation.h"
 #include "standalone/gd/image_file.h"
-#include "standalone/runtime/host.h"
+#include "standalone/runtime/host_state.h"
 #include "standalone/runtime/picture.h"
 #include "standalone/runtime/picture_storage.h"
 
@@ -44,7 +44,7 @@ class GdPictureStorage : public PictureStorage {
 };
 
 // Lets the host make its new pictures in this form.
-void UseGdPictures(Host &host);
+void UseGdPictures(HostState &host);
 
 struct LoadedPicture {
   Owned<Picture> picture;

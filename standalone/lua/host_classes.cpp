@@ -27,11 +27,10 @@ class Raised {
   Raised(const char *className, std::string message) : className_(className), message_(std::move(message)) {}
 
   void MarkPending() const {
-    Host &host = Host::Current();
-    const Owned<Object> exception = Owned<Object>::Adopt(host.Classes().NewInstance(className_));
+    const Owned<Object> exception = Owned<Object>::Adopt(HostState::Current().Classes().NewInstance(className_));
     const Owned<String> text = Owned<String>::Adopt(String::Make(message_));
     exception->SetText("Message", text.Get());
-    host.Raise(exception.Get());
+    RaiseException(exception.Get());
   }
 
  private:
@@ -374,7 +373,7 @@ RegisteredClass FolderItemMembers() {
 
 }  // namespace
 
-void DescribeHostClasses(Host &host, Orient orient) {
+void DescribeHostClasses(HostState &host, Orient orient) {
   ClassRegistry &classes = host.Classes();
   classes.Define(kIO, &classes.Get("RuntimeException"), [](const Class &type) { return new ExceptionObject(type); });
   RegisteredClass pictures =

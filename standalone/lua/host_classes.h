@@ -4,12 +4,12 @@
 #pragma once
 
 #include "standalone/files/orientation.h"
-#include "standalone/runtime/host.h"
+#include "standalone/runtime/host_state.h"
 
 namespace standalone {
 
 // Gives the classes Picture, Graphics, MemoryBlock and FolderItem of the host their members, and adds IOException. To
 // be called once for a host, before its bindings look at these classes. Pictures are opened as `orient` tells.
-void DescribeHostClasses(Host &host, Orient orient = Orient::Upright);
+void DescribeHostClasses(HostState &host, Orient orient = Orient::Upright);
 
 }  // namespace standalone

@@ -7,7 +7,8 @@
 #include "standalone/lua/lua_call.h"
 #include "standalone/lua/lua_classes.h"
 #include "standalone/lua/lua_values.h"
-#include "standalone/runtime/host.h"
+#include "standalone/runtime/class_registry.h"
+#include "standalone/runtime/host_state.h"
 
 namespace standalone {
 namespace {
@@ -20,7 +21,9 @@ int Open(lua_State *lua) {
   OpenErrors(lua);
   OpenValues(lua);
   std::vector<const ClassBinding *> classes;
-  for (const Class *const type : Host::Current().Classes().Registered()) classes.push_back(&ClassNamed(type->Name()));
+  for (const Class *const type : HostState::Current().Classes().Registered()) {
+    classes.push_back(&ClassNamed(type->Name()));
+  }
   for (const char *const name : kHostClasses) classes.push_back(&ClassNamed(name));
   OpenClasses(lua, classes);
   return 0;

@@ -2,13 +2,14 @@
 
 #include <utility>
 
+#include "standalone/runtime/class_registry.h"
 #include "standalone/runtime/entries.h"
-#include "standalone/runtime/host.h"
+#include "standalone/runtime/host_state.h"
 
 namespace standalone {
 
 IntegerArray *IntegerArray::Make(std::vector<int32_t> values) {
-  return new IntegerArray(Host::Current().Classes().Get("Integer()"), std::move(values));
+  return new IntegerArray(HostState::Current().Classes().Get("Integer()"), std::move(values));
 }
 
 IntegerArray *IntegerArray::From(REALarray handle) {

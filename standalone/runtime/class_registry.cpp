@@ -6,7 +6,7 @@
 #include "standalone/runtime/entries.h"
 #include "standalone/runtime/exceptions.h"
 #include "standalone/runtime/folder_item.h"
-#include "standalone/runtime/host.h"
+#include "standalone/runtime/host_state.h"
 #include "standalone/runtime/instances.h"
 #include "standalone/runtime/memory_block.h"
 
@@ -232,25 +232,25 @@ namespace {
 
 void PluginRegisterClass(REALclassDefinition *definition) {
   try {
-    Host::Current().Classes().Register(definition);
+    HostState::Current().Classes().Register(definition);
   } catch (const ClassError &error) {
-    Host::Current().AddMisdeed(error.what());
+    HostState::Current().AddMisdeed(error.what());
   }
 }
 
 REALobject PluginNewInstance(const char *className) {
-  Object *const made = className == nullptr ? nullptr : Host::Current().Classes().NewInstance(className);
+  Object *const made = className == nullptr ? nullptr : HostState::Current().Classes().NewInstance(className);
   return made == nullptr ? nullptr : made->Handle();
 }
 
 // A class reference is the address of the Class.
 void *PluginObjectType(const char *className) {
-  return className == nullptr ? nullptr : const_cast<Class *>(Host::Current().Classes().Find(className));
+  return className == nullptr ? nullptr : const_cast<Class *>(HostState::Current().Classes().Find(className));
 }
 
 void *GetEventInstance(REALobject handle, uintptr_t event) {
   const Object *const object = LiveObject(handle);
-  return object == nullptr ? nullptr : Host::Current().Classes().FindHandler(*object, event);
+  return object == nullptr ? nullptr : HostState::Current().Classes().FindHandler(*object, event);
 }
 
 }  // namespace

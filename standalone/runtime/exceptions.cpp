@@ -1,7 +1,8 @@
 #include "standalone/runtime/exceptions.h"
 
+#include "standalone/runtime/class_registry.h"
 #include "standalone/runtime/entries.h"
-#include "standalone/runtime/host.h"
+#include "standalone/runtime/host_state.h"
 #include "standalone/runtime/names.h"
 
 namespace standalone {
@@ -30,12 +31,30 @@ bool ExceptionObject::SetText(std::string_view name, String *value) {
   return true;
 }
 
+void RaiseException(Object *exception) {
+  auto *const raised = dynamic_cast<ExceptionObject *>(exception);
+  HostState &host = HostState::Current();
+  if (raised == nullptr) {
+    host.AddMisdeed("something was raised that is no exception");
+    return;
+  }
+  raised->Lock();
+  host.SetPending({raised, [](ExceptionObject *dropped) { dropped->Unlock(); }});
+}
+
+std::optional<RaisedException> TakeRaisedException() {
+  const HostState::PendingException taken = HostState::Current().TakePending();
+  if (!taken) return std::nullopt;
+  return RaisedException{taken->Type().Name(), taken->Message() == nullptr ? "" : taken->Message()->Text(),
+                         taken->ErrorNumber()};
+}
+
 namespace {
 
-void RaiseException(REALobject handle) { Host::Current().Raise(LiveObject(handle)); }
+void RuntimeRaiseException(REALobject handle) { RaiseException(LiveObject(handle)); }
 
 }  // namespace
 
-std::vector<Entry> ExceptionEntries() { return {MakeEntry<"RuntimeRaiseException", RaiseException>()}; }
+std::vector<Entry> ExceptionEntries() { return {MakeEntry<"RuntimeRaiseException", RuntimeRaiseException>()}; }
 
 }  // namespace standalone

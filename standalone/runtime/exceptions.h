@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "standalone/runtime/objects.h"
@@ -35,5 +36,12 @@ struct RaisedException {
 
   bool operator==(const RaisedException &) const = default;
 };
+
+// Marks an exception as pending in the running host, in place of one that is; takes a reference. Another object is
+// noted as a misdeed.
+void RaiseException(Object *exception);
+
+// What the running host's pending exception said; it is pending no longer. Empty if there is none.
+std::optional<RaisedException> TakeRaisedException();
 
 }  // namespace standalone

@@ -5,8 +5,9 @@
 #include <system_error>
 #include <utility>
 
+#include "standalone/runtime/class_registry.h"
 #include "standalone/runtime/entries.h"
-#include "standalone/runtime/host.h"
+#include "standalone/runtime/host_state.h"
 #include "standalone/runtime/names.h"
 
 namespace standalone {
@@ -23,7 +24,7 @@ bool CanBeTold(const std::string &path) { return path.find('\0') == std::string:
 }  // namespace
 
 FolderItem *FolderItem::Make(std::string path) {
-  auto *const made = new FolderItem(Host::Current().Classes().Get("FolderItem"));
+  auto *const made = new FolderItem(HostState::Current().Classes().Get("FolderItem"));
   made->SetPath(std::move(path));
   return made;
 }

@@ -2,7 +2,7 @@
 
 #include "standalone/runtime/class_registry.h"
 #include "standalone/runtime/entries.h"
-#include "standalone/runtime/host.h"
+#include "standalone/runtime/host_state.h"
 #include "standalone/runtime/names.h"
 #include "standalone/runtime/picture.h"
 
@@ -14,7 +14,9 @@ constexpr int32_t kWholeSize = -10000;
 
 }  // namespace
 
-Graphics *Graphics::Make(Picture &picture) { return new Graphics(Host::Current().Classes().Get("Graphics"), picture); }
+Graphics *Graphics::Make(Picture &picture) {
+  return new Graphics(HostState::Current().Classes().Get("Graphics"), picture);
+}
 
 void Graphics::DrawPicture(const Picture &image, int32_t x, int32_t y, int32_t width, int32_t height, int32_t sourceX,
                            int32_t sourceY, int32_t sourceWidth, int32_t sourceHeight) {
@@ -65,7 +67,7 @@ void *LoadObjectMethod(REALobject handle, const char *declaration) {
   Object *const object = LiveObject(handle);
   if (object == nullptr || declaration == nullptr) return nullptr;
   if (dynamic_cast<Graphics *>(object) == nullptr) return FindMethod(&object->Type(), declaration);
-  const Host &host = Host::Current();
+  const HostState &host = HostState::Current();
   const bool draws = host.DrawsPictures() && !host.IsWithheld("DrawPicture");
   return draws && DeclarationsEqual(declaration, kDrawPicture) ? reinterpret_cast<void *>(DrawPictureMethod) : nullptr;
 }

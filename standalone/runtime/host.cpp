@@ -11,17 +11,9 @@
 namespace standalone {
 namespace {
 
-Host *current = nullptr;
+uint8_t InRuntime() { return HostState::Current().Options().inRuntime ? 1 : 0; }
 
-// Throws if there is a host already, before anything of the new one exists.
-HostOptions Claimed(HostOptions options) {
-  if (current != nullptr) throw HostError("there is a host in this process already");
-  return options;
-}
-
-uint8_t InRuntime() { return Host::Current().Options().inRuntime ? 1 : 0; }
-
-double GetRBVersion() { return Host::Current().Version(); }
+double GetRBVersion() { return HostState::Current().Version(); }
 
 void YieldToRB() {
   // A copy, as the code that runs may put another in its place.
@@ -29,11 +21,23 @@ void YieldToRB() {
   if (otherCode) otherCode();
 }
 
+// What makes the storage of new pictures in the form of the host's kind.
+HostState::StorageFactory OwnPictureFactory(const HostOptions &options) {
+  const bool fenced = options.fenced;
+  if (options.kind == HostKind::Console) {
+    return [fenced](int32_t width, int32_t height) { return std::make_unique<GDStorage>(width, height, fenced); };
+  }
+  return [layout = options.newPictureLayout, fenced](int32_t width, int32_t height) {
+    return std::make_unique<BitmapStorage>(width, height, layout, fenced);
+  };
+}
+
 }  // namespace
 
-Host::Host(HostOptions options) : options_(Claimed(std::move(options))), classes_(options_.missingClasses) {
-  const bool isDesktop = options_.kind == HostKind::Desktop;
-  const std::string application = options_.applicationClass.value_or(isDesktop ? "Application" : "ConsoleApplication");
+Host::Host(HostOptions options) : HostState(std::move(options), classes_), classes_(Options().missingClasses) {
+  SetPictureFactory(OwnPictureFactory(Options()));
+  const bool isDesktop = Options().kind == HostKind::Desktop;
+  const std::string application = Options().applicationClass.value_or(isDesktop ? "Application" : "ConsoleApplication");
   if (!application.empty()) classes_.Define(application, nullptr, nullptr);
 
   for (const auto &entries :
@@ -43,19 +47,15 @@ Host::Host(HostOptions options) : options_(Claimed(std::move(options))), classes
   }
   AddEntries({MakeEntry<"RegisterPluginVersion", RegisterPluginVersion>(), MakeEntry<"REALinRuntime", InRuntime>(),
               MakeEntry<"REALYieldToRB", YieldToRB>()});
-  if (options_.version) AddEntries({MakeEntry<"REALGetRBVersion", GetRBVersion>()});
+  if (Options().version) AddEntries({MakeEntry<"REALGetRBVersion", GetRBVersion>()});
   if (isDesktop) AddEntries(BitmapContextEntries());
-  current = this;
 }
 
-Host::~Host() {
-  pending_.Reset();
-  current = nullptr;
-}
+// An exception that nobody has taken ends while its class is still there.
+Host::~Host() { SetPending(nullptr); }
 
-Host &Host::Current() { return *current; }
-
-bool Host::IsRunning() { return current != nullptr; }
+// Hosts alone have a state.
+Host &Host::Current() { return static_cast<Host &>(HostState::Current()); }
 
 void Host::AddEntries(const std::vector<Entry> &entries) {
   for (const Entry &entry : entries) {
@@ -67,10 +67,11 @@ void Host::AddEntries(const std::vector<Entry> &entries) {
 }
 
 void *Host::Resolve(const char *name) {
-  if (current == nullptr || name == nullptr) return nullptr;
-  EntryState &state = current->entries_[name];
+  if (!IsRunning() || name == nullptr) return nullptr;
+  Host &host = Current();
+  EntryState &state = host.entries_[name];
   ++state.questions;
-  return current->IsWithheld(name) ? nullptr : state.offered;
+  return host.IsWithheld(name) ? nullptr : state.offered;
 }
 
 void Host::RegisterPluginVersion(int32_t version) { Current().pluginVersion_ = version; }
@@ -120,17 +121,13 @@ void Host::Load(const std::string &path) {
 }
 
 void Host::Start(PluginMain pluginMain) {
-  const size_t before = misdeeds_.size();
+  const size_t before = Misdeeds().size();
   {
     const PluginCall call;
     pluginMain(&Resolve);
   }
-  if (misdeeds_.size() > before) throw HostError(misdeeds_[before]);
+  if (Misdeeds().size() > before) throw HostError(Misdeeds()[before]);
 }
-
-void Host::Withhold(const std::string &name) { options_.withheld.insert(name); }
-
-void Host::Offer(const std::string &name) { options_.withheld.erase(name); }
 
 void Host::SetEntry(const std::string &name, void *address) { entries_[name].offered = address; }
 
@@ -149,31 +146,17 @@ int64_t Host::Calls(std::string_view name) const {
   return found == entries_.end() || found->second.calls == nullptr ? 0 : *found->second.calls;
 }
 
-std::optional<RaisedException> Host::TakePendingException() {
-  const Owned<ExceptionObject> taken = std::exchange(pending_, {});
-  if (!taken) return std::nullopt;
-  return RaisedException{taken->Type().Name(), taken->Message() == nullptr ? "" : taken->Message()->Text(),
-                         taken->ErrorNumber()};
-}
+std::optional<RaisedException> Host::TakePendingException() { return TakeRaisedException(); }
 
-void Host::Raise(Object *exception) {
-  auto *const raised = dynamic_cast<ExceptionObject *>(exception);
-  if (raised == nullptr) {
-    AddMisdeed("something was raised that is no exception");
-    return;
-  }
-  pending_ = Owned<ExceptionObject>::Share(raised);
-}
+void Host::Raise(Object *exception) { RaiseException(exception); }
 
 HostClock &Host::SetClock(HostClock clock) {
-  if (!clock_) AddEntries(ClockEntries());
-  return clock_.emplace(clock);
+  if (!HasClock()) AddEntries(ClockEntries());
+  return PutClock(clock);
 }
 
 std::unique_ptr<PictureStorage> Host::NewPictureStorage(int32_t width, int32_t height) const {
-  if (pictureFactory_) return pictureFactory_(width, height);
-  if (options_.kind == HostKind::Console) return std::make_unique<GDStorage>(width, height, options_.fenced);
-  return std::make_unique<BitmapStorage>(width, height, options_.newPictureLayout, options_.fenced);
+  return PictureFactory()(width, height);
 }
 
 std::vector<Leak> Host::Leaks() const { return baseline_.Since(); }

@@ -3,8 +3,9 @@
 #include <new>
 #include <utility>
 
+#include "standalone/runtime/class_registry.h"
 #include "standalone/runtime/entries.h"
-#include "standalone/runtime/host.h"
+#include "standalone/runtime/host_state.h"
 
 namespace standalone {
 
@@ -12,14 +13,14 @@ MemoryBlock::MemoryBlock(const Class &type, std::unique_ptr<Bytes> bytes, void *
     : Object(type), bytes_(std::move(bytes)), data_(static_cast<uint8_t *>(data)), size_(size) {}
 
 MemoryBlock *MemoryBlock::Make(int32_t size) {
-  const Host &host = Host::Current();
+  const HostState &host = HostState::Current();
   auto bytes = std::make_unique<Bytes>(static_cast<size_t>(size), host.Options().fenced);
   void *const data = bytes->Data();
   return new MemoryBlock(host.Classes().Get("MemoryBlock"), std::move(bytes), data, size);
 }
 
 MemoryBlock *MemoryBlock::Over(void *foreign) {
-  return new MemoryBlock(Host::Current().Classes().Get("MemoryBlock"), nullptr, foreign, kUnknownSize);
+  return new MemoryBlock(HostState::Current().Classes().Get("MemoryBlock"), nullptr, foreign, kUnknownSize);
 }
 
 bool MemoryBlock::GetInteger(std::string_view name, int32_t *value) {

@@ -1,7 +1,7 @@
 #include "standalone/runtime/objects.h"
 
 #include "standalone/runtime/entries.h"
-#include "standalone/runtime/host.h"
+#include "standalone/runtime/host_state.h"
 #include "standalone/runtime/live_set.h"
 
 namespace standalone {
@@ -49,7 +49,7 @@ bool Object::SetText(std::string_view, String *) { return false; }
 Object *LiveObject(REALobject handle) {
   if (handle == nullptr) return nullptr;
   if (IsLive(handle)) return Object::From(handle);
-  if (Host::IsRunning()) Host::Current().AddMisdeed("an object was used that has ended or never was one");
+  if (HostState::IsRunning()) HostState::Current().AddMisdeed("an object was used that has ended or never was one");
   return nullptr;
 }
 

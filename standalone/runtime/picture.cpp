@@ -4,8 +4,9 @@
 #include <new>
 #include <utility>
 
+#include "standalone/runtime/class_registry.h"
 #include "standalone/runtime/entries.h"
-#include "standalone/runtime/host.h"
+#include "standalone/runtime/host_state.h"
 #include "standalone/runtime/names.h"
 
 namespace standalone {
@@ -18,12 +19,12 @@ int32_t descriptionLocksHeld = 0;
 int32_t DescriptionLocksHeld() { return descriptionLocksHeld; }
 
 Picture *Picture::Make(std::unique_ptr<PictureStorage> storage) {
-  return new Picture(Host::Current().Classes().Get("Picture"), std::move(storage));
+  return new Picture(HostState::Current().Classes().Get("Picture"), std::move(storage));
 }
 
 Picture *Picture::Make(int32_t width, int32_t height) {
   if (width < 1 || height < 1) return nullptr;
-  auto storage = Host::Current().NewPictureStorage(width, height);
+  auto storage = HostState::Current().PictureFactory()(width, height);
   return storage == nullptr ? nullptr : Make(std::move(storage));
 }
 
@@ -50,7 +51,7 @@ bool Picture::LockDescription(int32_t wantedType, REALpictureDescription *descri
 
 void Picture::UnlockDescription() {
   if (locksHeld_ == 0) {
-    Host::Current().AddMisdeed("a picture's description was unlocked more often than locked");
+    HostState::Current().AddMisdeed("a picture's description was unlocked more often than locked");
     return;
   }
   --locksHeld_;
@@ -79,7 +80,7 @@ constexpr int32_t kPixelType32 = 1;
 
 uint8_t LockPictureDescription(REALobject handle, REALpictureDescription *description, int32_t wantedType) {
   auto *const picture = ObjectAs<Picture>(handle);
-  const bool countsFailure = Host::Current().Version() < kFailedLocksDoNotCount;
+  const bool countsFailure = HostState::Current().Version() < kFailedLocksDoNotCount;
   return picture != nullptr && picture->LockDescription(wantedType, description, countsFailure) ? 1 : 0;
 }
 

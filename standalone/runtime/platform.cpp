@@ -1,6 +1,6 @@
 // Functions of the platforms that hosts run on, which plug-ins find by name where the platform has them.
 #include "standalone/runtime/entries.h"
-#include "standalone/runtime/host.h"
+#include "standalone/runtime/host_state.h"
 #include "standalone/runtime/picture_storage.h"
 
 namespace standalone {
@@ -21,8 +21,8 @@ void UnlockPixels(void *) {}
 // Host time runs in units of a third of a nanosecond.
 constexpr uint64_t kHostTimeUnits = 3;
 
-uint32_t TickCount() { return Host::Current().Clock().ticks; }
-uint64_t GetCurrentHostTime() { return Host::Current().Clock().nanoseconds * kHostTimeUnits; }
+uint32_t TickCount() { return HostState::Current().Clock().ticks; }
+uint64_t GetCurrentHostTime() { return HostState::Current().Clock().nanoseconds * kHostTimeUnits; }
 uint64_t ConvertHostTimeToNanos(uint64_t hostTime) { return hostTime / kHostTimeUnits; }
 
 }  // namespace

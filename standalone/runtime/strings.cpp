@@ -5,8 +5,9 @@
 #include <unordered_map>
 
 #include "standalone/runtime/entries.h"
-#include "standalone/runtime/host.h"
+#include "standalone/runtime/host_state.h"
 #include "standalone/runtime/live_set.h"
+#include "standalone/runtime/names.h"
 
 namespace standalone {
 namespace {
@@ -20,7 +21,7 @@ LiveSet<String> &Live() {
 String *LiveString(REALstring handle) {
   if (handle == nullptr) return nullptr;
   if (Live().Has(handle)) return String::From(handle);
-  Host::Current().AddMisdeed("a string was used that has ended or never was one");
+  HostState::Current().AddMisdeed("a string was used that has ended or never was one");
   return nullptr;
 }
 
@@ -157,7 +158,7 @@ int32_t LenB(REALstring handle) {
 
 void *LoadGlobalMethod(void *, const char *declaration) {
   if (declaration == nullptr || !DeclarationsEqual(declaration, "LenB(s as string) as integer")) return nullptr;
-  return Host::Current().IsWithheld("LenB") ? nullptr : reinterpret_cast<void *>(LenB);
+  return HostState::Current().IsWithheld("LenB") ? nullptr : reinterpret_cast<void *>(LenB);
 }
 
 }  // namespace

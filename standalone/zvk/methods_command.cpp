@@ -8,7 +8,7 @@
 
 #include "standalone/binding/class_binding.h"
 #include "standalone/lua/host_classes.h"
-#include "standalone/runtime/host.h"
+#include "standalone/runtime/host_state.h"
 #include "standalone/zvk/messages.h"
 #include "standalone/zvk/plugin_session.h"
 #include "standalone/zvk/value_choice.h"
@@ -50,9 +50,12 @@ std::vector<Member> MembersOf(const ClassBinding &type) {
 
 std::vector<const ClassBinding *> Classes() {
   std::vector<const ClassBinding *> classes;
-  for (const Class *const type : Host::Current().Classes().Registered()) classes.push_back(&ClassNamed(type->Name()));
-  for (const char *const name : {"Picture", "Graphics", "MemoryBlock", "FolderItem"})
+  for (const Class *const type : HostState::Current().Classes().Registered()) {
+    classes.push_back(&ClassNamed(type->Name()));
+  }
+  for (const char *const name : {"Picture", "Graphics", "MemoryBlock", "FolderItem"}) {
     classes.push_back(&ClassNamed(name));
+  }
   return classes;
 }
 
@@ -70,7 +73,7 @@ void PrintClass(const ClassBinding &type) {
 
 void PrintMethods(const MethodsRequest &request) {
   const PluginSession session(request.plugin);
-  DescribeHostClasses(Host::Current());
+  DescribeHostClasses(HostState::Current());
   bool isFound = false;
   for (const ClassBinding *const type : Classes()) {
     if (request.name.empty() || NamesEqual(type->Name(), request.name)) {
@@ -94,7 +97,7 @@ void PrintMethods(const MethodsRequest &request) {
 }  // namespace
 
 std::vector<std::string> MemberNames() {
-  DescribeHostClasses(Host::Current());
+  DescribeHostClasses(HostState::Current());
   std::vector<std::string> names;
   for (const ClassBinding *const type : Classes()) {
     names.push_back(type->Name());

@@ -11,7 +11,7 @@
 
 #include "standalone/lua/host_classes.h"
 #include "standalone/lua/script.h"
-#include "standalone/runtime/host.h"
+#include "standalone/runtime/host_state.h"
 #include "standalone/zvk/image_io.h"
 #include "standalone/zvk/messages.h"
 #include "standalone/zvk/plugin_session.h"
@@ -41,7 +41,7 @@ void RunScript(const RunRequest &request, std::vector<std::string> arguments) {
     }
   }
   const PluginSession session(request.plugin);
-  DescribeHostClasses(Host::Current(), request.orient);
+  DescribeHostClasses(HostState::Current(), request.orient);
   // After loading, for the plug-in takes the time as its seed.
   if (request.seed) srand(*request.seed);
   Script script;

@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "standalone/runtime/host.h"
 #include "tests/standalone/files/exif_testing.h"
 
 namespace standalone {
