@@ -1,6 +1,6 @@
 #include "standalone/runtime/exceptions.h"
 
-#include "standalone/runtime/class_registry.h"
+#include "standalone/runtime/classes.h"
 #include "standalone/runtime/entries.h"
 #include "standalone/runtime/host_state.h"
 #include "standalone/runtime/names.h"

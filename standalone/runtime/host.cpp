@@ -8,6 +8,8 @@
 #include <system_error>
 #include <utility>
 
+#include "standalone/runtime/own_classes.h"
+
 namespace standalone {
 namespace {
 
@@ -34,7 +36,8 @@ HostState::StorageFactory OwnPictureFactory(const HostOptions &options) {
 
 }  // namespace
 
-Host::Host(HostOptions options) : HostState(std::move(options), classes_), classes_(Options().missingClasses) {
+Host::Host(HostOptions options) : HostState(std::move(options), classes_) {
+  DefineOwnClasses(classes_, Options().missingClasses);
   SetPictureFactory(OwnPictureFactory(Options()));
   const bool isDesktop = Options().kind == HostKind::Desktop;
   const std::string application = Options().applicationClass.value_or(isDesktop ? "Application" : "ConsoleApplication");

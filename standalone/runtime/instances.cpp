@@ -5,7 +5,7 @@
 #include <new>
 #include <vector>
 
-#include "standalone/runtime/properties.h"
+#include "standalone/runtime/fields.h"
 #include "standalone/runtime/standard_input.h"
 
 namespace standalone {
@@ -34,7 +34,7 @@ void GiveBackFields(Instance &instance, const Class &type) {
   for (const RegisteredProperty &property : type.Definition()->properties) {
     // A field that only the plug-in writes is the plug-in's to give back.
     if (property.getter != REALstandardAccessor || property.setter != REALstandardAccessor) continue;
-    void *const field = PropertyField(instance, {&type, &property});
+    void *const field = instance.Field(type, property);
     switch (KindOfField(property.type)) {
       case FieldKind::Object:
         AssignObjectField(static_cast<REALobject *>(field), nullptr);

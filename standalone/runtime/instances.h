@@ -4,7 +4,7 @@
 
 #include <cstddef>
 
-#include "standalone/runtime/class_registry.h"
+#include "standalone/runtime/classes.h"
 #include "standalone/runtime/objects.h"
 
 namespace standalone {
@@ -22,6 +22,8 @@ class Instance : public Object {
 
   // The data of one of the instance's classes, 16-byte aligned.
   std::byte *Data(const Class &type);
+  // The field of a property of that class with a standard accessor.
+  void *Field(const Class &type, const RegisteredProperty &property) { return Data(type) + property.param; }
 
   static void operator delete(void *memory);
 

@@ -2,7 +2,7 @@
 
 #include <map>
 
-#include "standalone/runtime/class_registry.h"
+#include "standalone/runtime/classes.h"
 #include "standalone/runtime/objects.h"
 #include "standalone/runtime/picture.h"
 #include "standalone/runtime/strings.h"

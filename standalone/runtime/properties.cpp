@@ -1,9 +1,8 @@
 #include "standalone/runtime/properties.h"
 
-#include <utility>
-
 #include "standalone/runtime/entries.h"
 #include "standalone/runtime/instances.h"
+#include "standalone/runtime/names.h"
 #include "standalone/runtime/standard_input.h"
 
 namespace standalone {
@@ -37,20 +36,6 @@ bool CanWrite(Object &object, const FoundProperty &found, FieldKind kind) {
 
 }  // namespace
 
-FieldKind KindOfField(std::string_view type) {
-  static constexpr std::pair<std::string_view, FieldKind> kKinds[] = {
-      {"integer", FieldKind::Integer}, {"int32", FieldKind::Integer},  {"uint32", FieldKind::Integer},
-      {"color", FieldKind::Integer},   {"colour", FieldKind::Integer}, {"boolean", FieldKind::Boolean},
-      {"string", FieldKind::String},   {"int8", FieldKind::Other},     {"uint8", FieldKind::Other},
-      {"int16", FieldKind::Other},     {"uint16", FieldKind::Other},   {"int64", FieldKind::Other},
-      {"uint64", FieldKind::Other},    {"single", FieldKind::Other},   {"double", FieldKind::Other},
-      {"ptr", FieldKind::Other},       {"cstring", FieldKind::Other}};
-  for (const auto &[name, kind] : kKinds) {
-    if (NamesEqual(name, type)) return kind;
-  }
-  return FieldKind::Object;
-}
-
 FoundProperty FindProperty(const Class &type, std::string_view name) {
   for (const Class *one = &type; one != nullptr; one = one->Super()) {
     if (one->Definition() == nullptr) continue;
@@ -63,20 +48,7 @@ FoundProperty FindProperty(const Class &type, std::string_view name) {
 
 void *PropertyField(Object &object, const FoundProperty &found) {
   auto *const instance = dynamic_cast<Instance *>(&object);
-  return instance == nullptr ? nullptr : instance->Data(*found.owner) + found.property->param;
-}
-
-void AssignObjectField(REALobject *field, REALobject value) {
-  if (Object *const taken = LiveObject(value); taken != nullptr) taken->Lock();
-  // Emptied or filled first: the end of the old object may look here.
-  Object *const dropped = LiveObject(std::exchange(*field, value));
-  if (dropped != nullptr) dropped->Unlock();
-}
-
-void AssignStringField(REALstring *field, REALstring value) {
-  if (value != nullptr) String::From(value)->Lock();
-  String *const dropped = String::From(std::exchange(*field, value));
-  if (dropped != nullptr) dropped->Unlock();
+  return instance == nullptr ? nullptr : instance->Field(*found.owner, *found.property);
 }
 
 bool GetIntegerProperty(Object &object, std::string_view name, int32_t *value) {

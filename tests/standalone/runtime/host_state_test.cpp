@@ -4,6 +4,7 @@
 
 #include "standalone/runtime/class_registry.h"
 #include "standalone/runtime/exceptions.h"
+#include "standalone/runtime/own_classes.h"
 #include "standalone/runtime/picture_storage.h"
 
 namespace standalone {
@@ -12,7 +13,9 @@ namespace {
 // A state without the host above it.
 class BareState : public HostState {
  public:
-  explicit BareState(HostOptions options = {}) : HostState(std::move(options), classes_), classes_({}) {}
+  explicit BareState(HostOptions options = {}) : HostState(std::move(options), classes_) {
+    DefineOwnClasses(classes_, Options().missingClasses);
+  }
 
   using HostState::HasClock;
   using HostState::PutClock;

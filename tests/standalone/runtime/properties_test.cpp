@@ -13,17 +13,6 @@ using sample::Entry;
 using sample::RecordOf;
 using sample::SampleHost;
 
-TEST(KindOfField, TakesUnknownTypesAsClasses) {
-  EXPECT_EQ(KindOfField("INTEGER"), FieldKind::Integer);
-  EXPECT_EQ(KindOfField("Color"), FieldKind::Integer);
-  EXPECT_EQ(KindOfField("boolean"), FieldKind::Boolean);
-  EXPECT_EQ(KindOfField("String"), FieldKind::String);
-  EXPECT_EQ(KindOfField("Double"), FieldKind::Other);
-  EXPECT_EQ(KindOfField("Int64"), FieldKind::Other);
-  EXPECT_EQ(KindOfField("variant"), FieldKind::Object);
-  EXPECT_EQ(KindOfField("Sample"), FieldKind::Object);
-}
-
 TEST(Properties, StandardAccessorsReadAndWriteTheField) {
   SampleHost host;
   auto object = host.New();
@@ -113,21 +102,6 @@ TEST(Properties, AreFoundInTheClassAbove) {
   auto object = host.New("Sub");
   EXPECT_TRUE(SetIntegerProperty(*object, "Count", 3));
   EXPECT_EQ(RecordOf(object).count, 3);
-}
-
-TEST(AssignObjectField, TakesTheNewReferenceBeforeItDropsTheOld) {
-  SampleHost host;
-  auto value = host.New();
-  REALobject field = nullptr;
-  AssignObjectField(&field, value);
-  Object *const only = value.Release();
-  only->Unlock();  // the field's reference is the last
-  AssignObjectField(&field, only->Handle());
-  EXPECT_EQ(sample::destroyed, 0);
-  EXPECT_EQ(only->References(), 1);
-  AssignObjectField(&field, nullptr);
-  EXPECT_EQ(sample::destroyed, 1);
-  EXPECT_EQ(field, nullptr);
 }
 
 TEST(PropertyEntries, ReadAndWriteByName) {
