@@ -9,8 +9,8 @@
 
 #include "standalone/binding/class_binding.h"
 #include "standalone/lua/script.h"
-#include "standalone/zvk/messages.h"
 #include "standalone/zvk/program.h"
+#include "standalone/zvk/session/messages.h"
 
 namespace {
 

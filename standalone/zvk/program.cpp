@@ -2,19 +2,19 @@
 
 #include <CLI/CLI.hpp>
 
-#include "standalone/zvk/batch_command.h"
-#include "standalone/zvk/combine_command.h"
-#include "standalone/zvk/completion_command.h"
-#include "standalone/zvk/filter_command.h"
-#include "standalone/zvk/fuzz_command.h"
-#include "standalone/zvk/info_command.h"
-#include "standalone/zvk/manual_command.h"
-#include "standalone/zvk/methods_command.h"
-#include "standalone/zvk/mirror_command.h"
-#include "standalone/zvk/rotate_command.h"
-#include "standalone/zvk/run_command.h"
-#include "standalone/zvk/scale_command.h"
-#include "standalone/zvk/sheet_command.h"
+#include "standalone/zvk/commands/batch_command.h"
+#include "standalone/zvk/commands/combine_command.h"
+#include "standalone/zvk/commands/completion_command.h"
+#include "standalone/zvk/commands/filter_command.h"
+#include "standalone/zvk/commands/fuzz_command.h"
+#include "standalone/zvk/commands/info_command.h"
+#include "standalone/zvk/commands/manual_command.h"
+#include "standalone/zvk/commands/methods_command.h"
+#include "standalone/zvk/commands/mirror_command.h"
+#include "standalone/zvk/commands/rotate_command.h"
+#include "standalone/zvk/commands/run_command.h"
+#include "standalone/zvk/commands/scale_command.h"
+#include "standalone/zvk/commands/sheet_command.h"
 
 namespace standalone {
 

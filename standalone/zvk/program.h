@@ -3,7 +3,7 @@
 
 #include <memory>
 
-#include "standalone/zvk/progress.h"
+#include "standalone/zvk/session/progress.h"
 
 namespace CLI {
 class App;

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "standalone/zvk/messages.h"
 #include "standalone/zvk/program.h"
+#include "standalone/zvk/session/messages.h"
 #include "tests/standalone/zvk/zvk_program.h"
 
 namespace standalone {

@@ -1,0 +1,24 @@
+// The image files of a command line: those to read and to write, and how they are taken.
+#pragma once
+
+#include <string>
+
+#include "standalone/files/orientation.h"
+
+namespace CLI {
+class App;
+}
+
+namespace standalone {
+
+// Adds IN and OUT to a command, in this order; both must live as long as the command.
+void AddInputArgument(CLI::App &command, std::string &path);
+void AddOutputArgument(CLI::App &command, std::string &path);
+
+// Adds --no-orient, which every command has that reads image files; `orient` must live as long as the command.
+void AddOrientOption(CLI::App &command, Orient &orient);
+
+// Throws UsageError if the path has no extension of an image file that SaveImage writes.
+void RefuseUnknownExtension(const std::string &path);
+
+}  // namespace standalone
