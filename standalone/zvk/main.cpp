@@ -10,15 +10,14 @@
 #include "standalone/binding/class_binding.h"
 #include "standalone/lua/script.h"
 #include "standalone/zvk/program.h"
+#include "standalone/zvk/session/exit_codes.h"
 #include "standalone/zvk/session/messages.h"
 
 namespace {
 
-constexpr int kWorkFailed = 1;
-constexpr int kWrongCommandLine = 2;
 constexpr char kNoMemory[] = "there is not enough memory; free some, or take a smaller picture";
 
-int Report(const std::string &message, int exitCode) {
+int Report(const std::string &message, standalone::ExitCode exitCode) {
   standalone::PrintMessage(message);
   return exitCode;
 }
@@ -27,7 +26,7 @@ int Run(int argc, char **argv) {
   const std::shared_ptr<CLI::App> program = standalone::MakeProgram(std::chrono::steady_clock::now);
   try {
     program->parse(argc, argv);
-    return 0;
+    return standalone::kDone;
   } catch (const CLI::ParseError &error) {
     // Help and the version come as errors of their own.
     if (error.get_exit_code() == 0) return program->exit(error);
@@ -37,18 +36,18 @@ int Run(int argc, char **argv) {
     if (program->get_subcommands().empty() && !program->remaining().empty()) {
       problem = "there is no command or option '" + program->remaining().front() + "'";
     }
-    return Report(problem + "; '" + command + " --help' tells how it is used", kWrongCommandLine);
+    return Report(problem + "; '" + command + " --help' tells how it is used", standalone::kWrongCommandLine);
   } catch (const standalone::UsageError &error) {
-    return Report(error.what(), kWrongCommandLine);
+    return Report(error.what(), standalone::kWrongCommandLine);
   } catch (const standalone::ScriptError &error) {
     standalone::PrintMessageWithList(error.what());
-    return kWorkFailed;
+    return standalone::kWorkFailed;
   } catch (const std::bad_alloc &) {
-    return Report(kNoMemory, kWorkFailed);
+    return Report(kNoMemory, standalone::kWorkFailed);
   } catch (const standalone::HostException &error) {
-    return Report(error.ClassName() == "OutOfMemoryException" ? kNoMemory : error.what(), kWorkFailed);
+    return Report(error.ClassName() == "OutOfMemoryException" ? kNoMemory : error.what(), standalone::kWorkFailed);
   } catch (const std::exception &error) {
-    return Report(error.what(), kWorkFailed);
+    return Report(error.what(), standalone::kWorkFailed);
   }
 }
 

@@ -2,19 +2,8 @@
 
 #include <CLI/CLI.hpp>
 
-#include "standalone/zvk/commands/batch_command.h"
-#include "standalone/zvk/commands/combine_command.h"
-#include "standalone/zvk/commands/completion_command.h"
-#include "standalone/zvk/commands/filter_command.h"
-#include "standalone/zvk/commands/fuzz_command.h"
-#include "standalone/zvk/commands/info_command.h"
-#include "standalone/zvk/commands/manual_command.h"
-#include "standalone/zvk/commands/methods_command.h"
-#include "standalone/zvk/commands/mirror_command.h"
-#include "standalone/zvk/commands/rotate_command.h"
-#include "standalone/zvk/commands/run_command.h"
-#include "standalone/zvk/commands/scale_command.h"
-#include "standalone/zvk/commands/sheet_command.h"
+#include "standalone/zvk/commands/commands.h"
+#include "standalone/zvk/help/footer.h"
 
 namespace standalone {
 
@@ -25,10 +14,8 @@ std::shared_ptr<CLI::App> MakeProgram(const ProgressLine::Clock &clock) {
   program->set_help_flag("-h,--help", "Print this help and exit");
   program->require_subcommand(1);
   program->footer(
-      "Exit codes:\n"
-      "  0  done\n"
-      "  1  the work failed\n"
-      "  2  the command line is wrong\n"
+      ExitCodesHelp({.workFailed = "the work failed"}) +
+      "\n"
       "\n"
       "Errors are one line each on the standard error stream. 'zvk COMMAND --help' tells more of a command.");
   AddScaleCommand(*program, clock);

@@ -1,5 +1,3 @@
-#include "standalone/zvk/commands/batch_command.h"
-
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
@@ -19,6 +17,8 @@
 #include "standalone/zvk/batch/batch_plan.h"
 #include "standalone/zvk/batch/batch_run.h"
 #include "standalone/zvk/batch/output_pattern.h"
+#include "standalone/zvk/commands/commands.h"
+#include "standalone/zvk/help/footer.h"
 #include "standalone/zvk/session/messages.h"
 #include "standalone/zvk/session/plugin_session.h"
 
@@ -147,24 +147,20 @@ void AddBatchCommand(CLI::App &program, const ProgressLine::Clock &clock) {
       ->type_name("N");
   AddOrientOption(command, request->orient);
   AddPluginOptions(command, request->plugin);
-  command.footer(
+  command.footer(HelpFooter(
       "Each file has a process of its own, which runs 'zvk run SCRIPT INPUT OUTPUT [ARG ...]': in the\n"
       "script arg[1] is the file, and arg[2] a path to write the output to. Without --output the further\n"
       "arguments follow the file. An output appears when its script has ended well, or not at all; other\n"
       "files that the script writes beside arg[2] come with it.\n"
       "\n"
       "What scripts print comes when each has ended. A file that fails does not stop the others; those\n"
-      "that failed are told at the end. On a terminal a line shows how far it is.\n"
-      "\n"
-      "Examples:\n"
-      "  zvk batch examples/sharpen.lua --output 'sharp/{name}.png' photos/*.jpg\n"
-      "  zvk batch examples/sharpen.lua --output 'sharp/{name}.png' --resume --jobs 8 --arg 0.8 photos/*.jpg\n"
-      "  find photos -name '*.jpg' | zvk batch mark.lua --output '{folder}/marked/{name}.png' --files-from -\n"
-      "\n"
-      "Exit codes:\n"
-      "  0  done, for every file\n"
-      "  1  a file failed, or all of it; the outputs of files that failed are as they were before\n"
-      "  2  the command line is wrong; nothing was done");
+      "that failed are told at the end. On a terminal a line shows how far it is.",
+      {"zvk batch examples/sharpen.lua --output 'sharp/{name}.png' photos/*.jpg",
+       "zvk batch examples/sharpen.lua --output 'sharp/{name}.png' --resume --jobs 8 --arg 0.8 photos/*.jpg",
+       "find photos -name '*.jpg' | zvk batch mark.lua --output '{folder}/marked/{name}.png' --files-from -"},
+      {.done = "done, for every file",
+       .workFailed = "a file failed, or all of it; the outputs of files that failed are as they were before",
+       .wrongCommandLine = kWrongAndNothingDone}));
   command.callback([request, clock] { RunBatchCommand(*request, clock); });
 }
 

@@ -1,5 +1,3 @@
-#include "standalone/zvk/commands/combine_command.h"
-
 #include <CLI/CLI.hpp>
 #include <charconv>
 #include <cstdint>
@@ -11,6 +9,8 @@
 #include "standalone/zvk/arguments/colour_argument.h"
 #include "standalone/zvk/arguments/file_arguments.h"
 #include "standalone/zvk/arguments/size_argument.h"
+#include "standalone/zvk/commands/commands.h"
+#include "standalone/zvk/help/footer.h"
 #include "standalone/zvk/images/image_io.h"
 #include "standalone/zvk/session/messages.h"
 #include "standalone/zvk/session/plugin_session.h"
@@ -172,22 +172,15 @@ void AddCombineCommand(CLI::App &program) {
   AddBackgroundOption(command, request->background);
   AddPluginOptions(command, request->plugin);
   command.footer(
-      "Without --mask, --fore and --cover IMAGE covers BASE as far as its own alpha tells, wholly if it\n"
-      "is opaque. With --mask the mask alone tells, and IMAGE's alpha counts only towards that of a\n"
-      "transparent BASE; with --fore and --cover IMAGE is laid on --background first.\n" +
-      std::string(kTransparencyHelp) +
-      "\n"
-      "\n"
-      "Examples:\n"
-      "  zvk combine photo.jpg logo.png marked.jpg --at 20,20\n"
-      "  zvk combine sea.jpg sky.jpg horizon.png --mask gradient.png\n"
-      "  zvk combine photo.jpg stencil.png stamped.jpg --fore #C00000\n"
-      "  zvk combine first.jpg second.jpg mixed.jpg --cover #808080\n"
-      "\n"
-      "Exit codes:\n"
-      "  0  done\n"
-      "  1  the work failed; OUT is as it was before\n"
-      "  2  the command line is wrong; nothing was done");
+      HelpFooter("Without --mask, --fore and --cover IMAGE covers BASE as far as its own alpha tells, wholly if it\n"
+                 "is opaque. With --mask the mask alone tells, and IMAGE's alpha counts only towards that of a\n"
+                 "transparent BASE; with --fore and --cover IMAGE is laid on --background first.\n" +
+                     std::string(kTransparencyHelp),
+                 {"zvk combine photo.jpg logo.png marked.jpg --at 20,20",
+                  "zvk combine sea.jpg sky.jpg horizon.png --mask gradient.png",
+                  "zvk combine photo.jpg stencil.png stamped.jpg --fore #C00000",
+                  "zvk combine first.jpg second.jpg mixed.jpg --cover #808080"},
+                 kOutWholeOrAsBefore));
   command.callback([request] { Combine(*request); });
 }
 

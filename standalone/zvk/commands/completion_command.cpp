@@ -1,12 +1,12 @@
-#include "standalone/zvk/commands/completion_command.h"
-
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <memory>
 #include <string>
 
 #include "standalone/zvk/arguments/value_choice.h"
+#include "standalone/zvk/commands/commands.h"
 #include "standalone/zvk/help/completion.h"
+#include "standalone/zvk/help/footer.h"
 #include "standalone/zvk/session/messages.h"
 #include "standalone/zvk/session/plugin_session.h"
 
@@ -37,18 +37,11 @@ void AddCompletionCommand(CLI::App &program) {
   NoteChoice(command.add_option("SHELL", request->shell, "bash or zsh")->required()->type_name(""), Choice::Shells);
   AddPluginOptions(command, request->plugin);
   command.footer(
-      "Completed are commands, options, the names of filters, formats and members as the plug-in has them,\n"
-      "and files. A shell reads the script by the commands below, the first of them for bash, or from the\n"
-      "place where 'cmake --install' has put it.\n"
-      "\n"
-      "Examples:\n"
-      "  source <(zvk completion bash)\n"
-      "  source <(zvk completion zsh)\n"
-      "\n"
-      "Exit codes:\n"
-      "  0  done\n"
-      "  1  the plug-in cannot be loaded\n"
-      "  2  the command line is wrong");
+      HelpFooter("Completed are commands, options, the names of filters, formats and members as the plug-in has them,\n"
+                 "and files. A shell reads the script by the commands below, the first of them for bash, or from the\n"
+                 "place where 'cmake --install' has put it.",
+                 {"source <(zvk completion bash)", "source <(zvk completion zsh)"},
+                 {.workFailed = "the plug-in cannot be loaded"}));
   command.callback([request, &program] { PrintCompletion(program, *request); });
 }
 

@@ -1,5 +1,3 @@
-#include "standalone/zvk/commands/filter_command.h"
-
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdint>
@@ -16,6 +14,8 @@
 #include "standalone/zvk/arguments/filter_forms.h"
 #include "standalone/zvk/arguments/value_choice.h"
 #include "standalone/zvk/arguments/written_values.h"
+#include "standalone/zvk/commands/commands.h"
+#include "standalone/zvk/help/footer.h"
 #include "standalone/zvk/images/image_io.h"
 #include "standalone/zvk/session/plugin_session.h"
 
@@ -163,34 +163,28 @@ void AddFilterCommand(CLI::App &program) {
   AddBackgroundOption(command, request->background);
   AddPluginOptions(command, request->plugin);
   command.footer(
-      "Values are written as --list tells:\n"
-      "  INTEGER              a whole number, or the name of a constant of the plug-in; its first\n"
-      "                       letters (matrix=Dither) get an answer that tells how it may go on\n"
-      "  INTEGER,INTEGER,...  such as 0,-1,0; nothing is an array without elements\n"
-      "  NUMBER               such as 2 or 0.75\n"
-      "  BOOLEAN              true or false\n"
-      "  #RRGGBB              a colour, such as #FF8000\n"
-      "  FILE                 an image file, whatever its name\n"
-      "Of several forms of a filter the names that are given decide.\n" +
-      std::string(kTransparencyHelp) +
-      "\n"
-      "Filters leave alpha alone or treat it as one more colour. A FILE is taken with alpha if IN has\n"
-      "transparent pixels, else without.\n"
-      "\n"
-      "Examples:\n"
-      "  zvk filter OilFilter photo.jpg oil.jpg levels=16 range=4\n"
-      "  zvk filter GammaFilter photo.jpg bright.jpg gamma=1.8\n"
-      "  zvk filter GammaFilter photo.jpg warm.jpg redGamma=1.3 greenGamma=1.1 blueGamma=0.9\n"
-      "  zvk filter ApplyMatrix photo.jpg sharp.jpg MatrixDimension=3 matrix=0,-1,0,-1,5,-1,0,-1,0\n"
-      "  zvk filter DitherFilter photo.jpg dots.png matrix=DitherOrdered8x8Matrix levels=4\n"
-      "  zvk filter DiffuseFilter photo.jpg grain.jpg level=3 --seed 7\n"
-      "  zvk filter BoxBlurFilter photo.jpg soft.png Radius=3\n"
-      "  zvk filter UnsharpFilter photo.jpg crisp.jpg origpixels=soft.png Amount=0.3 Threshold=4\n"
-      "\n"
-      "Exit codes:\n"
-      "  0  done\n"
-      "  1  the work failed; OUT is as it was before\n"
-      "  2  the command line is wrong; nothing was done");
+      HelpFooter("Values are written as --list tells:\n"
+                 "  INTEGER              a whole number, or the name of a constant of the plug-in; its first\n"
+                 "                       letters (matrix=Dither) get an answer that tells how it may go on\n"
+                 "  INTEGER,INTEGER,...  such as 0,-1,0; nothing is an array without elements\n"
+                 "  NUMBER               such as 2 or 0.75\n"
+                 "  BOOLEAN              true or false\n"
+                 "  #RRGGBB              a colour, such as #FF8000\n"
+                 "  FILE                 an image file, whatever its name\n"
+                 "Of several forms of a filter the names that are given decide.\n" +
+                     std::string(kTransparencyHelp) +
+                     "\n"
+                     "Filters leave alpha alone or treat it as one more colour. A FILE is taken with alpha if IN has\n"
+                     "transparent pixels, else without.",
+                 {"zvk filter OilFilter photo.jpg oil.jpg levels=16 range=4",
+                  "zvk filter GammaFilter photo.jpg bright.jpg gamma=1.8",
+                  "zvk filter GammaFilter photo.jpg warm.jpg redGamma=1.3 greenGamma=1.1 blueGamma=0.9",
+                  "zvk filter ApplyMatrix photo.jpg sharp.jpg MatrixDimension=3 matrix=0,-1,0,-1,5,-1,0,-1,0",
+                  "zvk filter DitherFilter photo.jpg dots.png matrix=DitherOrdered8x8Matrix levels=4",
+                  "zvk filter DiffuseFilter photo.jpg grain.jpg level=3 --seed 7",
+                  "zvk filter BoxBlurFilter photo.jpg soft.png Radius=3",
+                  "zvk filter UnsharpFilter photo.jpg crisp.jpg origpixels=soft.png Amount=0.3 Threshold=4"},
+                 kOutWholeOrAsBefore));
   command.callback([request] { Filter(*request); });
 }
 

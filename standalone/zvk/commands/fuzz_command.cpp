@@ -1,11 +1,11 @@
-#include "standalone/zvk/commands/fuzz_command.h"
-
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <iostream>
 #include <memory>
 
 #include "standalone/fuzz/fuzzer.h"
+#include "standalone/zvk/commands/commands.h"
+#include "standalone/zvk/help/footer.h"
 #include "standalone/zvk/session/plugin_session.h"
 
 namespace standalone {
@@ -44,17 +44,10 @@ void AddFuzzCommand(CLI::App &program) {
   command.add_flag("--trace", request->isTraced, "Print each call before it is made");
   AddPluginOptions(command, request->plugin);
   command.footer(
-      "The same seed makes the same calls. Whatever they are, no call may end the program, touch a byte\n"
-      "outside its images, or keep a reference. What is found is told with the case, to be repeated.\n"
-      "\n"
-      "Examples:\n"
-      "  zvk fuzz --calls 1000000 --seed 7\n"
-      "  zvk fuzz --seed 7 --case 112 --trace\n"
-      "\n"
-      "Exit codes:\n"
-      "  0  nothing wrong\n"
-      "  1  something was found\n"
-      "  2  the command line is wrong");
+      HelpFooter("The same seed makes the same calls. Whatever they are, no call may end the program, touch a byte\n"
+                 "outside its images, or keep a reference. What is found is told with the case, to be repeated.",
+                 {"zvk fuzz --calls 1000000 --seed 7", "zvk fuzz --seed 7 --case 112 --trace"},
+                 {.done = "nothing wrong", .workFailed = "something was found"}));
   command.callback([request] { RunFuzz(*request); });
 }
 

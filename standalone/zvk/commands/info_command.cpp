@@ -1,5 +1,3 @@
-#include "standalone/zvk/commands/info_command.h"
-
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
@@ -15,6 +13,8 @@
 #include "standalone/runtime/picture.h"
 #include "standalone/zvk/arguments/file_arguments.h"
 #include "standalone/zvk/arguments/size_argument.h"
+#include "standalone/zvk/commands/commands.h"
+#include "standalone/zvk/help/footer.h"
 #include "standalone/zvk/session/messages.h"
 #include "standalone/zvk/session/plugin_session.h"
 
@@ -115,20 +115,12 @@ void AddInfoCommand(CLI::App &program) {
   AddOrientOption(command, request->orient);
   AddPluginOptions(command, request->plugin);
   command.footer(
-      "Prints the size of the upright picture, the orientation of the stored one if that is another,\n"
-      "the kind of file, the pixel format that fits it, and how many bytes an image of that format\n"
-      "takes: in memory, in a file (as with 'zvk scale --in-file') and over a host picture, which has\n"
-      "4 bytes a pixel whatever the format. Of large PNG, JPEG and TIFF files only the beginning is\n"
-      "read.\n"
-      "\n"
-      "Examples:\n"
-      "  zvk info photo.jpg\n"
-      "  zvk info satellite.tif\n"
-      "\n"
-      "Exit codes:\n"
-      "  0  done\n"
-      "  1  IN cannot be read\n"
-      "  2  the command line is wrong");
+      HelpFooter("Prints the size of the upright picture, the orientation of the stored one if that is another,\n"
+                 "the kind of file, the pixel format that fits it, and how many bytes an image of that format\n"
+                 "takes: in memory, in a file (as with 'zvk scale --in-file') and over a host picture, which has\n"
+                 "4 bytes a pixel whatever the format. Of large PNG, JPEG and TIFF files only the beginning is\n"
+                 "read.",
+                 {"zvk info photo.jpg", "zvk info satellite.tif"}, {.workFailed = "IN cannot be read"}));
   command.callback([request] { Info(*request); });
 }
 

@@ -1,5 +1,3 @@
-#include "standalone/zvk/commands/methods_command.h"
-
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <memory>
@@ -8,7 +6,9 @@
 
 #include "standalone/binding/class_binding.h"
 #include "standalone/zvk/arguments/value_choice.h"
+#include "standalone/zvk/commands/commands.h"
 #include "standalone/zvk/help/class_members.h"
+#include "standalone/zvk/help/footer.h"
 #include "standalone/zvk/session/messages.h"
 #include "standalone/zvk/session/plugin_session.h"
 
@@ -65,17 +65,9 @@ void AddMethodsCommand(CLI::App &program) {
       Choice::Members);
   AddPluginOptions(command, request->plugin);
   command.footer(
-      "Prints the plug-in's classes as it has registered them, and the members of the host's own classes\n"
-      "that scripts of 'zvk run' have. Names are taken in any case.\n"
-      "\n"
-      "Examples:\n"
-      "  zvk methods PictureZVK\n"
-      "  zvk methods Scale\n"
-      "\n"
-      "Exit codes:\n"
-      "  0  done\n"
-      "  1  the plug-in cannot be loaded\n"
-      "  2  the command line is wrong");
+      HelpFooter("Prints the plug-in's classes as it has registered them, and the members of the host's own classes\n"
+                 "that scripts of 'zvk run' have. Names are taken in any case.",
+                 {"zvk methods PictureZVK", "zvk methods Scale"}, {.workFailed = "the plug-in cannot be loaded"}));
   command.callback([request] { PrintMethods(*request); });
 }
 

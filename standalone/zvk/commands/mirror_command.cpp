@@ -1,5 +1,3 @@
-#include "standalone/zvk/commands/mirror_command.h"
-
 #include <CLI/CLI.hpp>
 #include <cstdint>
 #include <memory>
@@ -9,6 +7,8 @@
 #include "standalone/zvk/arguments/file_arguments.h"
 #include "standalone/zvk/arguments/mirror_direction.h"
 #include "standalone/zvk/arguments/value_choice.h"
+#include "standalone/zvk/commands/commands.h"
+#include "standalone/zvk/help/footer.h"
 #include "standalone/zvk/images/image_io.h"
 #include "standalone/zvk/session/messages.h"
 #include "standalone/zvk/session/plugin_session.h"
@@ -49,17 +49,9 @@ void AddMirrorCommand(CLI::App &program) {
   AddOrientOption(command, request->orient);
   AddBackgroundOption(command, request->background);
   AddPluginOptions(command, request->plugin);
-  command.footer(std::string(kTransparencyHelp) +
-                 "\n"
-                 "\n"
-                 "Examples:\n"
-                 "  zvk mirror photo.jpg mirrored.jpg h\n"
-                 "  zvk mirror logo.png upside_down.png v\n"
-                 "\n"
-                 "Exit codes:\n"
-                 "  0  done\n"
-                 "  1  the work failed; OUT is as it was before\n"
-                 "  2  the command line is wrong; nothing was done");
+  command.footer(HelpFooter(kTransparencyHelp,
+                            {"zvk mirror photo.jpg mirrored.jpg h", "zvk mirror logo.png upside_down.png v"},
+                            kOutWholeOrAsBefore));
   command.callback([request] { Mirror(*request); });
 }
 

@@ -1,5 +1,3 @@
-#include "standalone/zvk/commands/rotate_command.h"
-
 #include <CLI/CLI.hpp>
 #include <charconv>
 #include <cmath>
@@ -13,6 +11,8 @@
 #include "standalone/zvk/arguments/colour_argument.h"
 #include "standalone/zvk/arguments/file_arguments.h"
 #include "standalone/zvk/arguments/value_choice.h"
+#include "standalone/zvk/commands/commands.h"
+#include "standalone/zvk/help/footer.h"
 #include "standalone/zvk/images/image_io.h"
 #include "standalone/zvk/session/messages.h"
 #include "standalone/zvk/session/plugin_session.h"
@@ -97,19 +97,11 @@ void AddRotateCommand(CLI::App &program) {
                   "(opaque, if it is left out)\n[default: #FFFFFF, clear if IN has transparent pixels]")
       ->type_name("#RRGGBB[AA]");
   AddPluginOptions(command, request->plugin);
-  command.footer("The result is as large as the turned picture needs.\n" + std::string(kTransparencyHelp) +
-                 "\n"
-                 "\n"
-                 "Examples:\n"
-                 "  zvk rotate photo.jpg upright.jpg 90\n"
-                 "  zvk rotate scan.png straight.png -1.5\n"
-                 "  zvk rotate photo.jpg tilted.jpg 10 --background #202020\n"
-                 "  zvk rotate photo.jpg tilted.png 10 --background #FFFFFF00\n"
-                 "\n"
-                 "Exit codes:\n"
-                 "  0  done\n"
-                 "  1  the work failed; OUT is as it was before\n"
-                 "  2  the command line is wrong; nothing was done");
+  command.footer(HelpFooter("The result is as large as the turned picture needs.\n" + std::string(kTransparencyHelp),
+                            {"zvk rotate photo.jpg upright.jpg 90", "zvk rotate scan.png straight.png -1.5",
+                             "zvk rotate photo.jpg tilted.jpg 10 --background #202020",
+                             "zvk rotate photo.jpg tilted.png 10 --background #FFFFFF00"},
+                            kOutWholeOrAsBefore));
   command.callback([request] { Rotate(*request); });
 }
 

@@ -1,5 +1,3 @@
-#include "standalone/zvk/commands/run_command.h"
-
 #include <CLI/CLI.hpp>
 #include <cstdlib>
 #include <filesystem>
@@ -13,6 +11,8 @@
 #include "standalone/lua/script.h"
 #include "standalone/runtime/host_state.h"
 #include "standalone/zvk/arguments/file_arguments.h"
+#include "standalone/zvk/commands/commands.h"
+#include "standalone/zvk/help/footer.h"
 #include "standalone/zvk/session/messages.h"
 #include "standalone/zvk/session/plugin_session.h"
 
@@ -63,7 +63,7 @@ void AddRunCommand(CLI::App &program) {
   command.add_option("--seed", request->seed, "Make what is random the same in each run")->type_name("N");
   AddOrientOption(command, request->orient);
   AddPluginOptions(command, request->plugin);
-  command.footer(
+  command.footer(HelpFooter(
       "zvk run [OPTIONS] SCRIPT.lua [ARG ...]\n"
       "zvk run [OPTIONS] -e CODE [ARG ...]\n"
       "\n"
@@ -74,16 +74,10 @@ void AddRunCommand(CLI::App &program) {
       "  image.YieldTicks = 2                                      read and set properties\n"
       "  image:SetRow(3, image:Row(4))                             assign to a method: Set before its name\n"
       "  picture = Picture.Open(\"in.png\")                          a picture of the host, from a file\n"
-      "  image:CopyPicture():Save(\"out.png\")                       and into one\n"
-      "\n"
-      "Examples:\n"
-      "  zvk run examples/thumbnails.lua examples build/thumbnails\n"
-      "  zvk run -e 'print(PictureZVK.CalculateMemory(60000, 60000, PictureZVK.ImageFormatRGB))'\n"
-      "\n"
-      "Exit codes:\n"
-      "  0  done\n"
-      "  1  the script failed\n"
-      "  2  the command line is wrong");
+      "  image:CopyPicture():Save(\"out.png\")                       and into one",
+      {"zvk run examples/thumbnails.lua examples build/thumbnails",
+       "zvk run -e 'print(PictureZVK.CalculateMemory(60000, 60000, PictureZVK.ImageFormatRGB))'"},
+      {.workFailed = "the script failed"}));
   command.callback([request, &command] { RunScript(*request, command.remaining()); });
 }
 

@@ -1,5 +1,3 @@
-#include "standalone/zvk/commands/scale_command.h"
-
 #include <CLI/CLI.hpp>
 #include <charconv>
 #include <cstdint>
@@ -14,6 +12,8 @@
 #include "standalone/zvk/arguments/file_arguments.h"
 #include "standalone/zvk/arguments/size_argument.h"
 #include "standalone/zvk/arguments/value_choice.h"
+#include "standalone/zvk/commands/commands.h"
+#include "standalone/zvk/help/footer.h"
 #include "standalone/zvk/images/image_io.h"
 #include "standalone/zvk/images/scale_in_files.h"
 #include "standalone/zvk/images/scale_job.h"
@@ -186,29 +186,20 @@ void AddScaleCommand(CLI::App &program, const ProgressLine::Clock &clock) {
   AddOrientOption(command, request->orient);
   AddBackgroundOption(command, request->background);
   AddPluginOptions(command, request->plugin);
-  command.footer(
+  command.footer(HelpFooter(
       "Names of filters and formats are taken in any case. The plug-in's other formats, CMYK and\n"
       "the like, are refused, as it does not scale colours into them.\n" +
-      std::string(kTransparencyHelp) +
-      "\n"
-      "On a terminal a progress line shows the elapsed time of work over a second. Temporary files are\n"
-      "in the folder TMPDIR, else in /tmp, and are gone afterwards, also if the work failed; they take\n"
-      "3 bytes (4 with alpha) for each pixel of IN (twice while it is turned by 90 degrees) and OUT, and\n"
-      "4 for each of WIDTH by the height of IN.\n"
-      "\n"
-      "Examples:\n"
-      "  zvk scale photo.jpg small.jpg 640x480\n"
-      "  zvk scale photo.jpg wide.png 1920x --filter mitchell\n"
-      "  zvk scale photo.jpg gray.png x300 --format G\n"
-      "  zvk scale photo.jpg photo.jpg 50x50 --filter box --leaks\n"
-      "  zvk scale photo.jpg large.png 9000x --filter lanczos8 --threads 0\n"
-      "  zvk scale photo.jpg preview.png 200x --fast\n"
-      "  zvk scale satellite.tif overview.png 6000x --in-file\n"
-      "\n"
-      "Exit codes:\n"
-      "  0  done\n"
-      "  1  the work failed; OUT is as it was before\n"
-      "  2  the command line is wrong; nothing was done");
+          std::string(kTransparencyHelp) +
+          "\n"
+          "On a terminal a progress line shows the elapsed time of work over a second. Temporary files are\n"
+          "in the folder TMPDIR, else in /tmp, and are gone afterwards, also if the work failed; they take\n"
+          "3 bytes (4 with alpha) for each pixel of IN (twice while it is turned by 90 degrees) and OUT, and\n"
+          "4 for each of WIDTH by the height of IN.",
+      {"zvk scale photo.jpg small.jpg 640x480", "zvk scale photo.jpg wide.png 1920x --filter mitchell",
+       "zvk scale photo.jpg gray.png x300 --format G", "zvk scale photo.jpg photo.jpg 50x50 --filter box --leaks",
+       "zvk scale photo.jpg large.png 9000x --filter lanczos8 --threads 0",
+       "zvk scale photo.jpg preview.png 200x --fast", "zvk scale satellite.tif overview.png 6000x --in-file"},
+      kOutWholeOrAsBefore));
   command.callback([request, clock] { Scale(*request, clock); });
 }
 

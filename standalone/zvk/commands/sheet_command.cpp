@@ -1,5 +1,3 @@
-#include "standalone/zvk/commands/sheet_command.h"
-
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
@@ -13,6 +11,8 @@
 #include "standalone/gd/drawing.h"
 #include "standalone/zvk/arguments/file_arguments.h"
 #include "standalone/zvk/arguments/size_argument.h"
+#include "standalone/zvk/commands/commands.h"
+#include "standalone/zvk/help/footer.h"
 #include "standalone/zvk/images/image_io.h"
 #include "standalone/zvk/session/plugin_session.h"
 
@@ -145,18 +145,11 @@ void AddSheetCommand(CLI::App &program) {
       ->type_name("N");
   AddOrientOption(command, request->orient);
   AddPluginOptions(command, request->plugin);
-  command.footer(
+  command.footer(HelpFooter(
       "The name under a picture is that of its file, without folder and extension. Transparent\n"
-      "pixels are laid on the white of the sheet.\n"
-      "\n"
-      "Examples:\n"
-      "  zvk sheet album.png photos/*.jpg\n"
-      "  zvk sheet strip.jpg one.png two.png three.png --columns 3 --size 240\n"
-      "\n"
-      "Exit codes:\n"
-      "  0  done\n"
-      "  1  the work failed; OUT is as it was before\n"
-      "  2  the command line is wrong; nothing was done");
+      "pixels are laid on the white of the sheet.",
+      {"zvk sheet album.png photos/*.jpg", "zvk sheet strip.jpg one.png two.png three.png --columns 3 --size 240"},
+      kOutWholeOrAsBefore));
   command.callback([request] { Sheet(*request); });
 }
 

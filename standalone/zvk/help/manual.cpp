@@ -7,11 +7,12 @@
 #include <vector>
 
 #include "standalone/zvk/help/command_line.h"
+#include "standalone/zvk/help/footer.h"
 
 namespace standalone {
 namespace {
 
-using Lines = std::vector<std::string>;
+using Lines = FooterLines::Lines;
 
 // --- the language of man(7) ---
 
@@ -85,38 +86,7 @@ std::string Sentence(std::string text) {
   return Text(text + ".");
 }
 
-// --- what the footer of a command's help has ---
-
-struct Footer {
-  std::vector<Lines> paragraphs;  // without the two that follow
-  Lines examples;
-  Lines exitCodes;  // "0  done"
-};
-
-Footer ReadFooter(const std::string &text) {
-  std::vector<Lines> paragraphs(1);
-  std::istringstream lines(text);
-  for (std::string line; std::getline(lines, line);) {
-    if (!line.empty()) {
-      paragraphs.back().push_back(line);
-    } else if (!paragraphs.back().empty()) {
-      paragraphs.emplace_back();
-    }
-  }
-  Footer footer;
-  for (Lines &paragraph : paragraphs) {
-    const std::string head = paragraph.empty() ? "" : paragraph.front();
-    Lines *const list = head == "Examples:" ? &footer.examples : head == "Exit codes:" ? &footer.exitCodes : nullptr;
-    if (list == nullptr) {
-      footer.paragraphs.push_back(std::move(paragraph));
-      continue;
-    }
-    for (size_t i = 1; i < paragraph.size(); ++i) {
-      list->push_back(paragraph[i].substr(std::min(paragraph[i].find_first_not_of(' '), paragraph[i].size())));
-    }
-  }
-  return footer;
-}
+// --- paragraphs of help ---
 
 // Lines of a list, and command lines, stay lines; others become running text.
 void AddParagraph(std::string &page, const Lines &paragraph) {

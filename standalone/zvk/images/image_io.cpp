@@ -14,10 +14,6 @@
 
 namespace standalone {
 
-const char kTransparencyHelp[] =
-    "Transparent pixels of a file stay so. Alpha has 8 bits in PNG and TIFF files and 7 bits in WebP;\n"
-    "where OUT has none, pixels are laid on --background.";
-
 namespace {
 
 constexpr size_t kPixelBytes = 4;

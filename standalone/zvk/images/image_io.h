@@ -15,9 +15,6 @@
 
 namespace standalone {
 
-// What a command's help says about files with transparent pixels.
-extern const char kTransparencyHelp[];
-
 // The picture in the file, 8 bits a channel. If all of it is opaque, it is an image over a host picture, of red, green
 // and blue without alpha. Else it is one of ImageFormatRGBA, in memory, whose alpha is 255 where the file is opaque.
 // Alpha of PNG and TIFF files comes with all its bits, of others with the 7 that the GD library has. The image is

@@ -7,8 +7,8 @@
 
 namespace standalone {
 
-// The command line itself is wrong: exit code 2. Any other std::exception is work that failed: exit code 1. The message
-// is one line that names what is wrong and the way out.
+// The command line itself is wrong. Any other std::exception is work that failed. The message is one line that names
+// what is wrong and the way out.
 class UsageError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;

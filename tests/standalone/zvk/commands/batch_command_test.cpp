@@ -1,5 +1,3 @@
-#include "standalone/zvk/commands/batch_command.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -9,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "standalone/zvk/commands/commands.h"
 #include "tests/standalone/files/exif_testing.h"
 #include "tests/standalone/zvk/zvk_program.h"
 

@@ -1,11 +1,10 @@
-#include "standalone/zvk/commands/info_command.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <string>
 
+#include "standalone/zvk/commands/commands.h"
 #include "tests/standalone/zvk/zvk_program.h"
 
 namespace standalone {
