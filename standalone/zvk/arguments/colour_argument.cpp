@@ -2,23 +2,20 @@
 
 #include <CLI/CLI.hpp>
 #include <array>
-#include <charconv>
 #include <cstdio>
-#include <system_error>
 
+#include "standalone/zvk/arguments/numbers.h"
 #include "standalone/zvk/session/messages.h"
 
 namespace standalone {
 
 std::optional<ColourArgument> ReadColour(std::string_view text) {
   constexpr size_t kPlain = 7, kWithAlpha = 9;
-  uint32_t number = 0;
-  const char *const end = text.data() + text.size();
   if ((text.size() != kPlain && text.size() != kWithAlpha) || text[0] != '#') return std::nullopt;
-  const std::from_chars_result read = std::from_chars(text.data() + 1, end, number, 16);
-  if (read.ec != std::errc() || read.ptr != end) return std::nullopt;
-  if (text.size() == kPlain) return ColourArgument{number, std::nullopt};
-  return ColourArgument{number >> 8, static_cast<uint8_t>(number)};
+  const std::optional<uint32_t> number = ReadNumber<uint32_t>(text.substr(1), 16);
+  if (!number) return std::nullopt;
+  if (text.size() == kPlain) return ColourArgument{*number, std::nullopt};
+  return ColourArgument{*number >> 8, static_cast<uint8_t>(*number)};
 }
 
 ColourArgument ParseColour(std::string_view option, std::string_view text, bool mayHaveAlpha) {

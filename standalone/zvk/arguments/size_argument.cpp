@@ -1,11 +1,10 @@
 #include "standalone/zvk/arguments/size_argument.h"
 
 #include <algorithm>
-#include <charconv>
 #include <stdexcept>
 #include <string>
-#include <system_error>
 
+#include "standalone/zvk/arguments/numbers.h"
 #include "standalone/zvk/session/messages.h"
 
 namespace standalone {
@@ -18,8 +17,8 @@ namespace {
 // One side of digits; empty for none. `text` is the whole argument, for messages.
 std::optional<int32_t> ParseSide(std::string_view digits, std::string_view text, int32_t largestSide) {
   if (digits.empty()) return std::nullopt;
-  int32_t side = 0;
-  if (std::from_chars(digits.data(), digits.data() + digits.size(), side).ec != std::errc()) {
+  const std::optional<int32_t> side = ReadNumber<int32_t>(digits);
+  if (!side) {
     Fail(text, "is too large; a picture has at most " + std::to_string(largestSide) + " pixels each way");
   }
   if (side == 0) Fail(text, "has a side of 0; width and height start at 1");

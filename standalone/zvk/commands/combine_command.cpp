@@ -1,13 +1,15 @@
 #include <CLI/CLI.hpp>
-#include <charconv>
+#include <algorithm>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
-#include <system_error>
+#include <string_view>
 
 #include "standalone/zvk/arguments/colour_argument.h"
 #include "standalone/zvk/arguments/file_arguments.h"
+#include "standalone/zvk/arguments/numbers.h"
 #include "standalone/zvk/arguments/size_argument.h"
 #include "standalone/zvk/commands/commands.h"
 #include "standalone/zvk/help/footer.h"
@@ -40,15 +42,14 @@ struct Place {
 };
 
 Place ParsePlace(const std::string &text) {
-  Place place = {};
-  const char *const end = text.data() + text.size();
-  const std::from_chars_result x = std::from_chars(text.data(), end, place.x);
-  const bool hasComma = x.ec == std::errc() && x.ptr != end && *x.ptr == ',';
-  const std::from_chars_result y = hasComma ? std::from_chars(x.ptr + 1, end, place.y) : x;
-  if (!hasComma || y.ec != std::errc() || y.ptr != end) {
+  const std::string_view words = text;
+  const size_t comma = std::min(words.find(','), words.size());
+  const std::optional<int32_t> x = ReadNumber<int32_t>(words.substr(0, comma));
+  const std::optional<int32_t> y = ReadNumber<int32_t>(words.substr(std::min(comma + 1, words.size())));
+  if (!x || !y) {
     throw UsageError("--at '" + text + "' is not understood; write X,Y in pixels, as in 10,-20");
   }
-  return place;
+  return {*x, *y};
 }
 
 int32_t ParseColourOrNone(const char *option, const std::string &text) {

@@ -1,15 +1,14 @@
 #include <CLI/CLI.hpp>
-#include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
-#include <system_error>
 
 #include "standalone/zvk/arguments/colour_argument.h"
 #include "standalone/zvk/arguments/file_arguments.h"
+#include "standalone/zvk/arguments/numbers.h"
 #include "standalone/zvk/arguments/value_choice.h"
 #include "standalone/zvk/commands/commands.h"
 #include "standalone/zvk/help/footer.h"
@@ -34,13 +33,11 @@ struct RotateRequest {
 
 // Less than a full turn either way.
 double ParseAngle(const std::string &text) {
-  double degrees = 0;
-  const char *const end = text.data() + text.size();
-  const std::from_chars_result read = std::from_chars(text.data(), end, degrees);
-  if (read.ec != std::errc() || read.ptr != end || !std::isfinite(degrees)) {
+  const std::optional<double> degrees = ReadNumber<double>(text);
+  if (!degrees || !std::isfinite(*degrees)) {
     throw UsageError("angle '" + text + "' is not understood; write degrees, as in 90 or -12.5");
   }
-  return std::fmod(degrees, 360);
+  return std::fmod(*degrees, 360);
 }
 
 ColourArgument BackgroundOf(const RotateRequest &request) {

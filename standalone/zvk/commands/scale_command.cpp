@@ -1,15 +1,14 @@
 #include <CLI/CLI.hpp>
-#include <charconv>
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
-#include <system_error>
 
 #include "standalone/rows/row_reader.h"
 #include "standalone/rows/row_writer.h"
 #include "standalone/zvk/arguments/file_arguments.h"
+#include "standalone/zvk/arguments/numbers.h"
 #include "standalone/zvk/arguments/size_argument.h"
 #include "standalone/zvk/arguments/value_choice.h"
 #include "standalone/zvk/commands/commands.h"
@@ -81,19 +80,6 @@ void ScaleInMemory(PluginSession &session, const ScaleJob &job) {
                           [&](const PluginSession::MoveProgress &) { ScaleImage(original, result, job); });
   original = nullptr;  // its memory is free when the result becomes a picture
   SaveImage(result, job.output, job.background, alpha);
-}
-
-// `what` the text is for and `number` are words of the message for a text that is not one from `least` to `most`.
-int32_t ParseNumber(const std::string &text, const std::string &what, const std::string &number, int32_t least,
-                    int32_t most) {
-  int32_t value = 0;
-  const char *const end = text.data() + text.size();
-  const std::from_chars_result read = std::from_chars(text.data(), end, value);
-  if (read.ec != std::errc() || read.ptr != end || value < least || value > most) {
-    throw UsageError(what + " '" + text + "' is not understood; write a " + number + " from " + std::to_string(least) +
-                     " to " + std::to_string(most));
-  }
-  return value;
 }
 
 void RefuseOutput(const ScaleRequest &request) {
