@@ -9,7 +9,6 @@
 #include "bench/bench_host.h"
 #include "image/image_formats.h"
 #include "scaling/scale_engine.h"
-#include "scaling/scale_threads.h"
 #include "tests/support/naive_scale.h"
 
 namespace zvk::bench {

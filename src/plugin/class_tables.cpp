@@ -41,7 +41,6 @@
 #include "plugin/registration.h"
 #include "scaling/fast_scale.h"
 #include "scaling/scale_engine.h"
-#include "scaling/scale_threads.h"
 
 namespace zvk::plugin {
 

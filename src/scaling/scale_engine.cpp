@@ -1,48 +1,181 @@
 #include "scaling/scale_engine.h"
 
-#include <iterator>
+#include <algorithm>
+#include <optional>
 
+#include "host/resources.h"
+#include "image/image_factory.h"
+#include "image/image_record.h"
+#include "image/pixel_work.h"
 #include "scaling/scale_filters.h"
-#include "scaling/scale_frame.h"
+#include "scaling/scale_pairs.h"
+#include "scaling/scale_passes.h"
+#include "scaling/scale_taps.h"
+#include "scaling/thread_runner.h"
+#include "scaling/thread_workers.h"
+#include "scaling/watched_image.h"
 
 namespace zvk::scaling {
 
-uint8_t trianglePictureScale(REALobject dest, REALobject source, REALobject temp, int32_t width, int32_t height) {
-  return ScalePicture(kTriangleFilter, dest, {}, source, temp, width, height);
+namespace {
+
+// What is asked for. The images are watched from before the host first has time.
+struct Request {
+  const ScaleFilter &filter;
+  const WatchedImage &dest;
+  const WatchedImage &source;
+  int32_t width;
+  int32_t height;
+  std::optional<int32_t> threads;  // empty: the calling thread, with time for the host after each list and row
+};
+
+// --- from a temp image on ---
+
+// The passes as they are compiled for a pair.
+struct PairPasses {
+  const ScalePair *pair;
+  void (*horizontal)(const ScaleJob &job, const ScaleRows &rows, double rounding);
+  void (*vertical)(const ScaleJob &job, const ScaleRows &rows);
+  RowWorker horizontalWorker;
+  RowWorker verticalWorker;
+};
+
+// True if an image can be worked on; it is then given time.
+bool IsReady(ImageClassData &image) {
+  if (!IsUsable(image)) return false;
+  YieldOn(image);
+  return true;
 }
 
-uint8_t boxPictureScale(REALobject dest, REALobject source, REALobject temp, int32_t width, int32_t height) {
-  return ScalePicture(kBoxFilter, dest, {}, source, temp, width, height);
+// A pass on threads, for which everyone waits who would take the pixels of its images away.
+void RunOnThreads(int32_t threads, int32_t rowCount, const ScaleJob &job, const ImageClassData &read,
+                  const ImageClassData &written, RowWorker worker) {
+  const PixelWork work(read, written, AwaitThreads, &job);
+  RunThreads(threads, rowCount, &job, worker);
 }
 
-uint8_t lanczos3PictureScale(REALobject dest, REALobject source, REALobject temp, int32_t width, int32_t height) {
-  return ScalePicture(kLanczos3Filter, dest, {}, source, temp, width, height);
+bool RunPasses(const PairPasses &passes, const Request &request, const WatchedImage &watchedTemp) {
+  const auto [filter, watchedDest, watchedSource, width, height, threads] = request;
+  ImageClassData &dest = watchedDest.Record();
+  ImageClassData &source = watchedSource.Record();
+  ImageClassData &temp = watchedTemp.Record();
+  if (!temp.Valid || !dest.Valid || !source.Valid) return false;
+  if (!IsReady(source) || !IsReady(dest) || !IsReady(temp)) return false;
+
+  // A source without columns makes this infinite, and all windows empty.
+  const double xscale = static_cast<double>(width) / source.Width;
+  const double yscale = static_cast<double>(height) / source.Height;
+  // With threads the host gets time in RunThreads alone, not while a table is built.
+  ImageClassData *const yieldImage = threads ? nullptr : &dest;
+
+  ScaleTapTable table;
+  const int32_t sourceColumns = source.Width;
+  if (!table.Build(filter, kHorizontalAxis, width, xscale, sourceColumns, yieldImage)) return false;
+  ScaleJob job{&source, &dest, height, width, &temp, table.Lists()};
+  const int32_t sourceRows = std::min(watchedSource.RowsOf(sourceColumns, ColumnSize(source, passes.pair->SampleSize)),
+                                      watchedTemp.RowsOf(width, passes.pair->Stride));
+  if (threads) {
+    RunOnThreads(*threads, sourceRows, job, source, temp, passes.horizontalWorker);
+  } else {
+    // A source that grows in a yield is read to its new end, unless something has been left out already.
+    passes.horizontal(job, {0, sourceRows < source.Height ? sourceRows : source.Height, yieldImage}, kRoundToNearest);
+  }
+
+  // A temp image of more rows than the source gives taps on rows that the horizontal pass has not written.
+  if (!table.Build(filter, kVerticalAxis, height, yscale, temp.Height, yieldImage)) return false;
+  job.Table = table.Lists();
+  const bool hasTemp = watchedTemp.RowsOf(width, passes.pair->Stride) > 0;
+  const int32_t destRows =
+      hasTemp ? std::min(height, watchedDest.RowsOf(width, ColumnSize(dest, passes.pair->SampleSize))) : 0;
+  if (threads) {
+    RunOnThreads(*threads, destRows, job, temp, dest, passes.verticalWorker);
+  } else {
+    passes.vertical(job, {0, destRows, yieldImage});
+  }
+  return true;
 }
 
-uint8_t lanczos8PictureScale(REALobject dest, REALobject source, REALobject temp, int32_t width, int32_t height) {
-  return ScalePicture(kLanczos8Filter, dest, {}, source, temp, width, height);
+// --- pairs ---
+
+template <const ScalePair &Pair>
+constexpr PairPasses kPassesOf{&Pair, HorizontalPass<Pair>, VerticalPass<Pair>, HorizontalWorker<Pair>,
+                               VerticalWorker<Pair>};
+
+constexpr PairPasses kPairs[] = {
+    kPassesOf<CMYKA_to_CMYKA>, kPassesOf<CMYKA_to_GA>, kPassesOf<RGBA_to_RGBA>, kPassesOf<RGBA_to_GA>,
+    kPassesOf<GA_to_CMYKA>,    kPassesOf<GA_to_RGBA>,  kPassesOf<GA_to_GA>,     kPassesOf<G16_to_G16>,
+    kPassesOf<CMYK_to_CMYK>,   kPassesOf<CMYK_to_G>,   kPassesOf<RGB_to_RGB>,   kPassesOf<RGB_to_G>,
+    kPassesOf<G_to_CMYK>,      kPassesOf<G_to_RGB>,    kPassesOf<G_to_G>,
+};
+
+// The passes for two images; nil where nothing is converted.
+const PairPasses *FindPasses(const ImageClassData &source, const ImageClassData &dest) {
+  const ScalePair *pair = FindScalePair(source, dest);
+  if (pair == nullptr) return nullptr;
+  return std::ranges::find(kPairs, pair, &PairPasses::pair);
 }
 
-uint8_t mitchellPictureScale(REALobject dest, REALobject source, REALobject temp, int32_t width, int32_t height) {
-  return ScalePicture(kMitchellFilter, dest, {}, source, temp, width, height);
+// By way of a temp image, wherever that has come from.
+bool ScaleThrough(const Request &request, const WatchedImage &temp) {
+  const ImageClassData &dest = request.dest.Record(), &source = request.source.Record();
+  if (!temp.Record().Valid || !dest.Valid || !source.Valid) return false;
+  const PairPasses *passes = FindPasses(source, dest);
+  return passes != nullptr && RunPasses(*passes, request, temp);
 }
 
-uint8_t poly3PictureScale(REALobject dest, REALobject source, REALobject temp, int32_t width, int32_t height) {
-  return ScalePicture(kPoly3Filter, dest, {}, source, temp, width, height);
+// By way of a temp image from the source's factories.
+bool ScaleThroughNew(const Request &request) {
+  const ImageClassData &dest = request.dest.Record(), &source = request.source.Record();
+  for (;;) {
+    if (!dest.Valid || !source.Valid) return false;
+    const PairPasses *passes = FindPasses(source, dest);
+    if (passes == nullptr) return false;
+
+    const int32_t format = passes->pair->ScaleTempFormat;
+    const int32_t tempRows = source.Height;
+    const ObjectReference created = CreatePicture(&source, request.width, tempRows, format);
+    if (!created) return false;
+    const WatchedImage watchedTemp(*RecordOf(created.Get()), tempRows);
+    const ImageClassData &temp = watchedTemp.Record();
+    // A factory may answer with any format, and with a file, whose one mapped block threads cannot share. For them one
+    // thread does the work, as though the caller had given that image.
+    if (request.threads && (temp.ImageFormat != format || temp.IsMapping)) {
+      Request onOneThread = request;
+      onOneThread.threads.reset();
+      return ScaleThrough(onOneThread, watchedTemp);
+    }
+    // On one thread all begins anew, as often as the format is another one.
+    if (temp.ImageFormat != format) continue;
+    if (temp.IsMapping) return false;
+    return RunPasses(*passes, request, watchedTemp);
+  }
 }
 
-uint8_t cubicPictureScale(REALobject dest, REALobject source, REALobject temp, int32_t width, int32_t height) {
-  return ScalePicture(kCubicFilter, dest, {}, source, temp, width, height);
+// Both methods.
+bool Scale(REALobject dest, REALobject source, REALobject temp, int32_t mode, int32_t width, int32_t height,
+           std::optional<int32_t> threads) {
+  if (dest == nullptr || source == nullptr || height < 1 || width < 1) return false;
+  const ScaleFilter *filter = FindScaleFilter(mode);
+  if (filter == nullptr) return false;
+  const WatchedImage watchedDest(*RecordOf(dest), height), watchedSource(*RecordOf(source));
+  Request request{*filter, watchedDest, watchedSource, width, height, threads};
+  // Threads cannot share the one mapped block of a file.
+  if (watchedSource.Record().IsMapping || watchedDest.Record().IsMapping) request.threads.reset();
+  if (temp == nullptr) return ScaleThroughNew(request);
+  // The caller's own is taken as it is.
+  return ScaleThrough(request, WatchedImage(*RecordOf(temp), watchedSource.Record().Height));
 }
+
+}  // namespace
 
 uint8_t PictureScaleZVK(REALobject dest, REALobject source, REALobject temp, int32_t mode, int32_t width,
                         int32_t height) {
-  constexpr decltype(&trianglePictureScale) kModes[] = {
-      trianglePictureScale, boxPictureScale,   lanczos3PictureScale, lanczos8PictureScale,
-      mitchellPictureScale, poly3PictureScale, cubicPictureScale};
-  if (dest == nullptr || source == nullptr || height < 1 || width < 1) return false;
-  if (mode < 1 || mode > static_cast<int32_t>(std::size(kModes))) return false;
-  return kModes[mode - 1](dest, source, temp, width, height);
+  return Scale(dest, source, temp, mode, width, height, {});
+}
+
+uint8_t PictureScaleZVKMT(REALobject dest, int32_t threads, REALobject source, REALobject temp, int32_t mode,
+                          int32_t width, int32_t height) {
+  return Scale(dest, source, temp, mode, width, height, threads);
 }
 
 }  // namespace zvk::scaling

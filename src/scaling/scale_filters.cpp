@@ -1,6 +1,7 @@
 #include "scaling/scale_filters.h"
 
 #include <cmath>
+#include <iterator>
 
 namespace zvk::scaling {
 
@@ -46,18 +47,26 @@ double Cubic(double a) {
   return 0.0;
 }
 
+// In the order of ScaleMode. The window of poly3 is twice as wide as its kernel: what lies between is looked at and
+// gives no tap.
+// clang-format off
+constexpr ScaleFilter kFilters[] = {
+    // window  kernel  horizontal, vertical capacity
+    {1.0, Triangle,  4,  4},
+    {0.5, Box,       2,  3},
+    {3.0, Lanczos3,  8,  8},
+    {8.0, Lanczos8, 18, 18},
+    {2.0, Mitchell,  6,  6},
+    {4.0, Poly3,    10, 10},
+    {3.0, Cubic,     8,  8},
+};
+// clang-format on
+static_assert(std::size(kFilters) == ScaleCubic);
+
 }  // namespace
 
-// clang-format off
-//                                    window  kernel   horizontal, vertical capacity
-constinit const ScaleFilter kTriangleFilter{1.0, Triangle,  4,  4};
-constinit const ScaleFilter kBoxFilter     {0.5, Box,       2,  3};
-constinit const ScaleFilter kLanczos3Filter{3.0, Lanczos3,  8,  8};
-constinit const ScaleFilter kLanczos8Filter{8.0, Lanczos8, 18, 18};
-constinit const ScaleFilter kMitchellFilter{2.0, Mitchell,  6,  6};
-// Its window is twice as wide as its kernel: what lies between is looked at and gives no tap.
-constinit const ScaleFilter kPoly3Filter   {4.0, Poly3,    10, 10};
-constinit const ScaleFilter kCubicFilter   {3.0, Cubic,     8,  8};
-// clang-format on
+const ScaleFilter *FindScaleFilter(int32_t mode) {
+  return mode >= ScaleTriangle && mode <= ScaleCubic ? &kFilters[mode - ScaleTriangle] : nullptr;
+}
 
 }  // namespace zvk::scaling

@@ -1,9 +1,21 @@
-// The seven resampling filters: functions of a distance, and the numbers that size their tables.
+// The seven resampling filters, one line of a table each: a kernel, which gives the weight for a distance, its window,
+// and how many taps a list may need.
 #pragma once
 
 #include <cstdint>
 
 namespace zvk::scaling {
+
+// How "Scale" and "ScaleMT" number the filters.
+enum ScaleMode : int32_t {
+  ScaleTriangle = 1,
+  ScaleBox,
+  ScaleLanczos3,
+  ScaleLanczos8,
+  ScaleMitchell,
+  ScalePoly3,
+  ScaleCubic,
+};
 
 struct ScaleFilter {
   double FilterWindow;  // half width of the sampling window, in source pixels at a scale of 1 or more
@@ -15,12 +27,7 @@ struct ScaleFilter {
   int32_t VerticalCapacity;
 };
 
-extern const ScaleFilter kTriangleFilter;
-extern const ScaleFilter kBoxFilter;
-extern const ScaleFilter kLanczos3Filter;
-extern const ScaleFilter kLanczos8Filter;
-extern const ScaleFilter kMitchellFilter;
-extern const ScaleFilter kPoly3Filter;
-extern const ScaleFilter kCubicFilter;
+// The filter of a mode; nil for a number that is none.
+const ScaleFilter *FindScaleFilter(int32_t mode);
 
 }  // namespace zvk::scaling

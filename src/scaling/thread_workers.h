@@ -32,37 +32,4 @@ void VerticalWorker(int32_t FirstRow, int32_t LastRow, int32_t ThreadIndex, int8
   VerticalPass<Pair>(*static_cast<const ScaleJob *>(Context), {FirstRow, end, nullptr});
 }
 
-// By name, 3 for horizontal and 6 for vertical.
-inline constexpr RowWorker CMYKA_to_CMYKA_Scale3mt = HorizontalWorker<CMYKA_to_CMYKA>;
-inline constexpr RowWorker CMYKA_to_GA_Scale3mt = HorizontalWorker<CMYKA_to_GA>;
-inline constexpr RowWorker RGBA_to_RGBA_Scale3mt = HorizontalWorker<RGBA_to_RGBA>;
-inline constexpr RowWorker RGBA_to_GA_Scale3mt = HorizontalWorker<RGBA_to_GA>;
-inline constexpr RowWorker GA_to_CMYKA_Scale3mt = HorizontalWorker<GA_to_CMYKA>;
-inline constexpr RowWorker GA_to_RGBA_Scale3mt = HorizontalWorker<GA_to_RGBA>;
-inline constexpr RowWorker GA_to_GA_Scale3mt = HorizontalWorker<GA_to_GA>;
-inline constexpr RowWorker G16_to_G16_Scale3mt = HorizontalWorker<G16_to_G16>;
-inline constexpr RowWorker CMYK_to_CMYK_Scale3mt = HorizontalWorker<CMYK_to_CMYK>;
-inline constexpr RowWorker CMYK_to_G_Scale3mt = HorizontalWorker<CMYK_to_G>;
-inline constexpr RowWorker RGB_to_RGB_Scale3mt = HorizontalWorker<RGB_to_RGB>;
-inline constexpr RowWorker RGB_to_G_Scale3mt = HorizontalWorker<RGB_to_G>;
-inline constexpr RowWorker G_to_CMYK_Scale3mt = HorizontalWorker<G_to_CMYK>;
-inline constexpr RowWorker G_to_RGB_Scale3mt = HorizontalWorker<G_to_RGB>;
-inline constexpr RowWorker G_to_G_Scale3mt = HorizontalWorker<G_to_G>;
-
-inline constexpr RowWorker CMYKA_to_CMYKA_Scale6mt = VerticalWorker<CMYKA_to_CMYKA>;
-inline constexpr RowWorker CMYKA_to_GA_Scale6mt = VerticalWorker<CMYKA_to_GA>;
-inline constexpr RowWorker RGBA_to_RGBA_Scale6mt = VerticalWorker<RGBA_to_RGBA>;
-inline constexpr RowWorker RGBA_to_GA_Scale6mt = VerticalWorker<RGBA_to_GA>;
-inline constexpr RowWorker GA_to_CMYKA_Scale6mt = VerticalWorker<GA_to_CMYKA>;
-inline constexpr RowWorker GA_to_RGBA_Scale6mt = VerticalWorker<GA_to_RGBA>;
-inline constexpr RowWorker GA_to_GA_Scale6mt = VerticalWorker<GA_to_GA>;
-inline constexpr RowWorker G16_to_G16_Scale6mt = VerticalWorker<G16_to_G16>;
-inline constexpr RowWorker CMYK_to_CMYK_Scale6mt = VerticalWorker<CMYK_to_CMYK>;
-inline constexpr RowWorker CMYK_to_G_Scale6mt = VerticalWorker<CMYK_to_G>;
-inline constexpr RowWorker RGB_to_RGB_Scale6mt = VerticalWorker<RGB_to_RGB>;
-inline constexpr RowWorker RGB_to_G_Scale6mt = VerticalWorker<RGB_to_G>;
-inline constexpr RowWorker G_to_CMYK_Scale6mt = VerticalWorker<G_to_CMYK>;
-inline constexpr RowWorker G_to_RGB_Scale6mt = VerticalWorker<G_to_RGB>;
-inline constexpr RowWorker G_to_G_Scale6mt = VerticalWorker<G_to_G>;
-
 }  // namespace zvk::scaling

@@ -43,7 +43,6 @@
 #include "pictures/picture_import.h"
 #include "scaling/fast_scale.h"
 #include "scaling/scale_engine.h"
-#include "scaling/scale_threads.h"
 
 namespace zvk::plugin {
 namespace {

@@ -14,7 +14,7 @@
 #include <utility>
 
 #include "image/views.h"
-#include "scaling/scale_threads.h"
+#include "scaling/scale_engine.h"
 #include "tests/scaling/scale_closing.h"
 #include "tests/support/plugin_host.h"
 #include "tests/support/thread_faults.h"

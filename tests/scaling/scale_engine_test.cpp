@@ -12,7 +12,6 @@
 #include "image/image_factory.h"
 #include "image/image_formats.h"
 #include "scaling/scale_taps.h"
-#include "scaling/scale_threads.h"
 #include "tests/scaling/scale_host.h"
 #include "tests/scaling/scale_testing.h"
 #include "tests/support/faults.h"

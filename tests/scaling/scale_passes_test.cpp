@@ -185,7 +185,7 @@ TEST(ScalePasses, ANilSourceRowLeavesItsTempRowAsItWas) {
     const Bytes row2 = temp.Row(2, 5);
     const Outcome whole = NaiveOutcome(dest, source, temp, kLanczos3, 5, 5);
     ScaleTapTable columns;
-    ASSERT_TRUE(columns.Build(kLanczos3Filter, kHorizontalAxis, 5, 5.0 / 6, 6, nullptr));
+    ASSERT_TRUE(columns.Build(*FindScaleFilter(ScaleLanczos3), kHorizontalAxis, 5, 5.0 / 6, 6, nullptr));
     const ScaleJob job{&source.Record(), nullptr, 0, 5, &temp.Record(), columns.Lists()};
     source.Record().GetRow = NoRow2;
     source.Record().IsMapping = mapped;
@@ -239,7 +239,7 @@ TEST(ScalePasses, ARunCoversItsRowsAndNoOthers) {
   const Outcome whole = NaiveOutcome(dest, source, temp, kLanczos3, 9, 40);
 
   ScaleTapTable columns;
-  ASSERT_TRUE(columns.Build(kLanczos3Filter, kHorizontalAxis, 9, 9.0 / 20, 20, nullptr));
+  ASSERT_TRUE(columns.Build(*FindScaleFilter(ScaleLanczos3), kHorizontalAxis, 9, 9.0 / 20, 20, nullptr));
   ScaleJob job{&source.Record(), &dest.Record(), 40, 9, &temp.Record(), columns.Lists()};
   const int32_t end = 33;
   HorizontalPass<RGB_to_RGB>(job, {4, end, nullptr}, kRoundToNearest);
@@ -251,7 +251,7 @@ TEST(ScalePasses, ARunCoversItsRowsAndNoOthers) {
 
   temp.Storage() = whole.temp;
   ScaleTapTable rows;
-  ASSERT_TRUE(rows.Build(kLanczos3Filter, kVerticalAxis, 40, 40.0 / 50, 50, nullptr));
+  ASSERT_TRUE(rows.Build(*FindScaleFilter(ScaleLanczos3), kVerticalAxis, 40, 40.0 / 50, 50, nullptr));
   job.Table = rows.Lists();
   VerticalPass<RGB_to_RGB>(job, {11, end, nullptr});
   for (int32_t y = 0; y < 40; ++y) {
@@ -269,7 +269,7 @@ TEST(ScalePasses, WithoutTheHalfTheHorizontalPassTruncates) {
     TestImage temp = MakeTemp(dest, source, 1);
     if (mapped) temp.Map();
     ScaleTapTable table;
-    ASSERT_TRUE(table.Build(kBoxFilter, kHorizontalAxis, 1, 0.5, 2, nullptr));
+    ASSERT_TRUE(table.Build(*FindScaleFilter(ScaleBox), kHorizontalAxis, 1, 0.5, 2, nullptr));
     const ScaleJob job{&source.Record(), &dest.Record(), 33, 1, &temp.Record(), table.Lists()};
     const int32_t end = 33;
     HorizontalPass<G_to_G>(job, {0, end, nullptr}, 0.0);
@@ -285,7 +285,7 @@ TEST(ScalePasses, ARunOfNoRowsDoesNothing) {
   TestImage temp = MakeTemp(dest, source, 2).FillNoise(2);
   const Bytes before = temp.Storage(), destBefore = dest.Storage();
   ScaleTapTable table;
-  ASSERT_TRUE(table.Build(kBoxFilter, kHorizontalAxis, 2, 1.0, 2, nullptr));
+  ASSERT_TRUE(table.Build(*FindScaleFilter(ScaleBox), kHorizontalAxis, 2, 1.0, 2, nullptr));
   const ScaleJob job{&source.Record(), &dest.Record(), 2, 2, &temp.Record(), table.Lists()};
   const int32_t end = 0;
   HorizontalPass<G_to_G>(job, {1, end, nullptr}, kRoundToNearest);
@@ -312,7 +312,7 @@ TEST(ScalePasses, WhatHappensInAYieldIsSeenByTheNextRow) {
     if (yields < 40) *source.Pixel(1, yields) = static_cast<uint8_t>(yields);
   };
   ScaleTapTable table;
-  ASSERT_TRUE(table.Build(kTriangleFilter, kHorizontalAxis, 3, 1.0, 3, nullptr));
+  ASSERT_TRUE(table.Build(*FindScaleFilter(ScaleTriangle), kHorizontalAxis, 3, 1.0, 3, nullptr));
   const ScaleJob job{&source.Record(), &dest.Record(), 40, 3, &temp.Record(), table.Lists()};
   const int32_t end = 40;
   HorizontalPass<G_to_G>(job, {0, end, &dest.Record()}, kRoundToNearest);

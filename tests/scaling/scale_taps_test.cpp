@@ -22,9 +22,6 @@ Taps TapsOf(const ScaleTapList &list) {
   return taps;
 }
 
-constexpr const ScaleFilter *kFilters[] = {&kTriangleFilter, &kBoxFilter,   &kLanczos3Filter, &kLanczos8Filter,
-                                           &kMitchellFilter, &kPoly3Filter, &kCubicFilter};
-
 // A built table of its own.
 struct Built : ScaleTapTable {
   Built(const ScaleFilter &filter, const ScaleAxis &axis, int32_t count, double scale, int32_t sourceSize) {
@@ -35,7 +32,7 @@ struct Built : ScaleTapTable {
 
 TEST(ScaleTaps, TriangleFromTwoToFour) {
   for (const ScaleAxis *axis : {&kHorizontalAxis, &kVerticalAxis}) {
-    const Built table(kTriangleFilter, *axis, 4, 2.0, 2);
+    const Built table(*FindScaleFilter(ScaleTriangle), *axis, 4, 2.0, 2);
     EXPECT_EQ(TapsOf(table[0]), (Taps{{0, 0.75f}}));
     EXPECT_EQ(table[0].WeightSum, 0.75f);
     EXPECT_EQ(TapsOf(table[1]), (Taps{{0, 0.75f}, {1, 0.25f}}));
@@ -46,14 +43,14 @@ TEST(ScaleTaps, TriangleFromTwoToFour) {
 }
 
 TEST(ScaleTaps, TriangleFromFourToTwoWidensTheWindow) {
-  const Built table(kTriangleFilter, kHorizontalAxis, 2, 0.5, 4);
+  const Built table(*FindScaleFilter(ScaleTriangle), kHorizontalAxis, 2, 0.5, 4);
   EXPECT_EQ(TapsOf(table[0]), (Taps{{0, 0.75f}, {1, 0.75f}, {2, 0.25f}}));
   EXPECT_EQ(table[0].WeightSum, 1.75f);
   EXPECT_EQ(TapsOf(table[1]), (Taps{{1, 0.25f}, {2, 0.75f}, {3, 0.75f}}));
 }
 
 TEST(ScaleTaps, TriangleOverOnePixelHasOneTapAtEveryPosition) {
-  const Built table(kTriangleFilter, kHorizontalAxis, 5, 5.0, 1);
+  const Built table(*FindScaleFilter(ScaleTriangle), kHorizontalAxis, 5, 5.0, 1);
   for (int32_t i = 0; i < 5; ++i) {
     ASSERT_EQ(table[i].TapCount, 1);
     EXPECT_EQ(table[i].Taps[0].SourceIndex, 0);
@@ -61,17 +58,17 @@ TEST(ScaleTaps, TriangleOverOnePixelHasOneTapAtEveryPosition) {
 }
 
 TEST(ScaleTaps, AScaleOfOneDoesNotWiden) {
-  const Built box(kBoxFilter, kHorizontalAxis, 3, 1.0, 3);
+  const Built box(*FindScaleFilter(ScaleBox), kHorizontalAxis, 3, 1.0, 3);
   for (int32_t i = 0; i < 3; ++i) EXPECT_EQ(TapsOf(box[i]), (Taps{{i, 1.0f}}));
   // The candidates at a distance of 1 are exactly 0.
-  const Built triangle(kTriangleFilter, kVerticalAxis, 3, 1.0, 3);
+  const Built triangle(*FindScaleFilter(ScaleTriangle), kVerticalAxis, 3, 1.0, 3);
   for (int32_t i = 0; i < 3; ++i) EXPECT_EQ(TapsOf(triangle[i]), (Taps{{i, 1.0f}}));
-  const Built poly3(kPoly3Filter, kHorizontalAxis, 3, 1.0, 3);
+  const Built poly3(*FindScaleFilter(ScalePoly3), kHorizontalAxis, 3, 1.0, 3);
   for (int32_t i = 0; i < 3; ++i) EXPECT_EQ(TapsOf(poly3[i]), (Taps{{i, 1.0f}}));
 }
 
 TEST(ScaleTaps, AWeightWithinRoundingOfZeroStaysInTheList) {
-  const Built table(kCubicFilter, kHorizontalAxis, 3, 1.0, 3);
+  const Built table(*FindScaleFilter(ScaleCubic), kHorizontalAxis, 3, 1.0, 3);
   const auto tiny = static_cast<float>(1.3333333333333333 - 2.3333333333333335 + 1.0);
   ASSERT_EQ(table[1].TapCount, 3);
   EXPECT_EQ(table[1].Taps[0].Weight, tiny);
@@ -80,7 +77,7 @@ TEST(ScaleTaps, AWeightWithinRoundingOfZeroStaysInTheList) {
 }
 
 TEST(ScaleTaps, BoxTakesASampleOnTheEdgeOnBothSides) {
-  const Built table(kBoxFilter, kHorizontalAxis, 3, 1.5, 2);
+  const Built table(*FindScaleFilter(ScaleBox), kHorizontalAxis, 3, 1.5, 2);
   EXPECT_EQ(TapsOf(table[0]), (Taps{{0, 1.0f}}));
   EXPECT_EQ(TapsOf(table[1]), (Taps{{0, 1.0f}, {1, 1.0f}}));
   EXPECT_EQ(table[1].WeightSum, 2.0f);
@@ -90,7 +87,7 @@ TEST(ScaleTaps, BoxTakesASampleOnTheEdgeOnBothSides) {
 TEST(ScaleTaps, TheSumIsOfTheUnroundedWeights) {
   // From 10 positions to 7: sums of rounded and of unrounded weights differ somewhere.
   const double scale = 7.0 / 10.0;
-  const Built table(kLanczos8Filter, kHorizontalAxis, 7, scale, 10);
+  const Built table(*FindScaleFilter(ScaleLanczos8), kHorizontalAxis, 7, scale, 10);
   bool differs = false;
   for (int32_t i = 0; i < 7; ++i) {
     double unrounded = 0.0;
@@ -98,8 +95,8 @@ TEST(ScaleTaps, TheSumIsOfTheUnroundedWeights) {
     for (int32_t j = 0; j < 10; ++j) {
       const double distance = std::abs(((i + 0.5) / scale - j - 0.5) * scale);
       if (distance >= 8.0) continue;
-      unrounded += kLanczos8Filter.FilterKernel(distance);
-      rounded += static_cast<float>(kLanczos8Filter.FilterKernel(distance));
+      unrounded += FindScaleFilter(ScaleLanczos8)->FilterKernel(distance);
+      rounded += static_cast<float>(FindScaleFilter(ScaleLanczos8)->FilterKernel(distance));
     }
     EXPECT_EQ(table[i].WeightSum, static_cast<float>(unrounded));
     differs |= table[i].WeightSum != rounded;
@@ -108,7 +105,7 @@ TEST(ScaleTaps, TheSumIsOfTheUnroundedWeights) {
 }
 
 TEST(ScaleTaps, AnEmptyAxisGivesEmptyLists) {
-  const Built table(kLanczos3Filter, kHorizontalAxis, 3, std::numeric_limits<double>::infinity(), 0);
+  const Built table(*FindScaleFilter(ScaleLanczos3), kHorizontalAxis, 3, std::numeric_limits<double>::infinity(), 0);
   for (int32_t i = 0; i < 3; ++i) {
     EXPECT_NE(table[i].Taps, nullptr);
     EXPECT_EQ(table[i].TapCount, 0);
@@ -124,16 +121,16 @@ TEST(ScaleTaps, Capacities) {
     size_t taps;
   };
   for (const Expected &expected : {
-           Expected{kBoxFilter, kHorizontalAxis, 1.0, 2},
-           {kBoxFilter, kVerticalAxis, 1.0, 3},
-           {kLanczos8Filter, kHorizontalAxis, 3.7, 18},
-           {kPoly3Filter, kVerticalAxis, 2.0, 10},
-           {kBoxFilter, kHorizontalAxis, 0.2, 6},        // window 2.5: 2 x (2 + 1)
-           {kBoxFilter, kVerticalAxis, 0.2, 7},          // trunc(5 + 2)
-           {kLanczos3Filter, kHorizontalAxis, 0.4, 16},  // window 7.5: 2 x (7 + 1)
-           {kLanczos3Filter, kVerticalAxis, 0.4, 17},    // trunc(15 + 2)
-           {kPoly3Filter, kHorizontalAxis, 0.25, 34},    // window 16, twice as wide as the kernel
-           {kPoly3Filter, kVerticalAxis, 0.25, 34},
+           Expected{*FindScaleFilter(ScaleBox), kHorizontalAxis, 1.0, 2},
+           {*FindScaleFilter(ScaleBox), kVerticalAxis, 1.0, 3},
+           {*FindScaleFilter(ScaleLanczos8), kHorizontalAxis, 3.7, 18},
+           {*FindScaleFilter(ScalePoly3), kVerticalAxis, 2.0, 10},
+           {*FindScaleFilter(ScaleBox), kHorizontalAxis, 0.2, 6},        // window 2.5: 2 x (2 + 1)
+           {*FindScaleFilter(ScaleBox), kVerticalAxis, 0.2, 7},          // trunc(5 + 2)
+           {*FindScaleFilter(ScaleLanczos3), kHorizontalAxis, 0.4, 16},  // window 7.5: 2 x (7 + 1)
+           {*FindScaleFilter(ScaleLanczos3), kVerticalAxis, 0.4, 17},    // trunc(15 + 2)
+           {*FindScaleFilter(ScalePoly3), kHorizontalAxis, 0.25, 34},    // window 16, twice as wide as the kernel
+           {*FindScaleFilter(ScalePoly3), kVerticalAxis, 0.25, 34},
        }) {
     faults::Heap heap;
     const Built table(expected.filter, expected.axis, 7, expected.scale, 50);
@@ -150,8 +147,8 @@ TEST(ScaleTaps, NoTapIsLostToTheCapacity) {
     for (const int32_t count : {9, 12, 15, 18, 21}) {
       const int32_t size = count * 59 / 3;
       const double scale = static_cast<double>(count) / size;
-      const Built columns(*kFilters[mode - 1], kHorizontalAxis, count, scale, size);
-      const Built rows(*kFilters[mode - 1], kVerticalAxis, count, scale, size);
+      const Built columns(*FindScaleFilter(mode), kHorizontalAxis, count, scale, size);
+      const Built rows(*FindScaleFilter(mode), kVerticalAxis, count, scale, size);
       for (int32_t i = 0; i < count; ++i) {
         const auto taps = static_cast<int32_t>(naive::TapsAt(mode, true, i, scale, size).positions.size());
         EXPECT_EQ(columns[i].TapCount, taps);
@@ -166,7 +163,7 @@ TEST(ScaleTaps, ARefusedCapacityGivesNoTapsAndAsksForNoMemoryForThem) {
   for (const double scale : {5e-8, 1e-9}) {
     for (const ScaleAxis *axis : {&kHorizontalAxis, &kVerticalAxis}) {
       const faults::Heap heap;
-      const Built table(kLanczos8Filter, *axis, 2, scale, 20000000);
+      const Built table(*FindScaleFilter(ScaleLanczos8), *axis, 2, scale, 20000000);
       const auto allocations = heap.Allocations();
       ASSERT_EQ(allocations.size(), 1u);
       EXPECT_EQ(allocations[0].count * allocations[0].size, 2 * sizeof(ScaleTapList));
@@ -188,20 +185,20 @@ TEST(ScaleTaps, AllListsTogetherMayBeLargerThanEachMayBe) {
     return true;
   });
   ScaleTapTable table;
-  EXPECT_FALSE(table.Build(kLanczos8Filter, kHorizontalAxis, 20000, 0.001, 20000000, nullptr));
+  EXPECT_FALSE(table.Build(*FindScaleFilter(ScaleLanczos8), kHorizontalAxis, 20000, 0.001, 20000000, nullptr));
   EXPECT_EQ(table.Lists(), nullptr);
   EXPECT_EQ(asked, sizeof(size_t) == 4 ? 0 : 20000 * sizeof(ScaleTapList) + 320040000ull * sizeof(ScaleTap));
 }
 
 TEST(ScaleTaps, ARebuiltTableForgetsWhatItWas) {
   ScaleTapTable table;
-  ASSERT_TRUE(table.Build(kTriangleFilter, kHorizontalAxis, 3, 1.0, 3, nullptr));
-  ASSERT_TRUE(table.Build(kBoxFilter, kVerticalAxis, 2, 0.5, 4, nullptr));
+  ASSERT_TRUE(table.Build(*FindScaleFilter(ScaleTriangle), kHorizontalAxis, 3, 1.0, 3, nullptr));
+  ASSERT_TRUE(table.Build(*FindScaleFilter(ScaleBox), kVerticalAxis, 2, 0.5, 4, nullptr));
   EXPECT_EQ(TapsOf(table.Lists()[0]), (Taps{{0, 1.0f}, {1, 1.0f}}));
   EXPECT_EQ(TapsOf(table.Lists()[1]), (Taps{{2, 1.0f}, {3, 1.0f}}));
   faults::Heap heap;
   heap.FailCallocAt(1);
-  EXPECT_FALSE(table.Build(kTriangleFilter, kHorizontalAxis, 3, 1.0, 3, nullptr));
+  EXPECT_FALSE(table.Build(*FindScaleFilter(ScaleTriangle), kHorizontalAxis, 3, 1.0, 3, nullptr));
   EXPECT_EQ(table.Lists(), nullptr);
 }
 
@@ -209,9 +206,9 @@ TEST(ScaleTaps, AllMemoryComesBack) {
   faults::Heap heap;
   {
     ScaleTapTable table;
-    ASSERT_TRUE(table.Build(kMitchellFilter, kHorizontalAxis, 3, 0.5, 6, nullptr));
+    ASSERT_TRUE(table.Build(*FindScaleFilter(ScaleMitchell), kHorizontalAxis, 3, 0.5, 6, nullptr));
     EXPECT_EQ(heap.Outstanding(), 1u);
-    ASSERT_TRUE(table.Build(kMitchellFilter, kVerticalAxis, 5, 0.5, 10, nullptr));
+    ASSERT_TRUE(table.Build(*FindScaleFilter(ScaleMitchell), kVerticalAxis, 5, 0.5, 10, nullptr));
     EXPECT_EQ(heap.Outstanding(), 1u);
   }
   EXPECT_EQ(heap.Outstanding(), 0u);
@@ -221,7 +218,7 @@ TEST(ScaleTaps, ATableThatIsRefusedOrCannotBeHadIsFalse) {
   faults::Heap heap;
   const auto build = [](int32_t count) {
     ScaleTapTable table;
-    return table.Build(kTriangleFilter, kHorizontalAxis, count, 1.0, 3, nullptr);
+    return table.Build(*FindScaleFilter(ScaleTriangle), kHorizontalAxis, count, 1.0, 3, nullptr);
   };
   EXPECT_FALSE(build(INT32_MAX));
   EXPECT_FALSE(build(0));
@@ -242,9 +239,9 @@ TEST(ScaleTaps, TheImageIsGivenTimeAfterEachEntry) {
   int32_t yields = 0;
   host->onYield = [&] { ++yields; };
   ScaleTapTable table;
-  ASSERT_TRUE(table.Build(kTriangleFilter, kHorizontalAxis, 7, 1.0, 7, &image));
+  ASSERT_TRUE(table.Build(*FindScaleFilter(ScaleTriangle), kHorizontalAxis, 7, 1.0, 7, &image));
   EXPECT_EQ(yields, 7);
-  ASSERT_TRUE(table.Build(kTriangleFilter, kHorizontalAxis, 7, 1.0, 7, nullptr));
+  ASSERT_TRUE(table.Build(*FindScaleFilter(ScaleTriangle), kHorizontalAxis, 7, 1.0, 7, nullptr));
   EXPECT_EQ(yields, 7);
 }
 

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "scaling/scale_threads.h"
+#include "scaling/scale_engine.h"
 #include "tests/scaling/scale_generators.h"
 #include "tests/scaling/scale_testing.h"
 

@@ -1,5 +1,3 @@
-#include "scaling/scale_threads.h"
-
 #include <gtest/gtest.h>
 
 #include <algorithm>

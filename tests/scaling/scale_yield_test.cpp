@@ -83,7 +83,7 @@ TEST_F(ScaleYield, ASourceThatGrowsIsReadToItsNewEnd) {
   source.FillNoise(1);
   source.Record().Height = 4;
   ScaleTapTable table;
-  ASSERT_TRUE(table.Build(kTriangleFilter, kHorizontalAxis, 3, 1.0, 3, nullptr));
+  ASSERT_TRUE(table.Build(*FindScaleFilter(ScaleTriangle), kHorizontalAxis, 3, 1.0, 3, nullptr));
   ActInYield(dest, 2, [&] {
     source.Record().Height = 39;
     dest.Record().Yield.YieldTicks = 0;  // and the rest may be made at once
@@ -99,7 +99,7 @@ TEST_F(ScaleYield, OffsetsThatMoveCountFromTheNextRowOn) {
   TestImage source(1, 4, ImageFormatRGB), dest(1, 4, ImageFormatRGB), temp(1, 4, ImageFormatScaling4);
   for (int32_t y = 0; y < 4; ++y) source.SetRow(y, {10, 20, 30});
   ScaleTapTable table;
-  ASSERT_TRUE(table.Build(kTriangleFilter, kHorizontalAxis, 1, 1.0, 1, nullptr));
+  ASSERT_TRUE(table.Build(*FindScaleFilter(ScaleTriangle), kHorizontalAxis, 1, 1.0, 1, nullptr));
   ActInYield(dest, 2, [&] { source.Record().RedOffset = 2; });
   const ScaleJob job{&source.Record(), &dest.Record(), 4, 1, &temp.Record(), table.Lists()};
   const int32_t end = 4;
@@ -130,7 +130,7 @@ TEST_F(ScaleYield, AnImageThatIsClosedHasNoFurtherRowsInTheHorizontalPass) {
       ClosedImages images;
       images.source.Record().IsMapping = mapped;
       ScaleTapTable table;
-      ASSERT_TRUE(table.Build(kTriangleFilter, kHorizontalAxis, 2, 1.0, 2, nullptr));
+      ASSERT_TRUE(table.Build(*FindScaleFilter(ScaleTriangle), kHorizontalAxis, 2, 1.0, 2, nullptr));
       yields_ = 0;
       ActInYield(images.dest, 2, [&] { (closesSource ? images.source : images.temp).Record().GetRow = nullptr; });
       const ScaleJob job{&images.source.Record(), nullptr, 0, 2, &images.temp.Record(), table.Lists()};
@@ -148,7 +148,7 @@ TEST_F(ScaleYield, AnImageThatIsClosedHasNoFurtherRowsInTheVerticalPass) {
       ClosedImages images;
       images.temp.Record().IsMapping = mapped;
       ScaleTapTable table;
-      ASSERT_TRUE(table.Build(kTriangleFilter, kVerticalAxis, 5, 1.0, 5, nullptr));
+      ASSERT_TRUE(table.Build(*FindScaleFilter(ScaleTriangle), kVerticalAxis, 5, 1.0, 5, nullptr));
       yields_ = 0;
       ActInYield(images.dest, 2, [&] { (closesTemp ? images.temp : images.dest).Record().GetRow = nullptr; });
       const ScaleJob job{nullptr, &images.dest.Record(), 5, 2, &images.temp.Record(), table.Lists()};

@@ -31,21 +31,22 @@ struct PairOfWorkers {
 void PrintTo(const PairOfWorkers &pair, std::ostream *out) { *out << pair.name; }
 
 const PairOfWorkers kPairs[] = {
-    {"CMYKA_to_CMYKA", ImageFormatCMYKA, ImageFormatAKYMC, CMYKA_to_CMYKA_Scale3mt, CMYKA_to_CMYKA_Scale6mt},
-    {"CMYKA_to_GA", ImageFormatACMYK, ImageFormatGA, CMYKA_to_GA_Scale3mt, CMYKA_to_GA_Scale6mt},
-    {"RGBA_to_RGBA", ImageFormatRGBA, ImageFormatABGR, RGBA_to_RGBA_Scale3mt, RGBA_to_RGBA_Scale6mt},
-    {"RGBA_to_GA", ImageFormatBGRA, ImageFormatAG, RGBA_to_GA_Scale3mt, RGBA_to_GA_Scale6mt},
-    {"GA_to_CMYKA", ImageFormatGA, ImageFormatACMYK, GA_to_CMYKA_Scale3mt, GA_to_CMYKA_Scale6mt},
-    {"GA_to_RGBA", ImageFormatAG, ImageFormatARGB, GA_to_RGBA_Scale3mt, GA_to_RGBA_Scale6mt},
-    {"GA_to_GA", ImageFormatGA, ImageFormatAG, GA_to_GA_Scale3mt, GA_to_GA_Scale6mt},
-    {"G16_to_G16", ImageFormatGray16, ImageFormatGray16, G16_to_G16_Scale3mt, G16_to_G16_Scale6mt},
-    {"CMYK_to_CMYK", ImageFormatCMYK, ImageFormatXKYMC, CMYK_to_CMYK_Scale3mt, CMYK_to_CMYK_Scale6mt},
-    {"CMYK_to_G", ImageFormatKYMC, ImageFormatG, CMYK_to_G_Scale3mt, CMYK_to_G_Scale6mt},
-    {"RGB_to_RGB", ImageFormatRGB, ImageFormatXBGR, RGB_to_RGB_Scale3mt, RGB_to_RGB_Scale6mt},
-    {"RGB_to_G", ImageFormatXRGB, ImageFormatG, RGB_to_G_Scale3mt, RGB_to_G_Scale6mt},
-    {"G_to_CMYK", ImageFormatG, ImageFormatCMYK, G_to_CMYK_Scale3mt, G_to_CMYK_Scale6mt},
-    {"G_to_RGB", ImageFormatG, ImageFormatBGR, G_to_RGB_Scale3mt, G_to_RGB_Scale6mt},
-    {"G_to_G", ImageFormatG, ImageFormat2of3, G_to_G_Scale3mt, G_to_G_Scale6mt},
+    {"CMYKA_to_CMYKA", ImageFormatCMYKA, ImageFormatAKYMC, HorizontalWorker<CMYKA_to_CMYKA>,
+     VerticalWorker<CMYKA_to_CMYKA>},
+    {"CMYKA_to_GA", ImageFormatACMYK, ImageFormatGA, HorizontalWorker<CMYKA_to_GA>, VerticalWorker<CMYKA_to_GA>},
+    {"RGBA_to_RGBA", ImageFormatRGBA, ImageFormatABGR, HorizontalWorker<RGBA_to_RGBA>, VerticalWorker<RGBA_to_RGBA>},
+    {"RGBA_to_GA", ImageFormatBGRA, ImageFormatAG, HorizontalWorker<RGBA_to_GA>, VerticalWorker<RGBA_to_GA>},
+    {"GA_to_CMYKA", ImageFormatGA, ImageFormatACMYK, HorizontalWorker<GA_to_CMYKA>, VerticalWorker<GA_to_CMYKA>},
+    {"GA_to_RGBA", ImageFormatAG, ImageFormatARGB, HorizontalWorker<GA_to_RGBA>, VerticalWorker<GA_to_RGBA>},
+    {"GA_to_GA", ImageFormatGA, ImageFormatAG, HorizontalWorker<GA_to_GA>, VerticalWorker<GA_to_GA>},
+    {"G16_to_G16", ImageFormatGray16, ImageFormatGray16, HorizontalWorker<G16_to_G16>, VerticalWorker<G16_to_G16>},
+    {"CMYK_to_CMYK", ImageFormatCMYK, ImageFormatXKYMC, HorizontalWorker<CMYK_to_CMYK>, VerticalWorker<CMYK_to_CMYK>},
+    {"CMYK_to_G", ImageFormatKYMC, ImageFormatG, HorizontalWorker<CMYK_to_G>, VerticalWorker<CMYK_to_G>},
+    {"RGB_to_RGB", ImageFormatRGB, ImageFormatXBGR, HorizontalWorker<RGB_to_RGB>, VerticalWorker<RGB_to_RGB>},
+    {"RGB_to_G", ImageFormatXRGB, ImageFormatG, HorizontalWorker<RGB_to_G>, VerticalWorker<RGB_to_G>},
+    {"G_to_CMYK", ImageFormatG, ImageFormatCMYK, HorizontalWorker<G_to_CMYK>, VerticalWorker<G_to_CMYK>},
+    {"G_to_RGB", ImageFormatG, ImageFormatBGR, HorizontalWorker<G_to_RGB>, VerticalWorker<G_to_RGB>},
+    {"G_to_G", ImageFormatG, ImageFormat2of3, HorizontalWorker<G_to_G>, VerticalWorker<G_to_G>},
 };
 
 class ThreadWorkersOfPair : public testing::TestWithParam<PairOfWorkers> {
@@ -85,7 +86,7 @@ INSTANTIATE_TEST_SUITE_P(Pairs, ThreadWorkersOfPair, testing::ValuesIn(kPairs),
 
 TEST_P(ThreadWorkersOfPair, TheHorizontalWorkerMakesItsTempRowsWithoutRounding) {
   ScaleTapTable table;
-  ASSERT_TRUE(table.Build(kLanczos3Filter, kHorizontalAxis, kWidth, kWidth / 23.0, 23, nullptr));
+  ASSERT_TRUE(table.Build(*FindScaleFilter(ScaleLanczos3), kHorizontalAxis, kWidth, kWidth / 23.0, 23, nullptr));
   // What belongs to the other pass is not set.
   const ScaleJob job{&source_.Record(), nullptr, 0, kWidth, &temp_.Record(), table.Lists()};
   for (const auto &[first, last] : {std::pair{0, 39}, {4, 32}, {39, 39}}) {
@@ -100,7 +101,7 @@ TEST_P(ThreadWorkersOfPair, TheHorizontalWorkerMakesItsTempRowsWithoutRounding) 
 
 TEST_P(ThreadWorkersOfPair, TheVerticalWorkerMakesItsRowsWithRounding) {
   ScaleTapTable table;
-  ASSERT_TRUE(table.Build(kLanczos3Filter, kVerticalAxis, kHeight, kHeight / 40.0, 40, nullptr));
+  ASSERT_TRUE(table.Build(*FindScaleFilter(ScaleLanczos3), kVerticalAxis, kHeight, kHeight / 40.0, 40, nullptr));
   const ScaleJob job{nullptr, &dest_.Record(), kHeight, kWidth, &temp_.Record(), table.Lists()};
   for (const auto &[first, last] : {std::pair{0, 30}, {4, 17}, {30, 30}}) {
     ExpectRows(
