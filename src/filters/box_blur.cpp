@@ -12,6 +12,7 @@
 #include "pixels/kernel_clones.h"
 #include "pixels/layouts.h"
 #include "pixels/neighbourhood.h"
+#include "pixels/overlap.h"
 
 namespace zvk::filters {
 
@@ -158,13 +159,13 @@ class BoxBlur {
   explicit operator bool() const { return columnSums_ && windowSums_ && leaving_ && entering_ && made_; }
 
   void Run(bool vertical, bool horizontal) {
-    if (vertical && horizontal && WritesApart(source_, dest_) && HasSeparateSamples<Layout>(dest_, width_)) {
+    if (vertical && horizontal && OrderIsUnobservable<Layout>(source_, dest_, width_, source_.Height)) {
       // Nobody can tell that each row gets both passes before the next one gets the first.
       BlurColumns(true);
     } else if (vertical) {
       BlurColumns(false);
       if (horizontal) BlurDestAlongRows();
-    } else if (horizontal && WritesApart(source_, dest_)) {
+    } else if (horizontal && AreDisjoint(source_, dest_)) {
       BlurAlongRows();
     } else if (horizontal) {
       BlurAlongRowsInOrder();

@@ -9,6 +9,7 @@
 #include "pixels/kernel_clones.h"
 #include "pixels/layouts.h"
 #include "pixels/neighbourhood.h"
+#include "pixels/overlap.h"
 
 namespace zvk::filters {
 
@@ -122,7 +123,7 @@ class RowEngraver {
 
 template <class Layout>
 void Engrave(ImageClassData &source, ImageClassData &dest, int32_t level) {
-  if (WritesApart(source, dest)) {
+  if (AreDisjoint(source, dest)) {
     RowEngraver<Layout> engraver(source, dest, level);
     if (engraver) return engraver.Run();
   }

@@ -10,6 +10,7 @@
 #include "pixels/kernel_clones.h"
 #include "pixels/layouts.h"
 #include "pixels/neighbourhood.h"
+#include "pixels/overlap.h"
 
 namespace zvk::filters {
 
@@ -60,7 +61,7 @@ class FractionalBlur {
 
   void Run() {
     // Where nobody can tell, each row gets both passes before the next one gets the first.
-    const bool together = WritesApart(source_, dest_) && HasSeparateSamples<Layout>(dest_, width_);
+    const bool together = OrderIsUnobservable<Layout>(source_, dest_, width_, source_.Height);
     BlurColumns(together);
     if (!together) BlurDestAlongRows();
   }

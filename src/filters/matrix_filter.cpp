@@ -12,6 +12,7 @@
 #include "pixels/filter_frame.h"
 #include "pixels/layouts.h"
 #include "pixels/neighbourhood.h"
+#include "pixels/overlap.h"
 
 namespace zvk::filters {
 
@@ -172,7 +173,7 @@ bool ApplyByLines(const MatrixJob &job) {
 
 template <class Layout>
 void Apply(const MatrixJob &job) {
-  const bool apart = job.columns > 0 && WritesApart(job.source, job.dest, job.columns, job.rows);
+  const bool apart = job.columns > 0 && AreDisjoint(job.source, job.dest, job.columns, job.rows);
   if (!apart || !ApplyByLines<Layout>(job)) ApplyByPixel<Layout>(job);
 }
 

@@ -9,6 +9,7 @@
 #include "pixels/kernel_clones.h"
 #include "pixels/layouts.h"
 #include "pixels/neighbourhood.h"
+#include "pixels/overlap.h"
 
 namespace zvk::filters {
 
@@ -206,7 +207,7 @@ template <class Layout>
 void Paint(ImageClassData &source, ImageClassData &dest, int32_t levels, int32_t range) {
   // No window is empty then, and no sum wraps.
   const bool reaches = range >= 0 && range <= INT32_MAX - 1 - std::max(source.Width, source.Height);
-  if (reaches && WritesApart(source, dest) && PaintByRow<Layout>(source, dest, levels, range)) return;
+  if (reaches && AreDisjoint(source, dest) && PaintByRow<Layout>(source, dest, levels, range)) return;
   PaintByPixel<Layout>(source, dest, levels, range);
 }
 

@@ -7,9 +7,9 @@
 
 #include "host/truncate.h"
 #include "image/image_record.h"
-#include "image/rows.h"
 #include "pixels/kernel_clones.h"
 #include "pixels/layouts.h"
+#include "pixels/overlap.h"
 
 namespace zvk::filters {
 
@@ -47,7 +47,7 @@ void ForEachRow(ImageClassData &image, ImageClassData &blurred, Visitor &&visit)
 template <class Layout>
 void Sharpen(ImageClassData &image, ImageClassData &blurred, const UnsharpTable &table) {
   const int32_t width = image.Width;
-  if (Layout::PackedAlike(image, blurred) && !SharesStorage(image, blurred)) {
+  if (Layout::PackedAlike(image, blurred) && AreDisjoint(blurred, image)) {
     const ptrdiff_t first = Layout::FirstOffset(image), firstBlurred = Layout::FirstOffset(blurred);
     const ptrdiff_t count = ptrdiff_t{width} * static_cast<ptrdiff_t>(Layout::channelCount);
     return ForEachRow(image, blurred, [&](uint8_t *row, const uint8_t *blurredRow) {

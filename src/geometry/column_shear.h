@@ -11,6 +11,7 @@
 #include <cstring>
 
 #include "geometry/shear.h"
+#include "pixels/overlap.h"
 
 namespace zvk::geometry {
 
@@ -212,7 +213,8 @@ template <class L>
 void ShearColumns(ImageClassData &source, ImageClassData &dest, ColumnShear shear, const Pixel<L> &background) {
   shear.columns = std::min({shear.columns, source.Width, dest.Width});
   shear.rows = std::min(shear.rows, dest.Height);
-  const bool fitsStrips = std::fabs(shear.slope) <= 1.0 && MayReorder(source, dest);
+  const bool fitsStrips =
+      std::fabs(shear.slope) <= 1.0 && OrderIsUnobservable<L>(source, dest, dest.Width, dest.Height);
   if (fitsStrips && shear_detail::ColumnStrips<L>(source, dest, shear, background).Shear()) return;
   shear_detail::ShearColumnsByPixels(source, dest, shear, background);
 }

@@ -11,6 +11,7 @@
 #include "geometry/pixel_reversal.h"
 #include "host/resources.h"
 #include "pixels/layouts.h"
+#include "pixels/overlap.h"
 
 namespace zvk::geometry {
 
@@ -68,7 +69,7 @@ template <class L>
 class RowMirror {
  public:
   explicit RowMirror(const ImageClassData &image)
-      : image_(image), mover_(L{}, image, image), byRuns_(PixelsLieApart<L>(image) && AreApart(L::OffsetsOf(image))) {}
+      : image_(image), mover_(L{}, image, image), byRuns_(SamplesAreApart<L>(image)) {}
 
   void operator()(uint8_t *row) const {
     if (byRuns_) {
@@ -79,16 +80,9 @@ class RowMirror {
   }
 
  private:
-  // A sample that two channels share changes its place twice.
-  template <class Offsets>
-  static bool AreApart(Offsets offsets) {
-    std::sort(offsets.begin(), offsets.end());
-    return std::adjacent_find(offsets.begin(), offsets.end()) == offsets.end();
-  }
-
   const ImageClassData &image_;
   PixelMover mover_;
-  bool byRuns_;
+  bool byRuns_;  // not where two channels share a sample, which changes its place twice
 };
 
 // --- between two rows ---
@@ -101,15 +95,14 @@ template <class L, PixelOrder kOrder>
 class RowExchange {
  public:
   explicit RowExchange(ImageClassData &image) : image_(image), mover_(L{}, image, image) {
-    const auto offsets = L::OffsetsOf(image);
-    const auto [lowest, highest] = std::minmax_element(offsets.begin(), offsets.end());
+    const auto [lowest, highest] = RangeOf(L::OffsetsOf(image));
     const int64_t pixelSize = image.PixelSize;
-    const int64_t first = *lowest < 0 ? (pixelSize - 1 - *lowest) / pixelSize : 0;
-    const int64_t end = *highest < image.RowSize ? (image.RowSize - 1 - *highest) / pixelSize + 1 : 0;
+    const int64_t first = lowest < 0 ? (pixelSize - 1 - lowest) / pixelSize : 0;
+    const int64_t end = highest < image.RowSize ? (image.RowSize - 1 - highest) / pixelSize + 1 : 0;
     first_ = static_cast<int32_t>(std::min<int64_t>(first, image.Width));
     count_ = static_cast<int32_t>(std::max<int64_t>(std::min<int64_t>(end, image.Width) - first_, 0));
-    firstByte_ = first_ * pixelSize + *lowest;
-    bytes_ = count_ > 0 ? (count_ - 1) * pixelSize + *highest + 1 - *lowest : 0;
+    firstByte_ = first_ * pixelSize + lowest;
+    bytes_ = count_ > 0 ? (count_ - 1) * pixelSize + highest + 1 - lowest : 0;
   }
 
   // False if the row cannot be had.
@@ -127,7 +120,7 @@ class RowExchange {
     const uint8_t *source = mover_.SourceAt(copy, first_);
     if constexpr (kOrder == PixelOrder::Forward) {
       mover_.Copy(source, mover_.DestAt(row, first_), count_);
-    } else if (PixelsLieApart<L>(image_)) {
+    } else if (PixelsAreApart<L>(image_)) {
       mover_.Reverse(source, mover_.DestAt(row, image_.Width - first_ - count_), count_);
     } else {
       const auto pixels = AccessTo<L>(image_);

@@ -2,15 +2,11 @@
 // them keeps its channels.
 #pragma once
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 
-#include "image/channels.h"
 #include "image/image_record.h"
-#include "image/rows.h"
 #include "pixels/layouts.h"
 
 namespace zvk::geometry {
@@ -40,33 +36,6 @@ struct PixelAccess {
 template <class L>
 PixelAccess<L::channelCount> AccessTo(const ImageClassData &image) {
   return {L::OffsetsOf(image), image.PixelSize};
-}
-
-// True if no pixel of the image has a byte of its samples in common with the next one. Only a part of an image whose
-// offsets were changed may have.
-template <class L>
-bool PixelsLieApart(const ImageClassData &image) {
-  const auto offsets = L::OffsetsOf(image);
-  const auto [lowest, highest] = std::minmax_element(offsets.begin(), offsets.end());
-  return int64_t{*highest} - *lowest < image.PixelSize;
-}
-
-// True if no row of the image has a byte of its samples in common with the next one. A caller's RowSize may be shorter
-// than the pixels.
-inline bool RowsLieApart(const ImageClassData &image) {
-  int32_t lowest = 0;
-  int32_t highest = 0;
-  for (const ChannelField &channel : kChannels) {
-    lowest = std::min(lowest, image.*channel.offset);
-    highest = std::max(highest, image.*channel.offset);
-  }
-  const int64_t extent = (int64_t{image.Width} - 1) * image.PixelSize + highest - lowest + 1;
-  return image.RowTable != nullptr || image.Height < 2 || extent <= std::abs(int64_t{image.RowSize});
-}
-
-// True if nobody can notice in what order pixels of the one image are read and pixels of the other written.
-inline bool MayReorder(const ImageClassData &source, const ImageClassData &dest) {
-  return HasFixedRows(source) && HasFixedRows(dest) && RowsLieApart(dest) && !SharesStorage(source, dest);
 }
 
 }  // namespace zvk::geometry

@@ -16,6 +16,7 @@
 #include "host/truncate.h"
 #include "image/image_record.h"
 #include "pixels/layouts.h"
+#include "pixels/overlap.h"
 #include "pixels/sample_mover.h"
 
 namespace zvk::geometry {
@@ -214,7 +215,7 @@ void SkewWholeRow(ImageClassData &source, ImageClassData &dest, int32_t row, int
 template <class L>
 void HorizSkew(ImageClassData &source, ImageClassData &dest, int32_t row, int32_t offset, double weight,
                Pixel<L> background) {
-  if (PixelsLieApart<L>(dest) && MayReorder(source, dest)) {
+  if (OrderIsUnobservable<L>(source, dest, dest.Width, dest.Height)) {
     shear_detail::SkewWholeRow(source, dest, row, offset, weight, background);
   } else {
     shear_detail::SkewByPixels(source, dest, row, offset, weight, background);

@@ -10,6 +10,7 @@
 #include "image/image_storage.h"
 #include "pixels/filter_frame.h"
 #include "pixels/layouts.h"
+#include "pixels/overlap.h"
 
 namespace zvk::geometry {
 
@@ -45,8 +46,7 @@ struct Course {
 
 template <class L>
 int32_t StoredColumns(const ImageClassData &dest) {
-  const auto offsets = L::OffsetsOf(dest);
-  const int64_t room = std::abs(int64_t{dest.RowSize}) - 1 - *std::max_element(offsets.begin(), offsets.end());
+  const int64_t room = std::abs(int64_t{dest.RowSize}) - 1 - RangeOf(L::OffsetsOf(dest)).highest;
   return room < 0 ? dest.Width : static_cast<int32_t>(std::max<int64_t>(dest.Width, room / dest.PixelSize + 1));
 }
 
@@ -58,12 +58,10 @@ int32_t StoredRows(const ImageClassData &dest) {
   return static_cast<int32_t>(std::max<int64_t>(dest.Height, rows));
 }
 
-// True if pixels may be moved in any order: all of the source's columns and rows land inside dest, in places that have
-// nothing in common with each other or with the source.
+// True if pixels may be moved by runs and in any order, to `columns` and `rows` of dest.
 template <class L>
-bool MoveApart(const ImageClassData &source, const ImageClassData &dest, int32_t columns, int32_t rows) {
-  return PixelsLieApart<L>(source) && PixelsLieApart<L>(dest) && MayReorder(source, dest) &&
-         WritesApart(source, dest, columns, rows);
+bool MayMoveRuns(const ImageClassData &source, const ImageClassData &dest, int32_t columns, int32_t rows) {
+  return PixelsAreApart<L>(source) && OrderIsUnobservable<L>(source, dest, columns, rows);
 }
 
 // True if one mapped block serves both images: then a row of the one is gone when a row of the other has been fetched.
@@ -80,7 +78,7 @@ void HalfTurn(ImageClassData &source, ImageClassData &dest) {
   const Range columns = destColumnOf.Landing(StoredColumns<L>(dest));
   const Range rows = destRowOf.Landing(StoredRows(dest));
   const PixelMover mover(L{}, source, dest);
-  const bool movesRuns = MoveApart<L>(source, dest, source.Width, source.Height);
+  const bool movesRuns = MayMoveRuns<L>(source, dest, source.Width, source.Height);
   const auto from = AccessTo<L>(source);
   const auto to = AccessTo<L>(dest);
   const bool oneBlock = HaveOneBlock(source, dest);
@@ -127,7 +125,7 @@ class QuarterTurn {
 
   // The whole image in the given order of tiles, which are squares of edge `edge`, or one tile for 0.
   void Move(int32_t edge) {
-    if (MoveApart<L>(source_, dest_, source_.Height, source_.Width)) {
+    if (MayMoveRuns<L>(source_, dest_, source_.Height, source_.Width)) {
       MoveInBlocks();
     } else if (edge > 0) {
       MoveInTiles(edge);

@@ -29,12 +29,7 @@ struct RowReach {
 };
 
 RowReach ReachOf(const ImageClassData &image) {
-  int32_t lowest = 0;
-  int32_t highest = 0;
-  for (const ChannelField &channel : kChannels) {
-    lowest = std::min(lowest, image.*channel.offset);
-    highest = std::max(highest, image.*channel.offset);
-  }
+  const auto [lowest, highest] = RangeOfChannels(image);
   return {lowest, std::max(std::abs(int64_t{image.RowSize}), highest + int64_t{image.Width} * image.PixelSize)};
 }
 

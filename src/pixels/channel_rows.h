@@ -4,10 +4,10 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 
 #include "image/image_record.h"
 #include "image/rows.h"
+#include "pixels/overlap.h"
 
 namespace zvk::pixels {
 
@@ -46,8 +46,7 @@ class ByteRuns {
     if (!served_) return false;
     const uint8_t *source = sourceRow + firstOfSource_;
     uint8_t *dest = destRow + firstOfDest_;
-    const std::less<const uint8_t *> before;
-    if (source != dest && before(source, dest + count_) && before(dest, source + count_)) return false;
+    if (source != dest && RunsOverlap(source, count_, dest, count_)) return false;
     visit(source, dest, count_);
     return true;
   }

@@ -58,8 +58,4 @@ ObjectReference FilterDest(REALobject instance, REALobject dest, NewDest newDest
   return hasRoom ? std::move(result) : ObjectReference();
 }
 
-bool WritesApart(const ImageClassData &source, const ImageClassData &dest, int32_t columns, int32_t rows) {
-  return dest.Width >= columns && dest.Height >= rows && !SharesStorage(source, dest);
-}
-
 }  // namespace zvk::pixels

@@ -36,14 +36,6 @@ REALobject RunFilter(REALobject instance, REALobject dest, NewDest newDest, Kern
   return result.Release();
 }
 
-// True if what is written to the first `columns` and `rows` of dest touches nothing of source, so that a form may
-// reorder or buffer what it reads and writes. A filter that runs by the source's size may write more of a dest than
-// that image says it has: through a clip into the image behind it. Then there is no telling.
-bool WritesApart(const ImageClassData &source, const ImageClassData &dest, int32_t columns, int32_t rows);
-inline bool WritesApart(const ImageClassData &source, const ImageClassData &dest) {
-  return WritesApart(source, dest, source.Width, source.Height);
-}
-
 // Calls visit(sourceRow, destRow), or visit(sourceRow, destRow, y), for each row of the source, from the top; the row
 // of dest is fetched before that of the source. A pair of rows of which one cannot be had (a block that cannot be
 // mapped) is left out.

@@ -5,6 +5,7 @@
 
 #include "pixels/kernel_clones.h"
 #include "pixels/luma.h"
+#include "pixels/overlap.h"
 
 namespace zvk::pixels {
 
@@ -14,19 +15,20 @@ GrayConversion::GrayConversion(int32_t sourcePixelSize, const std::array<int32_t
       gray_(gray),
       readGray_(sourcePixelSize, colours),
       writeGray_(1, destPixelSize, std::array{SampleMove{0, gray}}),
-      source_{sourcePixelSize, std::ranges::min(colours), std::ranges::max(colours)},
-      dest_{destPixelSize, gray, gray} {
+      source_{sourcePixelSize, RangeOf(colours)},
+      dest_{destPixelSize, {gray, gray}} {
   if (!alpha) return;
   alpha_ = Alpha{*alpha, SampleMover(sourcePixelSize, 1, std::array{SampleMove{alpha->from, 0, alpha->complement}}),
                  SampleMover(1, destPixelSize, std::array{SampleMove{0, alpha->to}})};
-  source_ = {sourcePixelSize, std::min(source_.lowest, alpha->from), std::max(source_.highest, alpha->from)};
-  dest_ = {destPixelSize, std::min(gray, alpha->to), std::max(gray, alpha->to)};
+  const auto [red, green, blue] = colours;
+  source_.offsets = RangeOf(std::array{red, green, blue, alpha->from});
+  dest_.offsets = RangeOf(std::array{gray, alpha->to});
 }
 
 void GrayConversion::operator()(const uint8_t *source, uint8_t *dest, int32_t width) const {
   if (width < 1) return;
   // The order decides the bytes where rows overlap, and where a sample lies among those of the next pixel.
-  if (RowsOverlap(source, source_, dest, dest_, width) || dest_.Span() > dest_.pixelSize) {
+  if (RowsOverlap(source, source_, dest, dest_, width) || !PixelsAreApart(dest_.offsets, dest_.pixelSize)) {
     MoveInOrder(source, dest, width);
     return;
   }

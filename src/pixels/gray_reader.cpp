@@ -1,6 +1,5 @@
 #include "pixels/gray_reader.h"
 
-#include <algorithm>
 #include <cstddef>
 
 #include "pixels/byte_shuffle.h"
@@ -9,7 +8,7 @@
 namespace zvk::pixels {
 
 GrayReader::GrayReader(int32_t pixelSize, const std::array<int32_t, 3> &offsets)
-    : offsets_(offsets), reach_{pixelSize, std::ranges::min(offsets), std::ranges::max(offsets)} {}
+    : offsets_(offsets), reach_{pixelSize, RangeOf(offsets)} {}
 
 void GrayReader::operator()(const uint8_t *source, uint8_t *gray, int32_t width) const {
   const ptrdiff_t read = ReadShuffled(source, gray, width);
@@ -32,7 +31,7 @@ int32_t GrayReader::ReadShuffled(const uint8_t *source, uint8_t *gray, int32_t w
   const int32_t last = reach_.LastShuffle(width) - kPixelsPerShuffle;
   if (reach_.PixelsPerShuffle() < kPixelsPerShuffle || last < 0 || !HasByteShuffle()) return 0;
   const int32_t steps = last / (2 * kPixelsPerShuffle) + 1;
-  RunShuffles(source + reach_.lowest, gray, steps);
+  RunShuffles(source + reach_.First(), gray, steps);
   return steps * 2 * kPixelsPerShuffle;
 }
 
@@ -45,7 +44,7 @@ ZVK_BYTE_SHUFFLE void GrayReader::RunShuffles(const uint8_t *source, uint8_t *gr
   auto next = order.begin();
   for (int32_t pixel = 0; pixel < kPixelsPerShuffle; ++pixel) {
     for (const int32_t offset : {offsets_[0], offsets_[1], offsets_[2], offsets_[1]}) {
-      *next++ = static_cast<uint8_t>(pixel * reach_.pixelSize + offset - reach_.lowest);
+      *next++ = static_cast<uint8_t>(pixel * reach_.pixelSize + offset - reach_.offsets.lowest);
     }
   }
   const __m128i colours = LoadBytes(order.data());

@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "image/image_record.h"
+#include "pixels/overlap.h"
 
 namespace zvk::pixels {
 
@@ -62,23 +63,14 @@ struct Layout {
     if (a.PixelSize != channelCount || b.PixelSize != channelCount) return false;
     const auto offsetsOfA = OffsetsOf(a);
     const auto offsetsOfB = OffsetsOf(b);
-    const int64_t firstOfA = FirstOffset(a);
-    const int64_t firstOfB = FirstOffset(b);
-    uint32_t seen = 0;
-    for (size_t i = 0; i < channelCount; ++i) {
-      const int64_t place = offsetsOfA[i] - firstOfA;
-      if (place >= int64_t{channelCount} || place != offsetsOfB[i] - firstOfB) return false;
-      seen |= 1U << place;
+    const int64_t shift = int64_t{offsetsOfB[0]} - offsetsOfA[0];
+    for (size_t i = 1; i < channelCount; ++i) {
+      if (offsetsOfB[i] - int64_t{offsetsOfA[i]} != shift) return false;
     }
-    return seen == (1U << channelCount) - 1;
+    return SamplesAreSideBySide(offsetsOfA);
   }
 
-  static constexpr int32_t FirstOffset(const ImageClassData &image) {
-    const auto offsets = OffsetsOf(image);
-    int32_t first = offsets[0];
-    for (const int32_t offset : offsets) first = offset < first ? offset : first;
-    return first;
-  }
+  static constexpr int32_t FirstOffset(const ImageClassData &image) { return RangeOf(OffsetsOf(image)).lowest; }
 };
 
 // Calls `visit` once, with the layout of the first family in kOrder that the image says it has. Only the family flags

@@ -6,9 +6,9 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 
+#include "image/channels.h"
 #include "image/image_record.h"
 #include "image/rows.h"
 #include "pixels/layouts.h"
@@ -27,22 +27,6 @@ constexpr int32_t PlaceAt(int32_t place, int32_t distance, int32_t size) {
 // block may have moved since, and the row is fetched anew; rows of the source are no longer held then.
 inline uint8_t *StillHeld(uint8_t *destRow, ImageClassData &dest, int32_t y, const ImageClassData &source) {
   return &source == &dest && !HasFixedRows(dest) ? dest.GetRow(&dest, y) : destRow;
-}
-
-// True if the first `columns` pixels of all rows have no byte in common in which two of the layout's samples are kept:
-// what is written to one place is never read at another one.
-template <class Layout>
-bool HasSeparateSamples(const ImageClassData &image, int32_t columns) {
-  if (image.RowTable != nullptr || image.PixelSize < 1) return false;
-  const auto offsets = Layout::OffsetsOf(image);
-  for (size_t i = 0; i < offsets.size(); ++i) {
-    for (size_t j = 0; j < i; ++j) {
-      if ((int64_t{offsets[i]} - offsets[j]) % image.PixelSize == 0) return false;
-    }
-  }
-  const auto [lowest, highest] = std::minmax_element(offsets.begin(), offsets.end());
-  const int64_t extent = (int64_t{columns} - 1) * image.PixelSize + int64_t{*highest} - *lowest + 1;
-  return image.Height == 1 || std::abs(int64_t{image.RowSize}) >= extent;
 }
 
 // The rows of one image as samples side by side, all channels of the layout for each pixel in turn. Two images that are
@@ -85,10 +69,10 @@ class SampleRows {
   // The samples of the first `columns` pixels as a copy of the row's first `rowBytes` bytes with zeros behind it has
   // them.
   void CopyWithin(const uint8_t *row, int64_t rowBytes, int32_t columns, uint8_t *samples) const {
-    const auto [lowest, highest] = std::minmax_element(offsets_.begin(), offsets_.end());
+    const auto [lowest, highest] = RangeOf(offsets_);
     int64_t inside = 0;  // whole pixels
-    if (*lowest >= 0 && *highest < rowBytes) {
-      inside = std::min<int64_t>(columns, (rowBytes - 1 - *highest) / pixelSize_ + 1);
+    if (lowest >= 0 && highest < rowBytes) {
+      inside = std::min<int64_t>(columns, (rowBytes - 1 - highest) / pixelSize_ + 1);
       Copy(row, static_cast<int32_t>(inside), samples);
     }
     const Offsets places = packed_ ? InStorageOrder() : offsets_;

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "pixels/kernel_clones.h"
+#include "pixels/overlap.h"
 
 namespace zvk::pixels {
 
@@ -73,28 +74,11 @@ void MapInOrder(const PixelRow &row, std::span<const int32_t> offsets, std::span
 
 // --- rows ---
 
-// Where a pixel's samples lie among each other.
-struct SamplePlaces {
-  explicit SamplePlaces(std::span<const int32_t> offsets)
-      : lowest(*std::ranges::min_element(offsets)), span(int64_t{*std::ranges::max_element(offsets)} - lowest + 1) {}
-
-  int32_t lowest;
-  int64_t span;  // bytes from the first to the last one
-};
-
-// True if no byte of a row is a sample twice over, so that their order does not count.
-bool AllApart(std::span<const int32_t> offsets, const SamplePlaces &places, ptrdiff_t pixelSize) {
-  if (places.span > pixelSize || pixelSize > kLargestPixel) return false;
-  uint32_t taken = 0;
-  for (const int32_t offset : offsets) taken |= 1U << (offset - places.lowest);
-  return static_cast<size_t>(__builtin_popcount(taken)) == offsets.size();
-}
-
 template <class Step>
-void MapApart(const PixelRow &row, std::span<const int32_t> offsets, const SamplePlaces &places,
-              std::span<const Step> steps) {
+void MapApart(const PixelRow &row, std::span<const int32_t> offsets, std::span<const Step> steps) {
   using Word = typename Step::Word;
-  const ptrdiff_t bytes = (row.count - 1) * row.pixelSize + static_cast<ptrdiff_t>(places.span);
+  const OffsetRange range = RangeOf(offsets);
+  const ptrdiff_t bytes = (row.count - 1) * row.pixelSize + static_cast<ptrdiff_t>(range.Span());
   const ptrdiff_t tile = std::min(row.count, kTilePixels) * row.pixelSize;
   std::array<Word, kTilePixels * kLargestPixel> first;
   std::array<Word, kTilePixels * kLargestPixel> second;
@@ -102,22 +86,21 @@ void MapApart(const PixelRow &row, std::span<const int32_t> offsets, const Sampl
   std::fill_n(first.begin(), row.pixelSize, unchangedFirst);
   std::fill_n(second.begin(), row.pixelSize, unchangedSecond);
   for (size_t i = 0; i < offsets.size(); ++i) {
-    const auto place = static_cast<size_t>(offsets[i] - places.lowest);
+    const auto place = static_cast<size_t>(offsets[i] - range.lowest);
     const auto [stepFirst, stepSecond] = steps[i];
     first[place] = stepFirst;
     second[place] = stepSecond;
   }
   Repeat(first.data(), row.pixelSize, tile);
   Repeat(second.data(), row.pixelSize, tile);
-  MapBytes<Step>(row.first + places.lowest, bytes, first.data(), second.data(), row.pixelSize);
+  MapBytes<Step>(row.first + range.lowest, bytes, first.data(), second.data(), row.pixelSize);
 }
 
 template <class Step>
 void MapSamples(const PixelRow &row, std::span<const int32_t> offsets, std::span<const Step> steps) {
   if (row.count < 1) return;
-  const SamplePlaces places(offsets);
-  if (AllApart(offsets, places, row.pixelSize)) {
-    MapApart(row, offsets, places, steps);
+  if (row.pixelSize <= kLargestPixel && SamplesAreApart(offsets, static_cast<int32_t>(row.pixelSize))) {
+    MapApart(row, offsets, steps);
   } else {
     MapInOrder(row, offsets, steps);
   }

@@ -3,31 +3,27 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
-#include <functional>
 
 #include "pixels/byte_shuffle.h"
 #include "pixels/kernel_clones.h"
+#include "pixels/overlap.h"
 
 namespace zvk::pixels {
 
 // --- reach ---
 
 int32_t PixelReach::PixelsPerShuffle() const {
-  return Span() <= kShuffleBytes ? (kShuffleBytes - Span()) / pixelSize + 1 : 0;
+  const int64_t span = offsets.Span();
+  return span <= kShuffleBytes ? static_cast<int32_t>(kShuffleBytes - span) / pixelSize + 1 : 0;
 }
 
 int32_t PixelReach::LastShuffle(int32_t width) const {
-  return width - 1 - (kShuffleBytes - Span() + pixelSize - 1) / pixelSize;
+  return width - 1 - (kShuffleBytes - static_cast<int32_t>(offsets.Span()) + pixelSize - 1) / pixelSize;
 }
 
 bool RowsOverlap(const uint8_t *row, const PixelReach &reach, const uint8_t *otherRow, const PixelReach &otherReach,
                  int32_t width) {
-  const auto first = [](const uint8_t *bytes, const PixelReach &side) { return bytes + side.lowest; };
-  const auto end = [width](const uint8_t *bytes, const PixelReach &side) {
-    return bytes + ptrdiff_t{side.pixelSize} * (width - 1) + side.highest + 1;
-  };
-  const std::less<> before;
-  return before(first(row, reach), end(otherRow, otherReach)) && before(first(otherRow, otherReach), end(row, reach));
+  return RunsOverlap(row + reach.First(), reach.Size(width), otherRow + otherReach.First(), otherReach.Size(width));
 }
 
 // --- settling ---
@@ -35,8 +31,9 @@ bool RowsOverlap(const uint8_t *row, const PixelReach &reach, const uint8_t *oth
 namespace {
 
 PixelReach ReachOf(int32_t pixelSize, std::span<const SampleMove> moves, int32_t SampleMove::*offset) {
-  const auto [lowest, highest] = std::ranges::minmax(moves, {}, offset);
-  return {pixelSize, lowest.*offset, highest.*offset};
+  std::array<int32_t, SampleMover::kMost> offsets{};
+  std::ranges::transform(moves, offsets.begin(), offset);
+  return {pixelSize, RangeOf(std::span(offsets).first(moves.size()))};
 }
 
 // What is exclusive-ored with the sample.
@@ -60,30 +57,31 @@ SampleMover::Shuffle SampleMover::MakeShuffle() const {
   shuffle.complement.fill(0);
   shuffle.keep.fill(0xFF);
   // Where a sample lies among those of the next pixel, only the plain order will do.
-  const bool apart = dest_.Span() <= dest_.pixelSize;
+  const bool apart = PixelsAreApart(dest_.offsets, dest_.pixelSize);
   shuffle.pixels = apart ? std::min(source_.PixelsPerShuffle(), dest_.PixelsPerShuffle()) : 0;
   for (int32_t pixel = 0; pixel < shuffle.pixels; ++pixel) {
     for (const SampleMove &move : std::span(moves_).first(count_)) {
-      const auto byte = static_cast<size_t>(pixel * dest_.pixelSize + move.to - dest_.lowest);
+      const auto byte = static_cast<size_t>(pixel * dest_.pixelSize + move.to - dest_.offsets.lowest);
       shuffle.from[byte] =
-          move.zero ? kZero : static_cast<uint8_t>(pixel * source_.pixelSize + move.from - source_.lowest);
+          move.zero ? kZero : static_cast<uint8_t>(pixel * source_.pixelSize + move.from - source_.offsets.lowest);
       shuffle.complement[byte] = FlippedBits(move);
       shuffle.keep[byte] = 0;
     }
   }
   const auto bytesOfPixels = static_cast<size_t>(shuffle.pixels) * dest_.pixelSize;
   shuffle.keepsNothing =
-      dest_.Span() == dest_.pixelSize &&
+      dest_.offsets.Span() == dest_.pixelSize &&
       std::ranges::all_of(std::span(shuffle.keep).first(bytesOfPixels), [](uint8_t bits) { return bits == 0; });
   return shuffle;
 }
 
 // True if pixels without gaps are copied as they are.
 bool SampleMover::MovesWholePixels() const {
-  return source_.pixelSize == dest_.pixelSize && dest_.Span() == dest_.pixelSize &&
+  return source_.pixelSize == dest_.pixelSize && dest_.offsets.Span() == dest_.pixelSize &&
          count_ == static_cast<size_t>(dest_.pixelSize) && shuffle_.keepsNothing &&
          std::ranges::all_of(std::span(moves_).first(count_), [this](const SampleMove &move) {
-           return move.from - source_.lowest == move.to - dest_.lowest && !move.complement && !move.zero;
+           return move.from - source_.offsets.lowest == move.to - dest_.offsets.lowest && !move.complement &&
+                  !move.zero;
          });
 }
 
@@ -94,7 +92,8 @@ void SampleMover::operator()(const uint8_t *source, uint8_t *dest, int32_t width
   if (RowsOverlap(source, source_, dest, dest_, width)) {
     MoveInOrder(source, dest, width);
   } else if (wholePixels_) {
-    std::memcpy(dest + dest_.lowest, source + source_.lowest, static_cast<size_t>(width) * dest_.pixelSize);
+    std::memcpy(dest + dest_.offsets.lowest, source + source_.offsets.lowest,
+                static_cast<size_t>(width) * dest_.pixelSize);
   } else {
     const ptrdiff_t moved = MoveShuffled(source, dest, width);
     MoveInOrder(source + moved * source_.pixelSize, dest + moved * dest_.pixelSize, width - moved);
@@ -142,9 +141,9 @@ int32_t SampleMover::MoveShuffled(const uint8_t *source, uint8_t *dest, int32_t 
   if (shuffle_.pixels < 2 || last < 0 || !HasByteShuffle()) return 0;
   const int32_t steps = last / shuffle_.pixels + 1;
   if (shuffle_.keepsNothing) {
-    ShuffleOver(source + source_.lowest, dest + dest_.lowest, steps);
+    ShuffleOver(source + source_.offsets.lowest, dest + dest_.offsets.lowest, steps);
   } else {
-    ShuffleInto(source + source_.lowest, dest + dest_.lowest, steps);
+    ShuffleInto(source + source_.offsets.lowest, dest + dest_.offsets.lowest, steps);
   }
   return steps * shuffle_.pixels;
 }

@@ -3,11 +3,12 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
 
-#include "host/layers.h"
+#include "image/channels.h"
 
 namespace zvk::pixels {
 
@@ -21,12 +22,15 @@ struct SampleMove {
 
 // Which bytes of its row one side of a conversion uses.
 struct PixelReach {
-  int32_t pixelSize;  // distance between two pixels, 1 or more
-  int32_t lowest;     // offsets of the samples that are used
-  int32_t highest;
+  int32_t pixelSize;    // distance between two pixels, 1 or more
+  OffsetRange offsets;  // of the samples that are used
 
-  // Bytes from the first to the last sample of a pixel.
-  int32_t Span() const { return highest - lowest + 1; }
+  // Where the first of these bytes lies, from the row's first pixel, and how many there are to the last one of `width`
+  // pixels.
+  ptrdiff_t First() const { return offsets.lowest; }
+  ptrdiff_t Size(int32_t width) const {
+    return ptrdiff_t{pixelSize} * (width - 1) + static_cast<ptrdiff_t>(offsets.Span());
+  }
   // How many pixels lie in 16 bytes from a pixel's first sample on; 0 if not even one.
   int32_t PixelsPerShuffle() const;
   // The last pixel of `width` from whose first sample on 16 bytes lie within the row's samples; negative: none.
@@ -60,7 +64,7 @@ class SampleMover {
   // If pixels without gaps are copied as they are, how far the samples lie behind their place in the pixel that is
   // written; else empty.
   std::optional<int32_t> ShiftOfCopy() const {
-    return wholePixels_ ? std::optional(source_.lowest - dest_.lowest) : std::nullopt;
+    return wholePixels_ ? std::optional(source_.offsets.lowest - dest_.offsets.lowest) : std::nullopt;
   }
 
  private:

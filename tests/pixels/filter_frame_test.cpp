@@ -320,20 +320,5 @@ TEST_F(FilterFrame, APairOfWhichARowCannotBeHadIsLeftOut) {
   EXPECT_EQ(rows, (std::vector<int32_t>{0, 2, 4}));
 }
 
-TEST_F(FilterFrame, ImagesOfTheirOwnAreWrittenApart) {
-  const Image self = New(4, 3, ImageFormatG), dest = New(4, 3, ImageFormatG);
-  EXPECT_TRUE(WritesApart(Record(self), Record(dest)));
-  EXPECT_FALSE(WritesApart(Record(self), Record(self)));
-}
-
-TEST_F(FilterFrame, ThroughAClipThatIsTooSmallMoreIsWrittenThanItSays) {
-  const Image whole = New(9, 9, ImageFormatG);
-  const Image upper = Adopt(ClipImage5(whole, 0, 0, 9, 2)), lower = Adopt(ClipImage5(whole, 0, 5, 9, 4));
-  EXPECT_TRUE(WritesApart(Record(upper), Record(lower)));
-  EXPECT_FALSE(WritesApart(Record(lower), Record(upper)));
-  EXPECT_TRUE(WritesApart(Record(lower), Record(upper), 9, 2));
-  EXPECT_FALSE(WritesApart(Record(lower), Record(upper), 10, 2));
-}
-
 }  // namespace
 }  // namespace zvk::pixels

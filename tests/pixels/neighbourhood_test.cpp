@@ -30,48 +30,6 @@ TEST_F(Neighbourhood, ASumThatWrapsIsBeyondTheOtherEdge) {
   EXPECT_EQ(PlaceAt(INT32_MAX, INT32_MAX, INT32_MAX), 0);
 }
 
-// --- where samples are kept ---
-
-TEST_F(Neighbourhood, SamplesAreSeparateInEveryFormat) {
-  EXPECT_TRUE(HasSeparateSamples<Gray>(Record(New(7, 5, ImageFormatG)), 7));
-  EXPECT_TRUE(HasSeparateSamples<RGB>(Record(New(7, 5, ImageFormatXBGR)), 7));
-  EXPECT_TRUE(HasSeparateSamples<RGBA>(Record(New(7, 5, ImageFormatARGB)), 7));
-  EXPECT_TRUE(HasSeparateSamples<RGB>(Record(Adopt(ClipImage5(New(7, 5, ImageFormatRGB), 3, 1, 2, 2))), 2));
-}
-
-TEST_F(Neighbourhood, SamplesInOneBytesPlaceAreNotSeparate) {
-  EXPECT_FALSE(HasSeparateSamples<RGB>(Record(New(7, 5, ImageFormatG)), 7));
-  EXPECT_FALSE(HasSeparateSamples<RGB>(Record(New(7, 5, ImageFormatCMYK)), 7));
-  // Red of one pixel where green of the next one is.
-  const Image image = New(7, 5, ImageFormatRGB);
-  Record(image).RedOffset = 4;
-  EXPECT_FALSE(HasSeparateSamples<RGB>(Record(image), 7));
-}
-
-TEST_F(Neighbourhood, RowsThatReachIntoEachOtherAreNotSeparate) {
-  const auto block = host_.NewMemoryBlock(100);
-  const auto over = [&](int32_t rowSize, int32_t height) {
-    Image image = host_.New("PictureZVK");
-    ImageConstructorMemory(image, block, 4, height, ImageFormatRGBX, rowSize);
-    return image;
-  };
-  // Four pixels of RGBX reach over 15 bytes.
-  EXPECT_TRUE(HasSeparateSamples<RGB>(Record(over(15, 3)), 4));
-  EXPECT_FALSE(HasSeparateSamples<RGB>(Record(over(14, 3)), 4));
-  EXPECT_TRUE(HasSeparateSamples<RGB>(Record(over(14, 3)), 3));
-  EXPECT_TRUE(HasSeparateSamples<RGB>(Record(over(-15, 3)), 4));
-  EXPECT_FALSE(HasSeparateSamples<RGB>(Record(over(-14, 3)), 4));
-  EXPECT_TRUE(HasSeparateSamples<RGB>(Record(over(0, 1)), 4));
-}
-
-TEST_F(Neighbourhood, OfATableOfRowsNothingIsKnown) {
-  const Image image = New(4, 3, ImageFormatG);
-  uint8_t *rows[] = {nullptr};
-  Record(image).RowTable = rows;
-  EXPECT_FALSE(HasSeparateSamples<Gray>(Record(image), 4));
-  Record(image).RowTable = nullptr;
-}
-
 // --- rows as samples ---
 
 TEST_F(Neighbourhood, SamplesStandInTheOrderOfTheLayoutOrOfThePixelsIfThoseArePacked) {

@@ -1,0 +1,110 @@
+// What pixels/overlap says of images anywhere in a piece of memory, against a count of every byte that is read and
+// written.
+#include <gtest/gtest.h>
+#include <rapidcheck/gtest.h>
+
+#include <cstdint>
+#include <map>
+#include <vector>
+
+#include "image/image_storage.h"
+#include "pixels/layouts.h"
+#include "pixels/overlap.h"
+
+namespace zvk::pixels {
+namespace {
+
+using RGB = Layout<ColourFamily::RGB, false>;
+
+int32_t Any(int32_t least, int32_t most) {
+  return *rc::gen::resize(rc::kNominalSize, rc::gen::inRange(least, most + 1));
+}
+
+// A record over memory that nobody touches; only its addresses are looked at.
+ImageClassData AnyImage(uint8_t *memory) {
+  ImageClassData image{};
+  image.GetRow = Any(0, 1) == 0 ? GetRowLinear : GetRowLinearMirrored;
+  image.Buffer = memory + Any(0, 120);
+  image.Width = Any(1, 5);
+  image.Height = Any(1, 4);
+  image.PixelSize = Any(1, 5);
+  const int32_t tight = image.Width * image.PixelSize;
+  image.RowSize = Any(0, 2) == 0 ? Any(-tight, tight) : tight + Any(0, 6);
+  image.RowOffset = Any(0, 2);
+  const int32_t start = Any(0, 2) == 0 ? Any(-6, 12) : 0;
+  const bool moved = Any(0, 2) == 0;
+  image.RedOffset = start + (moved ? Any(-3, 6) : 0);
+  image.GreenOffset = start + (moved ? Any(-3, 6) : 1);
+  image.BlueOffset = start + (moved ? Any(-3, 6) : 2);
+  image.IsRGB = true;
+  return image;
+}
+
+// How often each byte is a sample of the first `columns` and `rows`.
+std::map<const uint8_t *, int32_t> SamplesOf(ImageClassData &image, int32_t columns, int32_t rows) {
+  std::map<const uint8_t *, int32_t> samples;
+  for (int32_t y = 0; y < rows; ++y) {
+    for (int32_t x = 0; x < columns; ++x) {
+      for (const int32_t offset : {image.RedOffset, image.GreenOffset, image.BlueOffset}) {
+        ++samples[image.GetRow(&image, y) + ptrdiff_t{x} * image.PixelSize + offset];
+      }
+    }
+  }
+  return samples;
+}
+
+bool EachIsOne(const std::map<const uint8_t *, int32_t> &samples) {
+  for (const auto &[byte, count] : samples) {
+    if (count != 1) return false;
+  }
+  return true;
+}
+
+bool HaveCommonByte(const std::map<const uint8_t *, int32_t> &a, const std::map<const uint8_t *, int32_t> &b) {
+  for (const auto &[byte, count] : a) {
+    if (b.contains(byte)) return true;
+  }
+  return false;
+}
+
+RC_GTEST_PROP(OverlapProperty, WhatIsSaidToBeApartHasNoByteInCommon, ()) {
+  std::vector<uint8_t> memory(1000);
+  ImageClassData source = AnyImage(memory.data() + 400), dest = AnyImage(memory.data() + 400);
+  const int32_t columns = Any(1, 5), rows = Any(1, 4);
+  if (columns > dest.Width || rows > dest.Height) {
+    RC_ASSERT(!AreDisjoint(source, dest, columns, rows));
+    return;
+  }
+  const auto read = SamplesOf(source, source.Width, source.Height);
+  const auto written = SamplesOf(dest, columns, rows);
+  const bool disjoint = AreDisjoint(source, dest, columns, rows);
+  const bool unobservable = OrderIsUnobservable<RGB>(source, dest, columns, rows);
+  RC_CLASSIFY(disjoint, "disjoint");
+  RC_CLASSIFY(unobservable, "unobservable");
+  if (disjoint) RC_ASSERT(!HaveCommonByte(read, written));
+  if (unobservable) RC_ASSERT(disjoint && EachIsOne(written));
+  if (SamplesAreApart<RGB>(dest)) RC_ASSERT(EachIsOne(SamplesOf(dest, dest.Width, 1)));
+  // The other way round for pixels that fill their rows, with samples that nobody has moved.
+  const bool plain = SamplesAreSideBySide(RGB::OffsetsOf(dest)) && dest.PixelSize == 3;
+  if (plain) RC_ASSERT(EachIsOne(written) == RowsAreApart(dest, RangeOf(RGB::OffsetsOf(dest)), columns, rows));
+}
+
+RC_GTEST_PROP(OverlapProperty, SamplesThatSpanNoMoreThanAPixelAreJudgedExactly, ()) {
+  std::vector<uint8_t> memory(1000);
+  ImageClassData image = AnyImage(memory.data() + 400);
+  if (PixelsAreApart<RGB>(image)) {
+    RC_ASSERT(SamplesAreApart<RGB>(image) == EachIsOne(SamplesOf(image, image.Width, 1)));
+  }
+  RC_ASSERT(SamplesAreDistinct(RGB::OffsetsOf(image)) == EachIsOne(SamplesOf(image, 1, 1)));
+}
+
+RC_GTEST_PROP(OverlapProperty, RunsOverlapIfSomeByteIsInBoth, ()) {
+  const std::vector<uint8_t> memory(60);
+  const int32_t first = Any(0, 20), size = Any(1, 20), otherFirst = Any(0, 20), otherSize = Any(1, 20);
+  bool common = false;
+  for (int32_t i = first; i < first + size; ++i) common = common || (i >= otherFirst && i < otherFirst + otherSize);
+  RC_ASSERT(RunsOverlap(memory.data() + first, size, memory.data() + otherFirst, otherSize) == common);
+}
+
+}  // namespace
+}  // namespace zvk::pixels
