@@ -41,6 +41,10 @@ void Draw(benchmark::State &state, void (*draw)(REALobject, REALobject), int32_t
   CountPixels(state, kWidth, kHeight);
 }
 
+void DrawRedToGray(REALobject image, REALobject picture) {
+  rbDrawPictureRedToGrayChannel6(image, picture, 0, 0, kWidth, kHeight);
+}
+
 void DrawMasked(benchmark::State &state, void (*draw)(REALobject, REALobject, uint8_t), int32_t format) {
   const BenchImage image(kWidth, kHeight, format);
   const OwnedPicture picture = NewMaskedPicture(kWidth, kHeight);
@@ -92,6 +96,7 @@ void NaiveBlend(const ImageClassData &record, uint8_t *dest, const uint8_t *sour
 
 BENCHMARK_CAPTURE(Draw, DrawPictureRGB_RGB, rbDrawPictureRGB2, ImageFormatRGB);
 BENCHMARK_CAPTURE(Draw, DrawPictureRGB_RGBA, rbDrawPictureRGB2, ImageFormatRGBA);
+BENCHMARK_CAPTURE(Draw, DrawPictureRedToGrayChannel_G, DrawRedToGray, ImageFormatG);
 BENCHMARK_CAPTURE(DrawMasked, DrawMaskedPictureRGB_RGB, rbDrawMaskedPictureRGB2, ImageFormatRGB);
 BENCHMARK_CAPTURE(DrawMasked, DrawMaskedPictureRGB_RGBA, rbDrawMaskedPictureRGB2, ImageFormatRGBA);
 BENCHMARK_CAPTURE(Naive, DrawMaskedPictureRGB_RGBA, ImageFormatRGBA, NaiveStore);
@@ -99,6 +104,10 @@ BENCHMARK_CAPTURE(DrawMasked, DrawMaskedPictureApplyMaskRGB_RGB, rbDrawPictureAp
 BENCHMARK_CAPTURE(DrawMasked, DrawMaskedPictureApplyMaskRGB_RGBA, rbDrawPictureApplyMaskRGB2, ImageFormatRGBA);
 BENCHMARK_CAPTURE(Naive, DrawMaskedPictureApplyMaskRGB_RGB, ImageFormatRGB, NaiveBlend);
 BENCHMARK_CAPTURE(Copy, CopyPicture_RGB, rbCopyPictureAll, ImageFormatRGB);
+BENCHMARK_CAPTURE(Copy, CopyPicture_G, rbCopyPictureAll, ImageFormatG);
+BENCHMARK_CAPTURE(Copy, CopyPicture_G16, rbCopyPictureAll, ImageFormatGray16);
+BENCHMARK_CAPTURE(Copy, CopyPicture_RGBA, rbCopyPictureAll, ImageFormatRGBA);
+BENCHMARK_CAPTURE(Copy, CopyPicture_CMYK, rbCopyPictureAll, ImageFormatCMYK);
 BENCHMARK_CAPTURE(Copy, CopyPictureWithMask_RGBA, rbCopyPictureWithMaskAll, ImageFormatRGBA);
 
 }  // namespace
