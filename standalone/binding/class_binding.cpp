@@ -402,4 +402,13 @@ void Bindings::ThrowPending() {
   if (raised) throw HostException(*std::move(raised));
 }
 
+std::vector<const ClassBinding *> RegisteredClassesAnd(std::initializer_list<std::string_view> own) {
+  std::vector<const ClassBinding *> classes;
+  for (const Class *const type : HostState::Current().Classes().Registered()) {
+    classes.push_back(&ClassNamed(type->Name()));
+  }
+  for (const std::string_view name : own) classes.push_back(&ClassNamed(name));
+  return classes;
+}
+
 }  // namespace standalone

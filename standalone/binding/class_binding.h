@@ -16,6 +16,7 @@
 #include <cstdint>
 #include <exception>
 #include <functional>
+#include <initializer_list>
 #include <map>
 #include <memory>
 #include <optional>
@@ -157,5 +158,8 @@ class Bindings {
 
 // The class of that name of the current bindings.
 inline ClassBinding &ClassNamed(std::string_view name) { return Bindings::Current().ClassNamed(name); }
+
+// All classes that plug-ins have registered, in their order, then those of the host's own that are named.
+std::vector<const ClassBinding *> RegisteredClassesAnd(std::initializer_list<std::string_view> own);
 
 }  // namespace standalone

@@ -7,25 +7,16 @@
 #include "standalone/lua/lua_call.h"
 #include "standalone/lua/lua_classes.h"
 #include "standalone/lua/lua_values.h"
-#include "standalone/runtime/class_registry.h"
-#include "standalone/runtime/host_state.h"
 
 namespace standalone {
 namespace {
-
-// The classes of the host's own that a program uses by name.
-constexpr const char *kHostClasses[] = {"Picture", "MemoryBlock", "FolderItem"};
 
 int Open(lua_State *lua) {
   luaL_openlibs(lua);
   OpenErrors(lua);
   OpenValues(lua);
-  std::vector<const ClassBinding *> classes;
-  for (const Class *const type : HostState::Current().Classes().Registered()) {
-    classes.push_back(&ClassNamed(type->Name()));
-  }
-  for (const char *const name : kHostClasses) classes.push_back(&ClassNamed(name));
-  OpenClasses(lua, classes);
+  // The host's own that a program uses by name.
+  OpenClasses(lua, RegisteredClassesAnd({"Picture", "MemoryBlock", "FolderItem"}));
   return 0;
 }
 

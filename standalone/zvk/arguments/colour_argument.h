@@ -12,9 +12,12 @@ class App;
 
 namespace standalone {
 
+constexpr uint8_t kClear = 0;
+constexpr uint8_t kOpaque = 255;
+
 struct ColourArgument {
   uint32_t rgb;                  // 0xRRGGBB
-  std::optional<uint8_t> alpha;  // 0 (clear) to 255 (opaque), if it was written
+  std::optional<uint8_t> alpha;  // kClear to kOpaque, if it was written
 
   bool operator==(const ColourArgument &) const = default;
 };

@@ -1,25 +1,25 @@
 #include "standalone/zvk/arguments/file_arguments.h"
 
 #include <CLI/CLI.hpp>
+#include <filesystem>
+#include <stdexcept>
+#include <system_error>
 
 #include "standalone/gd/image_file.h"
 #include "standalone/zvk/session/messages.h"
 
 namespace standalone {
-namespace {
 
-void AddPathArgument(CLI::App &command, const char *name, std::string &path, const std::string &description) {
+void AddFileArgument(CLI::App &command, const std::string &name, std::string &path, const std::string &description) {
   command.add_option(name, path, description)->required()->type_name("");
 }
 
-}  // namespace
-
 void AddInputArgument(CLI::App &command, std::string &path) {
-  AddPathArgument(command, "IN", path, "Image file to read, whatever its name: PNG, JPEG, GIF, WebP, TIFF or BMP");
+  AddFileArgument(command, "IN", path, "Image file to read, whatever its name: PNG, JPEG, GIF, WebP, TIFF or BMP");
 }
 
 void AddOutputArgument(CLI::App &command, std::string &path) {
-  AddPathArgument(command, "OUT", path,
+  AddFileArgument(command, "OUT", path,
                   "Image file to write, in the format of its extension:\n" + KnownImageExtensions() +
                       ".\nIt appears whole or not at all, and may be one that is read");
 }
@@ -33,6 +33,12 @@ void AddOrientOption(CLI::App &command, Orient &orient) {
 void RefuseUnknownExtension(const std::string &path) {
   if (HasKnownImageExtension(path)) return;
   throw UsageError(path + ": no known image extension; use one of " + KnownImageExtensions());
+}
+
+void RefuseMissingScript(const std::string &path) {
+  std::error_code error;
+  if (std::filesystem::is_regular_file(path, error)) return;
+  throw std::runtime_error("there is no script " + path + "; name a file in Lua");
 }
 
 }  // namespace standalone

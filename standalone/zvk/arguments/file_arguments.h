@@ -11,6 +11,9 @@ class App;
 
 namespace standalone {
 
+// Adds an image file that must be given to a command; the path must live as long as the command.
+void AddFileArgument(CLI::App &command, const std::string &name, std::string &path, const std::string &description);
+
 // Adds IN and OUT to a command, in this order; both must live as long as the command.
 void AddInputArgument(CLI::App &command, std::string &path);
 void AddOutputArgument(CLI::App &command, std::string &path);
@@ -20,5 +23,8 @@ void AddOrientOption(CLI::App &command, Orient &orient);
 
 // Throws UsageError if the path has no extension of an image file that SaveImage writes.
 void RefuseUnknownExtension(const std::string &path);
+
+// Throws std::runtime_error if there is no file of that path, which is to be a program in Lua.
+void RefuseMissingScript(const std::string &path);
 
 }  // namespace standalone

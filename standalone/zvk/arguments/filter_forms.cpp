@@ -14,17 +14,11 @@ constexpr char kOriginal[] = "origpixels";
 
 std::string FormOf(const Parameter &parameter) { return parameter.name + "=" + Placeholder(parameter.type); }
 
-// Adds to a list for people.
-void Append(std::string &list, const std::string &separator, const std::string &more) {
-  if (!list.empty()) list += separator;
-  list += more;
-}
-
 std::string TextOf(const Forms &forms) {
   std::string text;
   for (const MethodDeclaration *const form : forms) {
     const std::string arguments = FormText(*form);
-    Append(text, " or ", arguments.empty() ? "none" : arguments);
+    AddToList(text, " or ", arguments.empty() ? "none" : arguments);
   }
   return text;
 }
@@ -79,9 +73,9 @@ std::span<const Parameter> NamedParameters(const MethodDeclaration &filter) {
 std::string FormText(const MethodDeclaration &filter) {
   std::string text;
   for (const Parameter &parameter : NamedParameters(filter)) {
-    Append(text, " ",
-           parameter.defaultValue ? "[" + parameter.name + "=" + Written(*parameter.defaultValue) + "]"
-                                  : FormOf(parameter));
+    AddToList(text, " ",
+              parameter.defaultValue ? "[" + parameter.name + "=" + Written(*parameter.defaultValue) + "]"
+                                     : FormOf(parameter));
   }
   return text;
 }
@@ -101,7 +95,7 @@ Forms FormsNamed(const Forms &filters, const std::string &name) {
   const MethodDeclaration *last = nullptr;
   for (const MethodDeclaration *const filter : filters) {
     if (NamesEqual(filter->name, name)) forms.push_back(filter);
-    if (last == nullptr || !NamesEqual(last->name, filter->name)) Append(names, ", ", filter->name);
+    if (last == nullptr || !NamesEqual(last->name, filter->name)) AddToList(names, ", ", filter->name);
     last = filter;
   }
   if (forms.empty()) throw UsageError("there is no filter '" + name + "'; choose one of " + names);
@@ -148,12 +142,12 @@ const MethodDeclaration &ChooseForm(const Forms &forms, const std::vector<GivenA
   const std::string &name = forms.front()->name;
   if (best == nullptr) {
     std::string together;
-    for (const GivenArgument &argument : given) Append(together, ", ", argument.name);
+    for (const GivenArgument &argument : given) AddToList(together, ", ", argument.name);
     throw UsageError(name + " does not take these together: " + together + "; it takes " + TextOf(forms));
   }
   if (!missing.empty()) {
     std::string lacking;
-    for (const Parameter &parameter : missing) Append(lacking, " ", FormOf(parameter));
+    for (const Parameter &parameter : missing) AddToList(lacking, " ", FormOf(parameter));
     throw UsageError(name + " is not told enough; add " + lacking);
   }
   return *best;

@@ -78,7 +78,7 @@ std::string NamesBeginningWith(const std::string &text, const Constants &constan
   std::string names;
   for (const ConstantDeclaration &constant : constants) {
     const std::string_view start = std::string_view(constant.name).substr(0, text.size());
-    if (!text.empty() && NamesEqual(start, text)) names += (names.empty() ? "" : ", ") + constant.name;
+    if (!text.empty() && NamesEqual(start, text)) AddToList(names, ", ", constant.name);
   }
   return names;
 }

@@ -1,13 +1,11 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
-#include <filesystem>
 #include <memory>
 #include <optional>
 #include <sstream>
 #include <stdexcept>
 #include <string>
-#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -54,10 +52,7 @@ std::vector<std::string> InputsOf(const BatchRequest &request) {
 
 // What would fail for each file alike is found before there is any process.
 void CheckWhatAllNeed(const BatchRequest &request) {
-  std::error_code error;
-  if (!std::filesystem::is_regular_file(request.script, error)) {
-    throw std::runtime_error("there is no script " + request.script + "; name a file in Lua");
-  }
+  RefuseMissingScript(request.script);
   CheckScript(request.script);
   const PluginSession session({.path = request.plugin.path});
 }

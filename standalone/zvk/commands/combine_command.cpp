@@ -56,8 +56,6 @@ int32_t ParseColourOrNone(const char *option, const std::string &text) {
   return text.empty() ? kNoColour : static_cast<int32_t>(ParseColour(option, text).rgb);
 }
 
-bool HasAlpha(const Value &image) { return image.Get("HasAlpha").AsBoolean(); }
-
 // What is laid on the base.
 struct Layer {
   Value image;
@@ -135,11 +133,8 @@ void Combine(const CombineRequest &request) {
 void AddCombineCommand(CLI::App &program) {
   const auto request = std::make_shared<CombineRequest>();
   CLI::App &command = *program.add_subcommand("combine", "Lay an image file on another one");
-  const auto addFile = [&command](const char *name, std::string &path, const char *description) {
-    command.add_option(name, path, description)->required()->type_name("");
-  };
-  addFile("BASE", request->base, "Image file to lay the other one on; OUT is as large");
-  addFile("IMAGE", request->image, "Image file to lay on it");
+  AddFileArgument(command, "BASE", request->base, "Image file to lay the other one on; OUT is as large");
+  AddFileArgument(command, "IMAGE", request->image, "Image file to lay on it");
   AddOutputArgument(command, request->output);
   CLI::Option *const mask =
       command

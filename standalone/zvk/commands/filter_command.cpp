@@ -68,7 +68,7 @@ Arguments ReadArguments(const MethodDeclaration &form, const std::vector<GivenAr
 // Like the source; with the same pixels if there is alpha, which a filter may leave as it is.
 Value NewDest(const PluginSession &session, const Value &source) {
   Value dest = session.Images().New({source.Get("Width"), source.Get("Height"), source.Get("ImageFormat")});
-  if (source.Get("HasAlpha").AsBoolean()) dest.Call("CopyPixels", {source});
+  if (HasAlpha(source)) dest.Call("CopyPixels", {source});
   return dest;
 }
 
@@ -76,7 +76,7 @@ Value NewDest(const PluginSession &session, const Value &source) {
 // A dest that may be left out is: its filter makes one itself, of a shape that need not be the source's.
 void AddImages(const PluginSession &session, const FilterRequest &request, const MethodDeclaration &form,
                const std::vector<GivenArgument> &given, const Value &source, Arguments &arguments) {
-  const bool hasAlpha = source.Get("HasAlpha").AsBoolean();
+  const bool hasAlpha = HasAlpha(source);
   for (size_t i = 0; i < arguments.size(); ++i) {
     const GivenArgument *const argument = FindGiven(given, form.parameters[i].name);
     const bool isImage = form.parameters[i].type.kind == TypeKind::Object;

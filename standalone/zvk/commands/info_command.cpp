@@ -108,10 +108,8 @@ void Info(const InfoRequest &request) {
 void AddInfoCommand(CLI::App &program) {
   const auto request = std::make_shared<InfoRequest>();
   CLI::App &command = *program.add_subcommand("info", "Tell what an image file holds and what its pixels take");
-  command
-      .add_option("IN", request->input, "Image file to look at, whatever its name: PNG, JPEG, GIF, WebP, TIFF or BMP")
-      ->required()
-      ->type_name("");
+  AddFileArgument(command, "IN", request->input,
+                  "Image file to look at, whatever its name: PNG, JPEG, GIF, WebP, TIFF or BMP");
   AddOrientOption(command, request->orient);
   AddPluginOptions(command, request->plugin);
   command.footer(

@@ -19,9 +19,6 @@
 namespace standalone {
 namespace {
 
-constexpr uint8_t kClear = 0;
-constexpr uint8_t kOpaque = 255;
-
 struct RotateRequest {
   std::string input;
   std::string output;

@@ -1,10 +1,8 @@
 #include <CLI/CLI.hpp>
 #include <cstdlib>
-#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
-#include <system_error>
 #include <vector>
 
 #include "standalone/lua/host_classes.h"
@@ -35,10 +33,7 @@ void RunScript(const RunRequest &request, std::vector<std::string> arguments) {
     if (file.size() > 1 && file.front() == '-') {
       throw UsageError("there is no option '" + file + "'; 'zvk run --help' tells how it is used");
     }
-    std::error_code error;
-    if (!std::filesystem::is_regular_file(file, error)) {
-      throw std::runtime_error("there is no script " + file + "; name a file in Lua");
-    }
+    RefuseMissingScript(file);
   }
   const PluginSession session(request.plugin);
   DescribeHostClasses(HostState::Current(), request.orient);

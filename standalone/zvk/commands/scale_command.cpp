@@ -59,8 +59,6 @@ void ScaleImage(const Value &source, const Value &result, const ScaleJob &job) {
                            " pixels between the two steps of scaling; take a smaller width, or add --in-file");
 }
 
-bool HasAlpha(const Value &image) { return image.Get("HasAlpha").AsBoolean(); }
-
 // With alpha if there is some and the result can have it.
 Value LoadSource(const PluginSession &session, const ScaleJob &job) {
   const bool dropsAlpha = job.format && !HasAlpha(session.Images().New({1, 1, *job.format}));

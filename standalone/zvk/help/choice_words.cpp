@@ -5,6 +5,7 @@
 #include <iterator>
 #include <set>
 
+#include "standalone/runtime/names.h"
 #include "standalone/zvk/arguments/filter_forms.h"
 #include "standalone/zvk/arguments/mirror_direction.h"
 #include "standalone/zvk/help/class_members.h"
@@ -25,10 +26,10 @@ std::string InSmallLetters(std::string word) {
 
 // The first of each, as names are taken in any case.
 Words Unique(const Words &words) {
-  std::set<std::string> seen;
+  std::set<std::string, NameOrder> seen;
   Words unique;
   std::ranges::copy_if(words, std::back_inserter(unique),
-                       [&](const std::string &word) { return seen.insert(InSmallLetters(word)).second; });
+                       [&](const std::string &word) { return seen.insert(word).second; });
   return unique;
 }
 

@@ -27,14 +27,7 @@ std::vector<ClassMember> MembersOf(const ClassBinding &type) {
 
 std::vector<const ClassBinding *> ScriptClasses() {
   DescribeHostClasses(HostState::Current());
-  std::vector<const ClassBinding *> classes;
-  for (const Class *const type : HostState::Current().Classes().Registered()) {
-    classes.push_back(&ClassNamed(type->Name()));
-  }
-  for (const char *const name : {"Picture", "Graphics", "MemoryBlock", "FolderItem"}) {
-    classes.push_back(&ClassNamed(name));
-  }
-  return classes;
+  return RegisteredClassesAnd({"Picture", "Graphics", "MemoryBlock", "FolderItem"});
 }
 
 std::vector<std::string> MemberNames() {

@@ -1,16 +1,12 @@
 #include "standalone/zvk/help/command_line.h"
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
 #include <set>
+
+#include "standalone/zvk/session/messages.h"
 
 namespace standalone {
 namespace {
-
-std::string OnOneLine(std::string text) {
-  std::ranges::replace(text, '\n', ' ');
-  return text;
-}
 
 std::vector<std::string> NamesOf(const CLI::Option &option) {
   std::vector<std::string> names;
@@ -36,7 +32,7 @@ OptionLine ReadOption(CLI::Option &option) {
   OptionLine line = {NamesOf(option),
                      {},
                      option.get_items_expected_max() > 1,
-                     OnOneLine(option.get_description()),
+                     OneLine(option.get_description()),
                      FirstNames(option.get_excludes()),
                      FirstNames(option.get_needs()),
                      {}};
@@ -50,7 +46,7 @@ ArgumentLine ReadArgument(CLI::Option &option) {
   return {option.get_name(true),
           option.get_required(),
           option.get_items_expected_max() > 1,
-          OnOneLine(option.get_description()),
+          OneLine(option.get_description()),
           {!choice.has_value(), choice}};
 }
 

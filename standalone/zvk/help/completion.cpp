@@ -8,6 +8,7 @@
 
 #include "standalone/zvk/help/choice_words.h"
 #include "standalone/zvk/help/command_line.h"
+#include "standalone/zvk/session/messages.h"
 #include "standalone/zvk/session/plugin_session.h"
 
 namespace standalone {
@@ -17,7 +18,7 @@ using Words = std::vector<std::string>;
 
 std::string Joined(const Words &words, std::string_view between = " ") {
   std::string text;
-  for (const std::string &word : words) text.append(text.empty() ? "" : between).append(word);
+  for (const std::string &word : words) AddToList(text, between, word);
   return text;
 }
 

@@ -8,6 +8,7 @@
 
 #include "standalone/zvk/help/command_line.h"
 #include "standalone/zvk/help/footer.h"
+#include "standalone/zvk/session/messages.h"
 
 namespace standalone {
 namespace {
@@ -111,7 +112,7 @@ void AddParagraph(std::string &page, const Lines &paragraph) {
 std::string Head(const OptionLine &option) {
   std::string head;
   for (const std::string &name : option.names) {
-    head += (head.empty() ? "" : ", ") + Bold(name) + (option.value.empty() ? "" : " " + Italic(option.value));
+    AddToList(head, ", ", Bold(name) + (option.value.empty() ? "" : " " + Italic(option.value)));
   }
   return head;
 }

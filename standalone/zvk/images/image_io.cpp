@@ -17,7 +17,6 @@ namespace standalone {
 namespace {
 
 constexpr size_t kPixelBytes = 4;
-constexpr uint8_t kOpaque = 255;
 
 // --- pixels of pictures, which are images of the GD library, and bytes of red, green, blue and alpha ---
 
@@ -125,7 +124,7 @@ Owned<Picture> PictureOf(const Value &image, const std::string &path, AlphaPlane
     throw std::runtime_error(path + ": " + Text(size) + " pixels are too many; a picture has at most " +
                              std::to_string(kLargestPictureSide) + " pixels each way");
   }
-  const bool hasMask = alpha == AlphaPlane::Keep && image.Get("HasAlpha").AsBoolean();
+  const bool hasMask = alpha == AlphaPlane::Keep && HasAlpha(image);
   const Value result = image.Call(hasMask ? "CopyPictureWithMask" : "CopyPicture");
   if (result.IsNil()) throw std::bad_alloc();
   auto picture = Owned<Picture>::Share(result.As<Picture>());
@@ -195,5 +194,7 @@ void SaveImage(const Value &image, const std::string &path, uint32_t background,
 }
 
 Size SizeOf(const Value &image) { return {image.Get("Width").AsInteger(), image.Get("Height").AsInteger()}; }
+
+bool HasAlpha(const Value &image) { return image.Get("HasAlpha").AsBoolean(); }
 
 }  // namespace standalone

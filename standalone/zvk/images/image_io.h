@@ -42,7 +42,8 @@ void LayOnBackground(std::span<const uint8_t> pixels, uint32_t background, std::
 void NoteLaidOnBackground(const std::string &path, uint32_t background);
 void NoteNoTransparency(const std::string &path, uint32_t background);
 
-// The size of an image.
+// The size of an image, and whether it has a channel of alpha.
 Size SizeOf(const Value &image);
+bool HasAlpha(const Value &image);
 
 }  // namespace standalone

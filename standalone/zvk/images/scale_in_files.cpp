@@ -128,7 +128,7 @@ void ScaleInFiles(PluginSession &session, const ScaleJob &job, int32_t blockSize
   const Value result = NewFileImage(session, size, ResultFormat(session, job, mayBeClear), blockSize);
   RefuseUnsuitable(result, job);
   result.Set("YieldTicks", -kMillisecondsBetweenYields);
-  const bool scalesAlpha = mayBeClear && result.Get("HasAlpha").AsBoolean();
+  const bool scalesAlpha = mayBeClear && HasAlpha(result);
   {
     const Value sourceFormat = images.Constant(scalesAlpha ? "ImageFormatRGBA" : "ImageFormatRGB");
     Value source = NewSource(session, storedSize, sourceFormat, blockSize);

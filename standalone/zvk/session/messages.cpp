@@ -20,6 +20,11 @@ std::string OneLine(std::string text) {
   return text;
 }
 
+void AddToList(std::string &list, std::string_view separator, std::string_view more) {
+  if (!list.empty()) list += separator;
+  list += more;
+}
+
 void PrintMessage(const std::string &message) { PrintLine("zvk: ", message); }
 
 void PrintMessageWithList(const std::string &message) {

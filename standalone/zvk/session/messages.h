@@ -4,6 +4,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 namespace standalone {
 
@@ -17,6 +18,9 @@ class UsageError : public std::runtime_error {
 // The text as one line: control characters (in the name of a file, say) become spaces, so that they neither break the
 // line nor steer the terminal.
 std::string OneLine(std::string text);
+
+// Adds to a list for people, or for a shell.
+void AddToList(std::string &list, std::string_view separator, std::string_view more);
 
 // Writes "zvk: MESSAGE" as one line.
 void PrintMessage(const std::string &message);

@@ -94,7 +94,7 @@ int32_t PluginSession::Choose(std::string_view what, std::string_view prefix, st
     if (NamesEqual(std::string_view(constant.name).substr(prefix.size()), name)) return NumberOf(constant);
   }
   std::string names;
-  for (const std::string &choice : Choices(prefix)) names += (names.empty() ? "" : ", ") + choice;
+  for (const std::string &choice : Choices(prefix)) AddToList(names, ", ", choice);
   throw UsageError("unknown " + std::string(what) + " '" + std::string(name) + "'; choose one of " + names);
 }
 
