@@ -487,6 +487,33 @@ TEST(MaskedDrawingYields, AnImageThatIsConstructedAnewInAYieldGetsOnlyRowsThatFi
   masked.ExpectReferencesLeft(4);
 }
 
+TEST(MaskedDrawingYields, HostCodeInAYieldMayMoveTheOffsets) {
+  PluginHost host;
+  const MaskedPicture masked(host, 40, 3);
+  for (const Draw2 draw : kDraws2) {
+    auto image = NewImage(host, 40, 3, ImageFormatRGBA);
+    ImageClassData &record = *RecordOf(image);
+    // Row by row with the offsets that hold there.
+    auto expected = NewImage(host, 40, 3, ImageFormatRGBA);
+    ImageClassData &plain = *RecordOf(expected);
+    const auto moveFor = [](ImageClassData &moved, int64_t row) {
+      moved.RedOffset = row == 1 ? 3 : 0;
+      moved.AlphaOffset = row == 1 ? 0 : 3;
+    };
+    for (int32_t y = 0; y < 3; ++y) {
+      moveFor(plain, y);
+      (draw == kDraws2[0] ? rbDrawMaskedPictureRGB8 : rbDrawPictureApplyMaskRGB8)(expected, masked.picture, 0, y, 40, 1,
+                                                                                  0, y, false);
+    }
+    YieldAlways(host, image);
+    int32_t yields = 0;
+    host->onYield = [&] { moveFor(record, ++yields - 2); };
+    draw(image, masked.picture, false);
+    EXPECT_EQ(StorageOf(record), StorageOf(plain));
+  }
+  masked.ExpectReferencesLeft(8);
+}
+
 TEST(MaskedDrawingRows, ARowThatCannotBeHadIsLeftOut) {
   PluginHost host;
   const MaskedPicture masked(host, 40, 3);

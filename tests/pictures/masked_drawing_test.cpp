@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <utility>
@@ -189,50 +191,119 @@ TEST(MaskedDrawing, InAnImageWithoutAlphaItGoesToByteZeroUnlessAColourLiesThere)
 
 // --- overlap ---
 
-// Both families with the image over the memory of the picture (or of its mask), at every shift, against the plain loop
-// on a twin.
-TEST_P(MaskedLayouts, AnImageInTheMemoryOfThePictureOrItsMaskIsDrawnAsTheLoopGoes) {
-  constexpr int32_t kWidth = 100, kImageWidth = 90;
-  const auto [layout, maskLayout] = GetParam();
+// The bytes of a picture's only row.
+Bytes RowOf(Picture &picture) {
+  const uint8_t *row = picture.Storage().Row(0);
+  return {row, row + 4 * picture.Width()};
+}
+
+// Draws with the image over the memory of the picture (or of its mask), `start` bytes behind its first pixel, and
+// expects what a plain loop makes of a twin. Both families.
+void ExpectDrawnAsTheLoopGoes(PluginHost &host, std::pair<int32_t, int32_t> layouts, int32_t width, int32_t imageWidth,
+                              int32_t format, int32_t start) {
   struct Twin {
     Owned<Picture> picture;
     Picture *mask;
     Owned<Object> image;
   };
-  const auto make = [&, layout = layout, maskLayout = maskLayout](int32_t format, int32_t start, bool overMask) {
-    Twin twin{NewFilledPicture(host_, kWidth, 1, layout, 3), nullptr, host_.New("PictureZVK")};
-    twin.mask = &AddMask(host_, *twin.picture, maskLayout, 4);
-    auto block = host_.NewMemoryBlock(1);
-    ImageConstructorMemory(twin.image, block, kImageWidth, 1, format, 4 * kWidth);
+  const auto make = [&](bool overMask) {
+    Twin twin{NewFilledPicture(host, width, 1, layouts.first, 3), nullptr, host.New("PictureZVK")};
+    twin.mask = &AddMask(host, *twin.picture, layouts.second, 4);
+    auto block = host.NewMemoryBlock(1);
+    ImageConstructorMemory(twin.image, block, imageWidth, 1, format, 4 * width);
     RecordOf(twin.image)->Buffer = (overMask ? *twin.mask : *twin.picture).Storage().Row(0) + start;
     return twin;
   };
+  for (int32_t choice = 0; choice < 4; ++choice) {
+    const bool overMask = (choice & 1) != 0, stores = (choice & 2) != 0;
+    const Twin drawn = make(overMask), plain = make(overMask);
+    (stores ? rbDrawMaskedPictureRGB2 : rbDrawPictureApplyMaskRGB2)(drawn.image, drawn.picture, false);
+    ImageClassData &record = *RecordOf(plain.image);
+    for (int32_t x = 0; x < imageWidth; ++x) {
+      const Pixel p = plain.picture->GetPixel(x, 0), m = plain.mask->GetPixel(x, 0);
+      uint8_t *dest = record.Buffer + x * record.PixelSize;
+      const int32_t red = dest[record.RedOffset], green = dest[record.GreenOffset], blue = dest[record.BlueOffset];
+      const auto blend = [](int32_t from, int32_t to, int32_t by) {
+        return static_cast<uint8_t>(((255 - by) * from + to * by) / 255);
+      };
+      if (stores) dest[record.AlphaOffset] = m.red;
+      dest[record.RedOffset] = stores ? p.red : blend(p.red, red, m.red);
+      dest[record.GreenOffset] = stores ? p.green : blend(p.green, green, m.green);
+      dest[record.BlueOffset] = stores ? p.blue : blend(p.blue, blue, m.blue);
+    }
+    ASSERT_EQ(RowOf(*drawn.picture), RowOf(*plain.picture)) << format << ", " << start << ", " << choice;
+    ASSERT_EQ(RowOf(*drawn.mask), RowOf(*plain.mask)) << format << ", " << start << ", " << choice;
+    ExpectReferencesLeft(*drawn.mask, 1);
+  }
+}
+
+TEST_P(MaskedLayouts, AnImageInTheMemoryOfThePictureOrItsMaskIsDrawnAsTheLoopGoes) {
   for (const int32_t format : {ImageFormatRGB, ImageFormatBGR, ImageFormatRGBA, ImageFormatXBGR, ImageFormatRGBX}) {
     for (int32_t start = 0; start < 9; ++start) {
-      for (int32_t choice = 0; choice < 4; ++choice) {
-        const bool overMask = (choice & 1) != 0, stores = (choice & 2) != 0;
-        const Twin drawn = make(format, start, overMask), plain = make(format, start, overMask);
-        (stores ? rbDrawMaskedPictureRGB2 : rbDrawPictureApplyMaskRGB2)(drawn.image, drawn.picture, false);
-        ImageClassData &record = *RecordOf(plain.image);
-        for (int32_t x = 0; x < kImageWidth; ++x) {
-          const Pixel p = plain.picture->GetPixel(x, 0), m = plain.mask->GetPixel(x, 0);
-          uint8_t *dest = record.Buffer + x * record.PixelSize;
-          const int32_t red = dest[record.RedOffset], green = dest[record.GreenOffset], blue = dest[record.BlueOffset];
-          const auto blend = [](int32_t from, int32_t to, int32_t by) {
-            return static_cast<uint8_t>(((255 - by) * from + to * by) / 255);
-          };
-          if (stores) dest[record.AlphaOffset] = m.red;
-          dest[record.RedOffset] = stores ? p.red : blend(p.red, red, m.red);
-          dest[record.GreenOffset] = stores ? p.green : blend(p.green, green, m.green);
-          dest[record.BlueOffset] = stores ? p.blue : blend(p.blue, blue, m.blue);
-        }
-        for (int32_t x = 0; x < kWidth; ++x) {
-          ASSERT_EQ(BytesAt(*drawn.picture, x, 0), BytesAt(*plain.picture, x, 0)) << format << start << choice;
-          ASSERT_EQ(BytesAt(*drawn.mask, x, 0), BytesAt(*plain.mask, x, 0)) << format << start << choice;
-        }
-        ExpectReferencesLeft(*drawn.mask, 1);
+      ExpectDrawnAsTheLoopGoes(host_, GetParam(), 100, 90, format, start);
+    }
+  }
+}
+
+// Rows of thousands of pixels, shifted by so much that only pixels far from each other meet.
+TEST_P(MaskedLayouts, AWideImageInTheMemoryOfThePictureOrItsMaskIsDrawnAsTheLoopGoes) {
+  for (const int32_t format : {ImageFormatRGB, ImageFormatXBGR}) {
+    for (const int32_t start : {0, 1, 4100, 7600}) {
+      ExpectDrawnAsTheLoopGoes(host_, GetParam(), 4000, 2100, format, start);
+    }
+  }
+}
+
+// --- wide rows and large pixels ---
+
+// Draws into an image whose pixels are so many bytes apart, its colours at the given offsets and alpha at 0, and
+// expects what a plain loop makes of it. Both families, with and without inversion.
+void ExpectWideRow(PluginHost &host, std::pair<int32_t, int32_t> layouts, int32_t width, int32_t pixelSize,
+                   std::array<int32_t, 3> offsets) {
+  auto picture = NewFilledPicture(host, width, 1, layouts.first, 5);
+  Picture &mask = AddMask(host, *picture, layouts.second, 6);
+  for (int32_t choice = 0; choice < 4; ++choice) {
+    const bool stores = (choice & 1) != 0, invert = (choice & 2) != 0;
+    auto block = host.NewMemoryBlock(width * pixelSize);
+    auto image = host.New("PictureZVK");
+    ImageConstructorMemory(image, block, width, 1, ImageFormatRGB, width * pixelSize);
+    ImageClassData &record = *RecordOf(image);
+    record.PixelSize = pixelSize;
+    record.RedOffset = offsets[0];
+    record.GreenOffset = offsets[1];
+    record.BlueOffset = offsets[2];
+    record.AlphaOffset = 0;
+    for (int32_t i = 0; i < block->Size(); ++i) block->Data()[i] = static_cast<uint8_t>(7 * i + i / 256);
+    Bytes expected(block->Data(), block->Data() + block->Size());
+    for (int32_t x = 0; x < width; ++x) {
+      const Pixel p = picture->GetPixel(x, 0), m = mask.GetPixel(x, 0);
+      const int32_t drawn[] = {p.red, p.green, p.blue}, masks[] = {m.red, m.green, m.blue};
+      uint8_t *dest = expected.data() + x * pixelSize;
+      if (stores) dest[0] = static_cast<uint8_t>(invert ? 255 - m.red : m.red);
+      for (size_t i = 0; i < 3; ++i) {
+        const int32_t keep = invert ? 255 - masks[i] : masks[i];
+        uint8_t &sample = dest[offsets[i]];
+        sample = static_cast<uint8_t>(stores ? drawn[i] : ((255 - keep) * drawn[i] + keep * sample) / 255);
       }
     }
+    (stores ? rbDrawMaskedPictureRGB2 : rbDrawPictureApplyMaskRGB2)(image, picture, invert);
+    EXPECT_EQ(Bytes(block->Data(), block->Data() + block->Size()), expected) << pixelSize << ", " << choice;
+  }
+  ExpectReferencesLeft(mask, 4);
+}
+
+TEST_P(MaskedLayouts, RowsOfThousandsOfPixelsAreDrawnToTheirEnd) {
+  for (const int32_t width : {1024, 1025, 2500, 4097}) {
+    ExpectWideRow(host_, GetParam(), width, 3, {0, 1, 2});
+    ExpectWideRow(host_, GetParam(), width, 4, {3, 2, 1});
+    ExpectWideRow(host_, GetParam(), width, 4, {1, 0, 3});
+  }
+}
+
+TEST_P(MaskedLayouts, PixelsOfAnySizeAreDrawn) {
+  for (const int32_t pixelSize : {5, 6, 7, 16, 1000, 4095, 4096, 4097, 10000}) {
+    ExpectWideRow(host_, GetParam(), 9, pixelSize, {2, 4, 1});
+    ExpectWideRow(host_, GetParam(), 9, pixelSize, {pixelSize - 2, pixelSize - 1, 0});
   }
 }
 

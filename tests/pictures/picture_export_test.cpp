@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstring>
 #include <memory>
+#include <random>
 #include <vector>
 
 #include "image/image_formats.h"
@@ -100,6 +101,66 @@ TEST_P(ExportToEveryLayout, PictureAndMaskAreJoined) {
   EXPECT_EQ(TopRow(*picture), (std::vector{Gray(10), Gray(30)}));
   ASSERT_NE(picture->Mask(), nullptr);
   EXPECT_EQ(TopRow(*picture->Mask()), (std::vector{Gray(20), Gray(40)}));
+}
+
+// What a pixel of an image looks like, told from its bytes.
+Pixel ColourAt(const ImageClassData &image, const uint8_t *pixel) {
+  if (image.IsRGB) return {pixel[image.RedOffset], pixel[image.GreenOffset], pixel[image.BlueOffset]};
+  if (image.IsGray) return Gray(pixel[image.GrayOffset + (image.BitsPerComponent == 16 ? 1 : 0)]);
+  const int32_t white = 255 - pixel[image.BlackOffset];
+  const auto without = [white](int32_t ink) { return static_cast<uint8_t>(white - ink * white / 255); };
+  return {without(pixel[image.CyanOffset]), without(pixel[image.MagentaOffset]), without(pixel[image.YellowOffset])};
+}
+
+constexpr int32_t kFormatsOfEveryFamily[] = {ImageFormatG,    ImageFormatAG,   ImageFormatGray16, ImageFormatRGB,
+                                             ImageFormatBGRA, ImageFormatCMYK, ImageFormatKYMCA};
+
+TEST_P(ExportToEveryLayout, RowsOfThousandsOfPixelsAreWrittenToTheirEnd) {
+  for (const int32_t format : kFormatsOfEveryFamily) {
+    for (const int32_t width : {1024, 1025, 2500}) {
+      auto image = NewImage(host_, width, 1, format);
+      auto picture = AdoptPicture(rbCopyPictureAll(image));
+      ASSERT_TRUE(picture);
+      for (int32_t x = 0; x < width; ++x) {
+        const Pixel colour = ColourAt(*RecordOf(image), SampleAt(*RecordOf(image), x, 0, 0));
+        ASSERT_EQ(BytesAt(*picture, x, 0), OpaqueBytes(GetParam(), colour.red, colour.green, colour.blue))
+            << format << ", " << x;
+      }
+    }
+  }
+}
+
+// A host may make the new picture in memory that the image lies in. Each pixel is then written whole before the next
+// one is read.
+TEST_P(ExportToEveryLayout, APictureOverTheImageIsWrittenAsTheLoopGoes) {
+  constexpr int32_t kWidth = 1500, kImageWidth = 1100;
+  for (const int32_t format : kFormatsOfEveryFamily) {
+    for (const int32_t start : {0, 1, 4, 7, 400}) {
+      auto image = NewImage(host_, kImageWidth, 1, format);
+      ImageClassData &record = *RecordOf(image);
+      uint8_t *own = record.Buffer;
+      Bytes expected;
+      host_->SetPictureFactory([&](int32_t, int32_t height) {
+        auto storage = MakeStorage(kWidth, height, GetParam());
+        uint8_t *row = storage->Row(0);
+        std::mt19937 random(7);
+        for (int32_t i = 0; i < 4 * kWidth; ++i) row[i] = RandomByte(random);
+        expected.assign(row, row + 4 * kWidth);
+        record.Buffer = row + start;
+        return storage;
+      });
+      auto picture = AdoptPicture(rbCopyPictureAll(image));
+      record.Buffer = own;
+      ASSERT_TRUE(picture);
+      for (int32_t x = 0; x < kImageWidth; ++x) {
+        const Pixel colour = ColourAt(record, expected.data() + start + x * record.PixelSize);
+        const Bytes word = OpaqueBytes(GetParam(), colour.red, colour.green, colour.blue);
+        std::copy(word.begin(), word.end(), expected.begin() + 4 * x);
+      }
+      const uint8_t *row = picture->Storage().Row(0);
+      EXPECT_EQ(Bytes(row, row + 4 * kWidth), expected) << format << ", " << start;
+    }
+  }
 }
 
 TEST(PictureExport, APictureOfUnknownLayoutIsLeftAsItIs) {
