@@ -9,7 +9,7 @@
 
 #include "image/rows.h"
 #include "pixels/kernel_clones.h"
-#include "pixels/row_group.h"
+#include "pixels/row_walker.h"
 
 namespace zvk::compositing {
 

@@ -4,6 +4,7 @@
 
 #include "exchange/exchange_rows.h"
 #include "image/image_record.h"
+#include "pixels/row_walker.h"
 
 namespace zvk::exchange {
 
@@ -21,7 +22,7 @@ bool CheckIndex(const ImageClassData &image, int32_t index, const char *methodNa
 REALobject rbGetRow(REALobject instance, int32_t index) {
   ImageClassData *image = ReadableRecord(instance);
   if (image == nullptr || !CheckIndex(*image, index, "RawRow")) return nullptr;
-  uint8_t *row = image->GetRow(image, index);
+  uint8_t *row = FetchRow(*image, index);
   // Nothing keeps the row alive for the block's sake.
   return row != nullptr ? REALPtrToMemoryBlock(row) : nullptr;
 }
@@ -29,7 +30,7 @@ REALobject rbGetRow(REALobject instance, int32_t index) {
 REALobject rbGetRowCopy(REALobject instance, int32_t index) {
   ImageClassData *image = ReadableRecord(instance);
   if (image == nullptr || !CheckIndex(*image, index, "Row")) return nullptr;
-  const uint8_t *row = image->GetRow(image, index);
+  const uint8_t *row = FetchRow(*image, index);
   const int32_t size = image->RowSize;
   if (row == nullptr || size < 1) return nullptr;
 
@@ -52,7 +53,7 @@ void rbSetRow(REALobject instance, int32_t index, REALobject block) {
     RaiseException("NilObjectException", "Memoryblock is nil");
     return;
   }
-  uint8_t *row = HasRows(*image) ? image->GetRow(image, index) : nullptr;
+  uint8_t *row = HasRows(*image) ? FetchRow(*image, index) : nullptr;
   if (row == nullptr || image->RowSize < 1) return;
   // The block may be the very memory that the image lies in.
   std::memmove(row, bytes, static_cast<size_t>(image->RowSize));

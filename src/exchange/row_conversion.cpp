@@ -3,6 +3,7 @@
 #include "exchange/exchange_rows.h"
 #include "image/image_formats.h"
 #include "image/image_record.h"
+#include "pixels/row_walker.h"
 
 namespace zvk::exchange {
 
@@ -23,7 +24,7 @@ bool CheckIndex(const ImageClassData &image, int32_t index, bool invertAlpha) {
 REALobject GetRowInFormat(REALobject instance, int32_t index, int32_t format, bool invertAlpha) {
   ImageClassData *image = ConvertibleRecord(instance);
   if (image == nullptr || !CheckIndex(*image, index, invertAlpha)) return nullptr;
-  const uint8_t *row = image->GetRow(image, index);
+  const uint8_t *row = FetchRow(*image, index);
   if (row == nullptr) return nullptr;
   ImageClassData packed{};
   if (!InitImageClassData(&packed, image->Width, 1, format)) return nullptr;
@@ -50,7 +51,7 @@ void SetRowInFormat(REALobject instance, int32_t index, int32_t format, bool inv
     RaiseException("NilObjectException", "Memoryblock is nil.");
     return;
   }
-  uint8_t *row = image->GetRow(image, index);
+  uint8_t *row = FetchRow(*image, index);
   if (row == nullptr) return;
   ImageClassData packed{};
   if (!InitImageClassData(&packed, image->Width, 1, format)) return;

@@ -10,6 +10,7 @@
 #include "host/resources.h"
 #include "image/image_formats.h"
 #include "image/image_record.h"
+#include "pixels/row_walker.h"
 
 namespace zvk::exchange {
 
@@ -98,7 +99,7 @@ class StringBytes {
 REALstring rbGetRowFS(REALobject instance, int32_t index, int32_t format) {
   ImageClassData *image = ConvertibleRecord(instance);
   if (image == nullptr || !CheckIndex(*image, index)) return nullptr;
-  const uint8_t *row = image->GetRow(image, index);
+  const uint8_t *row = FetchRow(*image, index);
   if (row == nullptr) return nullptr;
   ImageClassData packed{};
   if (!InitImageClassData(&packed, image->Width, 1, format)) return nullptr;
@@ -115,7 +116,7 @@ void rbSetRowFS(REALobject instance, int32_t index, int32_t format, REALstring s
   if (!bytes) return;
   ImageClassData *image = ConvertibleRecord(instance);
   if (image == nullptr || !CheckIndex(*image, index) || bytes.Get() == nullptr) return;
-  uint8_t *row = image->GetRow(image, index);
+  uint8_t *row = FetchRow(*image, index);
   if (row == nullptr) return;
   ImageClassData packed{};
   if (!InitImageClassData(&packed, image->Width, 1, format)) return;
@@ -135,10 +136,9 @@ REALstring rbGetAllFS(REALobject instance, int32_t format) {
   const auto conversion = ConversionBetween(*image, packed, false);
   if (!conversion) return nullptr;
   const ptrdiff_t rowSize = PackedRowSize(packed);
-  for (int32_t y = 0; y < image->Height; ++y) {
-    const uint8_t *row = image->GetRow(image, y);
-    if (row != nullptr) conversion->ConvertRow(row, result.Get() + y * rowSize, image->Width);
-  }
+  ForEachRow(*image, image->Height, [&](const uint8_t *row, int32_t y) {
+    conversion->ConvertRow(row, result.Get() + y * rowSize, image->Width);
+  });
   return StringOfRows(result, packed);
 }
 
@@ -152,10 +152,8 @@ void rbSetAllFS(REALobject instance, int32_t format, REALstring string) {
   const auto conversion = ConversionBetween(packed, *image, false);
   if (!conversion) return;
   const ptrdiff_t rowSize = PackedRowSize(packed);
-  for (int32_t y = 0; y < image->Height; ++y) {
-    uint8_t *row = image->GetRow(image, y);
-    if (row != nullptr) conversion->ConvertRow(bytes.Get() + y * rowSize, row, image->Width);
-  }
+  ForEachRow(*image, image->Height,
+             [&](uint8_t *row, int32_t y) { conversion->ConvertRow(bytes.Get() + y * rowSize, row, image->Width); });
 }
 
 }  // namespace zvk::exchange

@@ -13,6 +13,7 @@
 #include "pixels/layouts.h"
 #include "pixels/neighbourhood.h"
 #include "pixels/overlap.h"
+#include "pixels/row_walker.h"
 
 namespace zvk::filters {
 
@@ -178,7 +179,7 @@ class BoxBlur {
   // A row of the source; zeros for one that cannot be had. In a mapped file it would not outlive the next fetch, so it
   // is copied.
   const uint8_t *SourceSamples(int32_t y, uint8_t *buffer) {
-    const uint8_t *row = source_.GetRow(&source_, y);
+    const uint8_t *row = FetchRow(source_, y);
     if (row == nullptr) {
       std::fill_n(buffer, samples_, uint8_t{0});
     } else if (HasFixedRows(source_)) {
@@ -195,7 +196,7 @@ class BoxBlur {
     uint32_t times = 0;
     for (int32_t j = -window_.radius; j <= window_.radius; ++j) {
       const int32_t y = PlaceAt(j, 0, source_.Height);
-      const uint8_t *row = source_.GetRow(&source_, y);
+      const uint8_t *row = FetchRow(source_, y);
       ++times;
       if (j < window_.radius && PlaceAt(j + 1, 0, source_.Height) == y) continue;
       if (row != nullptr) {
@@ -209,7 +210,7 @@ class BoxBlur {
     SumFirstRows();
     const int64_t lastRow = int64_t{source_.Height} - 1;
     for (int32_t y = 0; y < source_.Height; ++y) {
-      uint8_t *row = dest_.GetRow(&dest_, y);
+      uint8_t *row = FetchRow(dest_, y);
       if (row != nullptr) {
         destRows_.Write(row, width_, made_.Get(), [&](uint8_t *samples) {
           MeansOf(columnSums_.Get(), samples_, window_, samples);
@@ -229,16 +230,14 @@ class BoxBlur {
   }
 
   void BlurDestAlongRows() {
-    for (int32_t y = 0; y < source_.Height; ++y) {
-      uint8_t *row = dest_.GetRow(&dest_, y);
-      if (row == nullptr) continue;
+    ForEachRow(dest_, source_.Height, [&](uint8_t *row, int32_t /*y*/) {
       const uint8_t *samples = destRows_.Read(row, width_, entering_.Get());
       destRows_.Write(row, width_, made_.Get(), [&](uint8_t *means) { BlurAlong(samples, means); });
-    }
+    });
   }
 
   void BlurAlongRows() {
-    ForEachRowPair(source_, dest_, [&](const uint8_t *sourceRow, uint8_t *destRow) {
+    ForEachRowPair(dest_, source_, source_.Height, [&](uint8_t *destRow, const uint8_t *sourceRow) {
       const uint8_t *samples = sourceRows_.Read(sourceRow, width_, entering_.Get());
       destRows_.Write(destRow, width_, made_.Get(), [&](uint8_t *means) { BlurAlong(samples, means); });
     });
@@ -249,7 +248,7 @@ class BoxBlur {
     const auto from = Layout::OffsetsOf(source_);
     const auto to = Layout::OffsetsOf(dest_);
     const int32_t last = width_ - 1;
-    ForEachRowPair(source_, dest_, [&](const uint8_t *sourceRow, uint8_t *destRow) {
+    ForEachRowPair(dest_, source_, source_.Height, [&](uint8_t *destRow, const uint8_t *sourceRow) {
       const auto sample = [&](int32_t x, size_t c) {
         return uint32_t{sourceRow[ptrdiff_t{x} * source_.PixelSize + from[c]]};
       };

@@ -7,6 +7,7 @@
 #include "pixels/filter_frame.h"
 #include "pixels/layouts.h"
 #include "pixels/neighbourhood.h"
+#include "pixels/row_walker.h"
 
 namespace zvk::filters {
 
@@ -27,18 +28,17 @@ void Diffuse(ImageClassData &source, ImageClassData &dest, int32_t level) {
   const auto from = Layout::OffsetsOf(source);
   const auto to = Layout::OffsetsOf(dest);
   for (int32_t y = 0; y < source.Height; ++y) {
-    uint8_t *destRow = dest.GetRow(&dest, y);
+    HeldRow destRow(dest, y, source);
     for (int32_t x = 0; x < source.Width; ++x) {
       const int32_t dx = distance();
       const int32_t dy = distance();
-      const uint8_t *sourceRow = source.GetRow(&source, PlaceAt(y, dy, source.Height));
+      const uint8_t *sourceRow = FetchRow(source, PlaceAt(y, dy, source.Height));
       if (sourceRow == nullptr) continue;
       const uint8_t *pixel = sourceRow + ptrdiff_t{PlaceAt(x, dx, source.Width)} * source.PixelSize;
       std::array<uint8_t, Layout::channelCount> samples = {};
       for (size_t c = 0; c < samples.size(); ++c) samples[c] = pixel[from[c]];
-      destRow = StillHeld(destRow, dest, y, source);
-      if (destRow == nullptr) continue;
-      uint8_t *destPixel = destRow + ptrdiff_t{x} * dest.PixelSize;
+      if (destRow.Again() == nullptr) continue;
+      uint8_t *destPixel = destRow.Get() + ptrdiff_t{x} * dest.PixelSize;
       for (size_t c = 0; c < samples.size(); ++c) destPixel[to[c]] = samples[c];
     }
   }

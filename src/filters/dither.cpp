@@ -9,6 +9,7 @@
 #include "pixels/channel_rows.h"
 #include "pixels/filter_frame.h"
 #include "pixels/layouts.h"
+#include "pixels/row_walker.h"
 
 namespace zvk::filters {
 
@@ -72,7 +73,7 @@ void Dither(ImageClassData &source, ImageClassData &dest, const DitherMatrix &ma
   const auto to = Layout::OffsetsOf(dest);
   const ByteRuns<Layout> runs(source, dest);
   const ThresholdPatterns<kChannels> patterns(matrix);
-  ForEachRowPair(source, dest, [&](const uint8_t *sourceRow, uint8_t *destRow, int32_t y) {
+  ForEachRowPair(dest, source, source.Height, [&](uint8_t *destRow, const uint8_t *sourceRow, int32_t y) {
     const auto ditherBytes = [&](const uint8_t *read, uint8_t *written, ptrdiff_t count) {
       patterns.Dither(levels, y % matrix.size, read, written, count);
     };

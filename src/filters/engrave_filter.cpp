@@ -10,6 +10,7 @@
 #include "pixels/layouts.h"
 #include "pixels/neighbourhood.h"
 #include "pixels/overlap.h"
+#include "pixels/row_walker.h"
 
 namespace zvk::filters {
 
@@ -25,22 +26,21 @@ void EngraveByPixel(ImageClassData &source, ImageClassData &dest, int32_t level)
   const auto to = Layout::OffsetsOf(dest);
   for (int32_t y = 0; y < source.Height; ++y) {
     const int32_t otherY = PlaceAt(y, level, source.Height);
-    uint8_t *destRow = dest.GetRow(&dest, y);
+    HeldRow destRow(dest, y, source);
     for (int32_t x = 0; x < source.Width; ++x) {
       std::array<uint8_t, Layout::channelCount> samples = {};
-      const uint8_t *row = source.GetRow(&source, y);
+      const uint8_t *row = FetchRow(source, y);
       if (row == nullptr) continue;
       const uint8_t *pixel = row + ptrdiff_t{x} * source.PixelSize;
       for (size_t c = 0; c < samples.size(); ++c) samples[c] = pixel[from[c]];
 
-      const uint8_t *otherRow = source.GetRow(&source, otherY);
+      const uint8_t *otherRow = FetchRow(source, otherY);
       if (otherRow == nullptr) continue;
       const uint8_t *other = otherRow + ptrdiff_t{PlaceAt(x, level, source.Width)} * source.PixelSize;
       for (size_t c = 0; c < samples.size(); ++c) samples[c] = Relief(samples[c], other[from[c]]);
 
-      destRow = StillHeld(destRow, dest, y, source);
-      if (destRow == nullptr) continue;
-      uint8_t *destPixel = destRow + ptrdiff_t{x} * dest.PixelSize;
+      if (destRow.Again() == nullptr) continue;
+      uint8_t *destPixel = destRow.Get() + ptrdiff_t{x} * dest.PixelSize;
       for (size_t c = 0; c < samples.size(); ++c) destPixel[to[c]] = samples[c];
     }
   }
@@ -78,9 +78,9 @@ class RowEngraver {
   void Run() {
     const int32_t width = source_.Width;
     for (int32_t y = 0; y < source_.Height; ++y) {
-      uint8_t *destRow = dest_.GetRow(&dest_, y);
-      const uint8_t *row = source_.GetRow(&source_, y);
-      const uint8_t *otherRow = source_.GetRow(&source_, PlaceAt(y, level_, source_.Height));
+      uint8_t *destRow = FetchRow(dest_, y);
+      const uint8_t *row = FetchRow(source_, y);
+      const uint8_t *otherRow = FetchRow(source_, PlaceAt(y, level_, source_.Height));
       if (destRow == nullptr || row == nullptr || otherRow == nullptr) continue;
       const uint8_t *samples = sourceRows_.Read(row, width, samples_.Get());
       const uint8_t *others = sourceRows_.Read(otherRow, width, others_.Get());

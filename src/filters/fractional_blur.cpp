@@ -11,6 +11,7 @@
 #include "pixels/layouts.h"
 #include "pixels/neighbourhood.h"
 #include "pixels/overlap.h"
+#include "pixels/row_walker.h"
 
 namespace zvk::filters {
 
@@ -71,7 +72,7 @@ class FractionalBlur {
 
   // A row that cannot be had counts as zeros.
   void Take(int32_t y, const ZeroedBuffer<uint8_t> &buffer) {
-    const uint8_t *row = source_.GetRow(&source_, y);
+    const uint8_t *row = FetchRow(source_, y);
     sourceRows_.CopyWithin(row, row != nullptr ? rowBytes_ : 0, width_, buffer.Get());
   }
 
@@ -80,13 +81,13 @@ class FractionalBlur {
     Take(0, middle_);
     Take(std::min(1, last), below_);  // an image of one row has no second one to fetch
     for (int32_t y = 0; y <= last; ++y) {
-      uint8_t *row = dest_.GetRow(&dest_, y);
+      HeldRow row(dest_, y, source_);
       if (y > 0 && y < last) {
         Take(y + 1, below_);
-        row = StillHeld(row, dest_, y, source_);
+        row.Again();
       }
-      if (row != nullptr) {
-        destRows_.Write(row, width_, made_.Get(), [&](uint8_t *samples) {
+      if (row) {
+        destRows_.Write(row.Get(), width_, made_.Get(), [&](uint8_t *samples) {
           if (!thenAlongRows) return BlurColumn(y, last, samples);
           BlurColumn(y, last, line_.Get());
           BlurAlong(line_.Get(), samples);
@@ -107,12 +108,10 @@ class FractionalBlur {
   }
 
   void BlurDestAlongRows() {
-    for (int32_t y = 0; y < source_.Height; ++y) {
-      uint8_t *row = dest_.GetRow(&dest_, y);
-      if (row == nullptr) continue;
+    ForEachRow(dest_, source_.Height, [&](uint8_t *row, int32_t /*y*/) {
       destRows_.Copy(row, width_, line_.Get());
       destRows_.Write(row, width_, made_.Get(), [&](uint8_t *samples) { BlurAlong(line_.Get(), samples); });
-    }
+    });
   }
 
   // The other way round than along columns: at the left the pixel itself stands for the one further left, and at the

@@ -9,7 +9,7 @@
 #include "filters/tone_tables.h"
 #include "image/image_record.h"
 #include "pixels/channel_rows.h"
-#include "pixels/filter_frame.h"
+#include "pixels/row_walker.h"
 
 namespace zvk::filters {
 
@@ -41,7 +41,7 @@ void MapSamples(ImageClassData &source, ImageClassData &dest,
   const auto mapBytes = [&](const uint8_t *read, uint8_t *written, ptrdiff_t count) {
     MapBytes(tables[0], read, written, count);
   };
-  ForEachRowPair(source, dest, [&](const uint8_t *sourceRow, uint8_t *destRow) {
+  ForEachRowPair(dest, source, source.Height, [&](uint8_t *destRow, const uint8_t *sourceRow) {
     if (alike && runs.Visit(sourceRow, destRow, mapBytes)) return;
     MapRow<Layout::channelCount>(tables, {sourceRow, source.PixelSize, from}, {destRow, dest.PixelSize, to},
                                  source.Width);

@@ -13,6 +13,7 @@
 #include "pixels/layouts.h"
 #include "pixels/neighbourhood.h"
 #include "pixels/overlap.h"
+#include "pixels/row_walker.h"
 
 namespace zvk::filters {
 
@@ -36,7 +37,7 @@ std::array<int32_t, Layout::channelCount> SumOfPixel(const MatrixJob &job, int32
   const auto offsets = Layout::OffsetsOf(source);
   std::array<int32_t, Layout::channelCount> sums = {};
   for (int32_t i = 0; i < job.terms.RowCount(); ++i) {
-    const uint8_t *row = source.GetRow(&source, PlaceAt(y, job.terms.RowAt(i), source.Height));
+    const uint8_t *row = FetchRow(source, PlaceAt(y, job.terms.RowAt(i), source.Height));
     if (row == nullptr) continue;
     for (const MatrixTerm &term : job.terms.OfRow(i)) {
       const uint8_t *pixel = row + ptrdiff_t{PlaceAt(x, term.column, source.Width)} * source.PixelSize;
@@ -51,12 +52,11 @@ void ApplyByPixel(const MatrixJob &job) {
   ImageClassData &dest = job.dest;
   const auto offsets = Layout::OffsetsOf(dest);
   for (int32_t y = 0; y < job.rows; ++y) {
-    uint8_t *row = dest.GetRow(&dest, y);
-    for (int32_t x = 0; x < job.columns && row != nullptr; ++x) {
+    HeldRow row(dest, y, job.source);
+    for (int32_t x = 0; x < job.columns && row; ++x) {
       const auto sums = SumOfPixel<Layout>(job, x, y);
-      row = StillHeld(row, dest, y, job.source);
-      if (row == nullptr) break;
-      uint8_t *pixel = row + ptrdiff_t{x} * dest.PixelSize;
+      if (row.Again() == nullptr) break;
+      uint8_t *pixel = row.Get() + ptrdiff_t{x} * dest.PixelSize;
       for (size_t c = 0; c < sums.size(); ++c) pixel[offsets[c]] = job.result(sums[c]);
     }
   }
@@ -112,7 +112,7 @@ class SourceLines {
 
   void Load(int32_t sourceRow) {
     const int32_t slot = sourceRow % lineCount_;
-    const uint8_t *row = source_.GetRow(&source_, sourceRow);
+    const uint8_t *row = FetchRow(source_, sourceRow);
     uint8_t *line = bytes_.Get() + slot * pixels_ * kChannels;
     lines_[static_cast<size_t>(slot)] = row != nullptr ? line : nullptr;
     if (row == nullptr) return;
@@ -156,9 +156,7 @@ bool ApplyByLines(const MatrixJob &job) {
 
   const MatrixSums sum(job.terms.All(), job.result);
   std::array<WeightedLine, MatrixTerms::kMostEntries> weighted = {};
-  for (int32_t y = 0; y < job.rows; ++y) {
-    uint8_t *row = dest.GetRow(&dest, y);
-    if (row == nullptr) continue;
+  ForEachRow(dest, job.rows, [&](uint8_t *row, int32_t y) {
     lines.MoveTo(y);
     size_t used = 0;
     for (const MatrixTerm &term : job.terms.All()) {
@@ -167,7 +165,7 @@ bool ApplyByLines(const MatrixJob &job) {
     }
     results.Write(row, job.columns, buffer.Get(),
                   [&](uint8_t *bytes) { sum(std::span(weighted).first(used), count, bytes); });
-  }
+  });
   return true;
 }
 

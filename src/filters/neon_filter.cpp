@@ -11,6 +11,7 @@
 #include "pixels/kernel_clones.h"
 #include "pixels/layouts.h"
 #include "pixels/neighbourhood.h"
+#include "pixels/row_walker.h"
 
 namespace zvk::filters {
 
@@ -54,15 +55,15 @@ class NeonContours {
     const int32_t width = source_.Width;
     Take(0, row_);
     for (int32_t y = 0; y < source_.Height; ++y) {
-      uint8_t *destRow = dest_.GetRow(&dest_, y);
+      HeldRow destRow(dest_, y, source_);
       if (y < source_.Height - 1) {
         Take(y + 1, below_);
-        destRow = StillHeld(destRow, dest_, y, source_);
+        destRow.Again();
       } else {
         std::fill_n(below_.Get(), (int64_t{width} + 1) * kChannels, uint8_t{0});
       }
-      if (destRow != nullptr) {
-        destRows_.Write(destRow, width, made_.Get(), [&](uint8_t *contours) { MakeRow(y, contours); });
+      if (destRow) {
+        destRows_.Write(destRow.Get(), width, made_.Get(), [&](uint8_t *contours) { MakeRow(y, contours); });
       }
       std::swap(row_, below_);
     }
@@ -73,7 +74,7 @@ class NeonContours {
 
   // One pixel more than the row has. A row that cannot be had counts as zeros.
   void Take(int32_t y, const ZeroedBuffer<uint8_t> &buffer) {
-    const uint8_t *row = source_.GetRow(&source_, y);
+    const uint8_t *row = FetchRow(source_, y);
     sourceRows_.CopyWithin(row, row != nullptr ? rowBytes_ : 0, source_.Width + 1, buffer.Get());
   }
 

@@ -10,6 +10,7 @@
 #include "pixels/layouts.h"
 #include "pixels/neighbourhood.h"
 #include "pixels/overlap.h"
+#include "pixels/row_walker.h"
 
 namespace zvk::filters {
 
@@ -76,20 +77,20 @@ void PaintByPixel(ImageClassData &source, ImageClassData &dest, int32_t levels, 
   std::array<Bins, Layout::channelCount> bins = {};
   for (int32_t y = 0; y < source.Height; ++y) {
     const Span rows(y, range, source.Height);
-    uint8_t *destRow = dest.GetRow(&dest, y);
+    HeldRow destRow(dest, y, source);
     for (int32_t x = 0; x < source.Width; ++x) {
       const Span columns(x, range, source.Width);
       for (Bins &ofChannel : bins) ofChannel.Clear(levels);
       for (int32_t row = rows.first; row <= rows.last; ++row) {
-        const uint8_t *sourceRow = source.GetRow(&source, row);
+        const uint8_t *sourceRow = FetchRow(source, row);
         if (sourceRow == nullptr) continue;
         for (int32_t column = columns.first; column <= columns.last; ++column) {
           const uint8_t *pixel = sourceRow + ptrdiff_t{column} * source.PixelSize;
           for (size_t c = 0; c < bins.size(); ++c) bins[c].Add(pixel[offsets[c]], levels);
         }
       }
-      destRow = StillHeld(destRow, dest, y, source);
-      if (destRow != nullptr) PaintPixel<Layout>(bins, levels, dest, destRow + ptrdiff_t{x} * dest.PixelSize);
+      if (destRow.Again() == nullptr) continue;
+      PaintPixel<Layout>(bins, levels, dest, destRow.Get() + ptrdiff_t{x} * dest.PixelSize);
     }
   }
 }
@@ -177,13 +178,11 @@ bool PaintByRow(ImageClassData &source, ImageClassData &dest, int32_t levels, in
   const ZeroedBuffer<const uint8_t *> addresses(source.Height);
   if (!addresses) return false;
   for (int32_t y = 0; y < source.Height; ++y) {
-    addresses[y] = source.GetRow(&source, y);
+    addresses[y] = FetchRow(source, y);
     if (addresses[y] == nullptr) return false;
   }
-  for (int32_t y = 0; y < source.Height; ++y) {
+  ForEachRow(dest, source.Height, [&](uint8_t *destRow, int32_t y) {
     const Span rows(y, range, source.Height);
-    uint8_t *destRow = dest.GetRow(&dest, y);
-    if (destRow == nullptr) continue;
     const OilRow<Layout::channelCount> row{addresses.Get() + rows.first,
                                            rows.last - rows.first + 1,
                                            source.Width,
@@ -199,7 +198,7 @@ bool PaintByRow(ImageClassData &source, ImageClassData &dest, int32_t levels, in
     } else {
       PaintRow<uint64_t>(row, destRow);
     }
-  }
+  });
   return true;
 }
 

@@ -10,6 +10,8 @@
 #include "pixels/kernel_clones.h"
 #include "pixels/layouts.h"
 #include "pixels/overlap.h"
+#include "pixels/pixel_watch.h"
+#include "pixels/row_walker.h"
 
 namespace zvk::filters {
 
@@ -33,24 +35,13 @@ void FillTable(double amount, int32_t threshold, UnsharpTable &table) {
   }
 }
 
-// Calls visit(row, blurredRow) for each row from the top; the row of the blurred image is fetched first. A pair of
-// which one cannot be had is left out.
-template <class Visitor>
-void ForEachRow(ImageClassData &image, ImageClassData &blurred, Visitor &&visit) {
-  for (int32_t y = 0; y < image.Height; ++y) {
-    const uint8_t *blurredRow = blurred.GetRow(&blurred, y);
-    uint8_t *row = image.GetRow(&image, y);
-    if (row != nullptr && blurredRow != nullptr) visit(row, blurredRow);
-  }
-}
-
 template <class Layout>
 void Sharpen(ImageClassData &image, ImageClassData &blurred, const UnsharpTable &table) {
   const int32_t width = image.Width;
   if (Layout::PackedAlike(image, blurred) && AreDisjoint(blurred, image)) {
     const ptrdiff_t first = Layout::FirstOffset(image), firstBlurred = Layout::FirstOffset(blurred);
     const ptrdiff_t count = ptrdiff_t{width} * static_cast<ptrdiff_t>(Layout::channelCount);
-    return ForEachRow(image, blurred, [&](uint8_t *row, const uint8_t *blurredRow) {
+    return ForEachRowPair(blurred, image, image.Height, [&](const uint8_t *blurredRow, uint8_t *row) {
       uint8_t *__restrict samples = row + first;
       const uint8_t *__restrict others = blurredRow + firstBlurred;
       for (ptrdiff_t i = 0; i < count; ++i) samples[i] = table[samples[i]][others[i]];
@@ -58,7 +49,7 @@ void Sharpen(ImageClassData &image, ImageClassData &blurred, const UnsharpTable 
   }
   const auto offsets = Layout::OffsetsOf(image), blurredOffsets = Layout::OffsetsOf(blurred);
   const ptrdiff_t pixelSize = image.PixelSize, blurredPixelSize = blurred.PixelSize;
-  ForEachRow(image, blurred, [&](uint8_t *pixel, const uint8_t *other) {
+  ForEachRowPair(blurred, image, image.Height, [&](const uint8_t *other, uint8_t *pixel) {
     for (int32_t x = 0; x < width; ++x) {
       for (size_t c = 0; c < Layout::channelCount; ++c) {
         pixel[offsets[c]] = table[pixel[offsets[c]]][other[blurredOffsets[c]]];
@@ -88,11 +79,12 @@ uint8_t unsharpFilter(REALobject instance, REALobject origpixels, double amount,
            image->ImageFormat == blurred->ImageFormat && IsUsable(*image);
   };
   if (!isServed()) return false;
+  const PixelWatch watchedImage(*image), watchedBlurred(*blurred);
   YieldOn(*image);
   if (!IsUsable(*blurred)) return false;
   YieldOn(*blurred);
   // The yields let other code of the host run, which may have closed or constructed anew either image.
-  if (!isServed() || !IsUsable(*blurred)) return false;
+  if (!isServed() || !IsUsable(*blurred) || !watchedImage.HasStorage() || !watchedBlurred.HasStorage()) return false;
 
   UnsharpTable table = {};
   FillTable(amount, threshold, table);

@@ -10,7 +10,8 @@
 #include "image/rectangle.h"
 #include "image/rows.h"
 #include "pixels/conversion.h"
-#include "pixels/row_group.h"
+#include "pixels/pixel_watch.h"
+#include "pixels/row_walker.h"
 #include "pixels/wide_samples.h"
 
 namespace zvk::geometry {
@@ -117,8 +118,8 @@ bool CopyRows(ImageClassData &dest, ImageClassData &source, const Transfer &tran
   if (!pixels) {
     if (IsEmpty(transfer)) return false;
     // The first rows are asked for all the same, which moves the blocks of mapped images.
-    dest.GetRow(&dest, transfer.destY);
-    source.GetRow(&source, transfer.sourceY);
+    FetchRow(dest, transfer.destY);
+    FetchRow(source, transfer.sourceY);
     return false;
   }
   return forEachRow([&](const RowGroup &rows) {
@@ -138,11 +139,12 @@ uint8_t rbCopyPixels8(REALobject instance, REALobject source, int32_t destX, int
   ImageClassData *dest = RecordOf(instance);
   ImageClassData *from = RecordOf(source);
   if (dest == nullptr || from == nullptr || !from->Valid || !IsUsable(*dest)) return false;
+  const PixelWatch watchedDest(*dest), watchedSource(*from);
   YieldOn(*dest);
   if (!IsUsable(*from)) return false;
   YieldOn(*from);
   // The yields let other code of the host run, which may have closed or constructed anew either image.
-  if (!IsUsable(*dest) || !IsUsable(*from)) return false;
+  if (!IsUsable(*dest) || !IsUsable(*from) || !watchedDest.HasStorage() || !watchedSource.HasStorage()) return false;
 
   const Transfer fitted = FitTransfer({destX, destY, destWidth, destHeight, sourceX, sourceY}, dest->Width,
                                       dest->Height, from->Width, from->Height);

@@ -129,10 +129,10 @@ uint8_t AutoLevel5(REALobject instance, int32_t x, int32_t y, int32_t width, int
   const auto rectangle = BeginInPlace(image, {x, y, width, height});
   if (!rectangle) return false;
   Histogram histogram;
-  ForEachRow(*image, *rectangle, RowYield::AfterEachRow,
-             [&](const RowPart &part) { histogram.CountRow(*image, part); });
+  const bool hasPixels = ForEachRow(*image, *rectangle, RowYield::AfterEachRow,
+                                    [&](const RowPart &part) { histogram.CountRow(*image, part); });
   // Other code of the host may have closed the image or constructed it anew.
-  if (!CanBeLevelled(image)) return false;
+  if (!hasPixels || !CanBeLevelled(image)) return false;
   const Counts sums = histogram.RunningSum();
   const auto table = LevelTable(LevelAt(0.005F, sums), LevelAt(0.995F, sums));
   ForEachRow(*image, *rectangle, RowYield::None, [&](const RowPart &part) { LevelRow(*image, part, table); });

@@ -1,5 +1,7 @@
 #include "levels/compare_images.h"
 
+#include "pixels/row_walker.h"
+
 namespace zvk::levels {
 
 namespace {
@@ -24,10 +26,7 @@ int64_t CompareImages(REALobject instance, REALobject other) {
   if (!IsUsable(*image) || !IsUsable(*second)) return kDifferent;
   if (!image->IsGray && !image->IsRGB && !image->IsCMYK) return kDifferent;
   // The pixels are not read. A mapped image's block is moved by the fetches all the same.
-  for (int32_t y = 0; y < image->Height; ++y) {
-    second->GetRow(second, y);
-    image->GetRow(image, y);
-  }
+  ForEachRowPair(*second, *image, image->Height, [](const uint8_t *, const uint8_t *) {});
   return (int64_t{image->Height} - 1) * image->Width + image->Width;
 }
 

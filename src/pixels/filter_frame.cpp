@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "image/image_factory.h"
-#include "image/rows.h"
+#include "pixels/pixel_watch.h"
 
 namespace zvk::pixels {
 
@@ -16,10 +16,10 @@ ObjectReference Referenced(REALobject object) {
 
 // True if a caller's dest still has room for the source, or as much as it had before other code of the host ran: of a
 // size that nobody checked at first only the caller knows whether it holds.
-bool HasRoomAsBefore(const ImageClassData &dest, const ImageClassData &destBefore, const ImageClassData &source,
+bool HasRoomAsBefore(const ImageClassData &dest, const PixelWatch &watchedDest, const ImageClassData &source,
                      const ImageClassData &sourceBefore) {
   if (dest.Width >= source.Width && dest.Height >= source.Height) return true;
-  return HasSamePixels(destBefore, dest) && source.Width <= sourceBefore.Width && source.Height <= sourceBefore.Height;
+  return watchedDest.HasSamePixels() && source.Width <= sourceBefore.Width && source.Height <= sourceBefore.Height;
 }
 
 bool IsServed(const ImageClassData *source) {
@@ -31,8 +31,7 @@ bool IsServed(const ImageClassData *source) {
 ObjectReference FilterDest(REALobject instance, REALobject dest, NewDest newDest) {
   ImageClassData *source = RecordOf(instance);
   if (!IsServed(source)) return {};
-  const ImageClassData sourceBefore = *source;
-  const ImageClassData destBefore = dest != nullptr ? *RecordOf(dest) : ImageClassData{};
+  const PixelWatch watchedSource(*source), watchedDest(dest != nullptr ? *RecordOf(dest) : *source);
   YieldOn(*source);
 
   const auto isLargeEnough = [&](const ImageClassData &made) {
@@ -53,8 +52,9 @@ ObjectReference FilterDest(REALobject instance, REALobject dest, NewDest newDest
   YieldOn(*target);
   // The yields let other code of the host run, which may have closed or constructed anew either image.
   if (!IsServed(source) || !IsUsable(*target)) return {};
+  if (!watchedSource.HasStorage() || !watchedDest.HasStorage()) return {};
   const bool hasRoom =
-      dest != nullptr ? HasRoomAsBefore(*target, destBefore, *source, sourceBefore) : isLargeEnough(*target);
+      dest != nullptr ? HasRoomAsBefore(*target, watchedDest, *source, watchedSource.Before()) : isLargeEnough(*target);
   return hasRoom ? std::move(result) : ObjectReference();
 }
 

@@ -17,7 +17,7 @@ enum class NewDest : uint8_t { SameSize, ExchangedSides };
 // source is not usable or has 16-bit samples, there is no image for a nil dest, or the dest is not usable. Yields once
 // on the source, then once on the dest. A dest of the caller's may have any size and format; one that was made is large
 // enough. If the host, given time, leaves no room in a dest where there was some, by constructing one of the images
-// anew, the filter is refused as well.
+// anew, or takes away the pixels that a view shows, the filter is refused as well.
 ObjectReference FilterDest(REALobject instance, REALobject dest, NewDest newDest);
 
 // Runs kernel(source, dest), both records, and returns dest with its reference; nil if the filter is refused, or if the
@@ -34,23 +34,6 @@ REALobject RunFilter(REALobject instance, REALobject dest, NewDest newDest, Kern
     if (!kernel(source, target)) return nullptr;
   }
   return result.Release();
-}
-
-// Calls visit(sourceRow, destRow), or visit(sourceRow, destRow, y), for each row of the source, from the top; the row
-// of dest is fetched before that of the source. A pair of rows of which one cannot be had (a block that cannot be
-// mapped) is left out.
-template <class Visitor>
-void ForEachRowPair(ImageClassData &source, ImageClassData &dest, Visitor &&visit) {
-  for (int32_t y = 0; y < source.Height; ++y) {
-    uint8_t *destRow = dest.GetRow(&dest, y);
-    const uint8_t *sourceRow = source.GetRow(&source, y);
-    if (destRow == nullptr || sourceRow == nullptr) continue;
-    if constexpr (std::is_invocable_v<Visitor, const uint8_t *, uint8_t *, int32_t>) {
-      visit(sourceRow, destRow, y);
-    } else {
-      visit(sourceRow, destRow);
-    }
-  }
 }
 
 }  // namespace zvk::pixels

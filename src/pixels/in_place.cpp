@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "image/rows.h"
+#include "pixels/pixel_watch.h"
 
 namespace zvk::pixels {
 
@@ -10,7 +11,9 @@ std::optional<Rectangle> BeginInPlace(ImageClassData *image, const Rectangle &ca
   if (image == nullptr || !IsUsable(*image)) return std::nullopt;
   const Rectangle fitted = FitRectangle(callers, image->Width, image->Height);
   if (IsEmpty(fitted)) return std::nullopt;
+  const PixelWatch watch(*image);
   YieldOn(*image);
+  if (!watch.HasStorage()) return std::nullopt;
   return fitted;
 }
 

@@ -1,5 +1,5 @@
-// What the filters share that make a sample out of those around it: places beyond an edge, rows that are held while
-// others are fetched, and rows as samples side by side.
+// What the filters share that make a sample out of those around it: places beyond an edge, and rows as samples side
+// by side.
 #pragma once
 
 #include <algorithm>
@@ -21,12 +21,6 @@ constexpr int32_t PlaceAt(int32_t place, int32_t distance, int32_t size) {
   const int32_t sum = place + distance;
   if (sum < 0) return 0;
   return sum >= size ? size - 1 : sum;
-}
-
-// A row of dest that was fetched before rows of the source were. Where both are one record over a mapped file, its
-// block may have moved since, and the row is fetched anew; rows of the source are no longer held then.
-inline uint8_t *StillHeld(uint8_t *destRow, ImageClassData &dest, int32_t y, const ImageClassData &source) {
-  return &source == &dest && !HasFixedRows(dest) ? dest.GetRow(&dest, y) : destRow;
 }
 
 // The rows of one image as samples side by side, all channels of the layout for each pixel in turn. Two images that are

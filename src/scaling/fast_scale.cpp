@@ -14,7 +14,7 @@
 #include "image/image_record.h"
 #include "image/rows.h"
 #include "pixels/luma.h"
-#include "pixels/row_group.h"
+#include "pixels/row_walker.h"
 #include "scaling/scale_kernels.h"
 #include "scaling/scale_pairs.h"
 #include "scaling/watched_image.h"

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "image/image_record.h"
+#include "pixels/pixel_watch.h"
 
 namespace zvk::scaling {
 
@@ -22,8 +23,7 @@ class WatchedImage {
 
  private:
   ImageClassData *image_;
-  ImageClassData before_;
-  bool hadStorage_;
+  PixelWatch watch_;
   int32_t promisedRows_;
 };
 

@@ -297,28 +297,5 @@ TEST_F(FilterFrameYield, AnImageThatAYieldHasGivenSixteenBitsIsRefused) {
 
 // --- rows ---
 
-TEST_F(FilterFrame, TheRowOfDestIsFetchedBeforeThatOfTheSource) {
-  const Image self = New(1, 2, ImageFormatG), dest = New(1, 5, ImageFormatG);
-  Record(self).GetRow = NoteRow<'s'>;
-  Record(dest).GetRow = NoteRow<'d'>;
-  noted.clear();
-  std::vector<std::pair<const uint8_t *, uint8_t *>> rows;
-  ForEachRowPair(Record(self), Record(dest), [&](const uint8_t *from, uint8_t *to) { rows.emplace_back(from, to); });
-  EXPECT_EQ(TakeFetches(), FetchesOf("d0 s0 d1 s1"));
-  const auto *const source = &Record(self), *const target = &Record(dest);
-  EXPECT_EQ(rows, (std::vector<std::pair<const uint8_t *, uint8_t *>>{
-                      {source->Buffer, target->Buffer},
-                      {source->Buffer + source->RowSize, target->Buffer + target->RowSize}}));
-}
-
-TEST_F(FilterFrame, APairOfWhichARowCannotBeHadIsLeftOut) {
-  const Image self = New(1, 5, ImageFormatG), dest = New(1, 5, ImageFormatG);
-  Record(self).GetRow = [](ImageClassData *record, int32_t y) { return y == 1 ? nullptr : GetRowLinear(record, y); };
-  Record(dest).GetRow = [](ImageClassData *record, int32_t y) { return y == 3 ? nullptr : GetRowLinear(record, y); };
-  std::vector<int32_t> rows;
-  ForEachRowPair(Record(self), Record(dest), [&](const uint8_t *, uint8_t *, int32_t y) { rows.push_back(y); });
-  EXPECT_EQ(rows, (std::vector<int32_t>{0, 2, 4}));
-}
-
 }  // namespace
 }  // namespace zvk::pixels

@@ -28,30 +28,6 @@ TEST_F(InPlace, NothingBeginsOnANilOrUnusableImageOrAnEmptyRectangle) {
   EXPECT_EQ(TakeLog(), "");
 }
 
-TEST_F(InPlace, RowsAreVisitedFromTheTopWithOrWithoutYields) {
-  const TestImage image = NewImage(4, 5, ImageFormatGA);
-  Log(image);
-  std::vector<uint8_t *> visited;
-  const auto visit = [&](const RowPart &part) {
-    visited.push_back(part.PixelsOf(image.Record()).first);
-    EXPECT_EQ(part.PixelsOf(image.Record()).count, 2);
-  };
-  ForEachRow(image.Record(), {1, 2, 2, 2}, RowYield::None, visit);
-  EXPECT_EQ(TakeLog(), "2 3 ");
-  ForEachRow(image.Record(), {1, 2, 2, 2}, RowYield::AfterEachRow, visit);
-  EXPECT_EQ(TakeLog(), "2 yield 3 yield ");
-  uint8_t *const first = image.block->Data() + 2 * 8 + 2;
-  EXPECT_EQ(visited, (std::vector{first, first + 8, first, first + 8}));
-}
-
-TEST_F(InPlace, ARectangleThatLeadsOutOfTheImageIsCut) {
-  const TestImage image = NewImage(4, 3, ImageFormatG);
-  Log(image);
-  ForEachRow(image.Record(), {3, 1, INT32_MAX, INT32_MAX}, RowYield::None,
-             [](const RowPart &part) { EXPECT_EQ(part.width, 1); });
-  EXPECT_EQ(TakeLog(), "1 2 ");
-}
-
 class PixelBytesOf : public InPlaceTest {
  protected:
   // First byte, counted from the block's start, and number.

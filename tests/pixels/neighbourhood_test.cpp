@@ -93,17 +93,5 @@ TEST_F(Neighbourhood, ACopyWithinARowIsZeroBeforeIt) {
   Record(image).GrayOffset = 0;
 }
 
-// --- rows that are held ---
-
-TEST_F(Neighbourhood, OnlyTheRowOfAMappedImageThatIsItsOwnSourceIsFetchedAnew) {
-  const Image image = New(4, 3, ImageFormatG), other = New(4, 3, ImageFormatG);
-  uint8_t *const held = Row(image, 1);
-  EXPECT_EQ(StillHeld(held, Record(image), 2, Record(image)), held);
-  Record(image).IsMapping = true;
-  EXPECT_EQ(StillHeld(held, Record(image), 2, Record(other)), held);
-  EXPECT_EQ(StillHeld(held, Record(image), 2, Record(image)), Row(image, 2));
-  Record(image).IsMapping = false;
-}
-
 }  // namespace
 }  // namespace zvk::pixels

@@ -1,4 +1,4 @@
-#include "pixels/row_group.h"
+#include "pixels/row_walker.h"
 
 #include <cstddef>
 #include <cstring>
@@ -7,11 +7,11 @@ namespace zvk::pixels {
 
 bool RowGroup::Fetch(ImageClassData &dest, int32_t destY, ImageClassData &first, ImageClassData *second,
                      int32_t sourceY) {
-  dest_ = dest.GetRow(&dest, destY);
+  dest_ = FetchRow(dest, destY);
   const uint8_t *block = dest.Buffer;
   const int32_t blockRow = dest.MappedFirstRow;
-  first_ = first.GetRow(&first, sourceY);
-  second_ = second != nullptr ? second->GetRow(second, sourceY) : nullptr;
+  first_ = FetchRow(first, sourceY);
+  second_ = second != nullptr ? FetchRow(*second, sourceY) : nullptr;
   if (dest_ == nullptr || first_ == nullptr || (second != nullptr && second_ == nullptr)) return false;
   if (!dest.IsMapping || (dest.Buffer == block && dest.MappedFirstRow == blockRow)) return true;
 
@@ -20,7 +20,7 @@ bool RowGroup::Fetch(ImageClassData &dest, int32_t destY, ImageClassData &first,
   if (!KeepCopy(&first == &dest ? first_ : second_, dest.RowSize)) return false;
   if (&first == &dest) first_ = copy_.Get();
   if (second == &dest) second_ = copy_.Get();
-  dest_ = dest.GetRow(&dest, destY);
+  dest_ = FetchRow(dest, destY);
   return dest_ != nullptr;
 }
 

@@ -1,0 +1,29 @@
+#include "pixels/pixel_watch.h"
+
+#include <tuple>
+
+namespace zvk::pixels {
+
+namespace {
+
+// False for a view that shows the pixels of an image which has been closed or constructed anew. A view that holds the
+// caller's block or the picture itself needs no other image.
+bool ShowsLivingPixels(const ImageClassData &image) {
+  if (image.MemoryTarget != nullptr || image.Target != nullptr) return true;
+  const auto storage = [&image](const ImageClassData &record) {
+    return std::tuple(image.IsMapping ? nullptr : record.Buffer, record.IsMapping, record.FileHandle, record.TotalSize);
+  };
+  for (const ImageClassData *parent = RecordOf(image.Parent); parent != nullptr; parent = RecordOf(parent->Parent)) {
+    if (parent->GetRow == nullptr || storage(*parent) != storage(image)) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+PixelWatch::PixelWatch(const ImageClassData &image)
+    : image_(image), before_(image), hadStorage_(ShowsLivingPixels(image)) {}
+
+bool PixelWatch::HasStorage() const { return !hadStorage_ || ShowsLivingPixels(image_); }
+
+}  // namespace zvk::pixels
