@@ -12,6 +12,7 @@
 
 #include "geometry/shear.h"
 #include "pixels/overlap.h"
+#include "pixels/row_walker.h"
 
 namespace zvk::geometry {
 
@@ -42,17 +43,15 @@ void ShearColumnsByPixels(ImageClassData &source, ImageClassData &dest, const Co
   for (int32_t column = 0; column < shear.columns; ++column) {
     const auto store = [&](int64_t row, int64_t end, const Samples<L> &samples) {
       if (row < 0 || row >= end) return;
-      uint8_t *destRow = dest.GetRow(&dest, static_cast<int32_t>(row));
+      uint8_t *destRow = FetchRow(dest, static_cast<int32_t>(row));
       if (destRow != nullptr) to.Write(destRow, column, samples);
     };
     const ColumnOffset offset(f);
     for (int32_t row = 0; row < dest.Height; ++row) store(row, dest.Height, background.samples);
     Carry<L> carry(background, offset.weight);
-    for (int32_t row = 0; row < source.Height; ++row) {
-      const uint8_t *sourceRow = source.GetRow(&source, row);
-      if (sourceRow == nullptr) continue;
+    ForEachRow(source, source.Height, [&](const uint8_t *sourceRow, int32_t row) {
       store(int64_t{offset.pixels} + row, shear.rows, carry.Move(from.Read(sourceRow, column)));
-    }
+    });
     // This falls on the last pixel of the run and replaces it, while a sheared row has one pixel more than its run.
     store(int64_t{offset.pixels} + source.Height - 1, shear.rows, carry.Last());
     f -= shear.slope;
@@ -131,7 +130,7 @@ class ColumnStrips {
   void ShearStrip() {
     nextRow_ = 0;
     for (int32_t row = 0; row < source_.Height; ++row) {
-      const uint8_t *sourceRow = source_.GetRow(&source_, row);
+      const uint8_t *sourceRow = FetchRow(source_, row);
       if (sourceRow != nullptr) {
         intoRun_(sourceRow + ptrdiff_t{firstColumn_} * source_.PixelSize, read_.data(), columns_);
         if (hasFractions_) {
@@ -176,7 +175,7 @@ class ColumnStrips {
 
   // Fills the strip in the next row of dest.
   void Write(const uint8_t *samples) {
-    uint8_t *row = dest_.GetRow(&dest_, nextRow_++);
+    uint8_t *row = FetchRow(dest_, nextRow_++);
     if (row != nullptr) outOfRun_(samples, row + ptrdiff_t{firstColumn_} * dest_.PixelSize, columns_);
   }
 

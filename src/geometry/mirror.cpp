@@ -12,6 +12,8 @@
 #include "host/resources.h"
 #include "pixels/layouts.h"
 #include "pixels/overlap.h"
+#include "pixels/pixel_watch.h"
+#include "pixels/row_walker.h"
 
 namespace zvk::geometry {
 
@@ -25,9 +27,10 @@ bool IsServed(const ImageClassData &image) { return image.BitsPerComponent != 16
 ImageClassData *ImageToMove(REALobject instance) {
   ImageClassData *image = RecordOf(instance);
   if (image == nullptr || !IsServed(*image)) return nullptr;
+  const PixelWatch watch(*image);
   YieldOn(*image);
   // A yield lets other code of the host run, which may have closed the image or constructed it anew.
-  return IsServed(*image) ? image : nullptr;
+  return IsServed(*image) && watch.HasStorage() ? image : nullptr;
 }
 
 // True if an image can still be moved after a later yield. One without colours is left alone, and its pixels may be
@@ -107,7 +110,7 @@ class RowExchange {
 
   // False if the row cannot be had.
   bool PutAside(int32_t y, uint8_t *copy) const {
-    const uint8_t *row = image_.GetRow(&image_, y);
+    const uint8_t *row = FetchRow(image_, y);
     if (row == nullptr) return false;
     std::memcpy(copy + firstByte_, row + firstByte_, static_cast<size_t>(bytes_));
     return true;
@@ -115,7 +118,7 @@ class RowExchange {
 
   // Writes the samples of a row that was put aside.
   void Write(int32_t y, const uint8_t *copy) const {
-    uint8_t *row = image_.GetRow(&image_, y);
+    uint8_t *row = FetchRow(image_, y);
     if (row == nullptr || count_ == 0) return;
     const uint8_t *source = mover_.SourceAt(copy, first_);
     if constexpr (kOrder == PixelOrder::Forward) {
@@ -149,6 +152,7 @@ void ExchangeHalves(REALobject instance) {
   const ZeroedBuffer<uint8_t> lower(rowSize);
   if (!upper || !lower) return;
 
+  const PixelWatch watch(*image);
   VisitLayout<Gray, RGB, CMYK>(*image, [&]<class L>(L) {
     std::optional<RowExchange<L, kOrder>> rows(*image);
     for (int32_t i = 0; i < image->Height / 2; ++i) {
@@ -162,7 +166,7 @@ void ExchangeHalves(REALobject instance) {
       }
       if (image->Yield.YieldTicks == 0) continue;
       YieldOn(*image);
-      if (!MayGoOn(*image) || image->RowSize != rowSize) return;
+      if (!MayGoOn(*image) || !watch.HasStorage() || image->RowSize != rowSize) return;
       rows.emplace(*image);
     }
     if (kOrder == PixelOrder::Backward && image->Height % 2 != 0) {
@@ -180,14 +184,15 @@ void HMirrorSelf(REALobject instance) {
   if (image == nullptr) return;
   VisitLayout<Gray, RGB, CMYK>(*image, [image]<class L>(L) {
     std::optional<RowMirror<L>> mirror(*image);
-    for (int32_t y = 0; y < image->Height; ++y) {
-      uint8_t *row = image->GetRow(image, y);
-      if (row != nullptr) (*mirror)(row);
-      if (image->Yield.YieldTicks == 0) continue;
-      YieldOn(*image);
-      if (!MayGoOn(*image)) return;
+    const auto mayGoOn = [&] {
+      if (!MayGoOn(*image)) return false;
       mirror.emplace(*image);
-    }
+      return true;
+    };
+    // All rows, however many there are after a yield.
+    ForEachRow(
+        *image, {0, 0, INT32_MAX, INT32_MAX}, RowYield::AfterEachRow, [&](const RowPart &part) { (*mirror)(part.row); },
+        mayGoOn);
   });
 }
 

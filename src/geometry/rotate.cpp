@@ -13,6 +13,7 @@
 #include "host/truncate.h"
 #include "image/image_factory.h"
 #include "pixels/layouts.h"
+#include "pixels/pixel_watch.h"
 
 namespace zvk::geometry {
 
@@ -66,11 +67,12 @@ Remainder TurnRightAngles(REALobject instance, double angle) {
 
 // True if both images can be worked on, after a yield on each.
 bool StartStage(ImageClassData &source, ImageClassData &dest) {
+  const PixelWatch watchedSource(source), watchedDest(dest);
   if (!IsUsable(source) || !IsUsable(dest)) return false;
   YieldOn(source);
   YieldOn(dest);
   // The yields let other code of the host run, which may have closed or constructed anew either image.
-  return IsUsable(source) && IsUsable(dest);
+  return IsUsable(source) && IsUsable(dest) && watchedSource.HasStorage() && watchedDest.HasStorage();
 }
 
 // Rows that both images have, up to `rows`.
@@ -86,6 +88,7 @@ ObjectReference RotateByShears(ObjectReference base, double angle, const Pixel<L
   const double s = std::sin(r);
   const double t = std::tan(r * 0.5);
   if (!IsUsable(original)) return {};
+  const PixelWatch watch(original);
   YieldOn(original);
   if (!IsUsable(original)) return {};
   const int32_t width = original.Width;
@@ -95,7 +98,7 @@ ObjectReference RotateByShears(ObjectReference base, double angle, const Pixel<L
   ObjectReference first = CreatePicture(&original, firstWidth, height, original.ImageFormat);
   if (!first) return {};
   ImageClassData &firstRecord = *RecordOf(first.Get());
-  if (!StartStage(original, firstRecord)) return {};
+  if (!StartStage(original, firstRecord) || !watch.HasStorage()) return {};
   for (int32_t row = 0; row < CommonRows(original, firstRecord, height); ++row) {
     const double skew = ((t >= 0.0 ? row : row - height) + 0.5) * t;
     const int32_t offset = Truncate(std::floor(skew));

@@ -17,6 +17,7 @@
 #include "image/image_record.h"
 #include "pixels/layouts.h"
 #include "pixels/overlap.h"
+#include "pixels/row_walker.h"
 #include "pixels/sample_mover.h"
 
 namespace zvk::geometry {
@@ -104,13 +105,13 @@ void SkewByPixels(ImageClassData &source, ImageClassData &dest, int32_t row, int
   const auto to = ShearAccess<L>(dest);
   const auto store = [&](int64_t x, const Samples<L> &samples) {
     if (x < 0 || x >= dest.Width) return;
-    uint8_t *destRow = dest.GetRow(&dest, row);
+    uint8_t *destRow = FetchRow(dest, row);
     if (destRow != nullptr) to.Write(destRow, static_cast<int32_t>(x), samples);
   };
   for (int32_t x = 0; x < dest.Width; ++x) store(x, background.samples);
   Carry<L> carry(background, weight);
   for (int32_t x = 0; x < source.Width; ++x) {
-    const uint8_t *sourceRow = source.GetRow(&source, row);
+    const uint8_t *sourceRow = FetchRow(source, row);
     if (sourceRow != nullptr) store(int64_t{offset} + x, carry.Move(from.Read(sourceRow, x)));
   }
   // One pixel beyond the run, unlike the end of a column.
@@ -184,8 +185,8 @@ template <class L>
 void SkewWholeRow(ImageClassData &source, ImageClassData &dest, int32_t row, int32_t offset, double weight,
                   const Pixel<L> &background) {
   constexpr int64_t kCount = L::channelCount;
-  const uint8_t *sourceRow = source.GetRow(&source, row);
-  uint8_t *destRow = dest.GetRow(&dest, row);
+  const uint8_t *sourceRow = FetchRow(source, row);
+  uint8_t *destRow = FetchRow(dest, row);
   if (sourceRow == nullptr || destRow == nullptr) return;
   SkewedRow<kCount> line{source.Width, offset, ShareWeight(weight), background.samples};
   if (L::PackedAlike(source, dest)) {

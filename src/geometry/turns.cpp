@@ -11,6 +11,7 @@
 #include "pixels/filter_frame.h"
 #include "pixels/layouts.h"
 #include "pixels/overlap.h"
+#include "pixels/row_walker.h"
 
 namespace zvk::geometry {
 
@@ -64,11 +65,6 @@ bool MayMoveRuns(const ImageClassData &source, const ImageClassData &dest, int32
   return PixelsAreApart<L>(source) && OrderIsUnobservable<L>(source, dest, columns, rows);
 }
 
-// True if one mapped block serves both images: then a row of the one is gone when a row of the other has been fetched.
-bool HaveOneBlock(const ImageClassData &source, const ImageClassData &dest) {
-  return &source == &dest && source.IsMapping;
-}
-
 // --- half a turn ---
 
 template <class L>
@@ -81,22 +77,18 @@ void HalfTurn(ImageClassData &source, ImageClassData &dest) {
   const bool movesRuns = MayMoveRuns<L>(source, dest, source.Width, source.Height);
   const auto from = AccessTo<L>(source);
   const auto to = AccessTo<L>(dest);
-  const bool oneBlock = HaveOneBlock(source, dest);
   for (int32_t y = rows.first; y < rows.end; ++y) {
-    const uint8_t *sourceRow = source.GetRow(&source, y);
-    uint8_t *destRow = dest.GetRow(&dest, destRowOf(y));
-    if (sourceRow == nullptr || destRow == nullptr) continue;
+    HeldRow sourceRow(source, y, dest), destRow(dest, destRowOf(y), source);
+    if (!sourceRow || !destRow) continue;
     if (movesRuns) {
-      mover.Reverse(mover.SourceAt(sourceRow, 0), mover.DestAt(destRow, 0), source.Width);
+      mover.Reverse(mover.SourceAt(sourceRow.Get(), 0), mover.DestAt(destRow.Get(), 0), source.Width);
       continue;
     }
     for (int32_t x = columns.end - 1; x >= columns.first; --x) {
-      if (oneBlock) sourceRow = source.GetRow(&source, y);
-      if (sourceRow == nullptr) break;
-      const auto samples = from.Read(sourceRow, x);
-      if (oneBlock) destRow = dest.GetRow(&dest, destRowOf(y));
-      if (destRow == nullptr) break;
-      to.Write(destRow, destColumnOf(x), samples);
+      if (sourceRow.Again() == nullptr) break;
+      const auto samples = from.Read(sourceRow.Get(), x);
+      if (destRow.Again() == nullptr) break;
+      to.Write(destRow.Get(), destColumnOf(x), samples);
     }
   }
 }
@@ -137,14 +129,12 @@ class QuarterTurn {
  private:
   // Row by row and pixel by pixel, the dest row fetched for every pixel.
   void MoveTile(const Tile &tile) {
-    const bool oneBlock = HaveOneBlock(source_, dest_);
     for (int32_t y = tile.rows.first; y < tile.rows.end; ++y) {
-      const uint8_t *sourceRow = source_.GetRow(&source_, y);
+      HeldRow sourceRow(source_, y, dest_);
       for (int32_t x = tile.columns.first; x < tile.columns.end; ++x) {
-        if (oneBlock) sourceRow = source_.GetRow(&source_, y);
-        if (sourceRow == nullptr) break;
-        const auto samples = from_.Read(sourceRow, x);
-        uint8_t *destRow = dest_.GetRow(&dest_, destRowOf_(x));
+        if (sourceRow.Again() == nullptr) break;
+        const auto samples = from_.Read(sourceRow.Get(), x);
+        uint8_t *destRow = FetchRow(dest_, destRowOf_(x));
         if (destRow != nullptr) to_.Write(destRow, destColumnOf_(y), samples);
       }
     }
@@ -184,12 +174,12 @@ class QuarterTurn {
     const int32_t firstColumn = std::min(destColumnOf_(rows.first), destColumnOf_(rows.end - 1));
     // In the order of their columns in dest.
     for (int32_t y = rows.first; y < rows.end; ++y) {
-      const uint8_t *row = source_.GetRow(&source_, y);
+      const uint8_t *row = FetchRow(source_, y);
       if (row == nullptr) return false;
       sourceRows[destColumnOf_(y) - firstColumn] = mover.SourceAt(row, columns.first);
     }
     for (int32_t x = columns.first; x < columns.end; ++x) {
-      uint8_t *row = dest_.GetRow(&dest_, destRowOf_(x));
+      uint8_t *row = FetchRow(dest_, destRowOf_(x));
       if (row == nullptr) return false;
       destRows[x - columns.first] = mover.DestAt(row, firstColumn);
     }
@@ -214,8 +204,8 @@ REALobject TurnQuarter(REALobject instance, REALobject dest) {
     int32_t edge = 0;
     if constexpr (kForm == Form::Tiled) {
       // Makes sure that both have a block.
-      target.GetRow(&target, 0);
-      source.GetRow(&source, 0);
+      FetchRow(target, 0);
+      FetchRow(source, 0);
       // With 2 rows less than a block, the rows that the mapping puts in front of a fetched one find room as well. At
       // or below 0, for low images and for views in memory, there is no tile that would get anywhere: the edge is that
       // of the plain form.
