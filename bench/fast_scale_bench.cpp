@@ -7,7 +7,7 @@
 #include "bench/bench_host.h"
 #include "image/image_formats.h"
 #include "scaling/fast_scale.h"
-#include "tests/support/naive_fast_scale.h"
+#include "tests/naive/fast_scale.h"
 
 namespace zvk::bench {
 namespace {

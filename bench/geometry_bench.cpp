@@ -12,7 +12,7 @@
 #include "geometry/rotate.h"
 #include "geometry/turns.h"
 #include "image/image_formats.h"
-#include "tests/support/naive_rotate.h"
+#include "tests/naive/rotate.h"
 
 namespace zvk::bench {
 namespace {

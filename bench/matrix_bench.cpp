@@ -8,7 +8,7 @@
 #include "bench/bench_host.h"
 #include "filters/matrix_filter.h"
 #include "image/image_formats.h"
-#include "tests/support/naive_filters.h"
+#include "tests/naive/filters.h"
 
 namespace zvk::bench {
 namespace {

@@ -9,7 +9,7 @@
 #include "bench/bench_host.h"
 #include "image/image_formats.h"
 #include "scaling/scale_engine.h"
-#include "tests/support/naive_scale.h"
+#include "tests/naive/scale.h"
 
 namespace zvk::bench {
 namespace {

@@ -10,7 +10,7 @@
 #include "filters/dither.h"
 #include "filters/tone_filters.h"
 #include "image/image_formats.h"
-#include "tests/support/naive_filters.h"
+#include "tests/naive/filters.h"
 
 namespace zvk::bench {
 namespace {

@@ -10,7 +10,7 @@
 #include "image/image_formats.h"
 #include "image/image_storage.h"
 #include "image/views.h"
-#include "tests/compositing/combine_testing.h"
+#include "tests/naive/combine.h"
 #include "tests/pictures/picture_testing.h"
 #include "tests/support/row_log.h"
 #include "tests/support/stored_image.h"
@@ -143,8 +143,8 @@ TEST_F(CombineKernels, EveryCombinationOfLayoutsGivesWhatTheTablesSay) {
           for (const bool premultiplied : {false, true}) {
             StoredImage dest = Filled(44, 4, destFormat, ++seed, kind);
             const Bytes before = dest.Bytes(), sourceBefore = source.Bytes(), maskBefore = mask.Bytes();
-            combine_testing::BlendNaively(dest.Record(), source.Record(), mask.Record(), premultiplied,
-                                          {3, 1, 2, 0, 40, 3});
+            naive::combining::BlendNaively(dest.Record(), source.Record(), mask.Record(), premultiplied,
+                                           {3, 1, 2, 0, 40, 3});
             const Bytes expected = dest.Bytes();
             dest.SetBytes(before);
             (premultiplied ? Case2pt : Case2pf)(dest.Record(), source.Record(), mask.Record(), 3, 1, 40, 3, 2, 0);
@@ -164,8 +164,8 @@ TEST_F(CombineKernels, RowsLongerThanATileGiveWhatTheTablesSay) {
     for (const bool premultiplied : {false, true}) {
       for (const int32_t width : {1023, 1024, 1025, 2048, 2990}) {
         const Bytes before = dest.Bytes();
-        combine_testing::BlendNaively(dest.Record(), source.Record(), mask.Record(), premultiplied,
-                                      {10, 0, 3, 0, width, 2});
+        naive::combining::BlendNaively(dest.Record(), source.Record(), mask.Record(), premultiplied,
+                                       {10, 0, 3, 0, width, 2});
         const Bytes expected = dest.Bytes();
         dest.SetBytes(before);
         (premultiplied ? Case2pt : Case2pf)(dest.Record(), source.Record(), mask.Record(), 10, 0, width, 2, 3, 0);

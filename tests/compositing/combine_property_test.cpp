@@ -8,21 +8,21 @@
 
 #include "compositing/combine.h"
 #include "image/views.h"
-#include "tests/compositing/combine_testing.h"
+#include "tests/naive/combine.h"
 #include "tests/support/stored_image.h"
 #include "tests/support/transfer_rule.h"
 
 namespace zvk::compositing {
 namespace {
 
-using combine_testing::Numbers;
+using naive::combining::Numbers;
 using namespace stored_image;
 using transfer_rule::AnyNumber;
 using transfer_rule::AnyWidth;
 using Image = Owned<standalone::Object>;
 
 RC_GTEST_PROP(CombineRectangle, CombinesOwnRuleIsThatOfATransfer, (uint32_t seed)) {
-  transfer_rule::CheckOwnRule(seed, combine_testing::FitNaively);
+  transfer_rule::CheckOwnRule(seed, naive::combining::FitNaively);
 }
 
 PluginHost *host;
@@ -77,15 +77,15 @@ bool CombineNaively(ImageClassData &dest, ImageClassData &image, ImageClassData 
   if (mask != nullptr) {
     if (wide || mask->BitsPerComponent == 16) return false;
     if (mask->Width != image.Width || mask->Height != image.Height) return false;
-    if (!combine_testing::FitNaively(n, dest, image)) return false;
-    combine_testing::BlendNaively(dest, image, *mask, arguments.premultiplied, n);
+    if (!naive::combining::FitNaively(n, dest, image)) return false;
+    naive::combining::BlendNaively(dest, image, *mask, arguments.premultiplied, n);
     return true;
   }
   const bool imageIsMask = arguments.maskColour < 0;
   if (!imageIsMask && wide) return false;
-  if (!combine_testing::FitNaively(n, dest, image)) return false;
+  if (!naive::combining::FitNaively(n, dest, image)) return false;
   const int32_t flat = imageIsMask ? arguments.foreColour : arguments.useColours ? arguments.maskColour : 0;
-  combine_testing::BlendFlatNaively(dest, image, arguments.premultiplied, imageIsMask, flat, n);
+  naive::combining::BlendFlatNaively(dest, image, arguments.premultiplied, imageIsMask, flat, n);
   return true;
 }
 
@@ -178,7 +178,7 @@ TEST_F(CombineProperty, NumbersAnywhereIn32BitsLeadNowhereElse) {
       bool expected = n.width > 0 && n.height > 0;
       if (masked || maskColour >= 0) expected &= !isWide(*RecordOf(target)) && !isWide(image.Record());
       if (masked) expected &= !isWide(mask.Record());
-      RC_ASSERT(result == (expected && combine_testing::FitNaively(n, *RecordOf(target), image.Record()) ? 1 : 0));
+      RC_ASSERT(result == (expected && naive::combining::FitNaively(n, *RecordOf(target), image.Record()) ? 1 : 0));
     }
   }));
 }

@@ -10,7 +10,7 @@
 #include "compositing/combine.h"
 #include "image/image_formats.h"
 #include "image/views.h"
-#include "tests/compositing/combine_testing.h"
+#include "tests/naive/combine.h"
 #include "tests/pictures/picture_testing.h"
 #include "tests/support/row_log.h"
 #include "tests/support/stored_image.h"
@@ -150,8 +150,8 @@ TEST_F(FlatColours, EveryPairOfFormatsGivesWhatTheTablesSay) {
           const auto colour = static_cast<int32_t>(random() & 0x7FFFFFFF);
           dest.Fill(random);
           const Bytes before = dest.Bytes();
-          combine_testing::BlendFlatNaively(dest.Record(), image.Record(), premultiplied, imageIsMask, colour,
-                                            {4, 1, 2, 0, 39, 3});
+          naive::combining::BlendFlatNaively(dest.Record(), image.Record(), premultiplied, imageIsMask, colour,
+                                             {4, 1, 2, 0, 39, 3});
           const Bytes expected = dest.Bytes();
           dest.SetBytes(before);
           (imageIsMask ? BlendFlatForeground : BlendThroughFlatMask)(dest.Record(), image.Record(), premultiplied,
@@ -170,8 +170,8 @@ TEST_F(FlatColours, RowsLongerThanATileGiveWhatTheTablesSay) {
     for (int which = 0; which < 4; ++which) {
       dest.Fill(8);
       const Bytes before = dest.Bytes();
-      combine_testing::BlendFlatNaively(dest.Record(), image.Record(), which % 2 == 1, which >= 2, 0x123456,
-                                        {0, 0, 0, 0, 2500, 1});
+      naive::combining::BlendFlatNaively(dest.Record(), image.Record(), which % 2 == 1, which >= 2, 0x123456,
+                                         {0, 0, 0, 0, 2500, 1});
       const Bytes expected = dest.Bytes();
       dest.SetBytes(before);
       (which >= 2 ? BlendFlatForeground : BlendThroughFlatMask)(dest.Record(), image.Record(), which % 2 == 1,

@@ -14,7 +14,7 @@
 #include "standalone/gd/image_file.h"
 #include "standalone/runtime/host.h"
 #include "standalone/runtime/picture.h"
-#include "tests/support/naive_scale.h"
+#include "tests/naive/scale.h"
 
 namespace standalone {
 

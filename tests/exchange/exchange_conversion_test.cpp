@@ -6,17 +6,17 @@
 #include "exchange/exchange_rows.h"
 #include "image/image_formats.h"
 #include "tests/exchange/exchange_testing.h"
+#include "tests/naive/row_conversion.h"
 #include "tests/support/fence.h"
 
 namespace zvk::exchange {
 namespace {
 
-using exchange_testing::kPixelsOfFormat;
-using exchange_testing::NaiveConvert;
 using exchange_testing::RandomBytes;
-using exchange_testing::Side;
-using exchange_testing::SideOfFormat;
-using exchange_testing::SideOfRecord;
+using naive::kPixelsOfFormat;
+using naive::Side;
+using naive::SideOfFormat;
+using naive::SideOfRecord;
 
 class ExchangeConversionTest : public exchange_testing::ExchangeTest {
  protected:
@@ -43,7 +43,7 @@ class ExchangeConversionTest : public exchange_testing::ExchangeTest {
     std::copy(sourceBytes.begin(), sourceBytes.end(), sourceRow.Data());
     auto expected = RandomBytes(random, destRow.Size());
     std::copy(expected.begin(), expected.end(), destRow.Data());
-    const std::string refusal = NaiveConvert(from, sourceBytes.data(), to, expected.data(), width, invertAlpha);
+    const std::string refusal = naive::ConvertRow(from, sourceBytes.data(), to, expected.data(), width, invertAlpha);
 
     const auto conversion = ConversionBetween(source, dest, invertAlpha);
     EXPECT_EQ(TakeMessage(), refusal);
@@ -92,8 +92,8 @@ TEST_F(ExchangeConversionTest, RowsInTheSameMemoryConvertPixelAfterPixel) {
       std::mt19937 random(5);
       auto memory = RandomBytes(random, 400);
       auto expected = memory;
-      NaiveConvert(SideOfFormat(sourceFormat), expected.data() + 50, SideOfFormat(destFormat),
-                   expected.data() + 50 + distance, 40, true);
+      naive::ConvertRow(SideOfFormat(sourceFormat), expected.data() + 50, SideOfFormat(destFormat),
+                        expected.data() + 50 + distance, 40, true);
       conversion->ConvertRow(memory.data() + 50, memory.data() + 50 + distance, 40);
       EXPECT_EQ(memory, expected) << sourceFormat << " to " << destFormat << " at " << distance;
     }
@@ -122,7 +122,7 @@ TEST_F(ExchangeConversionTest, SamplesAmongThoseOfOtherPixelsAreWrittenPixelAfte
     const auto source = RandomBytes(random, 400);
     auto row = RandomBytes(random, 400);
     auto expected = row;
-    NaiveConvert(SideOfFormat(sourceFormat), source.data(), SideOfRecord(dest), expected.data(), 60, false);
+    naive::ConvertRow(SideOfFormat(sourceFormat), source.data(), SideOfRecord(dest), expected.data(), 60, false);
     conversion->ConvertRow(source.data(), row.data(), 60);
     EXPECT_EQ(row, expected);
   }

@@ -13,14 +13,14 @@
 #include "image/image_formats.h"
 #include "image/views.h"
 #include "tests/exchange/exchange_testing.h"
+#include "tests/naive/row_conversion.h"
 
 namespace zvk::exchange {
 namespace {
 
-using exchange_testing::NaiveConvert;
 using exchange_testing::RandomBytes;
-using exchange_testing::SideOfFormat;
-using exchange_testing::SideOfRecord;
+using naive::SideOfFormat;
+using naive::SideOfRecord;
 using Bytes = std::vector<uint8_t>;
 
 constexpr char kTooBig[] = "Parameter index to method RowInFormat is too big. Range is 0 to 2, but value is 3.";
@@ -38,7 +38,8 @@ class RowConversion : public exchange_testing::ExchangeTest {
                         bool invertAlpha = false) {
     const auto to = SideOfFormat(format);
     Bytes bytes(static_cast<size_t>(to.pixelSize * Record(image).Width));
-    NaiveConvert(SideOfRecord(Record(image)), Row(image, index), to, bytes.data(), Record(image).Width, invertAlpha);
+    naive::ConvertRow(SideOfRecord(Record(image)), Row(image, index), to, bytes.data(), Record(image).Width,
+                      invertAlpha);
     return bytes;
   }
 };
@@ -445,8 +446,8 @@ TEST_F(RowConversion, AnyRowSizeOfACallersBlockWillDo) {
     }
     auto expected = bytes;
     const auto source = RandomBytes(random, 11);
-    NaiveConvert(SideOfFormat(ImageFormatG), source.data(), SideOfFormat(ImageFormatBGR),
-                 expected.data() + first + rowSize, 11, false);
+    naive::ConvertRow(SideOfFormat(ImageFormatG), source.data(), SideOfFormat(ImageFormatBGR),
+                      expected.data() + first + rowSize, 11, false);
     rbSetRowF(image, 1, ImageFormatG, host_.NewMemoryBlock(source));
     EXPECT_EQ(Bytes(block->Data(), block->Data() + block->Size()), expected);
   }
@@ -460,8 +461,8 @@ TEST_F(RowConversion, ABlockThatIsTheImagesOwnMemoryIsReadPixelAfterPixel) {
     const auto image = NewOver(block, 40, 2, ImageFormatRGBA, 160);
     const auto shifted = Adopt(standalone::MemoryBlock::Over(block->Data() + 160 + distance)->Handle());
     auto expected = bytes;
-    NaiveConvert(SideOfFormat(ImageFormatBGR), expected.data() + 160 + distance, SideOfFormat(ImageFormatRGBA),
-                 expected.data() + 160, 40, false);
+    naive::ConvertRow(SideOfFormat(ImageFormatBGR), expected.data() + 160 + distance, SideOfFormat(ImageFormatRGBA),
+                      expected.data() + 160, 40, false);
     rbSetRowF(image, 1, ImageFormatBGR, shifted);
     EXPECT_EQ(Bytes(block->Data(), block->Data() + 400), expected) << distance;
   }

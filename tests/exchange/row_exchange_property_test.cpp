@@ -11,11 +11,16 @@
 #include "image/image_formats.h"
 #include "image/views.h"
 #include "tests/exchange/exchange_testing.h"
+#include "tests/naive/row_conversion.h"
 
 namespace zvk::exchange {
 namespace {
 
 using namespace exchange_testing;
+using naive::kPixelsOfFormat;
+using naive::Side;
+using naive::SideOfFormat;
+using naive::SideOfRecord;
 using standalone::Object;
 using Bytes = std::vector<uint8_t>;
 
@@ -104,7 +109,8 @@ TEST_F(RowExchangeProperty, AnyRowReadsAsThePlainLoopsSay) {
     const auto invertAlpha = *rc::gen::arbitrary<bool>();
     const Side from = SideOfRecord(any.Record()), to = SideOfFormat(format);
     Bytes expected(static_cast<size_t>(to.pixelSize * any.Record().Width));
-    const std::string refusal = NaiveConvert(from, any.Row(y), to, expected.data(), any.Record().Width, invertAlpha);
+    const std::string refusal =
+        naive::ConvertRow(from, any.Row(y), to, expected.data(), any.Record().Width, invertAlpha);
     if (!refusal.empty() || from.family == 0 || to.family == 0) expected.clear();
     const Bytes before = any.Memory();
     RC_ASSERT(BytesOfResult(rbGetRowFI(any.image, y, format, invertAlpha)) == expected);
@@ -121,8 +127,8 @@ TEST_F(RowExchangeProperty, AnyRowIsWrittenAsThePlainLoopsSay) {
     const Side from = SideOfFormat(format), to = SideOfRecord(any.Record());
     const Bytes bytes = AnyBytes(static_cast<size_t>(from.pixelSize * any.Record().Width));
     Bytes expected = any.Memory();
-    const std::string refusal = NaiveConvert(from, bytes.data(), to, expected.data() + (any.Row(y) - any.block->Data()),
-                                             any.Record().Width, invertAlpha);
+    const std::string refusal = naive::ConvertRow(
+        from, bytes.data(), to, expected.data() + (any.Row(y) - any.block->Data()), any.Record().Width, invertAlpha);
     rbSetRowFI(any.image, y, format, invertAlpha, host->NewMemoryBlock(bytes));
     RC_ASSERT(TakeMessage() == refusal);
     RC_ASSERT(any.Memory() == expected);
@@ -189,7 +195,7 @@ TEST_F(RowExchangeProperty, ARowOfTheSameFamilyAndAlphaComesBack) {
     const Side side = SideOfFormat(format);
     for (size_t i = 0; i < written.size(); ++i) {
       const char meaning = kPixelsOfFormat.at(format)[i % static_cast<size_t>(side.pixelSize)];
-      RC_ASSERT(expected[i] == (meaning == '.' ? 0 : written[i]));
+      RC_ASSERT(expected[i] == (meaning == '.' || meaning == '+' ? 0 : written[i]));
     }
   }));
 }

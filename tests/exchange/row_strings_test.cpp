@@ -15,15 +15,15 @@
 #include "image/image_formats.h"
 #include "image/views.h"
 #include "tests/exchange/exchange_testing.h"
+#include "tests/naive/row_conversion.h"
 #include "tests/support/faults.h"
 
 namespace zvk::exchange {
 namespace {
 
-using exchange_testing::NaiveConvert;
 using exchange_testing::RandomBytes;
-using exchange_testing::SideOfFormat;
-using exchange_testing::SideOfRecord;
+using naive::SideOfFormat;
+using naive::SideOfRecord;
 using standalone::Encoding;
 using Bytes = std::vector<uint8_t>;
 
@@ -52,7 +52,7 @@ class RowStrings : public exchange_testing::ExchangeTest {
     Bytes bytes;
     for (int32_t y = 0; y < Record(image).Height; ++y) {
       Bytes row(static_cast<size_t>(to.pixelSize * Record(image).Width));
-      NaiveConvert(SideOfRecord(Record(image)), Row(image, y), to, row.data(), Record(image).Width, false);
+      naive::ConvertRow(SideOfRecord(Record(image)), Row(image, y), to, row.data(), Record(image).Width, false);
       bytes.insert(bytes.end(), row.begin(), row.end());
     }
     return bytes;
@@ -286,7 +286,7 @@ TEST_F(RowStrings, AllRowsOfAnotherImageComeBackButForFiller) {
     std::vector<Bytes> expected;
     for (int32_t y = 0; y < 5; ++y) {
       expected.push_back(RowBytes(dest, y));
-      NaiveConvert(to, Row(source, y), to, expected.back().data(), 13, false);
+      naive::ConvertRow(to, Row(source, y), to, expected.back().data(), 13, false);
     }
     rbSetAllFS(dest, format, Adopt(rbGetAllFS(source, format)));
     for (int32_t y = 0; y < 5; ++y) EXPECT_EQ(RowBytes(dest, y), expected[static_cast<size_t>(y)]);
@@ -485,7 +485,7 @@ TEST_F(RowStrings, ViewsGiveAndTakeTheirOwnPixels) {
     const auto to = SideOfFormat(format);
     for (int32_t y = 4; y >= 1; --y) {
       Bytes row(static_cast<size_t>(9 * to.pixelSize));
-      NaiveConvert(SideOfFormat(ImageFormatBGRA), Row(image, y) + 5 * 4, to, row.data(), 9, false);
+      naive::ConvertRow(SideOfFormat(ImageFormatBGRA), Row(image, y) + 5 * 4, to, row.data(), 9, false);
       expected.insert(expected.end(), row.begin(), row.end());
     }
     EXPECT_EQ(Taken(rbGetAllFS(mirrored, format)), expected);
@@ -535,7 +535,7 @@ TEST_F(RowStrings, AnImageInAFileGoesThroughAString) {
 TEST_F(RowStrings, StringsAndBlocksAgree) {
   const auto image = New(31, 2, ImageFormatABGR);
   FillRows(image);
-  for (const auto &[format, pixel] : exchange_testing::kPixelsOfFormat) {
+  for (const auto &[format, pixel] : naive::kPixelsOfFormat) {
     const auto fromString = Taken(rbGetRowFS(image, 1, format));
     const auto first = host_.TakeException();
     const auto fromBlock = ExchangeTest::Taken(rbGetRowF(image, 1, format));

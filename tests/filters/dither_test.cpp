@@ -6,7 +6,7 @@
 
 #include "tests/filters/dither_lists.h"
 #include "tests/filters/filter_testing.h"
-#include "tests/support/naive_filters.h"
+#include "tests/naive/filters.h"
 
 namespace zvk::filters {
 namespace {

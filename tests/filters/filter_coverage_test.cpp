@@ -21,7 +21,7 @@
 #include "geometry/rotate.h"
 #include "geometry/turns.h"
 #include "tests/filters/filter_testing.h"
-#include "tests/support/naive_filters.h"
+#include "tests/naive/filters.h"
 
 namespace zvk::filters {
 namespace {

@@ -17,7 +17,7 @@
 
 #include "image/file_storage.h"
 #include "tests/filters/filter_testing.h"
-#include "tests/support/naive_filters.h"
+#include "tests/naive/filters.h"
 
 namespace filter_testing {
 

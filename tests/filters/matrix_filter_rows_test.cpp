@@ -7,9 +7,9 @@
 #include "filters/matrix_filter.h"
 #include "tests/filters/filter_testing.h"
 #include "tests/filters/noted_rows.h"
+#include "tests/naive/filters.h"
 #include "tests/support/faults.h"
 #include "tests/support/file_faults.h"
-#include "tests/support/naive_filters.h"
 
 namespace zvk::filters {
 namespace {

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "tests/filters/filter_testing.h"
-#include "tests/support/naive_filters.h"
+#include "tests/naive/filters.h"
 
 namespace zvk::filters {
 namespace {

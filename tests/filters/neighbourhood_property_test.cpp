@@ -15,7 +15,7 @@
 #include "filters/stamp_filter.h"
 #include "filters/unsharp.h"
 #include "tests/filters/filter_scenes.h"
-#include "tests/support/naive_neighbourhood.h"
+#include "tests/naive/neighbourhood.h"
 
 namespace zvk::filters {
 namespace {

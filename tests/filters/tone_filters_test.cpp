@@ -10,7 +10,7 @@
 
 #include "tests/filters/filter_testing.h"
 #include "tests/filters/tone_lists.h"
-#include "tests/support/naive_filters.h"
+#include "tests/naive/filters.h"
 
 namespace zvk::filters {
 namespace {

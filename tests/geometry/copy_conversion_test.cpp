@@ -7,7 +7,7 @@
 #include "geometry/copy_pixels.h"
 #include "image/image_formats.h"
 #include "image/image_storage.h"
-#include "tests/geometry/copy_testing.h"
+#include "tests/naive/copy_pixels.h"
 #include "tests/support/stored_image.h"
 
 namespace zvk::geometry {
@@ -160,7 +160,7 @@ TEST_F(CopyConversionTest, EveryPairOfFormatsIsCopiedAsThePlainLoopsSayOnEverySt
         source.Fill(random);
         const Bytes before = dest.Bytes();
         const bool copied =
-            copy_testing::CopyNaively(dest.Record(), dest, source.Record(), source, {0, 0, 37, 2, 0, 0});
+            naive::copying::CopyNaively(dest.Record(), dest, source.Record(), source, {0, 0, 37, 2, 0, 0});
         const Bytes expected = dest.Bytes();
         dest.SetBytes(before);
         EXPECT_EQ(rbCopyPixels2(dest, source), copied ? 1 : 0) << destFormat << " from " << sourceFormat;

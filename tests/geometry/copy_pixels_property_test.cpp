@@ -7,14 +7,14 @@
 #include <vector>
 
 #include "geometry/copy_pixels.h"
-#include "tests/geometry/copy_testing.h"
+#include "tests/naive/copy_pixels.h"
 #include "tests/support/stored_image.h"
 #include "tests/support/transfer_rule.h"
 
 namespace zvk::geometry {
 namespace {
 
-using copy_testing::Numbers;
+using naive::copying::Numbers;
 using namespace stored_image;
 using transfer_rule::AnyNumber;
 using transfer_rule::AnyWidth;
@@ -22,7 +22,7 @@ using transfer_rule::AnyWidth;
 // --- the rectangle ---
 
 RC_GTEST_PROP(CopyPixelsRectangle, TheCopysOwnRuleIsThatOfATransfer, (uint32_t seed)) {
-  transfer_rule::CheckOwnRule(seed, copy_testing::FitNaively);
+  transfer_rule::CheckOwnRule(seed, naive::copying::FitNaively);
 }
 
 // --- the copy ---
@@ -67,7 +67,7 @@ void CheckCopy(std::mt19937 &random, const Owned<standalone::Object> &self, Stor
                const Owned<standalone::Object> &source, StoredImage &sourceStorage) {
   const auto selfBefore = selfStorage.Bytes(), sourceBefore = sourceStorage.Bytes();
   const Numbers n{Position(random), Position(random), Size(random), Size(random), Position(random), Position(random)};
-  const bool expected = copy_testing::CopyNaively(*RecordOf(self), selfStorage, *RecordOf(source), sourceStorage, n);
+  const bool expected = naive::copying::CopyNaively(*RecordOf(self), selfStorage, *RecordOf(source), sourceStorage, n);
   const auto selfExpected = selfStorage.Bytes(), sourceExpected = sourceStorage.Bytes();
   sourceStorage.SetBytes(sourceBefore);
   selfStorage.SetBytes(selfBefore);
@@ -116,9 +116,9 @@ TEST_F(CopyPixelsProperty, NumbersAnywhereIn32BitsLeadNowhereElse) {
       const uint8_t result = rbCopyPixels8(self, from, n.destX, n.destY, n.width, n.height, n.sourceX, n.sourceY);
       RC_ASSERT(source.Bytes() == sourceBefore);
       // Whatever was copied, the result is that of the rules.
-      const bool converts =
-          copy_testing::GoesInBlocks(to, read) || !copy_testing::WritesOf(to, read, SampleAt(read, 0, 0, 0)).empty();
-      RC_ASSERT(result == (copy_testing::FitNaively(n, to, read) && converts ? 1 : 0));
+      const bool converts = naive::copying::GoesInBlocks(to, read) ||
+                            !naive::copying::WritesOf(to, read, SampleAt(read, 0, 0, 0)).empty();
+      RC_ASSERT(result == (naive::copying::FitNaively(n, to, read) && converts ? 1 : 0));
     }
   }));
 }

@@ -153,7 +153,7 @@ TEST_F(MovesProperty, MovesThatUndoEachOtherGiveBackTheImage) {
     const Bytes before = storage->All();
     const auto samples = [](const Owned<Object> &image) {
       std::vector<std::vector<Bytes>> grids;
-      for (const char letter : LettersOf(*RecordOf(image))) grids.push_back(Grid(image, letter));
+      for (const char letter : ChannelsOf(*RecordOf(image))) grids.push_back(Grid(image, letter));
       return grids;
     };
     const auto original = samples(storage->image);

@@ -11,13 +11,13 @@
 #include "image/image_factory.h"
 #include "tests/geometry/turn_generators.h"
 #include "tests/geometry/turn_testing.h"
-#include "tests/support/naive_rotate.h"
+#include "tests/naive/rotate.h"
 
 namespace zvk::geometry {
 namespace {
 
 using namespace turn_testing;
-using ::naive::RotateBackground;
+using naive::RotateBackground;
 
 // What the global factory answers, the same way for both rotations: in a file, larger, in other formats, a part of an
 // image with some channels in other pixels, or one image for everything, if it is large enough.
@@ -95,9 +95,9 @@ Owned<Object> NaiveTurn(ImageClassData &image, double right) {
                                : CreatePicture(&image, image.Height, image.Width, image.ImageFormat);
   if (!turned) return {};
   if (right == 180.0) {
-    turn_testing::naive::HalfTurn(image, *RecordOf(turned.Get()));
+    naive::HalfTurn(image, *RecordOf(turned.Get()));
   } else {
-    turn_testing::naive::QuarterTurn(image, *RecordOf(turned.Get()), right == 90.0, 0);
+    naive::QuarterTurn(image, *RecordOf(turned.Get()), right == 90.0, 0);
   }
   return Adopt(turned.Release());
 }
@@ -114,7 +114,7 @@ Owned<Object> NaiveRotate(const Owned<Object> &image, double angle, const Rotate
     angle -= right;
     break;
   }
-  return base ? Adopt(::naive::RotateByShears(base, angle, background).Release()) : Owned<Object>();
+  return base ? Adopt(naive::RotateByShears(base, angle, background).Release()) : Owned<Object>();
 }
 
 // All bytes of the rows that a GetRow leads to.

@@ -10,14 +10,15 @@
 #include "image/image_factory.h"
 #include "image/views.h"
 #include "tests/geometry/turn_testing.h"
+#include "tests/naive/rotate.h"
 #include "tests/support/faults.h"
-#include "tests/support/naive_rotate.h"
 
 namespace zvk::geometry {
 namespace {
 
 using namespace turn_testing;
-using ::naive::RotateBackground;
+using naive::PixelAt;
+using naive::RotateBackground;
 
 Owned<Object> Turned(REALobject image, double angle, const RotateBackground &to = {}) {
   return Adopt(
@@ -81,7 +82,7 @@ class Rotate : public testing::Test {
   // Every byte of what the plain loops make of it.
   void ExpectNaive(const Owned<Object> &image, double angle, const RotateBackground &background = {}) {
     const auto turned = Turned(image, angle, background);
-    const auto expected = Adopt(::naive::RotateByShears(image, angle, background).Release());
+    const auto expected = Adopt(naive::RotateByShears(image, angle, background).Release());
     ASSERT_TRUE(turned && expected);
     EXPECT_EQ(RecordOf(turned)->ImageFormat, RecordOf(expected)->ImageFormat);
     EXPECT_EQ(RecordOf(turned)->Width, RecordOf(expected)->Width);
@@ -137,7 +138,7 @@ TEST_F(Rotate, TheSmallestAnglesBelowZeroCountAsAWholeTurnThatIsNotZero) {
   const auto image = Noisy(6, 5, ImageFormatG);
   const auto turned = Turned(image, -1e-20);
   EXPECT_NE(turned.Handle(), image.Handle());
-  EXPECT_EQ(AllOf(turned), AllOf(Adopt(::naive::RotateByShears(image, 360.0, {}).Release())));
+  EXPECT_EQ(AllOf(turned), AllOf(Adopt(naive::RotateByShears(image, 360.0, {}).Release())));
   ExpectNaive(image, 1e-20);
   ExpectNaive(image, 5e-324);
   ExpectNaive(Noisy(600, 5, ImageFormatRGBA), 1e-20, {9, 8, 7, 6});
@@ -173,7 +174,7 @@ TEST_F(Rotate, LargerAnglesTurnByARightAngleFirst) {
   for (const auto &[turn, right, angles] : cases) {
     const auto base = Adopt(turn(image, nullptr));
     for (const double angle : angles) {
-      const auto expected = Adopt(::naive::RotateByShears(base, angle - right, {}).Release());
+      const auto expected = Adopt(naive::RotateByShears(base, angle - right, {}).Release());
       EXPECT_EQ(AllOf(Turned(image, angle)), AllOf(expected)) << angle;
     }
   }
@@ -198,14 +199,14 @@ TEST_F(Rotate, TheNewImageHoldsTheTurnedOne) {
 TEST_F(Rotate, TheTurnGoesToTheLeft) {
   const auto image = NewImage(host_, 101, 101, ImageFormatG);
   for (int32_t x = 60; x < 101; ++x) {
-    for (int32_t y = 48; y < 53; ++y) SampleAt(*RecordOf(image), x, y, 'g') = 200;
+    for (int32_t y = 48; y < 53; ++y) *SampleAt(*RecordOf(image), x, y, 'g') = 200;
   }
   const auto turned = Turned(image, 30.0);
   ImageClassData &record = *RecordOf(turned);
   // 35 pixels to the right of the centre, and the same turned by 30 degrees.
   const int32_t x = record.Width / 2 + 30;
-  EXPECT_GT(SampleAt(record, x, record.Height / 2 - 17, 'g'), 150);
-  EXPECT_EQ(SampleAt(record, x, record.Height / 2 + 17, 'g'), 0);
+  EXPECT_GT(*SampleAt(record, x, record.Height / 2 - 17, 'g'), 150);
+  EXPECT_EQ(*SampleAt(record, x, record.Height / 2 + 17, 'g'), 0);
 }
 
 TEST_F(Rotate, TheCornersHoldTheBackground) {
@@ -214,7 +215,7 @@ TEST_F(Rotate, TheCornersHoldTheBackground) {
     const RotateBackground background{256 + 10, -236, 30, 40, 50, 60, 70, 80, 90};  // cut to 10, 20
     const auto turned = Turned(image, 30.0, background);
     ImageClassData &record = *RecordOf(turned);
-    const std::string letters = LettersOf(record);
+    const std::string letters = ChannelsOf(record);
     Bytes expected;
     for (const char letter : letters) {
       expected.push_back(static_cast<uint8_t>(std::string("..RGBAgCMYK").find(letter) * 10 - 10));
@@ -251,7 +252,7 @@ TEST_F(Rotate, AlphaIsShearedLikeTheColours) {
   const auto image = Noisy(33, 21, ImageFormatRGBA);
   ImageClassData &record = *RecordOf(image);
   for (int32_t y = 0; y < record.Height; ++y) {
-    for (int32_t x = 0; x < record.Width; ++x) SampleAt(record, x, y, 'A') = SampleAt(record, x, y, 'G');
+    for (int32_t x = 0; x < record.Width; ++x) *SampleAt(record, x, y, 'A') = *SampleAt(record, x, y, 'G');
   }
   const auto turned = Turned(image, 200.0, {0, 77, 0, 77});
   EXPECT_EQ(Grid(turned, 'A'), Grid(turned, 'G'));
@@ -287,7 +288,7 @@ TEST_F(Rotate, SixteenBitGrayMovesOneByteBySmallAnglesAndGivesNilForOthers) {
     ImageClassData &record = *RecordOf(turned);
     EXPECT_EQ(record.ImageFormat, ImageFormatGray16);
     if (angle == 45.0) {
-      EXPECT_EQ(SampleAt(record, 0, 0, 'g'), 99);
+      EXPECT_EQ(*SampleAt(record, 0, 0, 'g'), 99);
     }
     for (int32_t y = 0; y < record.Height; ++y) {
       for (int32_t x = 0; x < record.Width; ++x) ASSERT_EQ(record.GetRow(&record, y)[2 * x + 1], 0);
@@ -411,7 +412,7 @@ TEST_F(Rotate, OneImageForAllThreeIsWrittenInThePlainOrder) {
     EXPECT_EQ(Turned(image, angle, {1, 2, 3, 4}).Handle(), shared.Handle());
     const Bytes turned = AllOf(shared);
     std::copy(before.begin(), before.end(), RecordOf(shared)->Buffer);
-    Adopt(::naive::RotateByShears(image, angle, {1, 2, 3, 4}).Release());
+    Adopt(naive::RotateByShears(image, angle, {1, 2, 3, 4}).Release());
     EXPECT_EQ(turned, AllOf(shared));
     EXPECT_EQ(References(shared), 1);
     answers.always = nullptr;

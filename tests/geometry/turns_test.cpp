@@ -93,7 +93,7 @@ TEST_F(Turns, FourQuarterTurnsGiveBackEverySample) {
     for (const auto turn : kQuarterTurns) {
       Owned<Object> image = storage.image;
       for (int i = 0; i < 4; ++i) image = Adopt(turn(image, nullptr));
-      for (const char letter : LettersOf(storage.Record())) {
+      for (const char letter : ChannelsOf(storage.Record())) {
         EXPECT_EQ(Grid(image, letter), Grid(storage.image, letter)) << format << letter;
       }
     }

@@ -17,24 +17,16 @@
 #include "image/image_record.h"
 #include "image/image_storage.h"
 #include "image/views.h"
+#include "tests/naive/formats.h"
 #include "tests/support/plugin_host.h"
 
 namespace zvk::image {
 namespace {
 
+using naive::kPixelsOfFormat;
 using standalone::MemoryBlock;
 using standalone::Object;
 using standalone::Owned;
-
-// The bytes of each format, in order: g is gray, '.' filler, '+' the second byte of a sample.
-const std::map<int32_t, std::string> kPixels = {
-    {1, "RGB"},    {2, "RGBA"},    {3, "RGB."},     {4, "ARGB"},      {5, ".RGB"},   {6, "BGR"},   {7, "BGRA"},
-    {8, "BGR."},   {9, "ABGR"},    {10, ".BGR"},    {11, "g"},        {12, "gA"},    {13, "Ag"},   {15, "g.."},
-    {16, ".g."},   {17, "..g"},    {18, "g..."},    {19, ".g.."},     {20, "..g."},  {21, "...g"}, {22, "."},
-    {23, "CMYK"},  {24, "CMYKA"},  {25, "ACMYK"},   {26, "CMYK."},    {27, ".CMYK"}, {28, "KYMC"}, {29, "KYMCA"},
-    {30, "AKYMC"}, {31, "KYMC."},  {32, ".KYMC"},   {33, "."},        {34, ".."},    {35, "..."},  {36, "...."},
-    {37, "....."}, {38, "......"}, {39, "......."}, {40, "........"}, {41, "g+"},
-};
 
 // A number from `least` to `most`, all alike from the first case on.
 int32_t Any(int32_t least, int32_t most) {
@@ -142,7 +134,7 @@ Expected WholeImage(int32_t format, int32_t width, int32_t height, bool holdsBlo
   whole.format = format;
   whole.holdsBlock = holdsBlock;
   whole.sampleBytes = format == 41 ? 2 : 1;
-  const std::string &pixel = kPixels.at(format);
+  const std::string &pixel = kPixelsOfFormat.at(format);
   for (size_t byte = 0; byte < pixel.size(); ++byte) {
     if (!kNamed.contains(pixel[byte])) continue;
     const Sample sample{0, static_cast<int64_t>(byte)};
@@ -359,13 +351,13 @@ void WriteThrough(const Storage &storage, const Link &link) {
 enum class Kind { Memory, Block, File, HighFile };
 
 void Walk(PluginHost &host, Kind kind) {
-  const int32_t format = std::next(kPixels.begin(), Any(0, 39))->first;
+  const int32_t format = std::next(kPixelsOfFormat.begin(), Any(0, 39))->first;
   const int32_t width = Any(1, 12);
   // More rows of a page than the least block has, so that it moves.
   const int32_t height = kind == Kind::HighFile ? Any(4090, 6000) : Any(1, 12);
 
   Storage storage(host);
-  storage.pixelSize = static_cast<int32_t>(kPixels.at(format).size());
+  storage.pixelSize = static_cast<int32_t>(kPixelsOfFormat.at(format).size());
   storage.height = height;
   switch (kind) {
     case Kind::Memory:

@@ -14,7 +14,7 @@
 #include "levels/fill_apply.h"
 #include "levels/invert.h"
 #include "tests/levels/in_place_testing.h"
-#include "tests/levels/naive_in_place.h"
+#include "tests/naive/in_place.h"
 
 namespace zvk::levels {
 namespace {

@@ -5,9 +5,9 @@
 #include <cstdint>
 
 #include "scaling/fast_scale.h"
+#include "tests/naive/fast_scale.h"
 #include "tests/scaling/scale_generators.h"
 #include "tests/scaling/scale_testing.h"
-#include "tests/support/naive_fast_scale.h"
 
 namespace zvk::scaling {
 namespace {

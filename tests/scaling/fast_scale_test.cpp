@@ -11,10 +11,10 @@
 
 #include "image/file_storage.h"
 #include "image/views.h"
+#include "tests/naive/fast_scale.h"
 #include "tests/scaling/scale_host.h"
 #include "tests/scaling/scale_testing.h"
 #include "tests/support/faults.h"
-#include "tests/support/naive_fast_scale.h"
 #include "tests/support/plugin_host.h"
 #include "tests/support/stored_image.h"
 

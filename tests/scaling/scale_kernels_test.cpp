@@ -8,7 +8,7 @@
 #include <random>
 #include <vector>
 
-#include "tests/support/naive_scale.h"
+#include "tests/naive/scale.h"
 
 namespace zvk::scaling {
 namespace {

@@ -7,8 +7,8 @@
 #include <utility>
 #include <vector>
 
+#include "tests/naive/scale.h"
 #include "tests/support/faults.h"
-#include "tests/support/naive_scale.h"
 #include "tests/support/plugin_host.h"
 
 namespace zvk::scaling {

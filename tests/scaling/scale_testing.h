@@ -15,7 +15,7 @@
 #include "image/image_formats.h"
 #include "image/image_record.h"
 #include "image/image_storage.h"
-#include "tests/support/naive_scale.h"
+#include "tests/naive/scale.h"
 
 namespace zvk::scaling {
 

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "standalone/gd/image_file.h"
+#include "tests/naive/scale.h"
 #include "tests/standalone/zvk/zvk_program.h"
-#include "tests/support/naive_scale.h"
 
 namespace standalone {
 namespace {

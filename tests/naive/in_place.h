@@ -10,11 +10,9 @@
 #include <string>
 #include <vector>
 
-#include "image/image_record.h"
+#include "tests/naive/samples.h"
 
 namespace naive {
-
-using zvk::image::ImageClassData;
 
 struct Rect {
   int32_t x, y, w, h;
@@ -46,34 +44,10 @@ inline Rect Fit(Rect r, const ImageClassData &image) {
 
 inline bool Usable(const ImageClassData &image) { return image.Valid && image.Width >= 0 && image.Height >= 1; }
 
-// The channels of the image's family by their letters, alpha where `alphaFirst` has it; empty without a family.
+// The channels of the image with alpha where `alphaFirst` has it.
 inline std::string Channels(const ImageClassData &image, bool alphaFirst) {
-  const std::string colours = image.IsGray ? "g" : image.IsRGB ? "RGB" : image.IsCMYK ? "CMYK" : "";
-  if (colours.empty() || !image.HasAlpha) return colours;
-  return alphaFirst ? "A" + colours : colours + "A";
-}
-
-inline int32_t OffsetOf(const ImageClassData &image, char channel) {
-  switch (channel) {
-    case 'R':
-      return image.RedOffset;
-    case 'G':
-      return image.GreenOffset;
-    case 'B':
-      return image.BlueOffset;
-    case 'g':
-      return image.GrayOffset;
-    case 'A':
-      return image.AlphaOffset;
-    case 'C':
-      return image.CyanOffset;
-    case 'M':
-      return image.MagentaOffset;
-    case 'Y':
-      return image.YellowOffset;
-    default:
-      return image.BlackOffset;
-  }
+  const std::string channels = ChannelsOf(image);
+  return alphaFirst && channels.ends_with('A') ? "A" + channels.substr(0, channels.size() - 1) : channels;
 }
 
 // Calls row(address) for each row of the fitted rectangle that the image really has and can give.

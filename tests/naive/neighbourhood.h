@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-#include "tests/support/naive_filters.h"
+#include "tests/naive/filters.h"
 
 namespace naive {
 

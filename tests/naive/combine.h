@@ -5,13 +5,9 @@
 #include <utility>
 #include <vector>
 
-#include "image/image_record.h"
-#include "tests/support/stored_image.h"
+#include "tests/naive/samples.h"
 
-namespace combine_testing {
-
-using stored_image::SampleAt;
-using zvk::image::ImageClassData;
+namespace naive::combining {
 
 struct Numbers {
   int32_t destX, destY, sourceX, sourceY, width, height;
@@ -189,4 +185,4 @@ inline void BlendFlatNaively(ImageClassData &dest, ImageClassData &image, bool p
   }
 }
 
-}  // namespace combine_testing
+}  // namespace naive::combining

@@ -6,13 +6,10 @@
 #include <utility>
 #include <vector>
 
-#include "image/image_record.h"
+#include "tests/naive/samples.h"
 #include "tests/support/stored_image.h"
 
-namespace copy_testing {
-
-using stored_image::SampleAt;
-using zvk::image::ImageClassData;
+namespace naive::copying {
 
 struct Numbers {
   int32_t destX, destY, width, height, sourceX, sourceY;
@@ -163,4 +160,4 @@ inline bool CopyNaively(ImageClassData &self, const stored_image::StoredImage &s
   return true;
 }
 
-}  // namespace copy_testing
+}  // namespace naive::copying

@@ -9,46 +9,9 @@
 #include <string>
 #include <vector>
 
-#include "image/image_record.h"
+#include "tests/naive/samples.h"
 
 namespace naive {
-
-using zvk::image::ImageClassData;
-
-// The channels that an image has, as letters: g is gray, K black. Colours first, then A; none without a family.
-inline std::string ChannelsOf(const ImageClassData &image) {
-  const char *const colours = image.IsGray ? "g" : image.IsRGB ? "RGB" : image.IsCMYK ? "CMYK" : "";
-  return std::string(colours) + (*colours != 0 && image.HasAlpha ? "A" : "");
-}
-
-inline int32_t OffsetOf(const ImageClassData &image, char channel) {
-  switch (channel) {
-    case 'R':
-      return image.RedOffset;
-    case 'G':
-      return image.GreenOffset;
-    case 'B':
-      return image.BlueOffset;
-    case 'C':
-      return image.CyanOffset;
-    case 'M':
-      return image.MagentaOffset;
-    case 'Y':
-      return image.YellowOffset;
-    case 'K':
-      return image.BlackOffset;
-    case 'A':
-      return image.AlphaOffset;
-    default:
-      return image.GrayOffset;
-  }
-}
-
-// Nil where the row cannot be had.
-inline uint8_t *SampleAt(ImageClassData &image, int64_t x, int32_t y, char channel) {
-  uint8_t *const row = image.GetRow(&image, y);
-  return row == nullptr ? nullptr : row + x * image.PixelSize + OffsetOf(image, channel);
-}
 
 // What a sample of the channel of that letter becomes; -1 is not written.
 using SampleRule = std::function<int(char channel, int sample, int32_t x, int32_t y)>;
