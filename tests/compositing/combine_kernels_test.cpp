@@ -12,17 +12,16 @@
 #include "image/views.h"
 #include "tests/naive/combine.h"
 #include "tests/pictures/picture_testing.h"
-#include "tests/support/row_log.h"
-#include "tests/support/stored_image.h"
+#include "tests/scenes/row_log.h"
+#include "tests/scenes/stored_image.h"
 
 namespace zvk::compositing {
 namespace {
 
 using picture_testing::YieldAlways;
 using picture_testing::Yields;
-using stored_image::Kind;
-using stored_image::StoredImage;
-using testing::ElementsAre;
+using scenes::Kind;
+using scenes::StoredImage;
 using Bytes = std::vector<uint8_t>;
 
 class CombineKernels : public testing::Test {
@@ -184,13 +183,13 @@ TEST_F(CombineKernels, ImagesWithoutGrayOrColoursAreLeftAlone) {
       const Bytes before = dest.Bytes();
       YieldAlways(host_, dest);
       const int64_t yields = Yields(host_);
-      RowLog log;
-      log.Watch(dest.Record(), 'd');
+      scenes::RowLog log;
+      log.Watch(dest.Record(), "d");
       for (const auto kernel : {Case2pf, Case2pt}) {
         kernel(dest.Record(), source.Record(), mask.Record(), 0, 0, 4, 2, 0, 0);
       }
       EXPECT_EQ(dest.Bytes(), before);
-      EXPECT_TRUE(log.Asked().empty());
+      EXPECT_EQ(log.Take(), "");
       EXPECT_EQ(Yields(host_), yields);
     }
   }
@@ -203,13 +202,12 @@ TEST_F(CombineKernels, RowsAreAskedForInTurnAndDestYieldsAfterEach) {
     StoredImage dest = Filled(4, 4, format, 1), source = Filled(4, 4, RGB, 2), mask = Filled(4, 4, G, 3);
     YieldAlways(host_, dest);
     const int64_t yields = Yields(host_);
-    RowLog log;
-    log.Watch(dest.Record(), 'd');
-    log.Watch(source.Record(), 's');
-    log.Watch(mask.Record(), 'm');
+    scenes::RowLog log;
+    log.Watch(dest.Record(), "d");
+    log.Watch(source.Record(), "s");
+    log.Watch(mask.Record(), "m");
     Case2pt(dest.Record(), source.Record(), mask.Record(), 0, 0, 4, 2, 0, 2);
-    EXPECT_THAT(log.Asked(), ElementsAre(std::pair('d', 0), std::pair('s', 2), std::pair('m', 2), std::pair('d', 1),
-                                         std::pair('s', 3), std::pair('m', 3)));
+    EXPECT_EQ(log.Take(), "d0 s2 m2 d1 s3 m3");
     EXPECT_EQ(Yields(host_) - yields, 2);
   }
 }
@@ -218,10 +216,10 @@ TEST_F(CombineKernels, ARowThatCannotBeHadIsLeftOut) {
   StoredImage dest = New(1, 4, G), source = New(1, 4, G), mask = New(1, 4, G);
   source.SetBytes({1, 2, 3, 4});
   {
-    RowLog log;
-    log.Watch(dest.Record(), 'd');
-    log.Watch(source.Record(), 's');
-    log.Watch(mask.Record(), 'm');
+    scenes::RowLog log;
+    log.Watch(dest.Record(), "d");
+    log.Watch(source.Record(), "s");
+    log.Watch(mask.Record(), "m");
     log.Refuse(dest.Record(), 0);
     log.Refuse(source.Record(), 1);
     log.Refuse(mask.Record(), 2);
@@ -270,12 +268,12 @@ TEST_F(CombineKernels, ChannelsAtOnePlaceAreWrittenInOrderAndAlphaLast) {
 TEST_F(CombineKernels, AMappedImageIsCombinedWithRowsOfItsOwnThatItsBlockDoesNotHold) {
   StoredImage image = New(2, 9000, G, Kind::File);
   ImageClassData &record = image.Record();
-  for (int32_t y = 0; y < 9000; ++y) *stored_image::SampleAt(record, 0, y, 0) = static_cast<uint8_t>(y);
+  for (int32_t y = 0; y < 9000; ++y) *naive::SampleAt(record, 0, y, 0) = static_cast<uint8_t>(y);
   StoredImage mask = Filled(2, 9000, G, 0);
   mask.SetBytes(Bytes(18000, 0));
   Case2pf(record, record, mask.Record(), 0, 10, 2, 5, 0, 8990);
   for (int32_t y = 0; y < 20; ++y) {
-    EXPECT_EQ(*stored_image::SampleAt(record, 0, y, 0), static_cast<uint8_t>(y >= 10 && y < 15 ? y + 8980 : y));
+    EXPECT_EQ(*naive::SampleAt(record, 0, y, 0), static_cast<uint8_t>(y >= 10 && y < 15 ? y + 8980 : y));
   }
 }
 

@@ -1,52 +1,38 @@
 // Random images on all kinds of storage, views of them, random rectangles and colours, against plain nested loops.
 #include <gtest/gtest.h>
-#include <rapidcheck/gtest.h>
 
 #include <cstdint>
-#include <random>
 #include <vector>
 
 #include "compositing/combine.h"
-#include "image/views.h"
 #include "tests/naive/combine.h"
-#include "tests/support/stored_image.h"
-#include "tests/support/transfer_rule.h"
+#include "tests/scenes/cases.h"
+#include "tests/scenes/formats.h"
+#include "tests/scenes/rectangles.h"
+#include "tests/scenes/stored_image.h"
+#include "tests/scenes/views.h"
 
 namespace zvk::compositing {
 namespace {
 
 using naive::combining::Numbers;
-using namespace stored_image;
-using transfer_rule::AnyNumber;
-using transfer_rule::AnyWidth;
-using Image = Owned<standalone::Object>;
+using namespace scenes;
+using Image = ImageObject;
 
-RC_GTEST_PROP(CombineRectangle, CombinesOwnRuleIsThatOfATransfer, (uint32_t seed)) {
-  transfer_rule::CheckOwnRule(seed, naive::combining::FitNaively);
+TEST(CombineRectangle, CombinesOwnRuleIsThatOfATransfer) {
+  CheckCases([](Random &random) {
+    for (int i = 0; i < 5000; ++i) RC_ASSERT(OwnRuleIsThatOfATransfer(random, naive::combining::FitNaively));
+  });
 }
-
-PluginHost *host;
 
 class CombineProperty : public testing::Test {
  protected:
-  CombineProperty() : host_({.fenced = true}) { host = &host_; }
+  StoredImage AnyImage(Random &random, int32_t width, int32_t height) {
+    return AnyStoredImage(random, host_, width, height, AnyGrayOrRGBFormat(random));
+  }
 
- private:
-  PluginHost host_;
+  PluginHost host_{{.fenced = true}};
 };
-
-Kind AnyKind(std::mt19937 &random) { return kKinds[Between(random, 0, 4)]; }
-
-// Mostly gray and RGB.
-int32_t AnyCombinedFormat(std::mt19937 &random) {
-  return Between(random, 0, 9) == 0 ? AnyFormat(random) : Between(random, 1, 13);
-}
-
-StoredImage AnyImage(std::mt19937 &random, int32_t width, int32_t height) {
-  StoredImage image(*host, AnyKind(random), width, height, AnyCombinedFormat(random), Between(random, 0, 7));
-  image.Fill(random);
-  return image;
-}
 
 // What one call is given besides the images.
 struct Arguments {
@@ -57,16 +43,17 @@ struct Arguments {
   Numbers numbers;
 };
 
-Arguments AnyArguments(std::mt19937 &random) {
-  const auto position = [&] { return Between(random, 0, 1) == 0 ? 0 : Between(random, -4, 12); };
-  const auto size = [&] { return Between(random, 0, 1) == 0 ? Between(random, 1, 100) : Between(random, -1, 16); };
+Arguments AnyArguments(Random &random) {
   const auto colour = [&] {
-    if (Between(random, 0, 2) == 0) return static_cast<int32_t>(random() | 0x80000000u);
-    return RandomByte(random) << 16 | RandomByte(random) << 8 | RandomByte(random) | Between(random, 0, 127) << 24;
+    if (random.OneIn(3)) return static_cast<int32_t>(random.Bits() | 0x80000000u);
+    return random.Byte() << 16 | random.Byte() << 8 | random.Byte() | random.Between(0, 127) << 24;
   };
-  Arguments arguments{Between(random, 0, 1) == 0, Between(random, 0, 1) == 0, colour(), colour(), {}};
-  arguments.numbers = {position(), position(), position(), position(), size(), size()};
-  return arguments;
+  const AnyMove move(random, true);
+  return {random.OneIn(2),
+          random.OneIn(2),
+          colour(),
+          colour(),
+          {move.destX, move.destY, move.sourceX, move.sourceY, move.width, move.height}};
 }
 
 // The result, and what becomes of the pixels. The copy is tested on its own, and not told here.
@@ -90,7 +77,7 @@ bool CombineNaively(ImageClassData &dest, ImageClassData &image, ImageClassData 
 }
 
 // One call, which must leave all storages as the plain loops do.
-void CheckCombine(std::mt19937 &random, const Image &dest, const Image &image, const Image &mask,
+void CheckCombine(Random &random, const Image &dest, const Image &image, const Image &mask,
                   const std::vector<StoredImage *> &storages) {
   const Arguments arguments = AnyArguments(random);
   if (!mask && arguments.foreColour < 0 && arguments.maskColour < 0) return;
@@ -108,65 +95,47 @@ void CheckCombine(std::mt19937 &random, const Image &dest, const Image &image, c
   for (size_t i = 0; i < storages.size(); ++i) RC_ASSERT(storages[i]->Bytes() == expected[i]);
 }
 
-// A view of the stored image as large as `image`, or empty.
-Image ViewAsLargeAs(std::mt19937 &random, const Image &image, const StoredImage &stored) {
-  const ImageClassData &wanted = *RecordOf(image), &whole = stored.Record();
-  if (whole.Width < wanted.Width || whole.Height < wanted.Height) return {};
-  if (whole.Width == wanted.Width && whole.Height == wanted.Height && Between(random, 0, 1) == 0) return stored.Image();
-  if (stored.Storage() == Kind::Table) return {};
-  Image view = Adopt(ClipImage5(stored, Between(random, 0, whole.Width - wanted.Width),
-                                Between(random, 0, whole.Height - wanted.Height), wanted.Width, wanted.Height));
-  if (Between(random, 0, 2) == 0) view = Adopt(GetMirroredView(view));
-  if (Between(random, 0, 2) == 0 && RecordOf(view)->ChannelCount > 0) {
-    view = Adopt(Channel(view, Between(random, 0, RecordOf(view)->ChannelCount - 1)));
-  }
-  return view;
-}
-
 TEST_F(CombineProperty, ImagesAreCombinedAsThePlainLoopsSay) {
-  EXPECT_TRUE(rc::check([](uint32_t seed) {
-    std::mt19937 random(seed);
-    const int32_t width = AnyWidth(random), height = Between(random, 1, 9);
-    StoredImage dest = AnyImage(random, AnyWidth(random), Between(random, 1, 9));
+  CheckCases([this](Random &random) {
+    const int32_t width = random.Side(100), height = random.Between(1, 9);
+    StoredImage dest = AnyImage(random, random.Side(100), random.Between(1, 9));
     StoredImage image = AnyImage(random, width, height), mask = AnyImage(random, width, height);
     for (int i = 0; i < 10; ++i) {
       const Image target = AnyView(random, dest), source = AnyView(random, image);
       CheckCombine(random, target, source, {}, {&dest, &image});
-      const Image over = ViewAsLargeAs(random, source, mask);
+      const Image over = AnyViewOfSize(random, mask, RecordOf(source)->Width, RecordOf(source)->Height);
       if (over) CheckCombine(random, target, source, over, {&dest, &image, &mask});
       CheckCombine(random, target, image.Image(), mask.Image(), {&dest, &image, &mask});
     }
-  }));
+  });
 }
 
 TEST_F(CombineProperty, ViewsOfOneImageAreCombinedInOrder) {
-  EXPECT_TRUE(rc::check([](uint32_t seed) {
-    std::mt19937 random(seed);
-    StoredImage image = AnyImage(random, AnyWidth(random), Between(random, 1, 9));
+  CheckCases([this](Random &random) {
+    StoredImage image = AnyImage(random, random.Side(100), random.Between(1, 9));
     for (int i = 0; i < 10; ++i) {
       const Image target = AnyView(random, image), source = AnyView(random, image);
       CheckCombine(random, target, source, {}, {&image});
-      const Image over = ViewAsLargeAs(random, source, image);
+      const Image over = AnyViewOfSize(random, image, RecordOf(source)->Width, RecordOf(source)->Height);
       if (over) CheckCombine(random, target, source, over, {&image});
       CheckCombine(random, image.Image(), image.Image(), image.Image(), {&image});
     }
-  }));
+  });
 }
 
 TEST_F(CombineProperty, NumbersAnywhereIn32BitsLeadNowhereElse) {
-  EXPECT_TRUE(rc::check([](uint32_t seed) {
-    std::mt19937 random(seed);
-    const int32_t width = AnyWidth(random), height = Between(random, 1, 9);
-    StoredImage dest = AnyImage(random, AnyWidth(random), Between(random, 1, 9));
+  CheckCases([this](Random &random) {
+    const int32_t width = random.Side(100), height = random.Between(1, 9);
+    StoredImage dest = AnyImage(random, random.Side(100), random.Between(1, 9));
     StoredImage image = AnyImage(random, width, height), mask = AnyImage(random, width, height);
     const auto imageBefore = image.Bytes(), maskBefore = mask.Bytes();
     for (int i = 0; i < 30; ++i) {
       // The pages around blocks and pictures see to it that nothing outside is touched.
       const Image target = AnyView(random, dest);
-      const bool masked = Between(random, 0, 1) == 0;
-      const int32_t foreColour = AnyNumber(random), maskColour = AnyNumber(random);
-      Numbers n{AnyNumber(random), AnyNumber(random), AnyNumber(random),
-                AnyNumber(random), AnyNumber(random), AnyNumber(random)};
+      const bool masked = random.OneIn(2);
+      const int32_t foreColour = random.Number(), maskColour = random.Number();
+      const AnyMove move(random, false);
+      Numbers n{move.destX, move.destY, move.sourceX, move.sourceY, move.width, move.height};
       const uint8_t result =
           PictureCombine1pm(target, image, i % 2 == 0, masked ? mask.Image().Handle() : nullptr, n.destX, n.destY,
                             n.sourceX, n.sourceY, n.width, n.height, true, foreColour, maskColour);
@@ -180,7 +149,7 @@ TEST_F(CombineProperty, NumbersAnywhereIn32BitsLeadNowhereElse) {
       if (masked) expected &= !isWide(mask.Record());
       RC_ASSERT(result == (expected && naive::combining::FitNaively(n, *RecordOf(target), image.Record()) ? 1 : 0));
     }
-  }));
+  });
 }
 
 }  // namespace

@@ -11,15 +11,15 @@
 #include "image/image_storage.h"
 #include "image/views.h"
 #include "tests/pictures/picture_testing.h"
-#include "tests/support/stored_image.h"
+#include "tests/scenes/stored_image.h"
 
 namespace zvk::compositing {
 namespace {
 
 using picture_testing::YieldAlways;
 using picture_testing::Yields;
-using stored_image::Kind;
-using stored_image::StoredImage;
+using scenes::Kind;
+using scenes::StoredImage;
 using Bytes = std::vector<uint8_t>;
 
 constexpr int32_t kNone = -1;
@@ -215,7 +215,7 @@ TEST_F(CombineRefuses, ASizeThatIsNotAbove0) {
 
 TEST_F(CombineRefuses, ImagesWithoutPixels) {
   const auto unmade = host_.New("PictureZVK");
-  StoredImage closed = Source(), table(host_, Kind::Table, 4, 1, RGB);
+  StoredImage closed = Source(), table(host_, Kind::Picture, 4, 1, RGB);
   ImageDestructor(closed);
   ASSERT_TRUE(closed.Record().Valid);
   const auto viewOfTable = Adopt(RedChannel(table));

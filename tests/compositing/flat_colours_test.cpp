@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <random>
 #include <vector>
 
 #include "compositing/combine.h"
@@ -12,17 +11,16 @@
 #include "image/views.h"
 #include "tests/naive/combine.h"
 #include "tests/pictures/picture_testing.h"
-#include "tests/support/row_log.h"
-#include "tests/support/stored_image.h"
+#include "tests/scenes/row_log.h"
+#include "tests/scenes/stored_image.h"
 
 namespace zvk::compositing {
 namespace {
 
 using picture_testing::YieldAlways;
 using picture_testing::Yields;
-using stored_image::Kind;
-using stored_image::StoredImage;
-using testing::ElementsAre;
+using scenes::Kind;
+using scenes::StoredImage;
 using Bytes = std::vector<uint8_t>;
 
 constexpr int32_t G = ImageFormatG, GA = ImageFormatGA, RGB = ImageFormatRGB, RGBA = ImageFormatRGBA;
@@ -136,7 +134,7 @@ TEST_F(FlatColours, AlphaIsNeitherReadNorWritten) {
 }
 
 TEST_F(FlatColours, EveryPairOfFormatsGivesWhatTheTablesSay) {
-  std::mt19937 random(5);
+  scenes::Random random(5);
   for (int32_t destFormat = 1; destFormat <= 41; ++destFormat) {
     if (destFormat == 14) continue;
     for (const Kind kind : {Kind::Block, Kind::File}) {
@@ -147,7 +145,7 @@ TEST_F(FlatColours, EveryPairOfFormatsGivesWhatTheTablesSay) {
         image.Fill(random);
         for (int which = 0; which < 4; ++which) {
           const bool premultiplied = which % 2 == 1, imageIsMask = which >= 2;
-          const auto colour = static_cast<int32_t>(random() & 0x7FFFFFFF);
+          const auto colour = static_cast<int32_t>(random.Bits() & 0x7FFFFFFF);
           dest.Fill(random);
           const Bytes before = dest.Bytes();
           naive::combining::BlendFlatNaively(dest.Record(), image.Record(), premultiplied, imageIsMask, colour,
@@ -199,11 +197,11 @@ TEST_F(FlatColours, RowsAreAskedForInTurnAndDestYieldsAfterEach) {
   YieldAlways(host_, dest);
   for (const auto blend : {BlendFlatForeground, BlendThroughFlatMask}) {
     const int64_t yields = Yields(host_);
-    RowLog log;
-    log.Watch(dest.Record(), 'd');
-    log.Watch(image.Record(), 's');
+    scenes::RowLog log;
+    log.Watch(dest.Record(), "d");
+    log.Watch(image.Record(), "s");
     blend(dest.Record(), image.Record(), false, {0, 0, 4, 2, 0, 2}, 0);
-    EXPECT_THAT(log.Asked(), ElementsAre(std::pair('d', 0), std::pair('s', 2), std::pair('d', 1), std::pair('s', 3)));
+    EXPECT_EQ(log.Take(), "d0 s2 d1 s3");
     EXPECT_EQ(Yields(host_) - yields, 2);
   }
 }

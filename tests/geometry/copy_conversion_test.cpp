@@ -1,20 +1,19 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <random>
 #include <vector>
 
 #include "geometry/copy_pixels.h"
 #include "image/image_formats.h"
 #include "image/image_storage.h"
 #include "tests/naive/copy_pixels.h"
-#include "tests/support/stored_image.h"
+#include "tests/scenes/stored_image.h"
 
 namespace zvk::geometry {
 namespace {
 
-using stored_image::Kind;
-using stored_image::StoredImage;
+using scenes::Kind;
+using scenes::StoredImage;
 using Bytes = std::vector<uint8_t>;
 
 class CopyConversionTest : public testing::Test {
@@ -150,7 +149,7 @@ TEST_F(CopyConversionTest, AWideSampleThatTheHostHasMovedEndsInTheNextRow) {
 // --- every pair of formats ---
 
 TEST_F(CopyConversionTest, EveryPairOfFormatsIsCopiedAsThePlainLoopsSayOnEveryStorage) {
-  std::mt19937 random(11);
+  scenes::Random random(11);
   for (int32_t destFormat = 1; destFormat <= 41; ++destFormat) {
     for (int32_t sourceFormat = 1; sourceFormat <= 41; ++sourceFormat) {
       if (destFormat == 14 || sourceFormat == 14) continue;

@@ -11,18 +11,18 @@
 #include "image/image_formats.h"
 #include "image/image_storage.h"
 #include "image/views.h"
+#include "tests/naive/samples.h"
 #include "tests/pictures/picture_testing.h"
-#include "tests/support/row_log.h"
-#include "tests/support/stored_image.h"
+#include "tests/scenes/row_log.h"
+#include "tests/scenes/stored_image.h"
 
 namespace zvk::geometry {
 namespace {
 
 using picture_testing::YieldAlways;
 using picture_testing::Yields;
-using stored_image::Kind;
-using stored_image::StoredImage;
-using testing::ElementsAre;
+using scenes::Kind;
+using scenes::StoredImage;
 using Bytes = std::vector<uint8_t>;
 
 class CopyPixels : public testing::Test {
@@ -104,15 +104,15 @@ TEST_F(CopyPixels, ARectangleOfWhichOnlyTheCutLeavesNothingIsTrueAndCopiesNothin
     for (const Kind kind : {Kind::Block, Kind::File}) {
       StoredImage source = Counting(4, 4, format, kind), dest = Counting(4, 4, destFormat, kind);
       const Bytes before = dest.Bytes();
-      RowLog log;
-      log.Watch(dest.Record(), 'd');
-      log.Watch(source.Record(), 's');
+      scenes::RowLog log;
+      log.Watch(dest.Record(), "d");
+      log.Watch(source.Record(), "s");
       const bool converts = destFormat != ImageFormatCMYK;
       // 2147483647 + 10 wraps, to a place left of (or above) the source that no step tests for.
       EXPECT_EQ(rbCopyPixels8(dest, source, -10, 0, 20, 4, INT32_MAX, 0), converts);
       EXPECT_EQ(rbCopyPixels8(dest, source, 0, -10, 4, 20, 0, INT32_MAX), converts);
       EXPECT_EQ(rbCopyPixels8(dest, source, -10, -10, 20, 20, INT32_MAX, INT32_MAX), converts);
-      EXPECT_THAT(log.Asked(), testing::IsEmpty());
+      EXPECT_EQ(log.Take(), "");
       EXPECT_EQ(dest.Bytes(), before);
     }
   }
@@ -192,7 +192,7 @@ TEST_F(CopyPixels, RowsThatRunBackwardsEndWithTheTopOne) {
 }
 
 TEST_F(CopyPixels, RowsOfATableAreStoragesOfTheirOwn) {
-  StoredImage source = Counting(4, 2, ImageFormatRGBA, Kind::Table), dest = New(4, 2, ImageFormatRGBA, Kind::Table);
+  StoredImage source = Counting(4, 2, ImageFormatRGBA, Kind::Picture), dest = New(4, 2, ImageFormatRGBA, Kind::Picture);
   ASSERT_TRUE(dest.Record().HasAlpha);
   EXPECT_TRUE(rbCopyPixels8(dest, source, 2, 0, 1, 2, 1, 0));
   // Three pixels from column 2 on, of which the row has two.
@@ -370,20 +370,20 @@ TEST_F(CopyPixels, TheGrayOfAFilesColoursIsTakenPixelAfterPixelThroughItsMapping
 
 TEST_F(CopyPixels, SelfsRowIsAskedForFirstAndEachOnce) {
   StoredImage source = Counting(4, 4, ImageFormatG), dest = New(4, 4, ImageFormat1of3);
-  RowLog log;
-  log.Watch(dest.Record(), 'd');
-  log.Watch(source.Record(), 's');
+  scenes::RowLog log;
+  log.Watch(dest.Record(), "d");
+  log.Watch(source.Record(), "s");
   EXPECT_TRUE(rbCopyPixels8(dest, source, 0, 1, 4, 2, 0, 2));
-  EXPECT_THAT(log.Asked(), ElementsAre(std::pair('d', 1), std::pair('s', 2), std::pair('d', 2), std::pair('s', 3)));
+  EXPECT_EQ(log.Take(), "d1 s2 d2 s3");
 }
 
 TEST_F(CopyPixels, BlocksAskForTheSameRows) {
   StoredImage source = Counting(4, 4, ImageFormatG), dest = New(4, 4, ImageFormatG);
-  RowLog log;
-  log.Watch(dest.Record(), 'd');
-  log.Watch(source.Record(), 's');
+  scenes::RowLog log;
+  log.Watch(dest.Record(), "d");
+  log.Watch(source.Record(), "s");
   EXPECT_TRUE(rbCopyPixels8(dest, source, 0, 1, 4, 2, 0, 2));
-  EXPECT_THAT(log.Asked(), ElementsAre(std::pair('d', 1), std::pair('s', 2), std::pair('d', 2), std::pair('s', 3)));
+  EXPECT_EQ(log.Take(), "d1 s2 d2 s3");
 }
 
 TEST_F(CopyPixels, WithoutAConversionTheFirstRowsAreAskedForAndNothingChanges) {
@@ -399,11 +399,11 @@ TEST_F(CopyPixels, WithoutAConversionTheFirstRowsAreAskedForAndNothingChanges) {
     YieldAlways(host_, dest);
     const int64_t yields = Yields(host_);
     const Bytes before = dest.Bytes();
-    RowLog log;
-    log.Watch(dest.Record(), 'd');
-    log.Watch(source.Record(), 's');
+    scenes::RowLog log;
+    log.Watch(dest.Record(), "d");
+    log.Watch(source.Record(), "s");
     EXPECT_FALSE(rbCopyPixels8(dest, source, 0, 1, 4, 2, 0, 2)) << pair.dest << " from " << pair.source;
-    EXPECT_THAT(log.Asked(), ElementsAre(std::pair('d', 1), std::pair('s', 2)));
+    EXPECT_EQ(log.Take(), "d1 s2");
     EXPECT_EQ(dest.Bytes(), before);
     EXPECT_EQ(Yields(host_) - yields, 1);  // at the start
   }
@@ -412,9 +412,9 @@ TEST_F(CopyPixels, WithoutAConversionTheFirstRowsAreAskedForAndNothingChanges) {
 TEST_F(CopyPixels, ARowThatCannotBeHadIsLeftOut) {
   StoredImage source = Counting(2, 4, ImageFormatG), dest = New(2, 4, ImageFormatG);
   {
-    RowLog log;
-    log.Watch(dest.Record(), 'd');
-    log.Watch(source.Record(), 's');
+    scenes::RowLog log;
+    log.Watch(dest.Record(), "d");
+    log.Watch(source.Record(), "s");
     log.Refuse(dest.Record(), 0);
     log.Refuse(source.Record(), 2);
     EXPECT_TRUE(rbCopyPixels2(dest, source));
@@ -426,13 +426,13 @@ TEST_F(CopyPixels, AMappedImageIsCopiedWithinItselfFromRowsThatItsBlockDoesNotHo
   StoredImage image = New(4, 9000, ImageFormatG, Kind::File);  // 4096 rows to a block
   ImageClassData &record = image.Record();
   for (int32_t y = 8990; y < 9000; ++y) {
-    for (int32_t x = 0; x < 4; ++x) *stored_image::SampleAt(record, x, y, 0) = static_cast<uint8_t>(y - 8980 + 50 * x);
+    for (int32_t x = 0; x < 4; ++x) *naive::SampleAt(record, x, y, 0) = static_cast<uint8_t>(y - 8980 + 50 * x);
   }
   EXPECT_TRUE(rbCopyPixels8(image, image, 1, 3, 3, 10, 0, 8990));
   for (int32_t y = 0; y < 20; ++y) {
     for (int32_t x = 0; x < 4; ++x) {
       const int32_t expected = y >= 3 && y < 13 && x >= 1 ? y + 7 + 50 * (x - 1) : 0;
-      EXPECT_EQ(*stored_image::SampleAt(record, x, y, 0), expected) << x << ", " << y;
+      EXPECT_EQ(*naive::SampleAt(record, x, y, 0), expected) << x << ", " << y;
     }
   }
 }
@@ -454,7 +454,7 @@ TEST_F(CopyPixels, ImagesThatAreNotUsableAreRefused) {
   const auto beyond = Adopt(ClipImage5(image, 9, 0, 2, 2));  // of negative width
   EXPECT_FALSE(rbCopyPixels8(image, beyond, 0, 0, 4, 4, 0, 0));
   EXPECT_FALSE(rbCopyPixels8(beyond, image, 0, 0, 4, 4, 0, 0));
-  StoredImage table = New(4, 4, ImageFormatRGB, Kind::Table);
+  StoredImage table = New(4, 4, ImageFormatRGB, Kind::Picture);
   const auto viewOfTable = Adopt(RedChannel(table));
   ASSERT_TRUE(viewOfTable);
   EXPECT_FALSE(rbCopyPixels8(image, viewOfTable, 0, 0, 4, 4, 0, 0));

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "tests/naive/samples.h"
-#include "tests/support/stored_image.h"
+#include "tests/scenes/stored_image.h"
 
 namespace naive::copying {
 
@@ -132,8 +132,8 @@ inline Writes WritesOf(const ImageClassData &self, const ImageClassData &source,
 }
 
 // Copies, or returns false with nothing changed. The storages tell where the blocks must end.
-inline bool CopyNaively(ImageClassData &self, const stored_image::StoredImage &selfStorage, ImageClassData &source,
-                        const stored_image::StoredImage &sourceStorage, Numbers n) {
+inline bool CopyNaively(ImageClassData &self, const scenes::StoredImage &selfStorage, ImageClassData &source,
+                        const scenes::StoredImage &sourceStorage, Numbers n) {
   if (!FitNaively(n, self, source)) return false;
   if (GoesInBlocks(self, source)) {
     const int32_t c = CountOf(self);

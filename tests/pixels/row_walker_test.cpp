@@ -12,16 +12,16 @@
 #include "image/image_formats.h"
 #include "image/image_storage.h"
 #include "image/views.h"
+#include "tests/scenes/row_log.h"
+#include "tests/scenes/stored_image.h"
 #include "tests/support/faults.h"
-#include "tests/support/row_log.h"
-#include "tests/support/stored_image.h"
 
 namespace zvk::pixels {
 namespace {
 
+using scenes::Kind;
+using scenes::StoredImage;
 using standalone::Owned;
-using stored_image::Kind;
-using stored_image::StoredImage;
 using testing::ElementsAre;
 
 class RowWalker : public testing::Test {
@@ -54,13 +54,13 @@ class RowWalker : public testing::Test {
 
 TEST_F(RowWalker, FetchesTheDestinationBeforeTheOthers) {
   StoredImage dest = InMemory(), first = InMemory(), second = InMemory();
-  RowLog log;
-  log.Watch(dest.Record(), 'd');
-  log.Watch(first.Record(), 'a');
-  log.Watch(second.Record(), 'b');
+  scenes::RowLog log;
+  log.Watch(dest.Record(), "d");
+  log.Watch(first.Record(), "a");
+  log.Watch(second.Record(), "b");
   RowGroup rows;
   ASSERT_TRUE(rows.Fetch(dest.Record(), 3, first.Record(), &second.Record(), 5));
-  EXPECT_THAT(log.Asked(), ElementsAre(std::pair('d', 3), std::pair('a', 5), std::pair('b', 5)));
+  EXPECT_EQ(log.Take(), "d3 a5 b5");
   EXPECT_EQ(rows.Dest(), GetRowLinear(&dest.Record(), 3));
   EXPECT_EQ(rows.First(), GetRowLinear(&first.Record(), 5));
   EXPECT_EQ(rows.Second(), GetRowLinear(&second.Record(), 5));
@@ -70,10 +70,10 @@ TEST_F(RowWalker, FetchesTheDestinationBeforeTheOthers) {
 
 TEST_F(RowWalker, ARowThatCannotBeHadIsTold) {
   StoredImage dest = InMemory(), first = InMemory(), second = InMemory();
-  RowLog log;
-  log.Watch(dest.Record(), 'd');
-  log.Watch(first.Record(), 'a');
-  log.Watch(second.Record(), 'b');
+  scenes::RowLog log;
+  log.Watch(dest.Record(), "d");
+  log.Watch(first.Record(), "a");
+  log.Watch(second.Record(), "b");
   log.Refuse(dest.Record(), 1);
   log.Refuse(first.Record(), 2);
   log.Refuse(second.Record(), 3);
@@ -81,18 +81,18 @@ TEST_F(RowWalker, ARowThatCannotBeHadIsTold) {
   for (int32_t y = 0; y < 4; ++y) {
     EXPECT_EQ(rows.Fetch(dest.Record(), y, first.Record(), &second.Record(), y), y == 0);
   }
-  EXPECT_EQ(log.Asked().size(), 12u);  // all are asked for all the same
+  EXPECT_EQ(log.Count(), 12);  // all are asked for all the same
 }
 
 TEST_F(RowWalker, AMappedImageWithBothRowsInItsBlockIsAskedOnceForEach) {
   StoredImage image = InFile();
   ImageClassData &record = image.Record();
   record.GetRow(&record, 0);
-  RowLog log;
-  log.Watch(record, 'i');
+  scenes::RowLog log;
+  log.Watch(record, "i");
   RowGroup rows;
   ASSERT_TRUE(rows.Fetch(record, 10, record, &record, 4000));
-  EXPECT_THAT(log.Asked(), ElementsAre(std::pair('i', 10), std::pair('i', 4000), std::pair('i', 4000)));
+  EXPECT_EQ(log.Take(), "i10 i4000 i4000");
   EXPECT_EQ(NumberIn(rows.Dest()), 10);
   EXPECT_EQ(rows.First(), rows.Second());
   EXPECT_EQ(NumberIn(rows.First()), 4000);
@@ -162,25 +162,25 @@ TEST_F(RowWalker, TheWalkOverAGroupEndsWhereAViewLosesItsPixels) {
 
 TEST_F(RowWalker, ARowIsHeldWhileThoseOfAnotherImageAreFetched) {
   StoredImage dest = InFile(), source = InFile();
-  RowLog log;
-  log.Watch(dest.Record(), 'd');
+  scenes::RowLog log;
+  log.Watch(dest.Record(), "d");
   HeldRow row(dest.Record(), 7, source.Record());
   uint8_t *const address = row.Get();
   EXPECT_EQ(NumberIn(address), 7);
   FetchRow(source.Record(), 19000);
   EXPECT_EQ(row.Again(), address);
-  EXPECT_THAT(log.Asked(), ElementsAre(std::pair('d', 7)));
+  EXPECT_EQ(log.Take(), "d7");
 }
 
 TEST_F(RowWalker, OfOneMappedRecordTheHeldRowIsFetchedAgain) {
   StoredImage image = InFile();
-  RowLog log;
-  log.Watch(image.Record(), 'i');
+  scenes::RowLog log;
+  log.Watch(image.Record(), "i");
   HeldRow row(image.Record(), 7, image.Record());
   EXPECT_EQ(NumberIn(FetchRow(image.Record(), 19000)), 19000);
   EXPECT_EQ(NumberIn(row.Again()), 7);
   EXPECT_EQ(row.Get(), GetRowMapping(&image.Record(), 7));
-  EXPECT_THAT(log.Asked(), ElementsAre(std::pair('i', 7), std::pair('i', 19000), std::pair('i', 7)));
+  EXPECT_EQ(log.Take(), "i7 i19000 i7");
   log.Refuse(image.Record(), 7);
   EXPECT_EQ(row.Again(), nullptr);
   EXPECT_FALSE(row);
@@ -188,24 +188,24 @@ TEST_F(RowWalker, OfOneMappedRecordTheHeldRowIsFetchedAgain) {
 
 TEST_F(RowWalker, OfOneRecordInMemoryTheHeldRowStays) {
   StoredImage image = InMemory();
-  RowLog log;
-  log.Watch(image.Record(), 'i');
+  scenes::RowLog log;
+  log.Watch(image.Record(), "i");
   HeldRow row(image.Record(), 7, image.Record());
   EXPECT_EQ(row.Again(), GetRowLinear(&image.Record(), 7));
   EXPECT_TRUE(row);
-  EXPECT_EQ(log.Asked().size(), 1u);
+  EXPECT_EQ(log.Count(), 1);
 }
 
 // --- one image ---
 
 TEST_F(RowWalker, ARowThatCannotBeHadIsLeftOut) {
   StoredImage image = InMemory();
-  RowLog log;
-  log.Watch(image.Record(), 'i');
+  scenes::RowLog log;
+  log.Watch(image.Record(), "i");
   log.Refuse(image.Record(), 1);
   std::vector<std::pair<uint8_t *, int32_t>> visited;
   ForEachRow(image.Record(), 3, [&](uint8_t *row, int32_t y) { visited.emplace_back(row, y); });
-  EXPECT_THAT(log.Asked(), ElementsAre(std::pair('i', 0), std::pair('i', 1), std::pair('i', 2)));
+  EXPECT_EQ(log.Take(), "i0 i1 i2");
   EXPECT_THAT(visited, ElementsAre(std::pair(GetRowLinear(&image.Record(), 0), 0),
                                    std::pair(GetRowLinear(&image.Record(), 2), 2)));
 }
@@ -228,11 +228,11 @@ TEST_F(RowWalker, TheRowsOfARectangleAreVisitedFromTheTopWithOrWithoutYields) {
 
 TEST_F(RowWalker, ARectangleThatLeadsOutOfTheImageIsCut) {
   StoredImage image(host_, Kind::Memory, 4, 3, ImageFormatG);
-  RowLog log;
-  log.Watch(image.Record(), 'i');
+  scenes::RowLog log;
+  log.Watch(image.Record(), "i");
   EXPECT_TRUE(ForEachRow(image.Record(), {3, 1, INT32_MAX, INT32_MAX}, RowYield::None,
                          [](const RowPart &part) { EXPECT_EQ(part.width, 1); }));
-  EXPECT_THAT(log.Asked(), ElementsAre(std::pair('i', 1), std::pair('i', 2)));
+  EXPECT_EQ(log.Take(), "i1 i2");
 }
 
 TEST_F(RowWalker, TheRectangleIsCutAnewAfterAYield) {
@@ -277,13 +277,13 @@ TEST_F(RowWalker, TheWalkOverAViewEndsWhereItsParentIsClosed) {
 
 TEST_F(RowWalker, OfAPairTheFirstRowIsFetchedFirst) {
   StoredImage image = InMemory(), other = InMemory();
-  RowLog log;
-  log.Watch(image.Record(), 'a');
-  log.Watch(other.Record(), 'b');
+  scenes::RowLog log;
+  log.Watch(image.Record(), "a");
+  log.Watch(other.Record(), "b");
   std::vector<std::pair<uint8_t *, const uint8_t *>> rows;
   ForEachRowPair(image.Record(), other.Record(), 2,
                  [&](uint8_t *row, const uint8_t *otherRow) { rows.emplace_back(row, otherRow); });
-  EXPECT_THAT(log.Asked(), ElementsAre(std::pair('a', 0), std::pair('b', 0), std::pair('a', 1), std::pair('b', 1)));
+  EXPECT_EQ(log.Take(), "a0 b0 a1 b1");
   const ImageClassData *const a = &image.Record(), *const b = &other.Record();
   EXPECT_EQ(rows, (std::vector<std::pair<uint8_t *, const uint8_t *>>{
                       {a->Buffer, b->Buffer}, {a->Buffer + a->RowSize, b->Buffer + b->RowSize}}));
@@ -291,9 +291,9 @@ TEST_F(RowWalker, OfAPairTheFirstRowIsFetchedFirst) {
 
 TEST_F(RowWalker, APairOfWhichARowCannotBeHadIsLeftOut) {
   StoredImage image = InMemory(), other = InMemory();
-  RowLog log;
-  log.Watch(image.Record(), 'a');
-  log.Watch(other.Record(), 'b');
+  scenes::RowLog log;
+  log.Watch(image.Record(), "a");
+  log.Watch(other.Record(), "b");
   log.Refuse(image.Record(), 1);
   log.Refuse(other.Record(), 3);
   std::vector<int32_t> rows;

@@ -16,13 +16,13 @@
 #include "tests/scaling/scale_testing.h"
 #include "tests/support/faults.h"
 #include "tests/support/plugin_host.h"
-#include "tests/support/stored_image.h"
+#include "tests/scenes/stored_image.h"
 
 namespace zvk::scaling {
 namespace {
 
-using stored_image::Kind;
-using stored_image::StoredImage;
+using scenes::Kind;
+using scenes::StoredImage;
 
 class FastScale : public ScaleHost {
  protected:
@@ -509,8 +509,8 @@ TEST_F(FastScale, WithoutMemoryForTheColumnsTheBytesAreTheSame) {
 
 // In a clip the host program may move red next to the pixels that are read later on.
 TEST(FastScaleOfItself, ReadsWhatItHasWrittenInAFileAsInMemory) {
-  using stored_image::Kind;
-  using stored_image::StoredImage;
+  using scenes::Kind;
+  using scenes::StoredImage;
   PluginHost host;
   std::vector<uint8_t> bytes(75);
   std::iota(bytes.begin(), bytes.end(), uint8_t{1});

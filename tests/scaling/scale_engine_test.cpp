@@ -16,7 +16,7 @@
 #include "tests/scaling/scale_testing.h"
 #include "tests/support/faults.h"
 #include "tests/support/plugin_host.h"
-#include "tests/support/stored_image.h"
+#include "tests/scenes/stored_image.h"
 
 namespace zvk::scaling {
 namespace {
@@ -219,8 +219,8 @@ TEST_F(ScaleEngine, WideGrayKeepsItsWideSamples) {
 
 // The images' storages lie between pages that nobody may touch.
 TEST(ScaleWideGray, OfASampleThatTheHostHasMovedToTheEndOfTheStorageTheFirstByteCounts) {
-  using stored_image::Kind;
-  using stored_image::StoredImage;
+  using scenes::Kind;
+  using scenes::StoredImage;
   PluginHost host({.fenced = true});
   constexpr int32_t kWidth = 2048;  // fills the pages of a row in a file
   for (const Kind kind : {Kind::Block, Kind::File}) {
@@ -256,7 +256,7 @@ TEST(ScaleWideGray, SamplesBeyondTheDestinationAreWrittenWhole) {
   constexpr int32_t kWidth = 9, kHeight = 7, kRowSize = 2 * kWidth;
   for (const int32_t offset : {0, 1}) {
     for (const bool threaded : {false, true}) {
-      stored_image::StoredImage source(host, stored_image::Kind::Block, 3, 2, ImageFormatGray16);
+      scenes::StoredImage source(host, scenes::Kind::Block, 3, 2, ImageFormatGray16);
       source.SetBytes({0x34, 0x12, 0x34, 0x12, 0x34, 0x12, 0x34, 0x12, 0x34, 0x12, 0x34, 0x12});
       const auto block = host.NewMemoryBlock(kRowSize * kHeight + offset);
       const auto dest = host.New("PictureZVK");
@@ -277,10 +277,10 @@ TEST(ScaleWideGray, SamplesBeyondTheDestinationAreWrittenWhole) {
 }
 
 TEST(ScaleWideGray, ASampleOfTheTempImageBeginsWithItsLastByteAndHasNoSecondOne) {
-  using stored_image::Kind;
+  using scenes::Kind;
   PluginHost host({.fenced = true});
   for (const bool threaded : {false, true}) {
-    stored_image::StoredImage source(host, Kind::Block, 2, 1, ImageFormatGray16),
+    scenes::StoredImage source(host, Kind::Block, 2, 1, ImageFormatGray16),
         dest(host, Kind::Block, 2, 1, ImageFormatGray16);
     source.SetBytes({7, 7, 7, 7});
     const auto block = host.NewMemoryBlock(3);

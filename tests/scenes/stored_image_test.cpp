@@ -1,14 +1,17 @@
-#include "tests/support/stored_image.h"
+#include "tests/scenes/stored_image.h"
 
 #include <gtest/gtest.h>
 
-#include <random>
 #include <vector>
 
 #include "image/image_formats.h"
+#include "tests/naive/samples.h"
+#include "tests/scenes/views.h"
 
-namespace stored_image {
+namespace scenes {
 namespace {
+
+using naive::SampleAt;
 
 TEST(StoredImage, WhatIsSetIsSeenInTheRowsAndBack) {
   PluginHost host({.fenced = true});
@@ -18,14 +21,16 @@ TEST(StoredImage, WhatIsSetIsSeenInTheRowsAndBack) {
     image.Fill(1);
     const auto bytes = image.Bytes();
     zvk::image::ImageClassData &record = image.Record();
-    EXPECT_EQ(static_cast<int64_t>(bytes.size()), std::abs(record.TotalSize)) << kind;
+    // The rows of a table are storages by themselves, and no gap follows the last one.
+    const size_t distance = kind == Kind::Table ? 22 : bytes.size() / 3;
+    EXPECT_EQ(static_cast<int64_t>(bytes.size()), kind == Kind::Table ? 64 : std::abs(record.TotalSize)) << kind;
     for (int32_t y = 0; y < 3; ++y) {
       const int32_t row = kind == Kind::Backwards ? 2 - y : y;
-      const auto start = static_cast<size_t>(row) * (bytes.size() / 3);
+      const auto start = static_cast<size_t>(row) * distance;
       for (int32_t i = 0; i < 20; ++i) {
         EXPECT_EQ(*SampleAt(record, i / 4, y, i % 4), bytes[start + static_cast<size_t>(i)]) << kind;
       }
-      if (kind == Kind::Table) {
+      if (image.HasRowTable()) {
         EXPECT_EQ(image.BytesFrom(record.GetRow(&record, y)), 20);
       } else if (kind != Kind::File) {
         EXPECT_EQ(image.BytesFrom(record.GetRow(&record, y)), static_cast<int64_t>(bytes.size() - start)) << kind;
@@ -40,7 +45,7 @@ TEST(StoredImage, WhatIsSetIsSeenInTheRowsAndBack) {
 
 TEST(StoredImage, ViewsOfAllKindsAreMade) {
   PluginHost host;
-  std::mt19937 random(1);
+  Random random(1);
   int32_t clips = 0, wholes = 0, channels = 0;
   StoredImage image(host, Kind::Memory, 9, 9, zvk::image::ImageFormatRGBA);
   for (int i = 0; i < 200; ++i) {
@@ -57,4 +62,4 @@ TEST(StoredImage, ViewsOfAllKindsAreMade) {
 }
 
 }  // namespace
-}  // namespace stored_image
+}  // namespace scenes
