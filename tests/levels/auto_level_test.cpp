@@ -185,7 +185,7 @@ TEST_F(AutoLevel, TheFirstPassYieldsBeforeAndAfterEachRowAndTheSecondDoesNot) {
   const TestImage image = NewImage(2, 4, ImageFormatRGB);
   Log(image);
   EXPECT_TRUE(AutoLevel5(image, 0, 1, 2, 2));
-  EXPECT_EQ(TakeLog(), "yield 1 yield 2 yield 1 2 ");
+  EXPECT_EQ(TakeLog(), "yield 1 yield 2 yield 1 2");
 }
 
 TEST_F(AutoLevel, AnImageThatIsClosedInAYieldIsRefused) {

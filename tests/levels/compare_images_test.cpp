@@ -51,7 +51,7 @@ TEST_F(Compare, ImagesOfNoFamilyGiveMinusOneAfterTheYields) {
   Log(image, "self");
   Log(other, "other");
   EXPECT_EQ(CompareImages(image, other), -1);
-  EXPECT_EQ(TakeLog(), "yield yield ");
+  EXPECT_EQ(TakeLog(), "yield yield");
 }
 
 TEST_F(Compare, NilGivesMinusOne) {
@@ -104,7 +104,7 @@ TEST_F(Compare, AfterAYieldOnEachAllRowsAreFetchedInTurnTheOtherImageFirst) {
   Log(image, "self");
   Log(other, "other");
   EXPECT_EQ(CompareImages(image, other), 4);
-  EXPECT_EQ(TakeLog(), "yield yield other0 self0 other1 self1 ");
+  EXPECT_EQ(TakeLog(), "yield yield other0 self0 other1 self1");
 }
 
 TEST_F(Compare, ARefusalComesBeforeItsYield) {
@@ -113,7 +113,7 @@ TEST_F(Compare, ARefusalComesBeforeItsYield) {
   Log(other, "other");
   other.Record().GetRow = nullptr;
   EXPECT_EQ(CompareImages(image, other), -1);  // self is given time first
-  EXPECT_EQ(TakeLog(), "yield ");
+  EXPECT_EQ(TakeLog(), "yield");
   EXPECT_EQ(CompareImages(other, image), -1);
   EXPECT_EQ(TakeLog(), "");
   other.Record().Valid = false;

@@ -113,7 +113,7 @@ TEST_F(FillApply, AnEmptyRectangleOfAnImageWhoseRowHasWrappedIsTrue) {
   EXPECT_TRUE(FillRectApplyRGBA5(image, 100, 2, 1, 1, 1, 2, 3, 4));
   EXPECT_EQ(TakeLog(), "");
   EXPECT_TRUE(FillRectApplyRGBA5(image, 100, 0, 0, 2, 1, 2, 3, 4));
-  EXPECT_EQ(TakeLog(), "0 yield 1 yield ");
+  EXPECT_EQ(TakeLog(), "0 yield 1 yield");
   const TestImage inks = NewImage((1 << 30) + 10, 2, ImageFormatCMYK);
   EXPECT_FALSE(FillRectApplyRGBA5(inks, 100, 0, 1, 0, 1, 2, 3, 4));
 }
@@ -143,7 +143,7 @@ TEST_F(FillApply, ThereIsAYieldAfterEachRowAndNoneBefore) {
   const TestImage image = NewImage(2, 4, ImageFormatRGB);
   Log(image);
   EXPECT_TRUE(FillRectApplyRGBA5(image, 0, 1, 1, 2, 1, 2, 3, 4));
-  EXPECT_EQ(TakeLog(), "1 yield 2 yield ");
+  EXPECT_EQ(TakeLog(), "1 yield 2 yield");
 }
 
 TEST_F(FillApply, ARectangleWithoutHeightIsTrueAtOnce) {
@@ -159,10 +159,10 @@ TEST_F(FillApply, ARectangleWithoutWidthIsTrueAfterAVisitToItsRows) {
   const TestImage image = NewImage(2, 4, ImageFormatG);
   Log(image);
   EXPECT_TRUE(FillRectApplyRGBA5(image, 0, 1, 0, 2, 1, 2, 3, 255));
-  EXPECT_EQ(TakeLog(), "1 yield 2 yield ");
+  EXPECT_EQ(TakeLog(), "1 yield 2 yield");
   // Wholly right of the image.
   EXPECT_TRUE(FillRectApplyRGBA5(image, 5, 0, 3, 1, 1, 2, 3, 255));
-  EXPECT_EQ(TakeLog(), "0 yield ");
+  EXPECT_EQ(TakeLog(), "0 yield");
   EXPECT_EQ(image.All(), Bytes(8, 7));
 }
 
@@ -172,7 +172,7 @@ TEST_F(FillApply, ViewsOfNegativeSizeAreServedWithoutAPixel) {
   ASSERT_EQ(narrow.Record().Width, -2);
   Log(narrow);
   EXPECT_TRUE(FillRectApplyRGBA1(narrow, 1, 2, 3, 255));
-  EXPECT_EQ(TakeLog(), "0 yield 1 yield ");
+  EXPECT_EQ(TakeLog(), "0 yield 1 yield");
   const TestImage low = Clip(image, 0, 6, 1, 1);
   ASSERT_EQ(low.Record().Height, -2);
   Log(low);

@@ -106,9 +106,9 @@ TEST_F(FillRandom, APackedRunThatBeginsAtOrBeyondTheWidthIsEmptyAndTheRowsAreVis
   const Bytes before = image.All();
   Log(image);
   FillSeeded(image, 10, 0, 10, 2, 0);
-  EXPECT_EQ(TakeLog(), "yield 0 yield 1 yield ");
+  EXPECT_EQ(TakeLog(), "yield 0 yield 1 yield");
   FillSeeded(image, 30, 1, 5, 2, 0);
-  EXPECT_EQ(TakeLog(), "yield 1 yield 2 yield ");
+  EXPECT_EQ(TakeLog(), "yield 1 yield 2 yield");
   EXPECT_EQ(image.All(), before);
 }
 

@@ -9,7 +9,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <functional>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -17,6 +16,8 @@
 #include "image/image_record.h"
 #include "image/image_storage.h"
 #include "image/views.h"
+#include "tests/scenes/row_log.h"
+#include "tests/scenes/yields.h"
 #include "tests/support/plugin_host.h"
 
 namespace in_place_testing {
@@ -39,16 +40,11 @@ struct TestImage {
 class InPlaceTest : public testing::Test {
  protected:
   InPlaceTest() : host_({.fenced = true}) {
-    static uint32_t ticks;
-    ticks = 1000;
-    host_->SetEntry(
-        "TickCount", +[]() -> uint32_t { return ++ticks; });
+    scenes::UseRestlessClock(host_);
     host_->onYield = [this] {
-      log_ += "yield ";
+      log_.Note("yield");
       if (onYield_) onYield_();
     };
-    log_.clear();
-    names_.clear();
   }
 
   // An image over a block of bytes that are all 7; rows `rowSize` bytes apart, 0 for no gap.
@@ -75,37 +71,20 @@ class InPlaceTest : public testing::Test {
   }
 
   // From now on fetches of the image's rows are logged under the name, and every chance of a yield on it is taken.
-  static void Log(const TestImage &image, const std::string &name = "") {
-    names_[&image.Record()] = name;
-    image.Record().GetRow = LoggedRow;
+  void Log(const TestImage &image, const std::string &name = "") {
+    logged_.push_back(image);
+    log_.Watch(image.Record(), name);
     image.Record().Yield.YieldTicks = 1;
   }
   // What was logged since the last question.
-  static std::string TakeLog() { return std::exchange(log_, ""); }
-
-  // Makes it an image over a table of its present rows; a row in `missing` is nil.
-  static void UseRowTable(const TestImage &image, std::vector<uint8_t *> &rows, int32_t missing = -1) {
-    zvk::image::ImageClassData &record = image.Record();
-    rows.clear();
-    for (int32_t y = 0; y < record.Height; ++y) {
-      rows.push_back(y == missing ? nullptr : zvk::image::GetRowLinear(&record, y));
-    }
-    record.RowTable = rows.data();
-    record.Buffer = nullptr;
-    record.GetRow = zvk::image::GetRowGDImage;
-  }
+  std::string TakeLog() { return log_.Take(); }
 
   PluginHost host_;
   std::function<void()> onYield_;  // code of the host that runs in a yield
 
  private:
-  static uint8_t *LoggedRow(zvk::image::ImageClassData *record, int32_t row) {
-    log_ += names_[record] + std::to_string(row) + " ";
-    return zvk::image::GetRowLinear(record, row);
-  }
-
-  inline static std::string log_;
-  inline static std::map<const zvk::image::ImageClassData *, std::string> names_;
+  std::vector<TestImage> logged_;  // for as long as the log
+  scenes::RowLog log_;
 };
 
 // Instances that every operation refuses, each by its name; `format` is what they are of where they have one.

@@ -118,14 +118,14 @@ TEST_F(Invert, EachRowIsFetchedOnceWithAYieldBeforeTheFirstAndAfterEach) {
   const TestImage image = NewImage(3, 4, ImageFormatCMYK);
   Log(image);
   Invert5(image, 0, 1, 1, 2);
-  EXPECT_EQ(TakeLog(), "yield 1 yield 2 yield ");
+  EXPECT_EQ(TakeLog(), "yield 1 yield 2 yield");
 }
 
 TEST_F(Invert, AnImageOfNoFamilyYieldsAndItsRowsAreNotFetched) {
   const TestImage image = NewImage(3, 4, ImageFormatBuffer);
   Log(image);
   Invert1(image);
-  EXPECT_EQ(TakeLog(), "yield ");
+  EXPECT_EQ(TakeLog(), "yield");
   EXPECT_EQ(image.All(), Bytes(12, 7));
 }
 

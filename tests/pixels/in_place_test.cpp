@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/levels/in_place_testing.h"
+#include "tests/scenes/stored_image.h"
 
 namespace zvk::pixels {
 namespace {
@@ -15,7 +16,7 @@ TEST_F(InPlace, TheBeginningFitsTheRectangleAndYieldsOnce) {
   const TestImage image = NewImage(4, 3, ImageFormatG);
   Log(image);
   EXPECT_EQ(BeginInPlace(&image.Record(), {-1, 5, 3, -4}), (Rectangle{0, 1, 2, 2}));
-  EXPECT_EQ(TakeLog(), "yield ");
+  EXPECT_EQ(TakeLog(), "yield");
 }
 
 TEST_F(InPlace, NothingBeginsOnANilOrUnusableImageOrAnEmptyRectangle) {
@@ -33,9 +34,12 @@ class PixelBytesOf : public InPlaceTest {
   // First byte, counted from the block's start, and number.
   static std::pair<ptrdiff_t, size_t> Range(const TestImage &image, int32_t y, int32_t offset, int32_t x,
                                             int32_t width) {
-    ImageClassData &record = image.Record();
+    return Range(image.Record(), image.block->Data(), y, offset, x, width);
+  }
+  static std::pair<ptrdiff_t, size_t> Range(ImageClassData &record, const uint8_t *first, int32_t y, int32_t offset,
+                                            int32_t x, int32_t width) {
     const auto bytes = PixelBytes(record, record.GetRow(&record, y), offset, x, width);
-    return {bytes.empty() ? -1 : bytes.data() - image.block->Data(), bytes.size()};
+    return {bytes.empty() ? -1 : bytes.data() - first, bytes.size()};
   }
   using Expected = std::pair<ptrdiff_t, size_t>;
 };
@@ -76,10 +80,8 @@ TEST_F(PixelBytesOf, RowsThatRunBackwardsEndWithTheirFirst) {
 }
 
 TEST_F(PixelBytesOf, RowsOfATableAndOfAFileEndByThemselves) {
-  const TestImage image = NewImage(4, 2, ImageFormatRGB);
-  std::vector<uint8_t *> rows;
-  UseRowTable(image, rows);
-  EXPECT_EQ(Range(image, 0, 1, 0, 4), (Expected{1, 11}));
+  const scenes::StoredImage table(host_, scenes::Kind::Table, 4, 2, ImageFormatRGB);
+  EXPECT_EQ(Range(table.Record(), table.All().data(), 0, 1, 0, 4), (Expected{1, 11}));
   const TestImage mapped = NewImage(4, 2, ImageFormatRGB);
   mapped.Record().IsMapping = true;
   EXPECT_EQ(Range(mapped, 0, 1, 0, 4), (Expected{1, 11}));
