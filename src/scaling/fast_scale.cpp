@@ -37,30 +37,28 @@ struct FastPair {
 // Unlike in the resampler yellow is read as yellow.
 constexpr FastPair kInks{.Read = {&ImageClassData::CyanOffset, &ImageClassData::MagentaOffset,
                                   &ImageClassData::YellowOffset, &ImageClassData::BlackOffset},
-                         .Write = scale_channels::kInksWritten};
+                         .Write = kInksWritten};
 constexpr FastPair kInksAndAlpha{
     .Read = {&ImageClassData::CyanOffset, &ImageClassData::MagentaOffset, &ImageClassData::YellowOffset,
              &ImageClassData::BlackOffset, &ImageClassData::AlphaOffset},
-    .Write = scale_channels::kInksAndAlphaWritten};
-constexpr FastPair kBlackToGray{.Read = {&ImageClassData::BlackOffset}, .Write = scale_channels::kGrayWritten};
+    .Write = kInksAndAlphaWritten};
+constexpr FastPair kBlackToGray{.Read = {&ImageClassData::BlackOffset}, .Write = kGrayWritten};
 constexpr FastPair kBlackToGrayAndAlpha{.Read = {&ImageClassData::BlackOffset, &ImageClassData::AlphaOffset},
-                                        .Write = scale_channels::kGrayAndAlphaWritten};
-constexpr FastPair kColour{.Read = scale_channels::kColourRead, .Write = RGB_to_RGB.Write};
-constexpr FastPair kColourAndAlpha{.Read = scale_channels::kColourAndAlphaRead, .Write = RGBA_to_RGBA.Write};
-constexpr FastPair kColourToGray{
-    .Read = scale_channels::kColourRead, .Write = scale_channels::kGrayWritten, .Values = ScaleValues::kGrayOfColour};
-constexpr FastPair kColourToGrayAndAlpha{.Read = scale_channels::kColourAndAlphaRead,
-                                         .Write = scale_channels::kGrayAndAlphaWritten,
-                                         .Values = ScaleValues::kGrayOfColour};
+                                        .Write = kGrayAndAlphaWritten};
+constexpr FastPair kColour{.Read = kColourRead, .Write = RGB_to_RGB.Write};
+constexpr FastPair kColourAndAlpha{.Read = kColourAndAlphaRead, .Write = RGBA_to_RGBA.Write};
+constexpr FastPair kColourToGray{.Read = kColourRead, .Write = kGrayWritten, .Values = ScaleValues::kGrayOfColour};
+constexpr FastPair kColourToGrayAndAlpha{
+    .Read = kColourAndAlphaRead, .Write = kGrayAndAlphaWritten, .Values = ScaleValues::kGrayOfColour};
 constexpr FastPair kGrayToBlack{.Read = {&ImageClassData::GrayOffset},
                                 .Write = {{&ImageClassData::CyanOffset, kNoInk},
                                           {&ImageClassData::MagentaOffset, kNoInk},
                                           {&ImageClassData::YellowOffset, kNoInk},
                                           {&ImageClassData::BlackOffset, 0}}};
 constexpr FastPair kGrayToColour{.Read = {&ImageClassData::GrayOffset}, .Write = G_to_RGB.Write};
-constexpr FastPair kGray{.Read = {&ImageClassData::GrayOffset}, .Write = scale_channels::kGrayWritten};
+constexpr FastPair kGray{.Read = {&ImageClassData::GrayOffset}, .Write = kGrayWritten};
 constexpr FastPair kGrayAndAlpha{.Read = {&ImageClassData::GrayOffset, &ImageClassData::AlphaOffset},
-                                 .Write = scale_channels::kGrayAndAlphaWritten};
+                                 .Write = kGrayAndAlphaWritten};
 
 // --- pixels ---
 

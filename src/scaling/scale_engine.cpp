@@ -31,15 +31,6 @@ struct Request {
 
 // --- from a temp image on ---
 
-// The passes as they are compiled for a pair.
-struct PairPasses {
-  const ScalePair *pair;
-  void (*horizontal)(const ScaleJob &job, const ScaleRows &rows, double rounding);
-  void (*vertical)(const ScaleJob &job, const ScaleRows &rows);
-  RowWorker horizontalWorker;
-  RowWorker verticalWorker;
-};
-
 // True if an image can be worked on; it is then given time.
 bool IsReady(ImageClassData &image) {
   if (!IsUsable(image)) return false;
@@ -47,14 +38,7 @@ bool IsReady(ImageClassData &image) {
   return true;
 }
 
-// A pass on threads, for which everyone waits who would take the pixels of its images away.
-void RunOnThreads(int32_t threads, int32_t rowCount, const ScaleJob &job, const ImageClassData &read,
-                  const ImageClassData &written, RowWorker worker) {
-  const PixelWork work(read, written, AwaitThreads, &job);
-  RunThreads(threads, rowCount, &job, worker);
-}
-
-bool RunPasses(const PairPasses &passes, const Request &request, const WatchedImage &watchedTemp) {
+bool RunPasses(const ScalePair &pair, const Request &request, const WatchedImage &watchedTemp) {
   const auto [filter, watchedDest, watchedSource, width, height, threads] = request;
   ImageClassData &dest = watchedDest.Record();
   ImageClassData &source = watchedSource.Record();
@@ -68,59 +52,39 @@ bool RunPasses(const PairPasses &passes, const Request &request, const WatchedIm
   // With threads the host gets time in RunThreads alone, not while a table is built.
   ImageClassData *const yieldImage = threads ? nullptr : &dest;
 
+  const ScalePasses &passes = PassesOf(pair);
   ScaleTapTable table;
+  ScaleJob job{&source, &dest, height, width, &temp, nullptr};
+  const auto runPass = [&](const ThreadedPass &pass, const int32_t &rowCount, const ImageClassData &read,
+                           const ImageClassData &written) {
+    job.Table = table.Lists();
+    if (!request.threads) return pass.Pass(job, {0, rowCount, yieldImage}, kRoundToNearest);
+    // Whoever would take the pixels of these images away waits.
+    const PixelWork work(read, written, AwaitThreads, &pass);
+    RunThreads(*request.threads, rowCount, &pass, PassWorker);
+  };
+
   const int32_t sourceColumns = source.Width;
   if (!table.Build(filter, kHorizontalAxis, width, xscale, sourceColumns, yieldImage)) return false;
-  ScaleJob job{&source, &dest, height, width, &temp, table.Lists()};
-  const int32_t sourceRows = std::min(watchedSource.RowsOf(sourceColumns, ColumnSize(source, passes.pair->SampleSize)),
-                                      watchedTemp.RowsOf(width, passes.pair->Stride));
-  if (threads) {
-    RunOnThreads(*threads, sourceRows, job, source, temp, passes.horizontalWorker);
-  } else {
-    // A source that grows in a yield is read to its new end, unless something has been left out already.
-    passes.horizontal(job, {0, sourceRows < source.Height ? sourceRows : source.Height, yieldImage}, kRoundToNearest);
-  }
+  const int32_t sourceRows = std::min(watchedSource.RowsOf(sourceColumns, ColumnSize(source, pair.SampleSize)),
+                                      watchedTemp.RowsOf(width, pair.Stride));
+  // A source that grows in a yield is read to its new end, unless something has been left out already.
+  runPass(HorizontalOnThreads(passes, job), sourceRows < source.Height ? sourceRows : source.Height, source, temp);
 
   // A temp image of more rows than the source gives taps on rows that the horizontal pass has not written.
   if (!table.Build(filter, kVerticalAxis, height, yscale, temp.Height, yieldImage)) return false;
-  job.Table = table.Lists();
-  const bool hasTemp = watchedTemp.RowsOf(width, passes.pair->Stride) > 0;
-  const int32_t destRows =
-      hasTemp ? std::min(height, watchedDest.RowsOf(width, ColumnSize(dest, passes.pair->SampleSize))) : 0;
-  if (threads) {
-    RunOnThreads(*threads, destRows, job, temp, dest, passes.verticalWorker);
-  } else {
-    passes.vertical(job, {0, destRows, yieldImage});
-  }
+  const bool hasTemp = watchedTemp.RowsOf(width, pair.Stride) > 0;
+  const int32_t destRows = hasTemp ? std::min(height, watchedDest.RowsOf(width, ColumnSize(dest, pair.SampleSize))) : 0;
+  runPass(VerticalOnThreads(passes, job), destRows, temp, dest);
   return true;
-}
-
-// --- pairs ---
-
-template <const ScalePair &Pair>
-constexpr PairPasses kPassesOf{&Pair, HorizontalPass<Pair>, VerticalPass<Pair>, HorizontalWorker<Pair>,
-                               VerticalWorker<Pair>};
-
-constexpr PairPasses kPairs[] = {
-    kPassesOf<CMYKA_to_CMYKA>, kPassesOf<CMYKA_to_GA>, kPassesOf<RGBA_to_RGBA>, kPassesOf<RGBA_to_GA>,
-    kPassesOf<GA_to_CMYKA>,    kPassesOf<GA_to_RGBA>,  kPassesOf<GA_to_GA>,     kPassesOf<G16_to_G16>,
-    kPassesOf<CMYK_to_CMYK>,   kPassesOf<CMYK_to_G>,   kPassesOf<RGB_to_RGB>,   kPassesOf<RGB_to_G>,
-    kPassesOf<G_to_CMYK>,      kPassesOf<G_to_RGB>,    kPassesOf<G_to_G>,
-};
-
-// The passes for two images; nil where nothing is converted.
-const PairPasses *FindPasses(const ImageClassData &source, const ImageClassData &dest) {
-  const ScalePair *pair = FindScalePair(source, dest);
-  if (pair == nullptr) return nullptr;
-  return std::ranges::find(kPairs, pair, &PairPasses::pair);
 }
 
 // By way of a temp image, wherever that has come from.
 bool ScaleThrough(const Request &request, const WatchedImage &temp) {
   const ImageClassData &dest = request.dest.Record(), &source = request.source.Record();
   if (!temp.Record().Valid || !dest.Valid || !source.Valid) return false;
-  const PairPasses *passes = FindPasses(source, dest);
-  return passes != nullptr && RunPasses(*passes, request, temp);
+  const ScalePair *pair = FindScalePair(source, dest);
+  return pair != nullptr && RunPasses(*pair, request, temp);
 }
 
 // By way of a temp image from the source's factories.
@@ -128,10 +92,10 @@ bool ScaleThroughNew(const Request &request) {
   const ImageClassData &dest = request.dest.Record(), &source = request.source.Record();
   for (;;) {
     if (!dest.Valid || !source.Valid) return false;
-    const PairPasses *passes = FindPasses(source, dest);
-    if (passes == nullptr) return false;
+    const ScalePair *pair = FindScalePair(source, dest);
+    if (pair == nullptr) return false;
 
-    const int32_t format = passes->pair->ScaleTempFormat;
+    const int32_t format = pair->ScaleTempFormat;
     const int32_t tempRows = source.Height;
     const ObjectReference created = CreatePicture(&source, request.width, tempRows, format);
     if (!created) return false;
@@ -147,7 +111,7 @@ bool ScaleThroughNew(const Request &request) {
     // On one thread all begins anew, as often as the format is another one.
     if (temp.ImageFormat != format) continue;
     if (temp.IsMapping) return false;
-    return RunPasses(*passes, request, watchedTemp);
+    return RunPasses(*pair, request, watchedTemp);
   }
 }
 

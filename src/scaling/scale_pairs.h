@@ -8,11 +8,9 @@
 
 #include "image/image_formats.h"
 #include "image/image_record.h"
+#include "pixels/layouts.h"
 
 namespace zvk::scaling {
-
-// Where in the record an image says at which byte of its pixel a channel lies.
-using ChannelOffset = int32_t ImageClassData::*;
 
 // Up to five things, one for each channel of a pixel, usable at compile time.
 template <class T>
@@ -51,44 +49,44 @@ struct ScalePair {
   int32_t SampleSize = 1;  // bytes; values are cut to what fits
 };
 
-namespace scale_channels {
-
-using Image = ImageClassData;
-
 // The third ink comes through RedOffset, which is 0 in a CMYK image: yellow is resampled from the pixel's first byte.
 // A gray image has all four at 0, so read as inks it gives its first byte four times over.
-inline constexpr ChannelList<ChannelOffset> kInksRead{&Image::CyanOffset, &Image::MagentaOffset, &Image::RedOffset,
-                                                      &Image::BlackOffset};
+inline constexpr ChannelList<ChannelOffset> kInksRead{&ImageClassData::CyanOffset, &ImageClassData::MagentaOffset,
+                                                      &ImageClassData::RedOffset, &ImageClassData::BlackOffset};
 inline constexpr ChannelList<ChannelOffset> kInksAndAlphaRead{
-    &Image::CyanOffset, &Image::MagentaOffset, &Image::RedOffset, &Image::BlackOffset, &Image::AlphaOffset};
-inline constexpr ChannelList<ScaleWrite> kInksWritten{
-    {&Image::CyanOffset, 0}, {&Image::MagentaOffset, 1}, {&Image::YellowOffset, 2}, {&Image::BlackOffset, 3}};
-inline constexpr ChannelList<ScaleWrite> kInksAndAlphaWritten{{&Image::CyanOffset, 0},
-                                                              {&Image::MagentaOffset, 1},
-                                                              {&Image::YellowOffset, 2},
-                                                              {&Image::BlackOffset, 3},
-                                                              {&Image::AlphaOffset, 4}};
-inline constexpr ChannelList<ChannelOffset> kColourRead{&Image::RedOffset, &Image::GreenOffset, &Image::BlueOffset};
-inline constexpr ChannelList<ChannelOffset> kColourAndAlphaRead{&Image::RedOffset, &Image::GreenOffset,
-                                                                &Image::BlueOffset, &Image::AlphaOffset};
-inline constexpr ChannelList<ScaleWrite> kGrayWritten{{&Image::GrayOffset, 0}};
-inline constexpr ChannelList<ScaleWrite> kGrayAndAlphaWritten{{&Image::GrayOffset, 0}, {&Image::AlphaOffset, 1}};
-
-}  // namespace scale_channels
+    &ImageClassData::CyanOffset, &ImageClassData::MagentaOffset, &ImageClassData::RedOffset,
+    &ImageClassData::BlackOffset, &ImageClassData::AlphaOffset};
+inline constexpr ChannelList<ScaleWrite> kInksWritten{{&ImageClassData::CyanOffset, 0},
+                                                      {&ImageClassData::MagentaOffset, 1},
+                                                      {&ImageClassData::YellowOffset, 2},
+                                                      {&ImageClassData::BlackOffset, 3}};
+inline constexpr ChannelList<ScaleWrite> kInksAndAlphaWritten{{&ImageClassData::CyanOffset, 0},
+                                                              {&ImageClassData::MagentaOffset, 1},
+                                                              {&ImageClassData::YellowOffset, 2},
+                                                              {&ImageClassData::BlackOffset, 3},
+                                                              {&ImageClassData::AlphaOffset, 4}};
+inline constexpr ChannelList<ChannelOffset> kColourRead{&ImageClassData::RedOffset, &ImageClassData::GreenOffset,
+                                                        &ImageClassData::BlueOffset};
+inline constexpr ChannelList<ChannelOffset> kColourAndAlphaRead{
+    &ImageClassData::RedOffset, &ImageClassData::GreenOffset, &ImageClassData::BlueOffset,
+    &ImageClassData::AlphaOffset};
+inline constexpr ChannelList<ScaleWrite> kGrayWritten{{&ImageClassData::GrayOffset, 0}};
+inline constexpr ChannelList<ScaleWrite> kGrayAndAlphaWritten{{&ImageClassData::GrayOffset, 0},
+                                                              {&ImageClassData::AlphaOffset, 1}};
 
 inline constexpr ScalePair CMYKA_to_CMYKA{.ScaleTempFormat = ImageFormatScaling5,
                                           .Stride = 5,
-                                          .Read = scale_channels::kInksAndAlphaRead,
+                                          .Read = kInksAndAlphaRead,
                                           .TempBytes = {0, 1, 2, 3, 4},
-                                          .Write = scale_channels::kInksAndAlphaWritten};
+                                          .Write = kInksAndAlphaWritten};
 inline constexpr ScalePair CMYKA_to_GA{.ScaleTempFormat = ImageFormatScaling2,
                                        .Stride = 2,
                                        .Read = {&ImageClassData::BlackOffset, &ImageClassData::AlphaOffset},
                                        .TempBytes = {0, 1},
-                                       .Write = scale_channels::kGrayAndAlphaWritten};
+                                       .Write = kGrayAndAlphaWritten};
 inline constexpr ScalePair RGBA_to_RGBA{.ScaleTempFormat = ImageFormatScaling4,
                                         .Stride = 4,
-                                        .Read = scale_channels::kColourAndAlphaRead,
+                                        .Read = kColourAndAlphaRead,
                                         .TempBytes = {0, 1, 2, 3},
                                         .Write = {{&ImageClassData::RedOffset, 0},
                                                   {&ImageClassData::GreenOffset, 1},
@@ -96,12 +94,12 @@ inline constexpr ScalePair RGBA_to_RGBA{.ScaleTempFormat = ImageFormatScaling4,
                                                   {&ImageClassData::AlphaOffset, 3}}};
 inline constexpr ScalePair RGBA_to_GA{.ScaleTempFormat = ImageFormatScaling2,
                                       .Stride = 2,
-                                      .Read = scale_channels::kColourAndAlphaRead,
+                                      .Read = kColourAndAlphaRead,
                                       .TempBytes = {0, 1},
-                                      .Write = scale_channels::kGrayAndAlphaWritten,
+                                      .Write = kGrayAndAlphaWritten,
                                       .Values = ScaleValues::kGrayOfColour};
 // Reads a gray image as inks, without inversion: white is full ink, and "AG" gives its alpha.
-inline constexpr ScalePair GA_to_CMYKA = CMYKA_to_CMYKA;
+inline constexpr const ScalePair &GA_to_CMYKA = CMYKA_to_CMYKA;
 // Gray stands in the second byte of the temp pixel.
 inline constexpr ScalePair GA_to_RGBA{.ScaleTempFormat = ImageFormatScaling4,
                                       .Stride = 4,
@@ -116,37 +114,37 @@ inline constexpr ScalePair GA_to_GA{.ScaleTempFormat = ImageFormatScaling2,
                                     .Stride = 2,
                                     .Read = {&ImageClassData::GrayOffset},
                                     .TempBytes = {0},
-                                    .Write = scale_channels::kGrayWritten};
+                                    .Write = kGrayWritten};
 inline constexpr ScalePair G16_to_G16{.ScaleTempFormat = ImageFormatScaling2,
                                       .Stride = 2,
                                       .Read = {&ImageClassData::GrayOffset},
                                       .TempBytes = {0},
-                                      .Write = scale_channels::kGrayWritten,
+                                      .Write = kGrayWritten,
                                       .SampleSize = 2};
 inline constexpr ScalePair CMYK_to_CMYK{.ScaleTempFormat = ImageFormatScaling4,
                                         .Stride = 4,
-                                        .Read = scale_channels::kInksRead,
+                                        .Read = kInksRead,
                                         .TempBytes = {0, 1, 2, 3},
-                                        .Write = scale_channels::kInksWritten};
+                                        .Write = kInksWritten};
 inline constexpr ScalePair CMYK_to_G{.ScaleTempFormat = ImageFormatScaling1,
                                      .Stride = 1,
                                      .Read = {&ImageClassData::BlackOffset},
                                      .TempBytes = {0},
-                                     .Write = scale_channels::kGrayWritten};
+                                     .Write = kGrayWritten};
 inline constexpr ScalePair RGB_to_RGB{
     .ScaleTempFormat = ImageFormatScaling4,
     .Stride = 4,
-    .Read = scale_channels::kColourRead,
+    .Read = kColourRead,
     .TempBytes = {0, 1, 2},
     .Write = {{&ImageClassData::RedOffset, 0}, {&ImageClassData::GreenOffset, 1}, {&ImageClassData::BlueOffset, 2}}};
 inline constexpr ScalePair RGB_to_G{.ScaleTempFormat = ImageFormatScaling1,
                                     .Stride = 1,
-                                    .Read = scale_channels::kColourRead,
+                                    .Read = kColourRead,
                                     .TempBytes = {0},
-                                    .Write = scale_channels::kGrayWritten,
+                                    .Write = kGrayWritten,
                                     .Values = ScaleValues::kGrayOfColour};
 // Reads a gray image as inks, like GA_to_CMYKA.
-inline constexpr ScalePair G_to_CMYK = CMYK_to_CMYK;
+inline constexpr const ScalePair &G_to_CMYK = CMYK_to_CMYK;
 // Gray stands in the second byte of the temp pixel, as in GA_to_RGBA.
 inline constexpr ScalePair G_to_RGB{
     .ScaleTempFormat = ImageFormatScaling4,
@@ -158,7 +156,7 @@ inline constexpr ScalePair G_to_G{.ScaleTempFormat = ImageFormatScaling1,
                                   .Stride = 1,
                                   .Read = {&ImageClassData::GrayOffset},
                                   .TempBytes = {0},
-                                  .Write = scale_channels::kGrayWritten};
+                                  .Write = kGrayWritten};
 
 // The pair for two images, by their colour families and alpha alone; nil where the system converts nothing.
 const ScalePair *FindScalePair(const ImageClassData &source, const ImageClassData &dest);

@@ -87,7 +87,7 @@ TEST(ScalePasses, ListsMayLieAnywhereInTheSource) {
   const Bytes margins = temp.Storage();
   const ScaleJob job{&source.Record(), &dest.Record(), 1, kWidth, &temp.Record(), lists.data()};
   const int32_t end = 19;
-  HorizontalPass<RGBA_to_RGBA>(job, {0, end, nullptr}, kRoundToNearest);
+  PassesOf(RGBA_to_RGBA).Horizontal(job, {0, end, nullptr}, kRoundToNearest);
   for (int32_t y = 0; y < end; ++y) {
     const ptrdiff_t position = temp.Pixel(0, y) - temp.Storage().data();
     EXPECT_EQ(temp.Row(y, kWidth), Bytes(&expected[position], &expected[position] + 4 * kWidth)) << y;
@@ -190,7 +190,7 @@ TEST(ScalePasses, ANilSourceRowLeavesItsTempRowAsItWas) {
     source.Record().GetRow = NoRow2;
     source.Record().IsMapping = mapped;
     const int32_t end = 40;
-    HorizontalPass<RGB_to_RGB>(job, {0, end, nullptr}, kRoundToNearest);
+    PassesOf(RGB_to_RGB).Horizontal(job, {0, end, nullptr}, kRoundToNearest);
     EXPECT_EQ(temp.Row(2, 5), row2);
     const Bytes made = temp.Storage();
     temp.Storage() = whole.temp;
@@ -242,7 +242,7 @@ TEST(ScalePasses, ARunCoversItsRowsAndNoOthers) {
   ASSERT_TRUE(columns.Build(*FindScaleFilter(ScaleLanczos3), kHorizontalAxis, 9, 9.0 / 20, 20, nullptr));
   ScaleJob job{&source.Record(), &dest.Record(), 40, 9, &temp.Record(), columns.Lists()};
   const int32_t end = 33;
-  HorizontalPass<RGB_to_RGB>(job, {4, end, nullptr}, kRoundToNearest);
+  PassesOf(RGB_to_RGB).Horizontal(job, {4, end, nullptr}, kRoundToNearest);
   for (int32_t y = 0; y < 50; ++y) {
     const auto *row = reinterpret_cast<const char *>(y >= 4 && y < end ? whole.temp.data() : tempBefore.data());
     const ptrdiff_t position = temp.Pixel(0, y) - temp.Storage().data();
@@ -253,7 +253,7 @@ TEST(ScalePasses, ARunCoversItsRowsAndNoOthers) {
   ScaleTapTable rows;
   ASSERT_TRUE(rows.Build(*FindScaleFilter(ScaleLanczos3), kVerticalAxis, 40, 40.0 / 50, 50, nullptr));
   job.Table = rows.Lists();
-  VerticalPass<RGB_to_RGB>(job, {11, end, nullptr});
+  PassesOf(RGB_to_RGB).Vertical(job, {11, end, nullptr}, kRoundToNearest);
   for (int32_t y = 0; y < 40; ++y) {
     const auto *row = reinterpret_cast<const char *>(y >= 11 && y < end ? whole.dest.data() : destBefore.data());
     const ptrdiff_t position = dest.Pixel(0, y) - dest.Storage().data();
@@ -272,9 +272,9 @@ TEST(ScalePasses, WithoutTheHalfTheHorizontalPassTruncates) {
     ASSERT_TRUE(table.Build(*FindScaleFilter(ScaleBox), kHorizontalAxis, 1, 0.5, 2, nullptr));
     const ScaleJob job{&source.Record(), &dest.Record(), 33, 1, &temp.Record(), table.Lists()};
     const int32_t end = 33;
-    HorizontalPass<G_to_G>(job, {0, end, nullptr}, 0.0);
+    PassesOf(G_to_G).Horizontal(job, {0, end, nullptr}, 0.0);
     for (int32_t y = 0; y < end; ++y) EXPECT_EQ(*temp.Pixel(0, y), 11);
-    HorizontalPass<G_to_G>(job, {0, end, nullptr}, kRoundToNearest);
+    PassesOf(G_to_G).Horizontal(job, {0, end, nullptr}, kRoundToNearest);
     for (int32_t y = 0; y < end; ++y) EXPECT_EQ(*temp.Pixel(0, y), 12);
   }
 }
@@ -288,8 +288,8 @@ TEST(ScalePasses, ARunOfNoRowsDoesNothing) {
   ASSERT_TRUE(table.Build(*FindScaleFilter(ScaleBox), kHorizontalAxis, 2, 1.0, 2, nullptr));
   const ScaleJob job{&source.Record(), &dest.Record(), 2, 2, &temp.Record(), table.Lists()};
   const int32_t end = 0;
-  HorizontalPass<G_to_G>(job, {1, end, nullptr}, kRoundToNearest);
-  VerticalPass<G_to_G>(job, {1, end, nullptr});
+  PassesOf(G_to_G).Horizontal(job, {1, end, nullptr}, kRoundToNearest);
+  PassesOf(G_to_G).Vertical(job, {1, end, nullptr}, kRoundToNearest);
   EXPECT_EQ(temp.Storage(), before);
   EXPECT_EQ(dest.Storage(), destBefore);
 }
@@ -315,7 +315,7 @@ TEST(ScalePasses, WhatHappensInAYieldIsSeenByTheNextRow) {
   ASSERT_TRUE(table.Build(*FindScaleFilter(ScaleTriangle), kHorizontalAxis, 3, 1.0, 3, nullptr));
   const ScaleJob job{&source.Record(), &dest.Record(), 40, 3, &temp.Record(), table.Lists()};
   const int32_t end = 40;
-  HorizontalPass<G_to_G>(job, {0, end, &dest.Record()}, kRoundToNearest);
+  PassesOf(G_to_G).Horizontal(job, {0, end, &dest.Record()}, kRoundToNearest);
   EXPECT_EQ(yields, 40);
   for (int32_t y = 0; y < 40; ++y) EXPECT_EQ(*temp.Pixel(1, y), y) << y;
 }

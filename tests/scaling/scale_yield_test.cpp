@@ -72,7 +72,7 @@ TEST_F(ScaleYield, ASourceThatComesToLieUnderTheTempSeesWhatIsOverwritten) {
   ActInYield(dest, 2, [&] { source.Record().Buffer = temp.Record().Buffer; });
   const ScaleJob job{&source.Record(), &dest.Record(), 5, 3, &temp.Record(), lists};
   const int32_t end = 5;
-  HorizontalPass<G_to_G>(job, {0, end, &dest.Record()}, kRoundToNearest);
+  PassesOf(G_to_G).Horizontal(job, {0, end, &dest.Record()}, kRoundToNearest);
   EXPECT_EQ(yields_, 5);
   for (int32_t y = 0; y < 2; ++y) EXPECT_EQ(temp.Row(y, 3), (Bytes{1, 1, 2})) << y;
   for (int32_t y = 2; y < 5; ++y) EXPECT_EQ(temp.Row(y, 3), (Bytes{7, 7, 7})) << y;
@@ -89,7 +89,7 @@ TEST_F(ScaleYield, ASourceThatGrowsIsReadToItsNewEnd) {
     dest.Record().Yield.YieldTicks = 0;  // and the rest may be made at once
   });
   const ScaleJob job{&source.Record(), &dest.Record(), 1, 3, &temp.Record(), table.Lists()};
-  HorizontalPass<G_to_G>(job, {0, source.Record().Height, &dest.Record()}, kRoundToNearest);
+  PassesOf(G_to_G).Horizontal(job, {0, source.Record().Height, &dest.Record()}, kRoundToNearest);
   EXPECT_EQ(yields_, 2);
   for (int32_t y = 0; y < 39; ++y) EXPECT_EQ(temp.Row(y, 3), source.Row(y, 3)) << y;
   EXPECT_EQ(temp.Row(39, 3), (Bytes{0, 0, 0}));
@@ -103,7 +103,7 @@ TEST_F(ScaleYield, OffsetsThatMoveCountFromTheNextRowOn) {
   ActInYield(dest, 2, [&] { source.Record().RedOffset = 2; });
   const ScaleJob job{&source.Record(), &dest.Record(), 4, 1, &temp.Record(), table.Lists()};
   const int32_t end = 4;
-  HorizontalPass<RGB_to_RGB>(job, {0, end, &dest.Record()}, kRoundToNearest);
+  PassesOf(RGB_to_RGB).Horizontal(job, {0, end, &dest.Record()}, kRoundToNearest);
   for (int32_t y = 0; y < 4; ++y) EXPECT_EQ(temp.Row(y, 1), (Bytes{y < 2 ? uint8_t{10} : uint8_t{30}, 20, 30, 0})) << y;
 }
 
@@ -135,7 +135,7 @@ TEST_F(ScaleYield, AnImageThatIsClosedHasNoFurtherRowsInTheHorizontalPass) {
       ActInYield(images.dest, 2, [&] { (closesSource ? images.source : images.temp).Record().GetRow = nullptr; });
       const ScaleJob job{&images.source.Record(), nullptr, 0, 2, &images.temp.Record(), table.Lists()};
       const int32_t end = 5;
-      HorizontalPass<G_to_G>(job, {0, end, &images.dest.Record()}, kRoundToNearest);
+      PassesOf(G_to_G).Horizontal(job, {0, end, &images.dest.Record()}, kRoundToNearest);
       EXPECT_EQ(yields_, 5);
       ClosedImages::ExpectRows(images.temp, {1, 2}, {7, 7});
     }
@@ -153,7 +153,7 @@ TEST_F(ScaleYield, AnImageThatIsClosedHasNoFurtherRowsInTheVerticalPass) {
       ActInYield(images.dest, 2, [&] { (closesTemp ? images.temp : images.dest).Record().GetRow = nullptr; });
       const ScaleJob job{nullptr, &images.dest.Record(), 5, 2, &images.temp.Record(), table.Lists()};
       const int32_t end = 5;
-      VerticalPass<G_to_G>(job, {0, end, &images.dest.Record()});
+      PassesOf(G_to_G).Vertical(job, {0, end, &images.dest.Record()}, kRoundToNearest);
       EXPECT_EQ(yields_, 5);
       ClosedImages::ExpectRows(images.dest, {7, 7}, {9, 9});
     }

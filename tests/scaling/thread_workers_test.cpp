@@ -20,36 +20,34 @@ namespace {
 
 constexpr int32_t kLanczos3 = 3;
 
-struct PairOfWorkers {
+struct TestedPair {
   const char *name;
   int32_t sourceFormat;
   int32_t destFormat;
-  RowWorker horizontal;
-  RowWorker vertical;
+  const ScalePair &pair;
 };
 
-void PrintTo(const PairOfWorkers &pair, std::ostream *out) { *out << pair.name; }
+void PrintTo(const TestedPair &pair, std::ostream *out) { *out << pair.name; }
 
-const PairOfWorkers kPairs[] = {
-    {"CMYKA_to_CMYKA", ImageFormatCMYKA, ImageFormatAKYMC, HorizontalWorker<CMYKA_to_CMYKA>,
-     VerticalWorker<CMYKA_to_CMYKA>},
-    {"CMYKA_to_GA", ImageFormatACMYK, ImageFormatGA, HorizontalWorker<CMYKA_to_GA>, VerticalWorker<CMYKA_to_GA>},
-    {"RGBA_to_RGBA", ImageFormatRGBA, ImageFormatABGR, HorizontalWorker<RGBA_to_RGBA>, VerticalWorker<RGBA_to_RGBA>},
-    {"RGBA_to_GA", ImageFormatBGRA, ImageFormatAG, HorizontalWorker<RGBA_to_GA>, VerticalWorker<RGBA_to_GA>},
-    {"GA_to_CMYKA", ImageFormatGA, ImageFormatACMYK, HorizontalWorker<GA_to_CMYKA>, VerticalWorker<GA_to_CMYKA>},
-    {"GA_to_RGBA", ImageFormatAG, ImageFormatARGB, HorizontalWorker<GA_to_RGBA>, VerticalWorker<GA_to_RGBA>},
-    {"GA_to_GA", ImageFormatGA, ImageFormatAG, HorizontalWorker<GA_to_GA>, VerticalWorker<GA_to_GA>},
-    {"G16_to_G16", ImageFormatGray16, ImageFormatGray16, HorizontalWorker<G16_to_G16>, VerticalWorker<G16_to_G16>},
-    {"CMYK_to_CMYK", ImageFormatCMYK, ImageFormatXKYMC, HorizontalWorker<CMYK_to_CMYK>, VerticalWorker<CMYK_to_CMYK>},
-    {"CMYK_to_G", ImageFormatKYMC, ImageFormatG, HorizontalWorker<CMYK_to_G>, VerticalWorker<CMYK_to_G>},
-    {"RGB_to_RGB", ImageFormatRGB, ImageFormatXBGR, HorizontalWorker<RGB_to_RGB>, VerticalWorker<RGB_to_RGB>},
-    {"RGB_to_G", ImageFormatXRGB, ImageFormatG, HorizontalWorker<RGB_to_G>, VerticalWorker<RGB_to_G>},
-    {"G_to_CMYK", ImageFormatG, ImageFormatCMYK, HorizontalWorker<G_to_CMYK>, VerticalWorker<G_to_CMYK>},
-    {"G_to_RGB", ImageFormatG, ImageFormatBGR, HorizontalWorker<G_to_RGB>, VerticalWorker<G_to_RGB>},
-    {"G_to_G", ImageFormatG, ImageFormat2of3, HorizontalWorker<G_to_G>, VerticalWorker<G_to_G>},
+const TestedPair kPairs[] = {
+    {"CMYKA_to_CMYKA", ImageFormatCMYKA, ImageFormatAKYMC, CMYKA_to_CMYKA},
+    {"CMYKA_to_GA", ImageFormatACMYK, ImageFormatGA, CMYKA_to_GA},
+    {"RGBA_to_RGBA", ImageFormatRGBA, ImageFormatABGR, RGBA_to_RGBA},
+    {"RGBA_to_GA", ImageFormatBGRA, ImageFormatAG, RGBA_to_GA},
+    {"GA_to_CMYKA", ImageFormatGA, ImageFormatACMYK, GA_to_CMYKA},
+    {"GA_to_RGBA", ImageFormatAG, ImageFormatARGB, GA_to_RGBA},
+    {"GA_to_GA", ImageFormatGA, ImageFormatAG, GA_to_GA},
+    {"G16_to_G16", ImageFormatGray16, ImageFormatGray16, G16_to_G16},
+    {"CMYK_to_CMYK", ImageFormatCMYK, ImageFormatXKYMC, CMYK_to_CMYK},
+    {"CMYK_to_G", ImageFormatKYMC, ImageFormatG, CMYK_to_G},
+    {"RGB_to_RGB", ImageFormatRGB, ImageFormatXBGR, RGB_to_RGB},
+    {"RGB_to_G", ImageFormatXRGB, ImageFormatG, RGB_to_G},
+    {"G_to_CMYK", ImageFormatG, ImageFormatCMYK, G_to_CMYK},
+    {"G_to_RGB", ImageFormatG, ImageFormatBGR, G_to_RGB},
+    {"G_to_G", ImageFormatG, ImageFormat2of3, G_to_G},
 };
 
-class ThreadWorkersOfPair : public testing::TestWithParam<PairOfWorkers> {
+class ThreadWorkersOfPair : public testing::TestWithParam<TestedPair> {
  protected:
   static constexpr int32_t kWidth = 9, kHeight = 31;
 
@@ -90,8 +88,9 @@ TEST_P(ThreadWorkersOfPair, TheHorizontalWorkerMakesItsTempRowsWithoutRounding) 
   // What belongs to the other pass is not set.
   const ScaleJob job{&source_.Record(), nullptr, 0, kWidth, &temp_.Record(), table.Lists()};
   for (const auto &[first, last] : {std::pair{0, 39}, {4, 32}, {39, 39}}) {
+    const ThreadedPass pass = HorizontalOnThreads(PassesOf(GetParam().pair), job);
     ExpectRows(
-        temp_, first, last, [&] { GetParam().horizontal(first, last, -1, 0, &job); },
+        temp_, first, last, [&] { PassWorker(first, last, -1, 0, &pass); },
         [&] {
           naive::PassOverColumns(NaivePair(), source_.Record(), temp_.Record(),
                                  naive::TapsOfAxis(kLanczos3, true, kWidth, kWidth / 23.0, 23), 0.0);
@@ -104,8 +103,9 @@ TEST_P(ThreadWorkersOfPair, TheVerticalWorkerMakesItsRowsWithRounding) {
   ASSERT_TRUE(table.Build(*FindScaleFilter(ScaleLanczos3), kVerticalAxis, kHeight, kHeight / 40.0, 40, nullptr));
   const ScaleJob job{nullptr, &dest_.Record(), kHeight, kWidth, &temp_.Record(), table.Lists()};
   for (const auto &[first, last] : {std::pair{0, 30}, {4, 17}, {30, 30}}) {
+    const ThreadedPass pass = VerticalOnThreads(PassesOf(GetParam().pair), job);
     ExpectRows(
-        dest_, first, last, [&] { GetParam().vertical(first, last, -1, 0, &job); },
+        dest_, first, last, [&] { PassWorker(first, last, -1, 0, &pass); },
         [&] {
           naive::PassOverRows(NaivePair(), temp_.Record(), dest_.Record(),
                               naive::TapsOfAxis(kLanczos3, false, kHeight, kHeight / 40.0, 40), kWidth);
@@ -122,9 +122,9 @@ class ThreadNames : public testing::Test {
   ~ThreadNames() override { pthread_setname_np(pthread_self(), before_.data()); }
 
   // What the system calls this thread after a worker without rows has run; empty if it was not named anew.
-  static std::optional<std::string> NameAfter(RowWorker worker, int32_t threadIndex, int8_t viaDispatch) {
+  static std::optional<std::string> NameAfter(const ThreadedPass &pass, int32_t threadIndex, int8_t viaDispatch) {
     pthread_setname_np(pthread_self(), "nobody");
-    worker(0, -1, threadIndex, viaDispatch, nullptr);
+    PassWorker(0, -1, threadIndex, viaDispatch, &pass);
     std::array<char, 16> name = {};
     pthread_getname_np(pthread_self(), name.data(), name.size());
     return std::string(name.data()) == "nobody" ? std::optional<std::string>() : name.data();
@@ -134,17 +134,21 @@ class ThreadNames : public testing::Test {
 };
 
 TEST_F(ThreadNames, AWorkerWithoutRowsStillNamesItsThreadAsFarAsTheSystemTakesIt) {
-  for (const PairOfWorkers &pair : kPairs) {
-    EXPECT_EQ(NameAfter(pair.horizontal, 0, 0), "PictureScale Ho") << pair.name;
-    EXPECT_EQ(NameAfter(pair.vertical, 31, 0), "PictureScale Ve") << pair.name;
+  const ScaleJob job{};
+  for (const TestedPair &tested : kPairs) {
+    const ScalePasses &passes = PassesOf(tested.pair);
+    EXPECT_EQ(NameAfter(HorizontalOnThreads(passes, job), 0, 0), "PictureScale Ho") << tested.name;
+    EXPECT_EQ(NameAfter(VerticalOnThreads(passes, job), 31, 0), "PictureScale Ve") << tested.name;
   }
 }
 
 TEST_F(ThreadNames, AThreadOfAPoolAndTheCallingThreadKeepTheirNames) {
-  for (const PairOfWorkers &pair : kPairs) {
-    for (const RowWorker worker : {pair.horizontal, pair.vertical}) {
-      EXPECT_EQ(NameAfter(worker, 0, 1), std::nullopt) << pair.name;
-      EXPECT_EQ(NameAfter(worker, -1, 0), std::nullopt) << pair.name;
+  const ScaleJob job{};
+  for (const TestedPair &tested : kPairs) {
+    const ScalePasses &passes = PassesOf(tested.pair);
+    for (const ThreadedPass &pass : {HorizontalOnThreads(passes, job), VerticalOnThreads(passes, job)}) {
+      EXPECT_EQ(NameAfter(pass, 0, 1), std::nullopt) << tested.name;
+      EXPECT_EQ(NameAfter(pass, -1, 0), std::nullopt) << tested.name;
     }
   }
 }
