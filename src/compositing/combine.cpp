@@ -5,6 +5,7 @@
 #include "geometry/copy_pixels.h"
 #include "image/image_record.h"
 #include "image/rectangle.h"
+#include "pixels/pixel_watch.h"
 
 namespace zvk::compositing {
 
@@ -21,11 +22,12 @@ bool Covers(const ImageClassData &mask, const ImageClassData &image) {
 
 // Gives both images time, each once it has been found usable. False if one is not, or is no longer after the yields.
 bool AreReady(ImageClassData &dest, ImageClassData &image) {
+  const PixelWatch watchedDest(dest), watchedImage(image);
   if (!IsUsable(dest)) return false;
   YieldOn(dest);
   if (!IsUsable(image)) return false;
   YieldOn(image);
-  return IsUsable(dest) && IsUsable(image);
+  return IsUsable(dest) && IsUsable(image) && watchedDest.HasStorage() && watchedImage.HasStorage();
 }
 
 // Calls blend(fitted) with what of a caller's transfer lies in both images. False, without a call, if that is nothing;
@@ -50,7 +52,8 @@ uint8_t Case2(REALobject instance, REALobject image, uint8_t preMultipliedSource
   if (!dest->Valid || !source->Valid || !keep->Valid) return false;
   if (HasWideSamples(*dest) || HasWideSamples(*source) || HasWideSamples(*keep)) return false;
   if (!Covers(*keep, *source)) return false;
-  if (!AreReady(*dest, *source) || !Covers(*keep, *source)) return false;
+  const PixelWatch watchedMask(*keep);
+  if (!AreReady(*dest, *source) || !Covers(*keep, *source) || !watchedMask.HasStorage()) return false;
   return BlendFitted({destX, destY, width, height, sourceX, sourceY}, *dest, *source, [&](const Transfer &fitted) {
     const auto kernel = preMultipliedSource ? Case2pt : Case2pf;
     kernel(*dest, *source, *keep, fitted.destX, fitted.destY, fitted.width, fitted.height, fitted.sourceX,

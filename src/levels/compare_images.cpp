@@ -1,5 +1,6 @@
 #include "levels/compare_images.h"
 
+#include "pixels/pixel_watch.h"
 #include "pixels/row_walker.h"
 
 namespace zvk::levels {
@@ -19,11 +20,13 @@ int64_t CompareImages(REALobject instance, REALobject other) {
   ImageClassData *second = RecordOf(other);
   if (image == nullptr || second == nullptr || !second->Valid || !HaveSameShape(*image, *second)) return kDifferent;
   if (!IsUsable(*image)) return kDifferent;
+  const PixelWatch watchedImage(*image), watchedSecond(*second);
   YieldOn(*image);
   if (!IsUsable(*second)) return kDifferent;
   YieldOn(*second);
   // The yields let other code of the host run, which may have closed or constructed anew either image.
   if (!IsUsable(*image) || !IsUsable(*second)) return kDifferent;
+  if (!watchedImage.HasStorage() || !watchedSecond.HasStorage()) return kDifferent;
   if (!image->IsGray && !image->IsRGB && !image->IsCMYK) return kDifferent;
   // The pixels are not read. A mapped image's block is moved by the fetches all the same.
   ForEachRowPair(*second, *image, image->Height, [](const uint8_t *, const uint8_t *) {});

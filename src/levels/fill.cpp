@@ -10,6 +10,7 @@
 #include "image/channels.h"
 #include "pixels/in_place.h"
 #include "pixels/layouts.h"
+#include "pixels/pixel_watch.h"
 #include "pixels/row_samples.h"
 
 namespace zvk::levels {
@@ -185,7 +186,9 @@ void FillRectRandom5(REALobject instance, int32_t x, int32_t y, int32_t width, i
 void ClearRect1(REALobject instance) {
   ImageClassData *image = RecordOf(instance);
   if (image == nullptr || !IsUsable(*image)) return;
+  const PixelWatch watch(*image);
   YieldOn(*image);
+  if (!watch.HasStorage()) return;
   // Whole rows of the storage, also through a view that shows a part of them. An image without width has rows, too.
   ForEachRow(*image, {0, 0, image->Width, image->Height}, RowYield::AfterEachRow, [&](const RowPart &part) {
     if (image->RowSize > 0) std::memset(part.row, 0, static_cast<size_t>(image->RowSize));

@@ -401,5 +401,26 @@ TEST_F(Combine, AnImageThatTheHostClosesInTheFirstYieldIsRefused) {
   }
 }
 
+TEST_F(Combine, AViewWhoseParentTheHostClosesInTheFirstYieldIsRefused) {
+  for (const Selected &selected : kCases) {
+    for (int closed = 0; closed < 3; ++closed) {
+      if (closed == 2 && !selected.masked) continue;
+      StoredImage dest = Dest(), source = Source(), mask = Mask();
+      const StoredImage *images[] = {&dest, &source, &mask};
+      const auto view = Adopt(GrayChannel(*images[closed]));
+      const auto shown = [&](int which) {
+        return which == closed ? static_cast<REALobject>(view) : static_cast<REALobject>(*images[which]);
+      };
+      YieldAlways(host_, dest);
+      RecordOf(shown(0))->Yield.YieldTicks = 1;
+      host_->onYield = [&] { ImageDestructor(*images[closed]); };
+      EXPECT_FALSE(PictureCombine1pm(shown(0), shown(1), false, selected.masked ? shown(2) : nullptr, 0, 0, 0, 0, 4, 1,
+                                     1, selected.foreColour, selected.maskColour))
+          << selected.name << ", " << closed;
+      host_->onYield = nullptr;
+    }
+  }
+}
+
 }  // namespace
 }  // namespace zvk::compositing

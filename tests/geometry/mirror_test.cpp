@@ -322,6 +322,22 @@ TEST_F(Mirror, AnImageThatIsClosedMeanwhileIsTouchedNoMore) {
   }
 }
 
+TEST_F(Mirror, AViewWhoseParentIsClosedMeanwhileIsTouchedNoMore) {
+  for (const auto move : kInPlace) {
+    for (const int last : {1, 2, 3}) {
+      const auto image = NewImage(host_, 4, 5, ImageFormatRGB), view = Adopt(ClipImage1(image));
+      YieldAlways(host_, view);
+      int yields = 0;
+      host_->onYield = [&] {
+        if (++yields == last) ImageDestructor(image);
+      };
+      move(view);
+      EXPECT_EQ(yields, last);
+      host_->onYield = nullptr;
+    }
+  }
+}
+
 TEST_F(Mirror, AnImageThatIsConstructedAnewMeanwhileIsMovedAsItThenIs) {
   for (const auto move : kInPlace) {
     for (const int32_t format : {int32_t{ImageFormatRGB}, int32_t{ImageFormatG}, int32_t{ImageFormatCMYKA}}) {

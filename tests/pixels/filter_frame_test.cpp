@@ -8,7 +8,6 @@
 
 #include "image/image_factory.h"
 #include "tests/filters/filter_testing.h"
-#include "tests/filters/noted_rows.h"
 
 namespace zvk::pixels {
 namespace {
@@ -253,6 +252,15 @@ TEST_F(FilterFrameYield, AnImageThatAYieldHasClosedIsRefused) {
     Record(dest).Yield.YieldTicks = 1;
     host_->onYield = [&] { ImageDestructor(closed.Handle() == self_.Handle() ? self : dest); };
     ExpectRefused(self, dest);
+  }
+}
+
+TEST_F(FilterFrameYield, AViewThatAYieldTakesThePixelsFromIsRefused) {
+  for (const bool isSource : {true, false}) {
+    const Image parent = New(4, 3, ImageFormatG), view = Adopt(ClipImage1(parent)), other = New(4, 3, ImageFormatG);
+    Record(other).Yield.YieldTicks = 1;
+    host_->onYield = [&] { ImageDestructor(parent); };
+    ExpectRefused(isSource ? view : other, isSource ? other : view);
   }
 }
 

@@ -29,6 +29,14 @@ TEST_F(InPlace, NothingBeginsOnANilOrUnusableImageOrAnEmptyRectangle) {
   EXPECT_EQ(TakeLog(), "");
 }
 
+TEST_F(InPlace, NothingBeginsOnAViewThatAYieldTakesThePixelsFrom) {
+  const TestImage image = NewImage(4, 3, ImageFormatG), view = View(image, GrayChannel(image));
+  Log(view);
+  EXPECT_EQ(BeginInPlace(&view.Record(), {0, 0, 1, 1}), (Rectangle{0, 0, 1, 1}));
+  onYield_ = [&] { ImageDestructor(image); };
+  EXPECT_EQ(BeginInPlace(&view.Record(), {0, 0, 1, 1}), std::nullopt);
+}
+
 class PixelBytesOf : public InPlaceTest {
  protected:
   // First byte, counted from the block's start, and number.
