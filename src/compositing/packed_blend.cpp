@@ -1,21 +1,20 @@
 #include "compositing/packed_blend.h"
 
 #include "pixels/kernel_clones.h"
+#include "pixels/overlap.h"
 
 namespace zvk::compositing {
 
 // --- working pixels ---
 
 std::optional<WorkingPixel> WorkingPixel::Of(std::span<const int32_t> offsets, int32_t pixelSize) {
-  const auto [lowest, highest] = std::ranges::minmax(offsets);
-  if (int64_t{highest} - lowest >= pixelSize) return std::nullopt;
+  if (!SamplesAreApart(offsets, pixelSize)) return std::nullopt;
   WorkingPixel working;
   working.count_ = offsets.size();
   working.pixelSize_ = pixelSize;
-  working.first_ = lowest;
+  working.first_ = RangeOf(offsets).lowest;
   std::ranges::copy(offsets, working.offsets_.begin());
   for (size_t i = 0; i < offsets.size(); ++i) {
-    if (std::ranges::count(offsets, offsets[i]) != 1) return std::nullopt;
     working.places_[i] =
         static_cast<int32_t>(std::ranges::count_if(offsets, [&](int32_t other) { return other < offsets[i]; }));
   }
