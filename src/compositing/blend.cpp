@@ -114,7 +114,7 @@ using PixelBlender = void (*)(const PixelLayout &, Kernel, BlendOperand, BlendOp
 template <size_t kCount, class Kernel>
 PixelBlender<Kernel> PixelBlenderFor(Way source, Way mask) {
   constexpr bool kHasAlpha = kCount % 2 == 0;
-  using enum Way;
+  using enum BlendOperand::Way;
   if (source == EachSample && mask == EachSample) return BlendPixels<kCount, EachSample, EachSample, Kernel>;
   if constexpr (kHasAlpha) {
     if (source == EachSample && mask == OpaqueAlpha) return BlendPixels<kCount, EachSample, OpaqueAlpha, Kernel>;

@@ -73,7 +73,7 @@ class BlendOperand {
 
   BlendOperand(const PixelLayout &image, const PixelLayout &dest, Mix mix);
 
-  static constexpr size_t kMost = WorkingPixel::kMostChannels;
+  static constexpr size_t kMost = PixelLayout::kMostChannels;
 
   PixelLayout image_{};
   PixelLayout dest_{};

@@ -14,9 +14,9 @@
 #include "scaling/scale_taps.h"
 #include "tests/scaling/scale_host.h"
 #include "tests/scaling/scale_testing.h"
+#include "tests/scenes/stored_image.h"
 #include "tests/support/faults.h"
 #include "tests/support/plugin_host.h"
-#include "tests/scenes/stored_image.h"
 
 namespace zvk::scaling {
 namespace {
