@@ -64,8 +64,8 @@ namespace {
 template <class BlendRow>
 void ForEachBlendRow(const BlendJob &job, const BlendRow &blendRow) {
   const Transfer &transfer = job.transfer;
-  ImageClassData &first = job.source != nullptr ? *job.source : *job.mask;
-  ImageClassData *second = job.source != nullptr ? job.mask : nullptr;
+  ImageClassData &first = job.first;
+  ImageClassData *second = job.second;
   const ptrdiff_t destStart = ptrdiff_t{transfer.destX} * job.dest.PixelSize;
   const ptrdiff_t firstStart = ptrdiff_t{transfer.sourceX} * first.PixelSize;
   const ptrdiff_t secondStart = second != nullptr ? ptrdiff_t{transfer.sourceX} * second->PixelSize : 0;
@@ -73,8 +73,8 @@ void ForEachBlendRow(const BlendJob &job, const BlendRow &blendRow) {
                   [&](const RowGroup &rows) {
                     const uint8_t *firstPixel = rows.First() + firstStart;
                     const uint8_t *secondPixel = second != nullptr ? rows.Second() + secondStart : nullptr;
-                    blendRow(rows.Dest() + destStart, job.source != nullptr ? firstPixel : nullptr,
-                             job.source != nullptr ? secondPixel : firstPixel);
+                    blendRow(rows.Dest() + destStart, job.sourceIsFlat ? nullptr : firstPixel,
+                             job.sourceIsFlat ? firstPixel : secondPixel);
                   });
 }
 
@@ -147,7 +147,7 @@ void Blend(const BlendJob &job, const PixelLayout &layout, const Kernel &kernel,
     return image != nullptr && SharesStorage(job.dest, *image);
   };
   const auto working = WorkingPixel::Of(std::span(layout.offsets).first(layout.ChannelCount()), layout.pixelSize);
-  if (working && !sharesWithDest(job.source) && !sharesWithDest(job.mask)) {
+  if (working && !sharesWithDest(&job.first) && !sharesWithDest(job.second)) {
     PackedBlend<Kernel> packed(*working, kernel, source.Pack(*working), mask.Pack(*working));
     ForEachBlendRow(job, [&](uint8_t *destPixel, const uint8_t *sourcePixel, const uint8_t *maskPixel) {
       packed.Row(destPixel, sourcePixel, maskPixel, width);

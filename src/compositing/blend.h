@@ -88,11 +88,13 @@ class BlendOperand {
 
 // --- the loop ---
 
-// One call of Combine, with a fitted transfer. A source or a mask that is not an image is nil; one of them is there.
+// One call of Combine, with a fitted transfer. The operands are two images, the source and the mask, or one image and a
+// flat colour.
 struct BlendJob {
   ImageClassData &dest;
-  ImageClassData *source;
-  ImageClassData *mask;
+  ImageClassData &first;   // the source, or the mask if the source is flat
+  ImageClassData *second;  // the mask if both are images
+  bool sourceIsFlat;
   Transfer transfer;
 };
 

@@ -10,8 +10,8 @@ namespace {
 template <class BlendThem>
 void WithOperands(const BlendJob &job, const BlendThem &blend) {
   const auto dest = BlendLayoutOf(job.dest);
-  const auto source = BlendLayoutOf(*job.source);
-  const auto mask = BlendLayoutOf(*job.mask);
+  const auto source = BlendLayoutOf(job.first);
+  const auto mask = BlendLayoutOf(*job.second);
   if (dest && source && mask) {
     blend(*dest, BlendOperand::Image(*source, *dest), BlendOperand::Image(*mask, *dest));
   }
@@ -21,7 +21,7 @@ void WithOperands(const BlendJob &job, const BlendThem &blend) {
 
 void Case2pt(ImageClassData &dest, ImageClassData &source, ImageClassData &mask, int32_t destX, int32_t destY,
              int32_t width, int32_t height, int32_t sourceX, int32_t sourceY) {
-  const BlendJob job{dest, &source, &mask, {destX, destY, width, height, sourceX, sourceY}};
+  const BlendJob job{dest, source, &mask, false, {destX, destY, width, height, sourceX, sourceY}};
   WithOperands(job, [&](const PixelLayout &layout, const BlendOperand &laidOn, const BlendOperand &through) {
     // A gray destination is scaled itself, with its alpha; of an RGB one only alpha is read, and scales all channels.
     if (layout.family == ColourFamily::Gray) {
@@ -36,7 +36,7 @@ void Case2pt(ImageClassData &dest, ImageClassData &source, ImageClassData &mask,
 
 void Case2pf(ImageClassData &dest, ImageClassData &source, ImageClassData &mask, int32_t destX, int32_t destY,
              int32_t width, int32_t height, int32_t sourceX, int32_t sourceY) {
-  const BlendJob job{dest, &source, &mask, {destX, destY, width, height, sourceX, sourceY}};
+  const BlendJob job{dest, source, &mask, false, {destX, destY, width, height, sourceX, sourceY}};
   WithOperands(job, [&](const PixelLayout &layout, const BlendOperand &laidOn, const BlendOperand &through) {
     Blend(job, layout, Interpolation{}, laidOn, through);
   });

@@ -30,7 +30,7 @@ void BlendFlatForeground(ImageClassData &dest, ImageClassData &image, bool premu
   const auto layout = ColoursOf(dest);
   const auto coverage = ColoursOf(image);
   if (!layout || !coverage) return;
-  const BlendJob job{dest, nullptr, &image, transfer};
+  const BlendJob job{dest, image, nullptr, true, transfer};
   const Samples<3> components = ComponentsOf(colour);
   const BlendOperand source = FlatColour(components, *layout);
   const BlendOperand mask = BlendOperand::Coverage(*coverage, *layout);
@@ -50,7 +50,7 @@ void BlendThroughFlatMask(ImageClassData &dest, ImageClassData &image, bool prem
   const auto layout = ColoursOf(dest);
   const auto colours = ColoursOf(image);
   if (!layout || !colours) return;
-  const BlendJob job{dest, &image, nullptr, transfer};
+  const BlendJob job{dest, image, nullptr, false, transfer};
   const BlendOperand source = BlendOperand::Image(*colours, *layout);
   const BlendOperand mask = FlatColour(ComponentsOf(colour), *layout);
   if (premultiplied) {
