@@ -160,7 +160,8 @@ class BoxBlur {
   explicit operator bool() const { return columnSums_ && windowSums_ && leaving_ && entering_ && made_; }
 
   void Run(bool vertical, bool horizontal) {
-    if (vertical && horizontal && OrderIsUnobservable<Layout>(source_, dest_, width_, source_.Height)) {
+    if (vertical && horizontal && SamplesAreApart<Layout>(dest_) &&
+        OrderIsUnobservable<Layout>(source_, dest_, width_, source_.Height)) {
       // Nobody can tell that each row gets both passes before the next one gets the first.
       BlurColumns(true);
     } else if (vertical) {

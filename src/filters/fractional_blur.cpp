@@ -62,7 +62,8 @@ class FractionalBlur {
 
   void Run() {
     // Where nobody can tell, each row gets both passes before the next one gets the first.
-    const bool together = OrderIsUnobservable<Layout>(source_, dest_, width_, source_.Height);
+    const bool together =
+        SamplesAreApart<Layout>(dest_) && OrderIsUnobservable<Layout>(source_, dest_, width_, source_.Height);
     BlurColumns(together);
     if (!together) BlurDestAlongRows();
   }

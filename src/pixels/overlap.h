@@ -74,12 +74,13 @@ inline bool AreDisjoint(const ImageClassData &source, const ImageClassData &dest
   return AreDisjoint(source, dest, source.Width, source.Height);
 }
 
-// True if the order of reads and writes is unobservable: what is written to the first `columns` and `rows` of dest
-// touches nothing of source, and each byte of it is one sample of one pixel, so that the writes may change places among
-// themselves, too.
+// True if the order is unobservable in which pixels are read and written: what is written to the first `columns` and
+// `rows` of dest touches nothing of source, and no byte of it is a sample of two pixels. Within a pixel the samples are
+// still to be written in the order of the layout, and dest is not to be read again, unless SamplesAreApart holds as
+// well: alpha that a dest does not have lies in the place of another sample.
 template <class Layout>
 bool OrderIsUnobservable(const ImageClassData &source, const ImageClassData &dest, int32_t columns, int32_t rows) {
-  return SamplesAreApart<Layout>(dest) && RowsAreApart(dest, RangeOf(Layout::OffsetsOf(dest)), columns, rows) &&
+  return PixelsAreApart<Layout>(dest) && RowsAreApart(dest, RangeOf(Layout::OffsetsOf(dest)), columns, rows) &&
          AreDisjoint(source, dest, columns, rows);
 }
 

@@ -178,13 +178,17 @@ TEST_F(Overlap, OfAMappedFileNothingIsKnown) {
   EXPECT_FALSE(OrderIsUnobservable<Gray>(Record(memory), Record(file), 4, 3));
 }
 
-TEST_F(Overlap, TheOrderIsUnobservableWhereImagesAreDisjointAndSamplesOfDestStandAlone) {
+TEST_F(Overlap, TheOrderIsUnobservableWhereImagesAreDisjointAndPixelsOfDestStandAlone) {
   const Image source = New(4, 3, ImageFormatRGB);
   EXPECT_TRUE(OrderIsUnobservable<RGB>(Record(source), Record(New(4, 3, ImageFormatXBGR)), 4, 3));
   EXPECT_FALSE(OrderIsUnobservable<RGB>(Record(source), Record(source), 4, 3));
   EXPECT_FALSE(OrderIsUnobservable<RGB>(Record(source), Record(New(4, 3, ImageFormatXBGR)), 5, 3));
   EXPECT_FALSE(OrderIsUnobservable<RGB>(Record(source), Record(New(4, 3, ImageFormatXBGR)), 4, 4));
-  EXPECT_FALSE(OrderIsUnobservable<RGB>(Record(source), Record(New(4, 3, ImageFormatG)), 4, 3));
+  // All three samples of a pixel in one byte, and one of them in the next pixel.
+  const Image gray = New(4, 3, ImageFormatG);
+  EXPECT_TRUE(OrderIsUnobservable<RGB>(Record(source), Record(gray), 4, 3));
+  Record(gray).RedOffset = 1;
+  EXPECT_FALSE(OrderIsUnobservable<RGB>(Record(source), Record(gray), 4, 3));
   EXPECT_FALSE(OrderIsUnobservable<RGB>(Record(source), Record(Over(14, 3)), 4, 3));
   EXPECT_TRUE(OrderIsUnobservable<RGB>(Record(source), Record(Over(14, 3)), 3, 3));
   // The samples of the source may be shared, as they are only read.
