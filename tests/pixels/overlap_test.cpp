@@ -118,7 +118,8 @@ TEST_F(Overlap, RowsThatReachIntoEachOtherAreNotApart) {
 }
 
 TEST_F(Overlap, OnlyTheRowsAndSamplesThatAreAskedAboutCount) {
-  ImageClassData &record = Record(Over(14, 3));
+  const Image image = Over(14, 3);
+  const ImageClassData &record = Record(image);
   EXPECT_TRUE(RowsAreApart(record, {0, 2}, 4, 1));
   EXPECT_FALSE(RowsAreApart(record, {0, 2}, 4, 2));
   EXPECT_TRUE(RowsAreApart(record, {1, 2}, 4, 2));
