@@ -19,17 +19,17 @@ class ColumnShears : public testing::Test {
   // The columns of a gray image sheared into one of the given size, by all forms. All its bytes were 0xEE.
   std::vector<Bytes> Sheared(const std::vector<Bytes> &rows, int32_t width, int32_t height, const ColumnShear &shear,
                              uint8_t background) {
-    const Storage source(host_, Kind::Block, static_cast<int32_t>(rows[0].size()), static_cast<int32_t>(rows.size()),
-                         ImageFormatG);
-    SetGrid(source.image, 'g', rows);
+    const StoredImage source = Stored(host_, Kind::Block, static_cast<int32_t>(rows[0].size()),
+                                      static_cast<int32_t>(rows.size()), ImageFormatG);
+    SetGrid(source.Image(), 'g', rows);
     std::vector<Bytes> results[3];
     for (int form = 0; form < 3; ++form) {
       // Packed alike, of unlike layouts, and like a mapped file.
-      const Storage dest(host_, Kind::Block, width, height, form == 1 ? ImageFormat2of3 : ImageFormatG);
-      dest.Put(Bytes(dest.All().size(), 0xEE));
+      const StoredImage dest = Stored(host_, Kind::Block, width, height, form == 1 ? ImageFormat2of3 : ImageFormatG);
+      dest.SetBytes(Bytes(dest.Bytes().size(), 0xEE));
       dest.Record().IsMapping = form == 2;
       ShearColumns<GrayOnly>(source.Record(), dest.Record(), shear, {{background}});
-      results[form] = Grid(dest.image, 'g');
+      results[form] = Grid(dest.Image(), 'g');
       dest.Record().IsMapping = false;
     }
     EXPECT_EQ(results[0], results[1]);
@@ -85,49 +85,46 @@ TEST_F(ColumnShears, ManyColumnsOfAnySlopeAgreeInAllForms) {
 }
 
 TEST_F(ColumnShears, WithoutMemoryToWorkInTheResultIsTheSame) {
-  const Storage source(host_, Kind::Block, 9, 5, ImageFormatRGBA), dest(host_, Kind::Block, 9, 9, ImageFormatRGBA);
+  const StoredImage source = Stored(host_, Kind::Block, 9, 5, ImageFormatRGBA),
+                    dest = Stored(host_, Kind::Block, 9, 9, ImageFormatRGBA);
   const ColumnShear shear{3.5, 0.4, 9, 9};
   ShearColumns<Layout<RGB, true>>(source.Record(), dest.Record(), shear, {{1, 2, 3, 4}});
-  const Bytes expected = dest.All();
-  dest.Put(Bytes(expected.size(), 0));
+  const Bytes expected = dest.Bytes();
+  dest.SetBytes(Bytes(expected.size(), 0));
   faults::Heap heap;
   heap.FailCallocAt(1);
   ShearColumns<Layout<RGB, true>>(source.Record(), dest.Record(), shear, {{1, 2, 3, 4}});
   EXPECT_EQ(heap.CallocCalls(), 1);
-  EXPECT_EQ(dest.All(), expected);
+  EXPECT_EQ(dest.Bytes(), expected);
 }
 
 TEST_F(ColumnShears, RowsOfAMappedImageAreFetchedAnewForEveryPixel) {
-  const Storage source(host_, Kind::Block, 1, 2, ImageFormatG), dest(host_, Kind::Block, 1, 3, ImageFormatG);
+  const StoredImage source = Stored(host_, Kind::Block, 1, 2, ImageFormatG),
+                    dest = Stored(host_, Kind::Block, 1, 3, ImageFormatG);
   ImageClassData &from = source.Record(), &to = dest.Record();
-  NoteFetches(from);
-  NoteFetches(to);
-  fetches.clear();
+  RowLog log;
+  log.WatchAsMapped(from, "s");
+  log.WatchAsMapped(to, "d");
   ShearColumns<GrayOnly>(from, to, {1.0, 0.0, 1, 3}, {{0}});
-  EXPECT_EQ(fetches, (std::vector<Fetch>{{&to, 0},
-                                         {&to, 1},
-                                         {&to, 2},  // the background
-                                         {&from, 0},
-                                         {&to, 1},
-                                         {&from, 1},
-                                         {&to, 2},
-                                         {&to, 2}}));
+  EXPECT_EQ(log.Take(), "d0 d1 d2 s0 d1 s1 d2 d2");
 }
 
 TEST_F(ColumnShears, ARowThatCannotBeHadIsLeftOut) {
-  const Storage source(host_, Kind::Block, 2, 3, ImageFormatG), dest(host_, Kind::Block, 2, 3, ImageFormatG);
-  source.Put({1, 2, 3, 4, 5, 6});
+  const StoredImage source = Stored(host_, Kind::Block, 2, 3, ImageFormatG),
+                    dest = Stored(host_, Kind::Block, 2, 3, ImageFormatG);
+  source.SetBytes({1, 2, 3, 4, 5, 6});
+  RowLog rows;
   for (const bool mapped : {false, true}) {
     dest.Record().IsMapping = mapped;
-    dest.Put(Bytes(6, 9));
-    dest.Record().GetRow = RowsButOne;
+    dest.SetBytes(Bytes(6, 9));
+    rows.Refuse(dest.Record(), 1);
     ShearColumns<GrayOnly>(source.Record(), dest.Record(), {0.0, 0.0, 2, 3}, {{0}});
-    EXPECT_EQ(dest.All(), (Bytes{1, 2, 9, 9, 0, 0}));
-    dest.Record().GetRow = GetRowLinear;
-    source.Record().GetRow = RowsButOne;
+    EXPECT_EQ(dest.Bytes(), (Bytes{1, 2, 9, 9, 0, 0}));
+    rows.Release(dest.Record());
+    rows.Refuse(source.Record(), 1);
     ShearColumns<GrayOnly>(source.Record(), dest.Record(), {0.0, 0.0, 2, 3}, {{0}});
-    EXPECT_EQ(dest.All(), (Bytes{1, 2, 0, 0, 0, 0}));
-    source.Record().GetRow = GetRowLinear;
+    EXPECT_EQ(dest.Bytes(), (Bytes{1, 2, 0, 0, 0, 0}));
+    rows.Release(source.Record());
   }
 }
 

@@ -44,10 +44,10 @@ TEST_F(Mirror, TheMiddleColumnStays) {
 }
 
 TEST_F(Mirror, AnImageOfOneColumnIsItsOwnMirror) {
-  const Storage storage(host_, Kind::Block, 1, 4, ImageFormatRGBX, 3);
-  const Bytes before = storage.All();
-  HMirrorSelf(storage.image);
-  EXPECT_EQ(storage.All(), before);
+  const StoredImage storage = Stored(host_, Kind::Block, 1, 4, ImageFormatRGBX, 3);
+  const Bytes before = storage.Bytes();
+  HMirrorSelf(storage.Image());
+  EXPECT_EQ(storage.Bytes(), before);
 }
 
 TEST_F(Mirror, TopAndBottomChangePlaces) {
@@ -81,17 +81,17 @@ TEST_F(Mirror, FillerStaysWhereItIs) {
 }
 
 TEST_F(Mirror, TwiceMirroredIsTheOriginal) {
-  for (const int32_t format : kFormats) {
-    const Storage storage(host_, Kind::Block, 301, 5, format, 2);
-    const Bytes before = storage.All();
-    HMirrorSelf(storage.image);
-    EXPECT_NE(storage.All(), before);
-    HMirrorSelf(storage.image);
-    EXPECT_EQ(storage.All(), before) << format;
-    VMirrorSelf(storage.image);
-    EXPECT_NE(storage.All(), before);
-    VMirrorSelf(storage.image);
-    EXPECT_EQ(storage.All(), before) << format;
+  for (const int32_t format : kFamilyFormats) {
+    const StoredImage storage = Stored(host_, Kind::Block, 301, 5, format, 2);
+    const Bytes before = storage.Bytes();
+    HMirrorSelf(storage.Image());
+    EXPECT_NE(storage.Bytes(), before);
+    HMirrorSelf(storage.Image());
+    EXPECT_EQ(storage.Bytes(), before) << format;
+    VMirrorSelf(storage.Image());
+    EXPECT_NE(storage.Bytes(), before);
+    VMirrorSelf(storage.Image());
+    EXPECT_EQ(storage.Bytes(), before) << format;
   }
 }
 
@@ -114,43 +114,44 @@ TEST_F(Mirror, AHalfTurnOfHeightFiveTakesTheRowBelowTheMiddle) {
 }
 
 TEST_F(Mirror, AHalfTurnOfOneRowZeroesItsSamplesAndNotItsFiller) {
-  const Storage storage(host_, Kind::Block, 3, 1, ImageFormatXRGB);
-  storage.Put({9, 1, 2, 3, 8, 4, 5, 6, 7, 7, 7, 7});
-  Rotate180Self(storage.image);
-  EXPECT_EQ(storage.All(), (Bytes{9, 0, 0, 0, 8, 0, 0, 0, 7, 0, 0, 0}));
+  const StoredImage storage = Stored(host_, Kind::Block, 3, 1, ImageFormatXRGB);
+  storage.SetBytes({9, 1, 2, 3, 8, 4, 5, 6, 7, 7, 7, 7});
+  Rotate180Self(storage.Image());
+  EXPECT_EQ(storage.Bytes(), (Bytes{9, 0, 0, 0, 8, 0, 0, 0, 7, 0, 0, 0}));
 }
 
 TEST_F(Mirror, AnImageOfNoFamilyStays) {
   for (const int32_t format : {int32_t{ImageFormatBuffer}, int32_t{ImageFormatScaling4}}) {
-    const Storage storage(host_, Kind::Block, 4, 3, format);
-    const Bytes before = storage.All();
-    for (const auto move : kInPlace) move(storage.image);
-    EXPECT_EQ(storage.All(), before);
+    const StoredImage storage = Stored(host_, Kind::Block, 4, 3, format);
+    const Bytes before = storage.Bytes();
+    for (const auto move : kInPlace) move(storage.Image());
+    EXPECT_EQ(storage.Bytes(), before);
   }
 }
 
 TEST_F(Mirror, ASampleThatTwoChannelsShareChangesItsPlaceTwice) {
-  const Storage storage(host_, Kind::Block, 2, 1, ImageFormatRGB);
-  storage.Put({1, 2, 3, 4, 5, 6});
+  const StoredImage storage = Stored(host_, Kind::Block, 2, 1, ImageFormatRGB);
+  storage.SetBytes({1, 2, 3, 4, 5, 6});
   storage.Record().GreenOffset = storage.Record().RedOffset;
-  HMirrorSelf(storage.image);
-  EXPECT_EQ(storage.All(), (Bytes{1, 2, 6, 4, 5, 3}));
+  HMirrorSelf(storage.Image());
+  EXPECT_EQ(storage.Bytes(), (Bytes{1, 2, 6, 4, 5, 3}));
 }
 
 TEST_F(Mirror, ChannelsOfNeighbouringPixelsThatShareASampleMoveInOrder) {
   // In a part of an image a moved channel may lie in another pixel than the others.
-  const Storage storage(host_, Kind::Block, 8, 2, ImageFormatRGB), same(host_, Kind::Block, 8, 2, ImageFormatRGB);
-  const auto view = Adopt(ClipImage5(storage.image, 1, 0, 6, 2)), twin = Adopt(ClipImage5(same.image, 1, 0, 6, 2));
+  const StoredImage storage = Stored(host_, Kind::Block, 8, 2, ImageFormatRGB),
+                    same = Stored(host_, Kind::Block, 8, 2, ImageFormatRGB);
+  const auto view = Adopt(ClipImage5(storage.Image(), 1, 0, 6, 2)), twin = Adopt(ClipImage5(same.Image(), 1, 0, 6, 2));
   for (const auto &image : {view, twin}) RecordOf(image)->GreenOffset = 0;
   HMirrorSelf(view);
   naive::HMirror(*RecordOf(twin));
-  EXPECT_EQ(storage.All(), same.All());
+  EXPECT_EQ(storage.Bytes(), same.Bytes());
   VMirrorSelf(view);
   naive::ExchangeHalves(*RecordOf(twin), false);
-  EXPECT_EQ(storage.All(), same.All());
+  EXPECT_EQ(storage.Bytes(), same.Bytes());
   Rotate180Self(view);
   naive::ExchangeHalves(*RecordOf(twin), true);
-  EXPECT_EQ(storage.All(), same.All());
+  EXPECT_EQ(storage.Bytes(), same.Bytes());
 }
 
 // --- refusals ---
@@ -173,55 +174,55 @@ TEST_F(Mirror, AnImageThatIsNotUsableIsLeftAlone) {
   const auto parent = NewImage(host_, 4, 4, ImageFormatRGB);
   const auto negative = Adopt(ClipImage5(parent, 6, 0, 1, 4));
   const auto low = Adopt(ClipImage5(parent, 0, 4, 4, 1));
-  const Storage table(host_, Kind::Table, 4, 4, ImageFormatRGB);
-  const auto tableView = Adopt(ClipImage1(table.image));
-  const Storage invalid(host_, Kind::Block, 4, 4, ImageFormatRGB);
+  const StoredImage table = Stored(host_, Kind::Table, 4, 4, ImageFormatRGB);
+  const auto tableView = Adopt(ClipImage1(table.Image()));
+  const StoredImage invalid = Stored(host_, Kind::Block, 4, 4, ImageFormatRGB);
   invalid.Record().Valid = false;
-  const Bytes before = invalid.All();
+  const Bytes before = invalid.Bytes();
   for (const auto move : kInPlace) {
     move(nullptr);
-    for (const auto &image : {empty, closed, negative, low, tableView, invalid.image}) move(image);
+    for (const auto &image : {empty, closed, negative, low, tableView, invalid.Image()}) move(image);
   }
-  EXPECT_EQ(invalid.All(), before);
+  EXPECT_EQ(invalid.Bytes(), before);
 }
 
 TEST_F(Mirror, AnImageOfNoColumnsIsLeftAlone) {
-  const Storage storage(host_, Kind::Block, 4, 4, ImageFormatRGB);
-  const Bytes before = storage.All();
-  const auto none = Adopt(ClipImage5(storage.image, 4, 0, 4, 4));
+  const StoredImage storage = Stored(host_, Kind::Block, 4, 4, ImageFormatRGB);
+  const Bytes before = storage.Bytes();
+  const auto none = Adopt(ClipImage5(storage.Image(), 4, 0, 4, 4));
   ASSERT_EQ(RecordOf(none)->Width, 0);
   for (const auto move : kInPlace) move(none);
-  EXPECT_EQ(storage.All(), before);
+  EXPECT_EQ(storage.Bytes(), before);
 }
 
 TEST_F(Mirror, RowsThatRunBackwardsAreMirroredAndNotExchanged) {
-  const Storage storage(host_, Kind::Block, 3, 2, ImageFormatG, 1, true);
-  storage.Put({4, 5, 6, 0, 1, 2, 3});
-  VMirrorSelf(storage.image);
-  Rotate180Self(storage.image);
-  EXPECT_EQ(storage.All(), (Bytes{4, 5, 6, 0, 1, 2, 3}));
-  HMirrorSelf(storage.image);
-  EXPECT_EQ(storage.All(), (Bytes{6, 5, 4, 0, 3, 2, 1}));
+  const StoredImage storage = Stored(host_, Kind::Backwards, 3, 2, ImageFormatG, 1);
+  storage.SetBytes({4, 5, 6, 0, 1, 2, 3});
+  VMirrorSelf(storage.Image());
+  Rotate180Self(storage.Image());
+  EXPECT_EQ(storage.Bytes(), (Bytes{4, 5, 6, 0, 1, 2, 3}));
+  HMirrorSelf(storage.Image());
+  EXPECT_EQ(storage.Bytes(), (Bytes{6, 5, 4, 0, 3, 2, 1}));
 }
 
 TEST_F(Mirror, WithoutMemoryForTwoRowsNothingIsDoneAndNothingRaised) {
-  const Storage storage(host_, Kind::Block, 40, 4, ImageFormatRGB);
-  const Bytes before = storage.All();
+  const StoredImage storage = Stored(host_, Kind::Block, 40, 4, ImageFormatRGB);
+  const Bytes before = storage.Bytes();
   for (const auto move : {VMirrorSelf, Rotate180Self}) {
     for (const int nth : {1, 2}) {
       faults::Heap heap;
       heap.FailCallocAt(nth);
-      move(storage.image);
+      move(storage.Image());
       EXPECT_EQ(heap.Outstanding(), 0u);
     }
-    EXPECT_EQ(storage.All(), before);
+    EXPECT_EQ(storage.Bytes(), before);
   }
 }
 
 TEST_F(Mirror, TheTwoRowsAreOfTheRowSizeAndAreGivenBack) {
-  const Storage storage(host_, Kind::Block, 40, 4, ImageFormatRGB, 7);
+  const StoredImage storage = Stored(host_, Kind::Block, 40, 4, ImageFormatRGB, 7);
   faults::Heap heap;
-  VMirrorSelf(storage.image);
+  VMirrorSelf(storage.Image());
   std::vector<size_t> sizes;
   for (const faults::Allocation &allocation : heap.Allocations()) sizes.push_back(allocation.count * allocation.size);
   EXPECT_EQ(sizes, (std::vector<size_t>{127, 127}));
@@ -230,79 +231,76 @@ TEST_F(Mirror, TheTwoRowsAreOfTheRowSizeAndAreGivenBack) {
 
 TEST_F(Mirror, PixelsBeyondAShortRowSizeStayOutOfTheExchange) {
   // Rows of four pixels, three bytes apart.
-  const Storage storage(host_, Kind::Block, 4, 2, ImageFormatG, -1);
-  storage.Put({1, 2, 3, 4, 5, 6, 7});
-  VMirrorSelf(storage.image);
+  const StoredImage storage = Stored(host_, Kind::Block, 4, 2, ImageFormatG, -1);
+  storage.SetBytes({1, 2, 3, 4, 5, 6, 7});
+  VMirrorSelf(storage.Image());
   // Put aside: 1 2 3 and 4 5 6. The upper row is written first, then the lower one, which begins with its last pixel.
-  EXPECT_EQ(storage.All(), (Bytes{4, 5, 6, 1, 2, 3, 7}));
-  storage.Put({1, 2, 3, 4, 5, 6, 7});
-  Rotate180Self(storage.image);
+  EXPECT_EQ(storage.Bytes(), (Bytes{4, 5, 6, 1, 2, 3, 7}));
+  storage.SetBytes({1, 2, 3, 4, 5, 6, 7});
+  Rotate180Self(storage.Image());
   // Pixels 1 to 3 of each row become 6 5 4 and 3 2 1.
-  EXPECT_EQ(storage.All(), (Bytes{1, 6, 5, 4, 3, 2, 1}));
+  EXPECT_EQ(storage.Bytes(), (Bytes{1, 6, 5, 4, 3, 2, 1}));
 }
 
 // --- order of fetches ---
 
 TEST_F(Mirror, EveryRowIsFetchedOnceForLeftAndRight) {
   for (const int32_t width : {0, 1, 4}) {
-    const Storage storage(host_, Kind::Block, 4, 3, ImageFormatRGB);
+    const StoredImage storage = Stored(host_, Kind::Block, 4, 3, ImageFormatRGB);
     ImageClassData &record = storage.Record();
     record.Width = width;
-    NoteFetches(record);
-    fetches.clear();
-    HMirrorSelf(storage.image);
-    EXPECT_EQ(fetches, (std::vector<Fetch>{{&record, 0}, {&record, 1}, {&record, 2}}));
+    RowLog log;
+    log.WatchAsMapped(record, "r");
+    HMirrorSelf(storage.Image());
+    EXPECT_EQ(log.Take(), "r0 r1 r2");
   }
 }
 
 TEST_F(Mirror, RowsAreFetchedAnewForWriting) {
-  const Storage storage(host_, Kind::Block, 4, 5, ImageFormatRGB);
+  const StoredImage storage = Stored(host_, Kind::Block, 4, 5, ImageFormatRGB);
   ImageClassData &record = storage.Record();
-  NoteFetches(record);
-  std::vector<Fetch> expected;
-  for (const int32_t y : {0, 4, 0, 4, 1, 3, 1, 3}) expected.push_back({&record, y});
-  fetches.clear();
-  VMirrorSelf(storage.image);
-  EXPECT_EQ(fetches, expected);
-  expected.push_back({&record, 2});
-  fetches.clear();
-  Rotate180Self(storage.image);
-  EXPECT_EQ(fetches, expected);
+  RowLog log;
+  log.WatchAsMapped(record, "r");
+  VMirrorSelf(storage.Image());
+  EXPECT_EQ(log.Take(), "r0 r4 r0 r4 r1 r3 r1 r3");
+  Rotate180Self(storage.Image());
+  EXPECT_EQ(log.Take(), "r0 r4 r0 r4 r1 r3 r1 r3 r2");
 }
 
 TEST_F(Mirror, ARowThatCannotBeMappedIsLeftOut) {
-  const auto prepared = [&](const Storage &storage) {
-    storage.Put({1, 2, 3, 4, 5, 6, 7, 8});
-    storage.Record().IsMapping = true;
-    storage.Record().GetRow = RowsButOne;
+  const StoredImage storage = Stored(host_, Kind::Block, 2, 4, ImageFormatG);
+  RowLog rows;
+  const auto prepared = [&](const StoredImage &image) {
+    image.SetBytes({1, 2, 3, 4, 5, 6, 7, 8});
+    image.Record().IsMapping = true;
+    rows.Refuse(image.Record(), 1);
   };
-  const Storage storage(host_, Kind::Block, 2, 4, ImageFormatG);
   prepared(storage);
-  HMirrorSelf(storage.image);
-  EXPECT_EQ(storage.All(), (Bytes{2, 1, 3, 4, 6, 5, 8, 7}));
+  HMirrorSelf(storage.Image());
+  EXPECT_EQ(storage.Bytes(), (Bytes{2, 1, 3, 4, 6, 5, 8, 7}));
   prepared(storage);
-  VMirrorSelf(storage.image);
-  EXPECT_EQ(storage.All(), (Bytes{7, 8, 3, 4, 5, 6, 1, 2}));
+  VMirrorSelf(storage.Image());
+  EXPECT_EQ(storage.Bytes(), (Bytes{7, 8, 3, 4, 5, 6, 1, 2}));
   prepared(storage);
-  Rotate180Self(storage.image);
-  EXPECT_EQ(storage.All(), (Bytes{8, 7, 3, 4, 5, 6, 2, 1}));
+  Rotate180Self(storage.Image());
+  EXPECT_EQ(storage.Bytes(), (Bytes{8, 7, 3, 4, 5, 6, 2, 1}));
   // As the middle row it is not written.
   prepared(storage);
   storage.Record().Height = 3;
-  Rotate180Self(storage.image);
-  EXPECT_EQ(storage.All(), (Bytes{6, 5, 3, 4, 2, 1, 7, 8}));
+  Rotate180Self(storage.Image());
+  EXPECT_EQ(storage.Bytes(), (Bytes{6, 5, 3, 4, 2, 1, 7, 8}));
 }
 
 // --- yields ---
 
 TEST_F(Mirror, TimeIsGivenOnceAtTheStartAndAfterEachRowOrPair) {
-  const Storage storage(host_, Kind::Block, 4, 5, ImageFormatRGB);
-  YieldAlways(host_, storage.image);
-  HMirrorSelf(storage.image);
+  const StoredImage storage = Stored(host_, Kind::Block, 4, 5, ImageFormatRGB);
+  YieldAlways(host_, storage.Image());
+  HMirrorSelf(storage.Image());
   EXPECT_EQ(Yields(host_), 1 + 5);
-  VMirrorSelf(storage.image);
+  VMirrorSelf(storage.Image());
   EXPECT_EQ(Yields(host_), 6 + 1 + 2);
-  Rotate180Self(storage.image);
+  Rotate180Self(storage.Image());
   EXPECT_EQ(Yields(host_), 9 + 1 + 2);
 }
 

@@ -1,9 +1,7 @@
 // Random mirrors and turns of random images, against the plain loops: every byte of every storage.
 #include <gtest/gtest.h>
-#include <rapidcheck.h>
 
 #include <cstdint>
-#include <memory>
 #include <vector>
 
 #include "geometry/mirror.h"
@@ -18,35 +16,36 @@ using namespace turn_testing;
 
 class MovesProperty : public testing::Test {
  protected:
-  std::unique_ptr<Storage> AnyStorage(Kind kind, int32_t width, int32_t height, int32_t format, int32_t gap) {
-    return std::make_unique<Storage>(host_, kind, width, height, format, gap, OneIn(4),
-                                     static_cast<uint32_t>(Any(0, 1000000)));
+  StoredImage AnyStoredOf(Random &random, int32_t format) {
+    const Kind kind = AnyKind(random);
+    const int32_t width = random.Side(300);
+    return AnyStored(random, host_, kind, width, random.Side(300), format);
   }
-  std::unique_ptr<Storage> AnyStorage() { return AnyStorage(AnyKind(), AnySide(), AnySide(), AnyFormat(), Any(0, 5)); }
+  StoredImage AnyImage(Random &random) { return AnyStoredOf(random, AnyMovedFormat(random)); }
 
   PluginHost host_{{.fenced = true}};
 };
 
 TEST_F(MovesProperty, AnyImageIsMirroredInPlaceAsThePlainLoopsSay) {
-  EXPECT_TRUE(rc::check([this] {
-    const auto storage = AnyStorage();
-    const auto image = AnyView(storage->image);
-    const Bytes before = storage->All();
-    const int32_t move = Any(0, 2);
+  CheckCases([this](Random &random) {
+    const StoredImage storage = AnyImage(random);
+    const auto image = AnyOddView(random, storage);
+    const Bytes before = storage.Bytes();
+    const int32_t move = random.Between(0, 2);
     (move == 0 ? HMirrorSelf : move == 1 ? VMirrorSelf : Rotate180Self)(image);
-    const Bytes moved = storage->All();
-    storage->Put(before);
+    const Bytes moved = storage.Bytes();
+    storage.SetBytes(before);
     if (move == 0) {
       naive::HMirror(*RecordOf(image));
     } else {
       naive::ExchangeHalves(*RecordOf(image), move == 2);
     }
-    RC_ASSERT(moved == storage->All());
-  }));
+    RC_ASSERT(moved == storage.Bytes());
+  });
 }
 
 struct AnyTurn {
-  AnyTurn() : which(Any(0, 4)) {}
+  explicit AnyTurn(Random &random) : which(random.Between(0, 4)) {}
 
   REALobject operator()(REALobject source, REALobject dest) const {
     constexpr REALobject (*kTurns[])(REALobject, REALobject) = {Rotate180, Rotate90, Rotate90fast, Rotate270,
@@ -66,35 +65,35 @@ struct AnyTurn {
 };
 
 TEST_F(MovesProperty, AnyImageTurnedIntoAnyOtherGivesThePlainBytes) {
-  EXPECT_TRUE(rc::check([this] {
-    const AnyTurn turn;
-    const auto from = AnyStorage();
-    const auto source = AnyView(from->image);
+  CheckCases([this](Random &random) {
+    const AnyTurn turn(random);
+    const StoredImage from = AnyImage(random);
+    const auto source = AnyOddView(random, from);
     const ImageClassData &record = *RecordOf(source);
     int32_t width = turn.ExchangesSides() ? record.Height : record.Width;
     int32_t height = turn.ExchangesSides() ? record.Width : record.Height;
-    if (OneIn(3)) width += Any(0, 4);
-    if (OneIn(3)) height += Any(0, 4);
+    if (random.OneIn(3)) width += random.Between(0, 4);
+    if (random.OneIn(3)) height += random.Between(0, 4);
     // A view may be too small: then all the bytes that its rows are said to have must be there.
-    const bool isView = OneIn(2);
-    const auto to = AnyStorage(AnyKind(), width, height, OneIn(2) ? from->Record().ImageFormat : AnyFormat(),
-                               isView ? 0 : Any(0, 5));
-    const auto dest = isView ? AnyView(to->image) : to->image;
-    const Bytes before = to->All(), sourceBytes = from->All();
+    const bool isView = random.OneIn(2);
+    const int32_t format = random.OneIn(2) ? from.Record().ImageFormat : AnyMovedFormat(random);
+    const StoredImage to = AnyStored(random, host_, AnyKind(random), width, height, format, !isView);
+    const auto dest = isView ? AnyOddView(random, to) : to.Image();
+    const Bytes before = to.Bytes(), sourceBytes = from.Bytes();
     RC_ASSERT((Adopt(turn(source, dest)).Handle() == dest.Handle()));
-    const Bytes turned = to->All();
-    RC_ASSERT(from->All() == sourceBytes);
-    to->Put(before);
+    const Bytes turned = to.Bytes();
+    RC_ASSERT(from.Bytes() == sourceBytes);
+    to.SetBytes(before);
     turn.Naive(*RecordOf(source), *RecordOf(dest));
-    RC_ASSERT(turned == to->All());
-  }));
+    RC_ASSERT(turned == to.Bytes());
+  });
 }
 
 TEST_F(MovesProperty, AnyImageTurnedIntoANewOneGivesThePlainBytes) {
-  EXPECT_TRUE(rc::check([this] {
-    const AnyTurn turn;
-    const auto from = AnyStorage();
-    const auto source = AnyView(from->image);
+  CheckCases([this](Random &random) {
+    const AnyTurn turn(random);
+    const StoredImage from = AnyImage(random);
+    const auto source = AnyOddView(random, from);
     ImageClassData &record = *RecordOf(source);
     const auto turned = Adopt(turn(source, nullptr));
     const auto expected = NewImage(host_, turn.ExchangesSides() ? record.Height : record.Width,
@@ -103,72 +102,75 @@ TEST_F(MovesProperty, AnyImageTurnedIntoANewOneGivesThePlainBytes) {
     const ImageClassData &a = *RecordOf(turned), &b = *RecordOf(expected);
     RC_ASSERT(a.ImageFormat == b.ImageFormat && a.Width == b.Width && a.Height == b.Height);
     RC_ASSERT(std::equal(a.Buffer, a.Buffer + a.TotalSize, b.Buffer));
-  }));
+  });
 }
 
 TEST_F(MovesProperty, ViewsOfOneStorageTurnedIntoEachOtherGiveThePlainBytes) {
-  EXPECT_TRUE(rc::check([this] {
-    const AnyTurn turn;
-    const auto storage = AnyStorage(AnyKind(), Any(1, 14), Any(1, 14), AnyFormat(), 0);
-    const auto source = AnyView(storage->image);
-    const auto dest = OneIn(2) ? source : AnyView(storage->image);
-    const Bytes before = storage->All();
+  CheckCases([this](Random &random) {
+    const AnyTurn turn(random);
+    const int32_t width = random.Between(1, 14), height = random.Between(1, 14);
+    const StoredImage storage =
+        AnyStored(random, host_, AnyKind(random), width, height, AnyMovedFormat(random), false);
+    const auto source = AnyOddView(random, storage);
+    const auto dest = random.OneIn(2) ? source : AnyOddView(random, storage);
+    const Bytes before = storage.Bytes();
     Adopt(turn(source, dest));
-    const Bytes turned = storage->All();
-    storage->Put(before);
+    const Bytes turned = storage.Bytes();
+    storage.SetBytes(before);
     turn.Naive(*RecordOf(source), *RecordOf(dest));
-    RC_ASSERT(turned == storage->All());
-  }));
+    RC_ASSERT(turned == storage.Bytes());
+  });
 }
 
 TEST_F(MovesProperty, ImagesOverTheSameBytesTurnedIntoEachOtherGiveThePlainBytes) {
-  EXPECT_TRUE(rc::check([this] {
-    const AnyTurn turn;
-    const auto storage = AnyStorage(Kind::Block, Any(6, 30), Any(2, 20), ImageFormatRGBA, Any(0, 5));
-    const auto source = AnyImageOver(host_, *storage), dest = AnyImageOver(host_, *storage);
-    const Bytes before = storage->All();
+  CheckCases([this](Random &random) {
+    const AnyTurn turn(random);
+    const int32_t width = random.Between(6, 30), height = random.Between(2, 20);
+    const StoredImage storage = AnyStored(random, host_, Kind::Block, width, height, ImageFormatRGBA);
+    const auto source = AnyImageOver(random, host_, storage), dest = AnyImageOver(random, host_, storage);
+    const Bytes before = storage.Bytes();
     Adopt(turn(source, dest));
-    const Bytes turned = storage->All();
-    storage->Put(before);
+    const Bytes turned = storage.Bytes();
+    storage.SetBytes(before);
     turn.Naive(*RecordOf(source), *RecordOf(dest));
-    RC_ASSERT(turned == storage->All());
-    storage->Put(before);
-    const int32_t move = Any(0, 2);
+    RC_ASSERT(turned == storage.Bytes());
+    storage.SetBytes(before);
+    const int32_t move = random.Between(0, 2);
     (move == 0 ? HMirrorSelf : move == 1 ? VMirrorSelf : Rotate180Self)(dest);
-    const Bytes moved = storage->All();
-    storage->Put(before);
+    const Bytes moved = storage.Bytes();
+    storage.SetBytes(before);
     if (move == 0) {
       naive::HMirror(*RecordOf(dest));
     } else {
       naive::ExchangeHalves(*RecordOf(dest), move == 2);
     }
-    RC_ASSERT(moved == storage->All());
-  }));
+    RC_ASSERT(moved == storage.Bytes());
+  });
 }
 
 TEST_F(MovesProperty, MovesThatUndoEachOtherGiveBackTheImage) {
-  EXPECT_TRUE(rc::check([this] {
-    const auto storage = AnyStorage(AnyKind(), AnySide(), AnySide(), AnyFamilyFormat(), Any(0, 5));
-    RC_PRE(storage->Record().RowSize > 0);  // others are not mirrored top to bottom
-    const Bytes before = storage->All();
+  CheckCases([this](Random &random) {
+    const StoredImage storage = AnyStoredOf(random, random.Of(kFamilyFormats));
+    RC_PRE(storage.Record().RowSize > 0);  // others are not mirrored top to bottom
+    const Bytes before = storage.Bytes();
     const auto samples = [](const Owned<Object> &image) {
       std::vector<std::vector<Bytes>> grids;
       for (const char letter : ChannelsOf(*RecordOf(image))) grids.push_back(Grid(image, letter));
       return grids;
     };
-    const auto original = samples(storage->image);
-    const auto left = Adopt((OneIn(2) ? Rotate90 : Rotate90fast)(storage->image, nullptr));
-    RC_ASSERT(samples(Adopt((OneIn(2) ? Rotate270 : Rotate270fast)(left, nullptr))) == original);
-    const auto half = Adopt(Rotate180(storage->image, nullptr));
-    RC_ASSERT(samples(Adopt((OneIn(2) ? Rotate90 : Rotate90fast)(left, nullptr))) == samples(half));
+    const auto original = samples(storage.Image());
+    const auto left = Adopt((random.OneIn(2) ? Rotate90 : Rotate90fast)(storage.Image(), nullptr));
+    RC_ASSERT(samples(Adopt((random.OneIn(2) ? Rotate270 : Rotate270fast)(left, nullptr))) == original);
+    const auto half = Adopt(Rotate180(storage.Image(), nullptr));
+    RC_ASSERT(samples(Adopt((random.OneIn(2) ? Rotate90 : Rotate90fast)(left, nullptr))) == samples(half));
     RC_ASSERT(samples(Adopt(Rotate180(half, nullptr))) == original);
-    HMirrorSelf(storage->image);
-    VMirrorSelf(storage->image);
-    RC_ASSERT(samples(storage->image) == samples(half));
-    HMirrorSelf(storage->image);
-    VMirrorSelf(storage->image);
-    RC_ASSERT(storage->All() == before);
-  }));
+    HMirrorSelf(storage.Image());
+    VMirrorSelf(storage.Image());
+    RC_ASSERT(samples(storage.Image()) == samples(half));
+    HMirrorSelf(storage.Image());
+    VMirrorSelf(storage.Image());
+    RC_ASSERT(storage.Bytes() == before);
+  });
 }
 
 }  // namespace

@@ -1,14 +1,13 @@
 // Random rotations of random images, with new images from all kinds of factories, against the plain loops: every byte
 // of the result.
 #include <gtest/gtest.h>
-#include <rapidcheck.h>
 
 #include <cstdint>
-#include <memory>
 #include <vector>
 
 #include "geometry/rotate.h"
 #include "image/image_factory.h"
+#include "image/views.h"
 #include "tests/geometry/turn_generators.h"
 #include "tests/geometry/turn_testing.h"
 #include "tests/naive/rotate.h"
@@ -44,7 +43,7 @@ REALobject NewPicture(REALobject, int32_t width, int32_t height, int32_t format)
   const int32_t wider = plan.parts[i] ? width + 1 : width;
   if (plan.inFile[i]) {
     ImageConstructorFile(picture, wider, height, format, 0, nullptr);
-    if (RecordOf(picture)->Valid) UseSmallBlocks(*RecordOf(picture));
+    if (RecordOf(picture)->Valid) scenes::UseBlocksOf(*RecordOf(picture), 5);
   } else {
     ImageConstructor(picture, wider, height, format);
   }
@@ -68,24 +67,24 @@ class RotateProperty : public testing::Test {
   PluginHost host_{{.fenced = true}};
 };
 
-double AnyAngle() {
-  switch (Any(0, 6)) {
+double AnyAngle(Random &random) {
+  switch (random.Between(0, 6)) {
     case 0:
-      return Any(-8, 8) * 45.0;
+      return random.Between(-8, 8) * 45.0;
     case 1:
-      return Any(-8, 8) * 45.0 + Any(-1, 1) * 1e-9;
+      return random.Between(-8, 8) * 45.0 + random.Between(-1, 1) * 1e-9;
     case 2:
-      return Any(-100000, 100000) / 7.0;
+      return random.Between(-100000, 100000) / 7.0;
     case 3:
-      return Any(-1000, 1000) * 1e-18;
+      return random.Between(-1000, 1000) * 1e-18;
     default:
-      return Any(-360000, 360000) / 1000.0;
+      return random.Between(-360000, 360000) / 1000.0;
   }
 }
 
-RotateBackground AnyBackground() {
-  if (OneIn(3)) return {};
-  const auto byte = [] { return OneIn(3) ? 255 : Any(-300, 300); };
+RotateBackground AnyBackground(Random &random) {
+  if (random.OneIn(3)) return {};
+  const auto byte = [&] { return random.OneIn(3) ? 255 : random.Between(-300, 300); };
   return {byte(), byte(), byte(), byte(), byte(), byte(), byte(), byte(), byte()};
 }
 
@@ -128,9 +127,9 @@ Bytes RowsOf(REALobject image) {
   return bytes;
 }
 
-void ExpectTheNaiveBytes(const Owned<Object> &source) {
-  const double angle = AnyAngle();
-  const RotateBackground to = AnyBackground();
+void ExpectTheNaiveBytes(Random &random, const Owned<Object> &source) {
+  const double angle = AnyAngle(random);
+  const RotateBackground to = AnyBackground(random);
   const Bytes before = plan.shared != nullptr ? RowsOf(plan.shared) : Bytes();
   plan.asked = 0;
   const auto turned = Adopt(
@@ -155,48 +154,49 @@ void ExpectTheNaiveBytes(const Owned<Object> &source) {
 }
 
 TEST_F(RotateProperty, AnyImageByAnyAngleGivesThePlainBytes) {
-  EXPECT_TRUE(rc::check([this] {
-    const int32_t format = OneIn(10) ? int32_t{ImageFormatGray16} : AnyFormat();
-    const Storage storage(host_, AnyKind(), AnySide(), Any(1, 30), format, Any(0, 5), OneIn(4),
-                          static_cast<uint32_t>(Any(0, 1000000)));
-    const Bytes before = storage.All();
-    ExpectTheNaiveBytes(AnyView(storage.image));
-    RC_ASSERT(storage.All() == before);
-  }));
+  CheckCases([this](Random &random) {
+    const int32_t format = random.OneIn(10) ? int32_t{ImageFormatGray16} : AnyMovedFormat(random);
+    const int32_t width = random.Side(300), height = random.Between(1, 30);
+    const StoredImage storage = AnyStored(random, host_, AnyKind(random), width, height, format);
+    const Bytes before = storage.Bytes();
+    ExpectTheNaiveBytes(random, AnyOddView(random, storage));
+    RC_ASSERT(storage.Bytes() == before);
+  });
 }
 
 TEST_F(RotateProperty, ImagesOfAnyFactoryGiveThePlainBytes) {
-  EXPECT_TRUE(rc::check([this] {
-    const int32_t format = AnyFormat();
-    const Storage storage(host_, Kind::Block, Any(1, 20), Any(1, 20), format, Any(0, 5), false,
-                          static_cast<uint32_t>(Any(0, 1000000)));
+  CheckCases([this](Random &random) {
+    const int32_t format = AnyMovedFormat(random);
+    const int32_t width = random.Between(1, 20), height = random.Between(1, 20);
+    const StoredImage storage = AnyStored(random, host_, Kind::Block, width, height, format);
     plan = {};
     for (int i = 0; i < 4; ++i) {
-      plan.more.push_back(OneIn(2) ? Any(0, 9) : 0);
-      plan.formats.push_back(OneIn(3) ? AnyFormat() : 0);
-      plan.inFile.push_back(OneIn(3));
-      plan.parts.push_back(OneIn(4));
+      plan.more.push_back(random.OneIn(2) ? random.Between(0, 9) : 0);
+      plan.formats.push_back(random.OneIn(3) ? AnyMovedFormat(random) : 0);
+      plan.inFile.push_back(random.OneIn(3));
+      plan.parts.push_back(random.OneIn(4));
     }
     SetFactory(host_.New("Factory"));
-    ExpectTheNaiveBytes(AnyView(storage.image));
+    ExpectTheNaiveBytes(random, AnyOddView(random, storage));
     SetFactory(nullptr);
-  }));
+  });
 }
 
 TEST_F(RotateProperty, OneImageForEverythingGivesThePlainBytes) {
-  EXPECT_TRUE(rc::check([this] {
-    const int32_t format = AnyFormat();
-    const Storage storage(host_, Kind::Block, Any(1, 16), Any(1, 16), format, Any(0, 5), false,
-                          static_cast<uint32_t>(Any(0, 1000000)));
-    const Storage shared(host_, Kind::Memory, 44, 44, OneIn(2) ? format : AnyFormat());
+  CheckCases([this](Random &random) {
+    const int32_t format = AnyMovedFormat(random);
+    const int32_t width = random.Between(1, 16), height = random.Between(1, 16);
+    const StoredImage storage = AnyStored(random, host_, Kind::Block, width, height, format);
+    const StoredImage shared =
+        AnyStored(random, host_, Kind::Memory, 44, 44, random.OneIn(2) ? format : AnyMovedFormat(random));
     plan = {};
     plan.more = {0};
-    plan.shared = shared.image;
+    plan.shared = shared.Image();
     SetFactory(host_.New("Factory"));
-    ExpectTheNaiveBytes(AnyView(storage.image));
+    ExpectTheNaiveBytes(random, AnyOddView(random, storage));
     SetFactory(nullptr);
     plan.shared = nullptr;
-  }));
+  });
 }
 
 }  // namespace

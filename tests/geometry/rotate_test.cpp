@@ -210,7 +210,7 @@ TEST_F(Rotate, TheTurnGoesToTheLeft) {
 }
 
 TEST_F(Rotate, TheCornersHoldTheBackground) {
-  for (const int32_t format : kFormats) {
+  for (const int32_t format : kFamilyFormats) {
     const auto image = Noisy(40, 30, format);
     const RotateBackground background{256 + 10, -236, 30, 40, 50, 60, 70, 80, 90};  // cut to 10, 20
     const auto turned = Turned(image, 30.0, background);
@@ -259,12 +259,12 @@ TEST_F(Rotate, AlphaIsShearedLikeTheColours) {
 }
 
 TEST_F(Rotate, TheSourceStaysAsItIsAndIsGivenBack) {
-  const Storage storage(host_, Kind::Block, 30, 20, ImageFormatRGB, 5);
-  const Bytes before = storage.All();
+  const StoredImage storage = Stored(host_, Kind::Block, 30, 20, ImageFormatRGB, 5);
+  const Bytes before = storage.Bytes();
   for (const double angle : {10.0, 100.0, 190.0, 280.0, 350.0}) {
-    EXPECT_TRUE(Turned(storage.image, angle));
-    EXPECT_EQ(storage.All(), before);
-    EXPECT_EQ(References(storage.image), 1);
+    EXPECT_TRUE(Turned(storage.Image(), angle));
+    EXPECT_EQ(storage.Bytes(), before);
+    EXPECT_EQ(References(storage.Image()), 1);
   }
 }
 
@@ -303,8 +303,8 @@ TEST_F(Rotate, AnImageThatIsNotUsableOrOfNoFamilyGivesNil) {
   ImageDestructor(closed);
   const auto parent = NewImage(host_, 4, 4, ImageFormatRGB), buffer = NewImage(host_, 4, 4, ImageFormatBuffer);
   const auto negative = Adopt(ClipImage5(parent, 6, 0, 1, 4)), low = Adopt(ClipImage5(parent, 0, 4, 4, 1));
-  const Storage table(host_, Kind::Table, 4, 4, ImageFormatRGB);
-  const auto tableView = Adopt(ClipImage1(table.image));
+  const StoredImage table = Stored(host_, Kind::Table, 4, 4, ImageFormatRGB);
+  const auto tableView = Adopt(ClipImage1(table.Image()));
   for (const double angle : {30.0, 90.0, 100.0, 180.0, 200.0, 270.0, 300.0}) {
     EXPECT_EQ(rbRotate(nullptr, angle, 0, 0, 0, 0, 0, 0, 0, 0, 0), nullptr);
     for (const auto *image : {&empty, &closed, &negative, &low, &tableView}) {

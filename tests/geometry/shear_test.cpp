@@ -20,17 +20,17 @@ class Shear : public testing::Test {
                Pixel<L> background) {
     const int32_t size = PixelSizeOf(format);
     const auto width = static_cast<int32_t>(row.size()) / size;
-    const Storage source(host_, Kind::Block, std::max(width, 1), 1, format);
+    const StoredImage source = Stored(host_, Kind::Block, std::max(width, 1), 1, format);
     source.Record().Width = width;
-    const Storage dest(host_, Kind::Block, destWidth, 3, format);
-    if (width > 0) source.Put(row);
+    const StoredImage dest = Stored(host_, Kind::Block, destWidth, 3, format);
+    if (width > 0) source.SetBytes(row);
     Bytes results[2];
     for (const bool mapped : {false, true}) {
       source.Record().IsMapping = mapped;
-      Bytes bytes(dest.All().size(), 0xEE);
-      dest.Put(bytes);
+      Bytes bytes(dest.Bytes().size(), 0xEE);
+      dest.SetBytes(bytes);
       HorizSkew<L>(RowShifted(source), dest.Record(), 1, offset, weight, background);
-      const Bytes all = dest.All();
+      const Bytes all = dest.Bytes();
       const auto first = all.begin() + ptrdiff_t{destWidth} * size, last = first + ptrdiff_t{destWidth} * size;
       results[mapped] = Bytes(first, last);
       std::copy(first, last, bytes.begin() + ptrdiff_t{destWidth} * size);
@@ -41,7 +41,7 @@ class Shear : public testing::Test {
   }
 
   // Row 1 is the one row of the source.
-  static ImageClassData &RowShifted(const Storage &source) {
+  static ImageClassData &RowShifted(const StoredImage &source) {
     source.Record().RowOffset = -1;
     source.Record().Height = 2;
     return source.Record();
@@ -112,48 +112,44 @@ TEST_F(Shear, LongRowsOfUnlikeLayoutsAreShearedLikeShortOnes) {
 }
 
 TEST_F(Shear, RowsAreFetchedAnewForEveryPixelOfAMappedImage) {
-  const Storage source(host_, Kind::Block, 2, 4, ImageFormatRGB), dest(host_, Kind::Block, 3, 4, ImageFormatRGB);
+  const StoredImage source = Stored(host_, Kind::Block, 2, 4, ImageFormatRGB),
+                    dest = Stored(host_, Kind::Block, 3, 4, ImageFormatRGB);
   ImageClassData &from = source.Record(), &to = dest.Record();
-  NoteFetches(from);
-  NoteFetches(to);
-  fetches.clear();
+  RowLog log;
+  log.WatchAsMapped(from, "s");
+  log.WatchAsMapped(to, "d");
   HorizSkew<Layout<RGB, false>>(from, to, 3, 0, 0.5, {{1, 2, 3}});
-  EXPECT_EQ(fetches, (std::vector<Fetch>{{&to, 3},
-                                         {&to, 3},
-                                         {&to, 3},  // the background
-                                         {&from, 3},
-                                         {&to, 3},
-                                         {&from, 3},
-                                         {&to, 3},
-                                         {&to, 3}}));
+  EXPECT_EQ(log.Take(), "d3 d3 d3 s3 d3 s3 d3 d3");
 }
 
 TEST_F(Shear, ARowShearedIntoItselfIsFirstOverwrittenByTheBackground) {
-  const Storage storage(host_, Kind::Block, 3, 1, ImageFormatG);
-  storage.Put({100, 200, 60});
+  const StoredImage storage = Stored(host_, Kind::Block, 3, 1, ImageFormatG);
+  storage.SetBytes({100, 200, 60});
   HorizSkew<GrayOnly>(storage.Record(), storage.Record(), 0, 1, 0.5, {{40}});
   // 40 throughout, of which the first goes to the second place, and so on.
-  EXPECT_EQ(storage.All(), (Bytes{40, 40, 40}));
-  storage.Put({100, 200, 60});
+  EXPECT_EQ(storage.Bytes(), (Bytes{40, 40, 40}));
+  storage.SetBytes({100, 200, 60});
   HorizSkew<GrayOnly>(storage.Record(), storage.Record(), 0, -1, 0.5, {{41}});
   // Two samples move to the left; behind the last one 41 - (20.5 - 20) is left.
-  EXPECT_EQ(storage.All(), (Bytes{41, 41, 40}));
+  EXPECT_EQ(storage.Bytes(), (Bytes{41, 41, 40}));
 }
 
 TEST_F(Shear, ARowThatCannotBeHadIsLeftOut) {
-  const Storage source(host_, Kind::Block, 2, 3, ImageFormatG), dest(host_, Kind::Block, 2, 3, ImageFormatG);
-  const Bytes before = dest.All();
+  const StoredImage source = Stored(host_, Kind::Block, 2, 3, ImageFormatG),
+                    dest = Stored(host_, Kind::Block, 2, 3, ImageFormatG);
+  const Bytes before = dest.Bytes();
+  RowLog rows;
   for (const bool mapped : {false, true}) {
     dest.Record().IsMapping = mapped;
-    dest.Record().GetRow = RowsButOne;
+    rows.Refuse(dest.Record(), 1);
     HorizSkew<GrayOnly>(source.Record(), dest.Record(), 1, 0, 0.5, {{41}});
-    EXPECT_EQ(dest.All(), before);
-    dest.Record().GetRow = GetRowLinear;
-    source.Record().GetRow = RowsButOne;
+    EXPECT_EQ(dest.Bytes(), before);
+    rows.Release(dest.Record());
+    rows.Refuse(source.Record(), 1);
     HorizSkew<GrayOnly>(source.Record(), dest.Record(), 1, 0, 0.5, {{0}});
-    EXPECT_NE(dest.All()[2], 41);
-    dest.Put(before);
-    source.Record().GetRow = GetRowLinear;
+    EXPECT_NE(dest.Bytes()[2], 41);
+    dest.SetBytes(before);
+    rows.Release(source.Record());
   }
 }
 

@@ -1,69 +1,51 @@
 // Random images for the properties of mirroring, turning and rotation: every format, storage and view.
 #pragma once
 
-#include <rapidcheck.h>
-
+#include <algorithm>
 #include <cstdint>
-#include <vector>
 
-#include "image/views.h"
 #include "tests/geometry/turn_testing.h"
+#include "tests/scenes/cases.h"
+#include "tests/scenes/formats.h"
+#include "tests/scenes/views.h"
 
 namespace turn_testing {
 
-// A number from `least` to `most`, all alike from the first case on.
-inline int32_t Any(int32_t least, int32_t most) {
-  return *rc::gen::resize(rc::kNominalSize, rc::gen::inRange(least, most + 1));
+using scenes::AnyFormat;
+using scenes::AnyOddView;
+using scenes::CheckCases;
+using scenes::Random;
+
+// Now and then without channels that move; sixteen bits are refused, which tests tell by themselves.
+inline int32_t AnyMovedFormat(Random &random) {
+  const int32_t format = scenes::AnyLikelyFormat(random);
+  return format == zvk::image::ImageFormatGray16 ? int32_t{zvk::image::ImageFormatG} : format;
 }
-inline bool OneIn(int32_t count) { return Any(1, count) == 1; }
 
-// Now and then longer than the runs and blocks in which pixels are moved.
-inline int32_t AnySide() { return OneIn(6) ? Any(1, 300) : Any(1, 20); }
+// Often in a file.
+inline Kind AnyKind(Random &random) { return random.OneIn(6) ? Kind::File : scenes::kKinds[random.Between(0, 5)]; }
 
-inline int32_t AnyFamilyFormat() {
-  return kFormats[static_cast<size_t>(Any(0, static_cast<int32_t>(kFormats.size()) - 1))];
-}
-// Now and then of no family.
-inline int32_t AnyFormat() { return OneIn(20) ? Any(33, 40) : AnyFamilyFormat(); }
-
-inline Kind AnyKind() { return OneIn(4) ? Kind::File : OneIn(6) ? Kind::Table : OneIn(3) ? Kind::Memory : Kind::Block; }
-
-// A view of an image as chance has it, or the image itself. The first row and column are in it.
-inline Owned<Object> AnyView(Owned<Object> image) {
-  ImageClassData &record = *RecordOf(image);
-  if (record.RowTable != nullptr) return image;
-  const auto take = [&](REALobject view) {
-    if (auto adopted = Adopt(view)) image = adopted;
-  };
-  if (OneIn(3)) {
-    const int32_t x = Any(0, record.Width - 1), y = Any(0, record.Height - 1);
-    take(zvk::image::ClipImage5(image, x, y, Any(1, record.Width), Any(1, record.Height)));
-  }
-  if (OneIn(3)) take(zvk::image::GetMirroredView(image));
-  constexpr REALobject (*kChannelViews[])(REALobject) = {zvk::image::GreenChannel, zvk::image::AlphaChannel,
-                                                         zvk::image::BlackChannel, zvk::image::RGBChannel,
-                                                         zvk::image::CMYKChannel};
-  if (OneIn(3)) take(kChannelViews[Any(0, 4)](image));
-  ImageClassData &shown = *RecordOf(image);
-  if (OneIn(6)) {
-    for (int32_t ImageClassData::*offset : {&ImageClassData::RedOffset, &ImageClassData::GreenOffset,
-                                            &ImageClassData::GrayOffset, &ImageClassData::AlphaOffset}) {
-      if (OneIn(2)) shown.*offset = Any(0, shown.PixelSize - 1);
-    }
-  }
-  return image;
+// An image of noise, with gaps between its rows or without. No row is missing.
+inline StoredImage AnyStored(Random &random, PluginHost &host, Kind kind, int32_t width, int32_t height, int32_t format,
+                             bool gaps = true) {
+  scenes::RowLayout layout = scenes::AnyRowLayout(random, kind, height);
+  if (!gaps) layout.gap = 0;
+  layout.wholeLastRow = false;
+  layout.missingRow = -1;
+  return scenes::NoisyImage(host, kind, width, height, format, layout, random.Bits());
 }
 
 // An image somewhere in the bytes of a block, over other images; its rows may overlap each other too.
-inline Owned<Object> AnyImageOver(PluginHost &host, const Storage &storage) {
-  const int32_t format = AnyFormat(), size = storage.block->Size(), pixelSize = PixelSizeOf(format);
-  const int32_t width = Any(1, std::max(1, std::min(12, size / pixelSize)));
-  const int32_t distance = std::min(size, Any(0, width * pixelSize + 3));
+inline Owned<Object> AnyImageOver(Random &random, PluginHost &host, const StoredImage &stored) {
+  const int32_t format = AnyMovedFormat(random), pixelSize = PixelSizeOf(format);
+  const auto size = static_cast<int32_t>(stored.All().size());
+  const int32_t width = random.Between(1, std::max(1, std::min(12, size / pixelSize)));
+  const int32_t distance = std::min(size, random.Between(0, width * pixelSize + 3));
   const int32_t lastRow = std::max(distance, width * pixelSize);
-  const int32_t height = Any(1, distance == 0 ? 12 : std::min(12, (size - lastRow) / distance + 1));
+  const int32_t height = random.Between(1, distance == 0 ? 12 : std::min(12, (size - lastRow) / distance + 1));
   auto image = host.New("PictureZVK");
-  zvk::image::ImageConstructorMemory(image, storage.block, width, height, format, distance);
-  RecordOf(image)->Buffer += Any(0, size - (height - 1) * distance - lastRow);
+  zvk::image::ImageConstructorMemory(image, stored.Block(), width, height, format, distance);
+  RecordOf(image)->Buffer += random.Between(0, size - (height - 1) * distance - lastRow);
   return image;
 }
 

@@ -62,10 +62,10 @@ TEST_F(Turns, ThreeQuartersPutTheLowerLeftPixelToTheUpperLeft) {
 }
 
 TEST_F(Turns, ANewImageHasTheFormatAndTheSizeOfTheTurn) {
-  for (const int32_t format : kFormats) {
-    const Storage storage(host_, Kind::Block, 5, 3, format);
+  for (const int32_t format : kFamilyFormats) {
+    const StoredImage storage = Stored(host_, Kind::Block, 5, 3, format);
     for (const auto turn : kTurns) {
-      const auto turned = Adopt(turn(storage.image, nullptr));
+      const auto turned = Adopt(turn(storage.Image(), nullptr));
       const ImageClassData &record = *RecordOf(turned);
       EXPECT_EQ(record.ImageFormat, format);
       EXPECT_EQ(record.Width, turn == Rotate180 ? 5 : 3);
@@ -76,10 +76,10 @@ TEST_F(Turns, ANewImageHasTheFormatAndTheSizeOfTheTurn) {
 }
 
 TEST_F(Turns, BothFormsGiveTheSamePixels) {
-  for (const int32_t format : kFormats) {
-    const Storage storage(host_, Kind::Memory, 70, 131, format);
+  for (const int32_t format : kFamilyFormats) {
+    const StoredImage storage = Stored(host_, Kind::Memory, 70, 131, format);
     for (const auto &[plain, tiled] : {std::pair{&Rotate90, &Rotate90fast}, {&Rotate270, &Rotate270fast}}) {
-      const auto a = Adopt(plain(storage.image, nullptr)), b = Adopt(tiled(storage.image, nullptr));
+      const auto a = Adopt(plain(storage.Image(), nullptr)), b = Adopt(tiled(storage.Image(), nullptr));
       ImageClassData &first = *RecordOf(a), &second = *RecordOf(b);
       ASSERT_EQ(first.TotalSize, second.TotalSize);
       EXPECT_TRUE(std::equal(first.Buffer, first.Buffer + first.TotalSize, second.Buffer)) << format;
@@ -88,34 +88,35 @@ TEST_F(Turns, BothFormsGiveTheSamePixels) {
 }
 
 TEST_F(Turns, FourQuarterTurnsGiveBackEverySample) {
-  for (const int32_t format : kFormats) {
-    const Storage storage(host_, Kind::Memory, 67, 130, format);
+  for (const int32_t format : kFamilyFormats) {
+    const StoredImage storage = Stored(host_, Kind::Memory, 67, 130, format);
     for (const auto turn : kQuarterTurns) {
-      Owned<Object> image = storage.image;
+      Owned<Object> image = storage.Image();
       for (int i = 0; i < 4; ++i) image = Adopt(turn(image, nullptr));
       for (const char letter : ChannelsOf(storage.Record())) {
-        EXPECT_EQ(Grid(image, letter), Grid(storage.image, letter)) << format << letter;
+        EXPECT_EQ(Grid(image, letter), Grid(storage.Image(), letter)) << format << letter;
       }
     }
   }
 }
 
 TEST_F(Turns, SamplesGoWhereTheDestKeepsThemAndFillerStays) {
-  const Storage source(host_, Kind::Block, 2, 1, ImageFormatRGB), dest(host_, Kind::Block, 1, 2, ImageFormatXBGR, 1);
-  source.Put({1, 2, 3, 4, 5, 6});
-  dest.Put(Bytes(9, 9));
-  EXPECT_EQ(Adopt(Rotate90(source.image, dest.image)).Handle(), dest.image.Handle());
-  EXPECT_EQ(dest.All(), (Bytes{9, 6, 5, 4, 9, 9, 3, 2, 1}));
-  const Storage wide(host_, Kind::Block, 2, 1, ImageFormatXBGR);
-  wide.Put(Bytes(8, 9));
-  Adopt(Rotate180(source.image, wide.image));
-  EXPECT_EQ(wide.All(), (Bytes{9, 6, 5, 4, 9, 3, 2, 1}));
+  const StoredImage source = Stored(host_, Kind::Block, 2, 1, ImageFormatRGB),
+                    dest = Stored(host_, Kind::Block, 1, 2, ImageFormatXBGR, 1);
+  source.SetBytes({1, 2, 3, 4, 5, 6});
+  dest.SetBytes(Bytes(9, 9));
+  EXPECT_EQ(Adopt(Rotate90(source.Image(), dest.Image())).Handle(), dest.Image().Handle());
+  EXPECT_EQ(dest.Bytes(), (Bytes{9, 6, 5, 4, 9, 9, 3, 2, 1}));
+  const StoredImage wide = Stored(host_, Kind::Block, 2, 1, ImageFormatXBGR);
+  wide.SetBytes(Bytes(8, 9));
+  Adopt(Rotate180(source.Image(), wide.Image()));
+  EXPECT_EQ(wide.Bytes(), (Bytes{9, 6, 5, 4, 9, 3, 2, 1}));
 }
 
 TEST_F(Turns, FillerOfANewImageIsZero) {
-  const Storage storage(host_, Kind::Memory, 66, 65, ImageFormatCMYKX);
+  const StoredImage storage = Stored(host_, Kind::Memory, 66, 65, ImageFormatCMYKX);
   for (const auto turn : kTurns) {
-    const auto turned = Adopt(turn(storage.image, nullptr));
+    const auto turned = Adopt(turn(storage.Image(), nullptr));
     ImageClassData &record = *RecordOf(turned);
     for (int32_t y = 0; y < record.Height; ++y) {
       for (int32_t x = 0; x < record.Width; ++x) ASSERT_EQ(record.GetRow(&record, y)[x * 5 + 4], 0);
@@ -124,19 +125,21 @@ TEST_F(Turns, FillerOfANewImageIsZero) {
 }
 
 TEST_F(Turns, ADestOfAnotherFamilyGetsTheSamplesAtItsOwnOffsets) {
-  const Storage source(host_, Kind::Block, 2, 1, ImageFormatRGB), dest(host_, Kind::Block, 2, 1, ImageFormatG);
-  source.Put({1, 2, 3, 4, 5, 6});
-  Adopt(Rotate180(source.image, dest.image));
-  EXPECT_EQ(dest.All(), (Bytes{6, 3}));  // all three at offset 0, the last one stays
+  const StoredImage source = Stored(host_, Kind::Block, 2, 1, ImageFormatRGB),
+                    dest = Stored(host_, Kind::Block, 2, 1, ImageFormatG);
+  source.SetBytes({1, 2, 3, 4, 5, 6});
+  Adopt(Rotate180(source.Image(), dest.Image()));
+  EXPECT_EQ(dest.Bytes(), (Bytes{6, 3}));  // all three at offset 0, the last one stays
 }
 
 TEST_F(Turns, AnImageOfNoFamilyLeavesTheDestAsItIs) {
-  const Storage source(host_, Kind::Block, 4, 4, ImageFormatScaling3), dest(host_, Kind::Block, 4, 4, ImageFormatRGB);
-  const Bytes before = dest.All();
+  const StoredImage source = Stored(host_, Kind::Block, 4, 4, ImageFormatScaling3),
+                    dest = Stored(host_, Kind::Block, 4, 4, ImageFormatRGB);
+  const Bytes before = dest.Bytes();
   for (const auto turn : kTurns) {
-    EXPECT_EQ(Adopt(turn(source.image, dest.image)).Handle(), dest.image.Handle());
-    EXPECT_EQ(dest.All(), before);
-    const auto fresh = Adopt(turn(source.image, nullptr));
+    EXPECT_EQ(Adopt(turn(source.Image(), dest.Image())).Handle(), dest.Image().Handle());
+    EXPECT_EQ(dest.Bytes(), before);
+    const auto fresh = Adopt(turn(source.Image(), nullptr));
     EXPECT_EQ(RecordOf(fresh)->ImageFormat, ImageFormatScaling3);
   }
 }
@@ -180,12 +183,13 @@ TEST_F(Turns, WithoutMemoryForTheNewImageTheResultIsNil) {
 }
 
 TEST_F(Turns, ADestThatIsTooLargeKeepsTheRest) {
-  const Storage source(host_, Kind::Block, 2, 1, ImageFormatG), dest(host_, Kind::Block, 3, 3, ImageFormatG);
-  source.Put({1, 2});
+  const StoredImage source = Stored(host_, Kind::Block, 2, 1, ImageFormatG),
+                    dest = Stored(host_, Kind::Block, 3, 3, ImageFormatG);
+  source.SetBytes({1, 2});
   const auto turnedInto = [&](Turn turn) {
-    dest.Put(Bytes(9, 9));
-    Adopt(turn(source.image, dest.image));
-    return dest.All();
+    dest.SetBytes(Bytes(9, 9));
+    Adopt(turn(source.Image(), dest.Image()));
+    return dest.Bytes();
   };
   EXPECT_EQ(turnedInto(Rotate180), (Bytes{2, 1, 9, 9, 9, 9, 9, 9, 9}));
   EXPECT_EQ(turnedInto(Rotate90), (Bytes{2, 9, 9, 1, 9, 9, 9, 9, 9}));
@@ -197,13 +201,13 @@ TEST_F(Turns, ADestThatIsTooLargeKeepsTheRest) {
 TEST_F(Turns, TheSizeOfADestIsNotChecked) {
   // What falls beyond a part of an image goes into the image behind it.
   const auto source = Gray({{1, 2, 3}, {4, 5, 6}});
-  const Storage whole(host_, Kind::Block, 4, 4, ImageFormatG, 2);
-  const auto part = Adopt(ClipImage5(whole.image, 1, 1, 1, 1));
-  const auto lowPart = Adopt(ClipImage5(whole.image, 1, 2, 1, 1)), mirroredPart = Adopt(GetMirroredView(lowPart));
+  const StoredImage whole = Stored(host_, Kind::Block, 4, 4, ImageFormatG, 2);
+  const auto part = Adopt(ClipImage5(whole.Image(), 1, 1, 1, 1));
+  const auto lowPart = Adopt(ClipImage5(whole.Image(), 1, 2, 1, 1)), mirroredPart = Adopt(GetMirroredView(lowPart));
   const auto turnedInto = [&](Turn turn, const Owned<Object> &dest) {
-    whole.Put(Bytes(22, 0));
+    whole.SetBytes(Bytes(22, 0));
     Adopt(turn(source, dest));
-    return Grid(whole.image, 'g');
+    return Grid(whole.Image(), 'g');
   };
   EXPECT_EQ(turnedInto(Rotate180, part), (std::vector<Bytes>{{0, 0, 0, 0}, {0, 6, 5, 4}, {0, 3, 2, 1}, {0, 0, 0, 0}}));
   const std::vector<Bytes> left{{0, 0, 0, 0}, {0, 3, 6, 0}, {0, 2, 5, 0}, {0, 1, 4, 0}};
@@ -219,10 +223,10 @@ TEST_F(Turns, TheSizeOfADestIsNotChecked) {
 
 TEST_F(Turns, WhatFallsOutsideTheStorageIsLeftOut) {
   const auto source = Gray({{1, 2, 3}, {4, 5, 6}, {7, 8, 9}});
-  const Storage dest(host_, Kind::Block, 2, 1, ImageFormatG);  // fenced
+  const StoredImage dest = Stored(host_, Kind::Block, 2, 1, ImageFormatG);  // fenced
   const auto turnedInto = [&](Turn turn) {
-    Adopt(turn(source, dest.image));
-    return dest.All();
+    Adopt(turn(source, dest.Image()));
+    return dest.Bytes();
   };
   EXPECT_EQ(turnedInto(Rotate180), (Bytes{9, 8}));
   EXPECT_EQ(turnedInto(Rotate90), (Bytes{3, 6}));
@@ -234,11 +238,11 @@ TEST_F(Turns, WhatFallsOutsideTheStorageIsLeftOut) {
 TEST_F(Turns, AnImageOfNoColumnsGivesTheDestUnchangedAndNoNewImage) {
   const auto parent = NewImage(host_, 3, 3, ImageFormatRGB);
   const auto none = Adopt(ClipImage5(parent, 3, 0, 1, 3));
-  const Storage dest(host_, Kind::Block, 3, 3, ImageFormatRGB);
-  const Bytes before = dest.All();
+  const StoredImage dest = Stored(host_, Kind::Block, 3, 3, ImageFormatRGB);
+  const Bytes before = dest.Bytes();
   for (const auto turn : kTurns) {
-    EXPECT_EQ(Adopt(turn(none, dest.image)).Handle(), dest.image.Handle());
-    EXPECT_EQ(dest.All(), before);
+    EXPECT_EQ(Adopt(turn(none, dest.Image())).Handle(), dest.Image().Handle());
+    EXPECT_EQ(dest.Bytes(), before);
     EXPECT_EQ(turn(none, nullptr), nullptr);
   }
 }
@@ -261,8 +265,8 @@ TEST_F(Turns, AnImageThatIsNotUsableGivesNil) {
   ImageDestructor(closed);
   const auto parent = NewImage(host_, 4, 4, ImageFormatRGB);
   const auto negative = Adopt(ClipImage5(parent, 6, 0, 1, 4)), low = Adopt(ClipImage5(parent, 0, 4, 4, 1));
-  const Storage table(host_, Kind::Table, 4, 4, ImageFormatRGB);
-  const auto tableView = Adopt(ClipImage1(table.image));
+  const StoredImage table = Stored(host_, Kind::Table, 4, 4, ImageFormatRGB);
+  const auto tableView = Adopt(ClipImage1(table.Image()));
   for (const auto turn : kTurns) {
     EXPECT_EQ(turn(nullptr, parent), nullptr);
     for (const auto &image : {empty, closed, negative, low, tableView}) {
@@ -279,16 +283,16 @@ TEST_F(Turns, AnImageThatIsNotUsableGivesNil) {
 TEST_F(Turns, LowImagesAndViewsInMemoryTurnInThePlainForm) {
   // Their tiles would have an edge of 0 or less. As source and dest share storage, the order of the pixels can be seen.
   for (const auto &[width, height] : {std::pair{1, 1}, {2, 2}, {2, 5}, {5, 2}, {5, 5}}) {
-    const Storage storage(host_, Kind::Block, 5, 5, ImageFormatRGB);
-    const Bytes before = storage.All();
-    const auto view = Adopt(ClipImage5(storage.image, 0, 0, width, height));
+    const StoredImage storage = Stored(host_, Kind::Block, 5, 5, ImageFormatRGB);
+    const Bytes before = storage.Bytes();
+    const auto view = Adopt(ClipImage5(storage.Image(), 0, 0, width, height));
     for (const auto &[tiled, left] : {std::pair{&Rotate90fast, true}, {&Rotate270fast, false}}) {
-      storage.Put(before);
+      storage.SetBytes(before);
       naive::QuarterTurn(*RecordOf(view), storage.Record(), left, 0);
-      const Bytes expected = storage.All();
-      storage.Put(before);
-      Adopt(tiled(view, storage.image));
-      EXPECT_EQ(storage.All(), expected);
+      const Bytes expected = storage.Bytes();
+      storage.SetBytes(before);
+      Adopt(tiled(view, storage.Image()));
+      EXPECT_EQ(storage.Bytes(), expected);
     }
     const auto low = NewImage(host_, width, height, ImageFormatRGBA);
     EXPECT_TRUE(Adopt(Rotate90fast(low, nullptr)));
@@ -313,77 +317,66 @@ TEST_F(Turns, AnImageTurnedIntoItselfReadsWhatItHasWritten) {
 
 TEST_F(Turns, TilesOfAnImageTurnedIntoItselfAreVisitedInTheirOrder) {
   for (const int32_t size : {3, 4, 9}) {
-    const Storage storage(host_, Kind::Memory, size, size, ImageFormatRGBA);
-    const Bytes before = storage.All();
+    const StoredImage storage = Stored(host_, Kind::Memory, size, size, ImageFormatRGBA);
+    const Bytes before = storage.Bytes();
     for (const auto &[tiled, left] : {std::pair{&Rotate90fast, true}, {&Rotate270fast, false}}) {
-      storage.Put(before);
+      storage.SetBytes(before);
       naive::QuarterTurn(storage.Record(), storage.Record(), left, size - 2);
-      const Bytes expected = storage.All();
-      storage.Put(before);
-      Adopt(tiled(storage.image, storage.image));
-      EXPECT_EQ(storage.All(), expected);
+      const Bytes expected = storage.Bytes();
+      storage.SetBytes(before);
+      Adopt(tiled(storage.Image(), storage.Image()));
+      EXPECT_EQ(storage.Bytes(), expected);
     }
   }
 }
 
 TEST_F(Turns, PixelsAreReadWholeBeforeTheyAreWritten) {
   // The same bytes as RGB and as BGR: the middle pixel goes to itself and must come out with its ends exchanged.
-  const Storage storage(host_, Kind::Block, 1, 1, ImageFormatRGB);
-  storage.Put({1, 2, 3});
+  const StoredImage storage = Stored(host_, Kind::Block, 1, 1, ImageFormatRGB);
+  storage.SetBytes({1, 2, 3});
   const auto other = host_.New("PictureZVK");
-  ImageConstructorMemory(other, storage.block, 1, 1, ImageFormatBGR, 3);
+  ImageConstructorMemory(other, storage.Block(), 1, 1, ImageFormatBGR, 3);
   for (const auto turn : kTurns) {
-    storage.Put({1, 2, 3});
-    Adopt(turn(storage.image, other));
-    EXPECT_EQ(storage.All(), (Bytes{3, 2, 1}));
+    storage.SetBytes({1, 2, 3});
+    Adopt(turn(storage.Image(), other));
+    EXPECT_EQ(storage.Bytes(), (Bytes{3, 2, 1}));
   }
 }
 
 TEST_F(Turns, ThePlainFormFetchesTheDestRowForEveryPixel) {
-  const Storage source(host_, Kind::Block, 3, 2, ImageFormatG), dest(host_, Kind::Block, 2, 3, ImageFormatG);
+  const StoredImage source = Stored(host_, Kind::Block, 3, 2, ImageFormatG),
+                    dest = Stored(host_, Kind::Block, 2, 3, ImageFormatG);
   ImageClassData &from = source.Record(), &to = dest.Record();
-  NoteFetches(from);
-  NoteFetches(to);
-  fetches.clear();
-  Adopt(Rotate90(source.image, dest.image));
-  EXPECT_EQ(fetches, (std::vector<Fetch>{{&from, 0},
-                                         {&to, 2},
-                                         {&to, 1},
-                                         {&to, 0},  //
-                                         {&from, 1},
-                                         {&to, 2},
-                                         {&to, 1},
-                                         {&to, 0}}));
-  fetches.clear();
-  Adopt(Rotate270(source.image, dest.image));
-  EXPECT_EQ(fetches, (std::vector<Fetch>{{&from, 0},
-                                         {&to, 0},
-                                         {&to, 1},
-                                         {&to, 2},  //
-                                         {&from, 1},
-                                         {&to, 0},
-                                         {&to, 1},
-                                         {&to, 2}}));
+  RowLog log;
+  log.WatchAsMapped(from, "s");
+  log.WatchAsMapped(to, "d");
+  Adopt(Rotate90(source.Image(), dest.Image()));
+  EXPECT_EQ(log.Take(), "s0 d2 d1 d0 s1 d2 d1 d0");
+  Adopt(Rotate270(source.Image(), dest.Image()));
+  EXPECT_EQ(log.Take(), "s0 d0 d1 d2 s1 d0 d1 d2");
 }
 
 TEST_F(Turns, AHalfTurnFetchesEachRowOnce) {
-  const Storage source(host_, Kind::Block, 3, 3, ImageFormatG), dest(host_, Kind::Block, 3, 3, ImageFormatG);
+  const StoredImage source = Stored(host_, Kind::Block, 3, 3, ImageFormatG),
+                    dest = Stored(host_, Kind::Block, 3, 3, ImageFormatG);
   ImageClassData &from = source.Record(), &to = dest.Record();
-  NoteFetches(from);
-  NoteFetches(to);
-  fetches.clear();
-  Adopt(Rotate180(source.image, dest.image));
-  EXPECT_EQ(fetches, (std::vector<Fetch>{{&from, 0}, {&to, 2}, {&from, 1}, {&to, 1}, {&from, 2}, {&to, 0}}));
+  RowLog log;
+  log.WatchAsMapped(from, "s");
+  log.WatchAsMapped(to, "d");
+  Adopt(Rotate180(source.Image(), dest.Image()));
+  EXPECT_EQ(log.Take(), "s0 d2 s1 d1 s2 d0");
 }
 
 TEST_F(Turns, TheTiledFormFetchesByTilesOfTwoRowsLessThanTheSmallerBlock) {
-  const Storage source(host_, Kind::Block, 3, 5, ImageFormatG), dest(host_, Kind::Block, 5, 3, ImageFormatG);
+  const StoredImage source = Stored(host_, Kind::Block, 3, 5, ImageFormatG),
+                    dest = Stored(host_, Kind::Block, 5, 3, ImageFormatG);
   ImageClassData &from = source.Record(), &to = dest.Record();
-  NoteFetches(from);
-  NoteFetches(to);
+  RowLog log;
+  log.WatchAsMapped(from, "s");
+  log.WatchAsMapped(to, "d");
   from.MappedRowCount = 9;
   to.MappedRowCount = 4;
-  std::vector<Fetch> expected{{&to, 0}, {&from, 0}};
+  std::string expected = "d0 s0";
   for (const auto &[y, x] : std::vector<std::pair<int, std::vector<int>>>{{0, {2, 1}},
                                                                           {1, {2, 1}},
                                                                           {0, {0}},
@@ -394,19 +387,19 @@ TEST_F(Turns, TheTiledFormFetchesByTilesOfTwoRowsLessThanTheSmallerBlock) {
                                                                           {3, {0}},
                                                                           {4, {2, 1}},
                                                                           {4, {0}}}) {
-    expected.push_back({&from, y});
-    for (const int row : x) expected.push_back({&to, row});
+    expected += " s" + std::to_string(y);
+    for (const int row : x) expected += " d" + std::to_string(row);
   }
-  fetches.clear();
-  Adopt(Rotate90fast(source.image, dest.image));
-  EXPECT_EQ(fetches, expected);
+  Adopt(Rotate90fast(source.Image(), dest.Image()));
+  EXPECT_EQ(log.Take(), expected);
 }
 
 TEST_F(Turns, NoBlockMovesInsideATile) {
-  const Storage source(host_, Kind::File, 30, 30, ImageFormatRGB), dest(host_, Kind::File, 30, 30, ImageFormatRGB);
+  const StoredImage source = Stored(host_, Kind::File, 30, 30, ImageFormatRGB),
+                    dest = Stored(host_, Kind::File, 30, 30, ImageFormatRGB);
   const auto mapsOf = [&](Turn turn) {
     faults::Files files;
-    Adopt(turn(source.image, dest.image));
+    Adopt(turn(source.Image(), dest.Image()));
     return files.Records(faults::FileCall::kMap).size();
   };
   // Blocks of 5 rows, so tiles of an edge of 3: a new block of the dest for each of 10 x 10 tiles, one of the source
@@ -420,34 +413,34 @@ TEST_F(Turns, NoBlockMovesInsideATile) {
 
 TEST_F(Turns, AMappedImageTurnedIntoItselfGivesTheBytesOfOneInMemory) {
   for (const auto turn : kTurns) {
-    const Storage inFile(host_, Kind::File, 13, 13, ImageFormatRGB);
-    const Storage inMemory(host_, Kind::Memory, 13, 13, ImageFormatRGB);
+    const StoredImage inFile = Stored(host_, Kind::File, 13, 13, ImageFormatRGB);
+    const StoredImage inMemory = Stored(host_, Kind::Memory, 13, 13, ImageFormatRGB);
     inMemory.Record().MappedRowCount = 5;
-    for (const char letter : {'R', 'G', 'B'}) SetGrid(inFile.image, letter, Grid(inMemory.image, letter));
-    Adopt(turn(inFile.image, inFile.image));
-    Adopt(turn(inMemory.image, inMemory.image));
-    for (const char letter : {'R', 'G', 'B'}) EXPECT_EQ(Grid(inFile.image, letter), Grid(inMemory.image, letter));
+    for (const char letter : {'R', 'G', 'B'}) SetGrid(inFile.Image(), letter, Grid(inMemory.Image(), letter));
+    Adopt(turn(inFile.Image(), inFile.Image()));
+    Adopt(turn(inMemory.Image(), inMemory.Image()));
+    for (const char letter : {'R', 'G', 'B'}) EXPECT_EQ(Grid(inFile.Image(), letter), Grid(inMemory.Image(), letter));
   }
 }
 
 TEST_F(Turns, ARowThatCannotBeMappedIsLeftOut) {
   const auto source = Gray({{1, 2, 3}, {4, 5, 6}, {7, 8, 9}});
-  const Storage dest(host_, Kind::Block, 3, 3, ImageFormatG);
+  const StoredImage dest = Stored(host_, Kind::Block, 3, 3, ImageFormatG);
   const auto turnedInto = [&](Turn turn) {
-    dest.Put(Bytes(9, 0));
-    Adopt(turn(source, dest.image));
-    return dest.All();
+    dest.SetBytes(Bytes(9, 0));
+    Adopt(turn(source, dest.Image()));
+    return dest.Bytes();
   };
-  dest.Record().GetRow = RowsButOne;
+  RowLog rows;
+  rows.Refuse(dest.Record(), 1);
   for (const bool mapped : {true, false}) {
     dest.Record().IsMapping = mapped;
     EXPECT_EQ(turnedInto(Rotate180), (Bytes{9, 8, 7, 0, 0, 0, 3, 2, 1}));
     EXPECT_EQ(turnedInto(Rotate90), (Bytes{3, 6, 9, 0, 0, 0, 1, 4, 7}));
     EXPECT_EQ(turnedInto(Rotate270fast), (Bytes{7, 4, 1, 0, 0, 0, 9, 6, 3}));
   }
-  dest.Record().IsMapping = false;
-  dest.Record().GetRow = GetRowLinear;
-  RecordOf(source)->GetRow = RowsButOne;
+  rows.Release(dest.Record());
+  rows.Refuse(*RecordOf(source), 1);
   for (const bool mapped : {true, false}) {
     RecordOf(source)->IsMapping = mapped;
     EXPECT_EQ(turnedInto(Rotate180), (Bytes{9, 8, 7, 0, 0, 0, 3, 2, 1}));

@@ -10,7 +10,9 @@
 #include <utility>
 #include <vector>
 
+#include "image/file_storage.h"
 #include "image/image_record.h"
+#include "image/image_storage.h"
 #include "tests/naive/samples.h"
 
 namespace naive {

@@ -50,10 +50,15 @@ void FillNoise(uint8_t *bytes, size_t count, uint32_t seed) {
   FillNoise(bytes, count, random);
 }
 
-Bytes Noise(size_t count, uint32_t seed) {
+Bytes Noise(size_t count, Random &random) {
   Bytes bytes(count);
-  FillNoise(bytes.data(), count, seed);
+  FillNoise(bytes.data(), count, random);
   return bytes;
+}
+
+Bytes Noise(size_t count, uint32_t seed) {
+  Random random(seed);
+  return Noise(count, random);
 }
 
 }  // namespace scenes

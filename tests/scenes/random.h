@@ -51,6 +51,7 @@ class Random {
 // Random bytes, 0 and 255 more often than the others.
 void FillNoise(uint8_t *bytes, size_t count, Random &random);
 void FillNoise(uint8_t *bytes, size_t count, uint32_t seed);
+Bytes Noise(size_t count, Random &random);
 Bytes Noise(size_t count, uint32_t seed);
 
 }  // namespace scenes

@@ -33,7 +33,8 @@ class RowLog {
 
   // What was logged since the last question: "dest0 source2" are row 0 of an image "dest" and row 2 of "source".
   std::string Take() { return std::exchange(text_, ""); }
-  // How often rows were asked for, all in all.
+  // How often rows were asked for since that was last taken.
+  int64_t TakeCount() { return std::exchange(count_, 0); }
   int64_t Count() const { return count_; }
 
  private:

@@ -150,7 +150,8 @@ void StoredImage::Fill(uint32_t seed) const {
 
 int64_t StoredImage::BytesFrom(const uint8_t *row) const {
   if (HasRowTable() || kind_ == Kind::File) return Record().RowSize;
-  return All().data() + All().size() - row;
+  const std::span<uint8_t> all = All();
+  return row < all.data() ? 0 : all.data() + all.size() - row;
 }
 
 StoredImage NoisyImage(PluginHost &host, Kind kind, int32_t width, int32_t height, int32_t format,

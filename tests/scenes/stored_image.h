@@ -52,6 +52,8 @@ class StoredImage {
   const ImageObject &Image() const { return image_; }
   operator REALobject() const { return image_.Handle(); }
   zvk::image::ImageClassData &Record() const { return *zvk::image::RecordOf(image_); }
+  // Gives the image back, of which views may be left; they still show the storage.
+  void Drop() { image_.Reset(); }
   Kind Storage() const { return kind_; }
   // The image cannot be seen through views.
   bool HasRowTable() const { return kind_ == Kind::Table || kind_ == Kind::Picture; }
@@ -67,8 +69,8 @@ class StoredImage {
   // The caller's block that begins with the image's first row; of blocks alone.
   const Owned<standalone::MemoryBlock> &Block() const { return target_; }
 
-  // Bytes from the address of a row (of the image or of a view of it) to the end of the storage it lies in. Of a file
-  // and of a row table a row is a storage by itself.
+  // Bytes from the address of a row (of the image or of a view of it) to the end of the storage it lies in; 0 or less
+  // if it does not lie there. Of a file and of a row table a row is a storage by itself.
   int64_t BytesFrom(const uint8_t *row) const;
 
  private:

@@ -15,6 +15,11 @@ struct ViewChances {
 // these in turn. An image with a row table has no views.
 ImageObject AnyView(Random &random, const StoredImage &stored, const ViewChances &chances = {});
 
+// The same, in which a channel may be in the place of another one.
+inline ImageObject AnyOddView(Random &random, const StoredImage &stored) {
+  return AnyView(random, stored, {.movedOffsets = true});
+}
+
 // A view of the stored image as large as that; empty if there is none.
 ImageObject AnyViewOfSize(Random &random, const StoredImage &stored, int32_t width, int32_t height);
 
