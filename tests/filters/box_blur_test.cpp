@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "tests/filters/filter_testing.h"
-#include "tests/filters/noted_rows.h"
 #include "tests/support/faults.h"
 
 namespace zvk::filters {
@@ -269,17 +268,17 @@ TEST_F(BoxBlurTest, IterationsThatGetNoNewImageAreNil) {
 
 TEST_F(BoxBlurTest, AlongColumnsTheRowsOfAWindowAreFetchedThenThreeForEachRow) {
   const auto blur = [](REALobject image, REALobject dest) { return BoxBlurFilter(image, dest, 1, true, false); };
-  EXPECT_EQ(FetchesFor(host_, 2, 4, blur), FetchesOf("s0 s0 s1 d0 s0 s2 d1 s0 s3 d2 s1 s3 d3 s2 s3"));
+  EXPECT_EQ(FetchesFor(host_, 2, 4, blur), "s0 s0 s1 d0 s0 s2 d1 s0 s3 d2 s1 s3 d3 s2 s3");
 }
 
 TEST_F(BoxBlurTest, AlongRowsTheRowsOfDestAreFetchedAgain) {
   const auto blur = [](REALobject image, REALobject dest) { return BoxBlurFilter(image, dest, 2, true, true); };
-  EXPECT_EQ(FetchesFor(host_, 2, 2, blur), FetchesOf("s0 s0 s0 s1 s1 d0 s0 s1 d1 s0 s1 d0 d1"));
+  EXPECT_EQ(FetchesFor(host_, 2, 2, blur), "s0 s0 s0 s1 s1 d0 s0 s1 d1 s0 s1 d0 d1");
 }
 
 TEST_F(BoxBlurTest, AlongRowsAloneEachRowIsFetchedOnce) {
   const auto blur = [](REALobject image, REALobject dest) { return BoxBlurFilter(image, dest, 2, false, true); };
-  EXPECT_EQ(FetchesFor(host_, 2, 2, blur), FetchesOf("d0 s0 d1 s1"));
+  EXPECT_EQ(FetchesFor(host_, 2, 2, blur), "d0 s0 d1 s1");
 }
 
 TEST_F(BoxBlurTest, AlongRowsAloneViewsOfAFileAreBlurredPixelAfterPixelThroughTheirMappings) {

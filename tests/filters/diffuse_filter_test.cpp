@@ -8,7 +8,6 @@
 #include <set>
 
 #include "tests/filters/filter_testing.h"
-#include "tests/filters/noted_rows.h"
 
 namespace zvk::filters {
 namespace {
@@ -132,7 +131,7 @@ TEST_F(DiffuseFilterTest, WhatTheFrameRefusesIsNil) {
 
 TEST_F(DiffuseFilterTest, TheSourceRowIsFetchedForEachPixelAndTheRowOfDestOnce) {
   const auto diffuse = [](REALobject image, REALobject dest) { return DifuseFilter(image, dest, -1); };
-  EXPECT_EQ(FetchesFor(host_, 2, 3, diffuse), FetchesOf("d0 s1 s1 d1 s2 s2 d2 s2 s2"));
+  EXPECT_EQ(FetchesFor(host_, 2, 3, diffuse), "d0 s1 s1 d1 s2 s2 d2 s2 s2");
 }
 
 }  // namespace

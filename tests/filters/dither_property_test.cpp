@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <rapidcheck.h>
 
 #include <vector>
 
@@ -15,11 +14,11 @@ using namespace filter_testing;
 TEST(DitherProperty, AnyMatrixAndLevelsOnAnyImagesGiveTheNaiveBytes) {
   PluginHost host({.fenced = true});
   const std::vector<DitherList> lists = DitherLists();
-  EXPECT_TRUE(rc::check([&] {
-    const int32_t matrix = Any(0, 11);
-    const int32_t levels = *rc::gen::element(2, 2, 3, 4, 255, 256, Any(0, 258));
+  CheckCases([&](Random &random) {
+    const int32_t matrix = random.Between(0, 11);
+    const int32_t levels = random.Of({2, 2, 3, 4, 255, 256, random.Between(0, 258)});
     CheckFilter(
-        host, [&](REALobject self, REALobject dest) { return DitherFilter(self, dest, matrix, levels); },
+        random, host, [&](REALobject self, REALobject dest) { return DitherFilter(self, dest, matrix, levels); },
         [&](ImageClassData &source, ImageClassData &dest, bool) {
           if (matrix < 1 || matrix > 10 || levels < 2 || levels > 256 || source.IsCMYK) return;
           const DitherList &list = lists[static_cast<size_t>(matrix - 1)];
@@ -27,7 +26,7 @@ TEST(DitherProperty, AnyMatrixAndLevelsOnAnyImagesGiveTheNaiveBytes) {
             return naive::DitheredSample(list.thresholds, list.size, levels, sample, x, y);
           });
         });
-  }));
+  });
 }
 
 }  // namespace

@@ -6,7 +6,6 @@
 #include <cstdint>
 
 #include "tests/filters/filter_testing.h"
-#include "tests/filters/noted_rows.h"
 #include "tests/support/faults.h"
 
 namespace zvk::filters {
@@ -107,7 +106,7 @@ TEST_F(EngraveFilterTest, WithoutMemoryForRowsTheResultIsTheSame) {
 
 TEST_F(EngraveFilterTest, BothRowsAreFetchedForEachPixel) {
   const auto engrave = [](REALobject image, REALobject dest) { return EngraveFilter(image, dest, 1); };
-  EXPECT_EQ(FetchesFor(host_, 2, 2, engrave), FetchesOf("d0 s0 s1 s0 s1 d1 s1 s1 s1 s1"));
+  EXPECT_EQ(FetchesFor(host_, 2, 2, engrave), "d0 s0 s1 s0 s1 d1 s1 s1 s1 s1");
 }
 
 }  // namespace

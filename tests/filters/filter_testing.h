@@ -2,19 +2,20 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <sys/mman.h>
 
 #include <cstdint>
 #include <cstring>
-#include <random>
 #include <string>
 #include <vector>
 
-#include "image/file_storage.h"
 #include "image/image_formats.h"
 #include "image/image_record.h"
 #include "image/image_storage.h"
 #include "image/views.h"
+#include "tests/scenes/image_test.h"
+#include "tests/scenes/random.h"
+#include "tests/scenes/row_log.h"
+#include "tests/scenes/stored_image.h"
 #include "tests/support/plugin_host.h"
 
 namespace filter_testing {
@@ -22,8 +23,9 @@ namespace filter_testing {
 using namespace zvk::filters;
 using standalone::Object;
 using standalone::Owned;
-using Image = Owned<Object>;
-using Bytes = std::vector<uint8_t>;
+using Image = scenes::ImageObject;
+using scenes::Bytes;
+using scenes::FillNoise;
 // Rows of pixels, a row as its bytes.
 using Grid = std::vector<Bytes>;
 
@@ -47,39 +49,26 @@ inline void SetPixels(const Image &image, const Grid &grid) {
   }
 }
 
-// Random bytes, 0 and 255 more often than the others.
-inline void FillNoise(uint8_t *bytes, size_t count, uint32_t seed) {
-  std::minstd_rand random(seed + 1);
-  for (size_t i = 0; i < count; ++i) {
-    const auto kind = random() % 8;
-    const auto value = static_cast<uint8_t>(random() >> 8);
-    bytes[i] = kind == 0 ? uint8_t{0} : kind == 1 ? uint8_t{255} : value;
-  }
-}
-
 // Lets the image see no more than five rows of its file at a time.
-inline void ShrinkBlock(const Image &image) {
-  ImageClassData &record = Record(image);
-  munmap(record.MappingBase, static_cast<size_t>(record.MappingBlockSize));
-  record.MappingBase = record.Buffer = nullptr;
-  record.IsMapped = false;
-  record.MappedFirstRow = record.MappedLastRow = -1;
-  record.MappedRowCount = 5;
-  record.MappingBlockSize = 5 * record.RowSize;
-  record.GetRow(&record, 0);
+inline void ShrinkBlock(const Image &image) { scenes::UseBlocksOf(Record(image), 5); }
+
+// What a filter fetches from a gray source of the given size (s) to a dest of its own (d), which pass for mapped.
+template <class Filter>
+std::string FetchesFor(PluginHost &host, int32_t width, int32_t height, Filter filter) {
+  const Image source = scenes::NewImage(host, width, height, ImageFormatG);
+  const Image dest = scenes::NewImage(host, width, height, ImageFormatG);
+  scenes::RowLog log;
+  log.WatchAsMapped(Record(source), "s");
+  log.WatchAsMapped(Record(dest), "d");
+  EXPECT_TRUE(Adopt(filter(source, dest)));
+  return log.Take();
 }
 
-class FilterTest : public testing::Test {
+class FilterTest : public scenes::ImageTest {
  protected:
-  explicit FilterTest(standalone::HostOptions options = {.fenced = true}) : host_(std::move(options)) {}
+  explicit FilterTest(standalone::HostOptions options = {.fenced = true}) : ImageTest(std::move(options)) {}
 
-  // A zero-filled image in memory of its own.
-  Image New(int32_t width, int32_t height, int32_t format) {
-    Image image = host_.New("PictureZVK");
-    ImageConstructor(image, width, height, format);
-    return image;
-  }
-
+  using ImageTest::New;
   Image New(int32_t width, int32_t height, int32_t format, const Grid &grid) {
     Image image = New(width, height, format);
     SetPixels(image, grid);
@@ -88,15 +77,12 @@ class FilterTest : public testing::Test {
 
   // An image of noise.
   Image Noise(int32_t width, int32_t height, int32_t format, uint32_t seed = 1) {
-    Image image = New(width, height, format);
-    FillNoise(Record(image).Buffer, static_cast<size_t>(Record(image).TotalSize), seed);
-    return image;
+    return scenes::NewNoise(host_, width, height, format, seed);
   }
 
   // An image of noise in a file; its rows are a page long each.
   Image NoiseInFile(int32_t width, int32_t height, int32_t format, uint32_t seed = 1) {
-    Image image = host_.New("PictureZVK");
-    ImageConstructorFile(image, width, height, format, 0, nullptr);
+    Image image = NewInFile(width, height, format);
     SetPixels(image, PixelsOf(Noise(width, height, format, seed)));
     return image;
   }
@@ -108,10 +94,6 @@ class FilterTest : public testing::Test {
     for (int32_t x = 0; x < 256; ++x) std::memset(Row(image, 0) + ptrdiff_t{x} * pixelSize, x, pixelSize);
     return image;
   }
-
-  void ExpectNothingRaised() { EXPECT_FALSE(host_.TakeException()); }
-
-  PluginHost host_;
 };
 
 }  // namespace filter_testing

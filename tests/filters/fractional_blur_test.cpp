@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "tests/filters/filter_testing.h"
-#include "tests/filters/noted_rows.h"
 #include "tests/support/faults.h"
 
 namespace zvk::filters {
@@ -199,10 +198,10 @@ TEST_F(FractionalBlurTest, WithoutMemoryDestIsAsItWas) {
 
 TEST_F(FractionalBlurTest, EachRowOfTheSourceIsFetchedOnceAndThoseOfDestTwice) {
   const auto blur = [](REALobject image, REALobject dest) { return BoxBlurFractionalFilter(image, dest, 0.5); };
-  EXPECT_EQ(FetchesFor(host_, 2, 4, blur), FetchesOf("s0 s1 d0 d1 s2 d2 s3 d3 d0 d1 d2 d3"));
-  EXPECT_EQ(FetchesFor(host_, 2, 2, blur), FetchesOf("s0 s1 d0 d1 d0 d1"));
+  EXPECT_EQ(FetchesFor(host_, 2, 4, blur), "s0 s1 d0 d1 s2 d2 s3 d3 d0 d1 d2 d3");
+  EXPECT_EQ(FetchesFor(host_, 2, 2, blur), "s0 s1 d0 d1 d0 d1");
   // The first row in the place of a second one.
-  EXPECT_EQ(FetchesFor(host_, 2, 1, blur), FetchesOf("s0 s0 d0 d0"));
+  EXPECT_EQ(FetchesFor(host_, 2, 1, blur), "s0 s0 d0 d0");
 }
 
 }  // namespace

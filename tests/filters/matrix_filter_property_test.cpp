@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <rapidcheck.h>
 
 #include <cmath>
 #include <limits>
@@ -13,29 +12,30 @@ namespace {
 
 using namespace filter_testing;
 
-int32_t AnyEntry(bool usual) {
-  if (usual) return Any(-4, 6);
-  return *rc::gen::element(0, 1, -1, 2, 100, 254, 255, 256, -1000, INT32_MIN, INT32_MAX, Any(INT32_MIN, INT32_MAX - 1));
+int32_t AnyEntry(Random &random, bool usual) {
+  if (usual) return random.Between(-4, 6);
+  return random.Of(
+      {0, 1, -1, 2, 100, 254, 255, 256, -1000, INT32_MIN, INT32_MAX, random.Between(INT32_MIN, INT32_MAX - 1)});
 }
 
-naive::Matrix AnyMatrix(int32_t dimension) {
+naive::Matrix AnyMatrix(Random &random, int32_t dimension) {
   naive::Matrix matrix;
   matrix.dimension = dimension;
-  const int32_t count = std::max(0, dimension * dimension + Any(-2, 3));
-  const bool usual = Any(0, 3) > 0;
-  const int32_t zeros = Any(0, 2);  // how many of ten are 0
-  for (int32_t i = 0; i < count; ++i) matrix.entries.push_back(Any(0, 9) < zeros ? 0 : AnyEntry(usual));
-  matrix.delta = *rc::gen::element(0, 0, 128, -128, Any(-2000, 2000), INT32_MAX, INT32_MIN);
+  const int32_t count = std::max(0, dimension * dimension + random.Between(-2, 3));
+  const bool usual = random.Between(0, 3) > 0;
+  const int32_t zeros = random.Between(0, 2);  // how many of ten are 0
+  for (int32_t i = 0; i < count; ++i)
+    matrix.entries.push_back(random.Between(0, 9) < zeros ? 0 : AnyEntry(random, usual));
+  matrix.delta = random.Of({0, 0, 128, -128, random.Between(-2000, 2000), INT32_MAX, INT32_MIN});
   const double infinity = std::numeric_limits<double>::infinity();
-  matrix.scale =
-      *rc::gen::element(1.0, 1.0, 1.0, 0.5, 1.0 / 9, 1.0 / dimension, -0.25, 0.0, 1e300, infinity, std::nan(""));
+  matrix.scale = random.Of({1.0, 1.0, 1.0, 0.5, 1.0 / 9, 1.0 / dimension, -0.25, 0.0, 1e300, infinity, std::nan("")});
   return matrix;
 }
 
-void Check(PluginHost &host, const naive::Matrix &matrix, const Limits &limits) {
+void Check(Random &random, PluginHost &host, const naive::Matrix &matrix, const Limits &limits) {
   const auto array = host.NewArray(matrix.entries);
   CheckFilter(
-      host,
+      random, host,
       [&](REALobject instance, REALobject dest) {
         return PictureMatrix5(instance, dest, matrix.dimension, array->ArrayHandle(), matrix.delta, matrix.scale);
       },
@@ -48,12 +48,14 @@ void Check(PluginHost &host, const naive::Matrix &matrix, const Limits &limits) 
 
 TEST(MatrixFilterProperty, AnyMatrixOnAnyImagesGivesTheNaiveBytes) {
   PluginHost host({.fenced = true});
-  EXPECT_TRUE(rc::check([&] { Check(host, AnyMatrix(Any(-1, 7)), {}); }));
+  CheckCases([&](Random &random) { Check(random, host, AnyMatrix(random, random.Between(-1, 7)), {}); });
 }
 
 TEST(MatrixFilterProperty, ALargeMatrixOnSmallImagesGivesTheNaiveBytes) {
   PluginHost host({.fenced = true});
-  EXPECT_TRUE(rc::check([&] { Check(host, AnyMatrix(*rc::gen::element(8, 20, 49, 50, 51, 53, 70)), {5, 4}); }));
+  CheckCases([&](Random &random) {
+    Check(random, host, AnyMatrix(random, random.Of({8, 20, 49, 50, 51, 53, 70})), {5, 4});
+  });
 }
 
 }  // namespace

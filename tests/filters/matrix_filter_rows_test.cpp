@@ -6,7 +6,6 @@
 
 #include "filters/matrix_filter.h"
 #include "tests/filters/filter_testing.h"
-#include "tests/filters/noted_rows.h"
 #include "tests/naive/filters.h"
 #include "tests/support/faults.h"
 #include "tests/support/file_faults.h"
@@ -22,55 +21,46 @@ class MatrixFilterRows : public FilterTest {
     return Adopt(PictureMatrix5(self, dest, matrix.dimension, host_.NewArray(matrix.entries)->ArrayHandle(),
                                 matrix.delta, matrix.scale));
   }
-
-  // An image that says it is mapped and notes its fetches.
-  template <char kLetter>
-  Image Mapped(int32_t width, int32_t height) {
-    Image image = Noise(width, height, ImageFormatG);
-    PassForMapped<kLetter>(image);
-    return image;
-  }
 };
 
 const naive::Matrix kBlur{3, {1, 1, 1, 1, 1, 1, 1, 1, 1}, 0, 1.0 / 9};
 
 TEST_F(MatrixFilterRows, OfAMappedSourceARowIsFetchedForEachRowOfTheMatrixAndEachPixel) {
-  const Image self = Mapped<'s'>(2, 3), dest = Mapped<'d'>(2, 3);
-  noted.clear();
+  const Image self = Noise(2, 3, ImageFormatG), dest = Noise(2, 3, ImageFormatG);
+  scenes::RowLog log;
+  log.WatchAsMapped(Record(self), "s");
+  log.WatchAsMapped(Record(dest), "d");
   EXPECT_TRUE(Apply(self, dest, kBlur));
-  EXPECT_EQ(TakeFetches(), FetchesOf("d0 s0 s0 s1 s0 s0 s1 d1 s0 s1 s2 s0 s1 s2 d2 s1 s2 s2 s1 s2 s2"));
-  PassForLinear(self);
-  PassForLinear(dest);
+  EXPECT_EQ(log.Take(), "d0 s0 s0 s1 s0 s0 s1 d1 s0 s1 s2 s0 s1 s2 d2 s1 s2 s2 s1 s2 s2");
 }
 
 TEST_F(MatrixFilterRows, ARowIsFetchedAlsoWhereNoEntryOfItCounts) {
-  const Image self = Mapped<'s'>(1, 1), dest = Mapped<'d'>(1, 1);
-  noted.clear();
+  const Image self = Noise(1, 1, ImageFormatG), dest = Noise(1, 1, ImageFormatG);
+  scenes::RowLog log;
+  log.WatchAsMapped(Record(self), "s");
+  log.WatchAsMapped(Record(dest), "d");
   EXPECT_TRUE(Apply(self, dest, {2, {255, 0, 300, 0}}));
-  EXPECT_EQ(TakeFetches(), FetchesOf("d0 s0 s0"));
+  EXPECT_EQ(log.Take(), "d0 s0 s0");
   EXPECT_TRUE(Apply(self, dest, {0, {}}));
-  EXPECT_EQ(TakeFetches(), FetchesOf("d0"));
-  PassForLinear(self);
-  PassForLinear(dest);
+  EXPECT_EQ(log.Take(), "d0");
 }
 
 TEST_F(MatrixFilterRows, ADimensionAbove50FetchesNoRowsWithoutEntries) {
-  const Image self = Mapped<'s'>(1, 1), dest = New(1, 1, ImageFormatG);
-  noted.clear();
+  const Image self = Noise(1, 1, ImageFormatG), dest = New(1, 1, ImageFormatG);
+  scenes::RowLog log;
+  log.WatchAsMapped(Record(self), "s");
   for (const auto &[dimension, rows] : {std::pair{50, 50}, {51, 50}, {1250, 2}, {2500, 1}, {INT32_MAX, 1}}) {
     EXPECT_TRUE(Apply(self, dest, {dimension, {1}}));
-    EXPECT_EQ(TakeFetches().size(), static_cast<size_t>(rows)) << dimension;
+    EXPECT_EQ(log.TakeCount(), rows) << dimension;
   }
-  PassForLinear(self);
 }
 
 TEST_F(MatrixFilterRows, OfAnImageInMemoryEveryRowIsFetchedOnce) {
   const Image self = Noise(4, 9, ImageFormatRGB), dest = New(4, 9, ImageFormatRGB);
-  Record(self).GetRow = NoteRow<'s'>;
-  noted.clear();
+  scenes::RowLog log;
+  log.Watch(Record(self), "s");
   EXPECT_TRUE(Apply(self, dest, kBlur));
-  EXPECT_EQ(TakeFetches().size(), 9u);
-  Record(self).GetRow = GetRowLinear;
+  EXPECT_EQ(log.Count(), 9);
 }
 
 TEST_F(MatrixFilterRows, FilesGiveTheBytesThatMemoryGives) {
@@ -100,7 +90,8 @@ TEST_F(MatrixFilterRows, AFileThatIsItsOwnDestIsWrittenWhereItsBlockHasMoved) {
 
 TEST_F(MatrixFilterRows, ARowOfTheSourceThatCannotBeHadAddsNothing) {
   const Image self = New(1, 3, ImageFormatG, {{1}, {2}, {4}}), dest = New(1, 3, ImageFormatG);
-  Record(self).GetRow = [](ImageClassData *record, int32_t y) { return y == 1 ? nullptr : GetRowLinear(record, y); };
+  scenes::RowLog log;
+  log.Refuse(Record(self), 1);
   const naive::Matrix column{3, {0, 1, 0, 0, 1, 0, 0, 1, 0}};
   EXPECT_TRUE(Apply(self, dest, column));
   EXPECT_EQ(PixelsOf(dest), (Grid{{2}, {5}, {8}}));
@@ -108,22 +99,21 @@ TEST_F(MatrixFilterRows, ARowOfTheSourceThatCannotBeHadAddsNothing) {
   const Image byPixel = New(1, 3, ImageFormatG);
   EXPECT_TRUE(Apply(self, byPixel, column));
   EXPECT_EQ(PixelsOf(byPixel), (Grid{{2}, {5}, {8}}));
-  PassForLinear(self);
 }
 
 TEST_F(MatrixFilterRows, ARowOfTheDestThatCannotBeHadIsLeftOut) {
   const Image self = New(1, 3, ImageFormatG, {{1}, {2}, {4}}), dest = New(1, 3, ImageFormatG, {{9}, {9}, {9}});
-  Record(dest).GetRow = [](ImageClassData *record, int32_t y) { return y == 1 ? nullptr : GetRowLinear(record, y); };
+  scenes::RowLog log;
+  log.Refuse(Record(dest), 1);
   for (const bool mapped : {false, true}) {
     Record(self).IsMapping = mapped;
     EXPECT_TRUE(Apply(self, dest, {1, {1}}));
-    Record(dest).GetRow = GetRowLinear;
+    log.Release(Record(dest));
     EXPECT_EQ(PixelsOf(dest), (Grid{{1}, {9}, {4}}));
     SetPixels(dest, {{9}, {9}, {9}});
-    Record(dest).GetRow = [](ImageClassData *record, int32_t y) { return y == 1 ? nullptr : GetRowLinear(record, y); };
+    log.Refuse(Record(dest), 1);
   }
-  PassForLinear(self);
-  Record(dest).GetRow = GetRowLinear;
+  Record(self).IsMapping = false;
 }
 
 TEST_F(MatrixFilterRows, WhereBlocksCannotBeMappedNothingFaults) {

@@ -8,7 +8,6 @@
 #include <cstring>
 
 #include "tests/filters/filter_testing.h"
-#include "tests/filters/noted_rows.h"
 #include "tests/support/faults.h"
 
 namespace zvk::filters {
@@ -181,8 +180,8 @@ TEST_F(NeonFilterTest, WithoutMemoryDestIsAsItWas) {
 // --- rows of mapped images ---
 
 TEST_F(NeonFilterTest, EachRowIsFetchedOnce) {
-  EXPECT_EQ(FetchesFor(host_, 2, 3, NeonFilter), FetchesOf("s0 d0 s1 d1 s2 d2"));
-  EXPECT_EQ(FetchesFor(host_, 2, 1, NeonFilter), FetchesOf("s0 d0"));
+  EXPECT_EQ(FetchesFor(host_, 2, 3, NeonFilter), "s0 d0 s1 d1 s2 d2");
+  EXPECT_EQ(FetchesFor(host_, 2, 1, NeonFilter), "s0 d0");
 }
 
 }  // namespace

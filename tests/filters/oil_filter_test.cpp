@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "tests/filters/filter_testing.h"
-#include "tests/filters/noted_rows.h"
 #include "tests/support/faults.h"
 
 namespace zvk::filters {
@@ -170,7 +169,7 @@ TEST_F(OilFilterTest, WithoutMemoryForRowsTheResultIsTheSame) {
 
 TEST_F(OilFilterTest, TheRowsOfAWindowAreFetchedForEachPixel) {
   const auto paint = [](REALobject image, REALobject dest) { return OilFilter(image, dest, 4, 1); };
-  EXPECT_EQ(FetchesFor(host_, 2, 3, paint), FetchesOf("d0 s0 s1 s0 s1 d1 s0 s1 s2 s0 s1 s2 d2 s1 s2 s1 s2"));
+  EXPECT_EQ(FetchesFor(host_, 2, 3, paint), "d0 s0 s1 s0 s1 d1 s0 s1 s2 s0 s1 s2 d2 s1 s2 s1 s2");
 }
 
 }  // namespace

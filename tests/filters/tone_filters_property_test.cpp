@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <rapidcheck.h>
 
 #include <cmath>
 #include <map>
@@ -28,11 +27,10 @@ struct Tables {
   }
 };
 
-std::vector<int32_t> AnyArray() {
+std::vector<int32_t> AnyArray(Random &random) {
   std::vector<int32_t> values;
-  const int32_t count = *rc::gen::element(0, 1, 100, 255, 256, 256, 256, 300);
-  std::minstd_rand random(static_cast<uint32_t>(Any(1, 100000)));
-  for (int32_t i = 0; i < count; ++i) values.push_back(static_cast<int32_t>(random()) - 1000000000);
+  const int32_t count = random.Of({0, 1, 100, 255, 256, 256, 256, 300});
+  for (int32_t i = 0; i < count; ++i) values.push_back(static_cast<int32_t>(random.Bits()));
   return values;
 }
 
@@ -49,22 +47,23 @@ TEST(ToneFiltersProperty, AnySolarizedImagesGiveTheNaiveBytes) {
   for (const char channel : {'g', 'R', 'G', 'B', 'C', 'M', 'Y', 'K', 'A'}) {
     tables.byChannel[channel].assign(list.begin(), list.end());
   }
-  EXPECT_TRUE(rc::check([&] {
-    CheckFilter(host, SolarizeFilter,
+  CheckCases([&](Random &random) {
+    CheckFilter(random, host, SolarizeFilter,
                 [&](ImageClassData &source, ImageClassData &dest, bool) { tables.Map(source, dest); });
-  }));
+  });
 }
 
 TEST(ToneFiltersProperty, AnyArraysOnAnyImagesGiveTheNaiveBytes) {
   PluginHost host({.fenced = true});
-  EXPECT_TRUE(rc::check([&] {
-    const std::vector<int32_t> one = AnyArray(), two = Any(0, 2) == 0 ? one : AnyArray();
-    const std::vector<int32_t> three = Any(0, 2) == 0 ? one : AnyArray(), four = Any(0, 2) == 0 ? one : AnyArray();
+  CheckCases([&](Random &random) {
+    const std::vector<int32_t> one = AnyArray(random), two = random.Between(0, 2) == 0 ? one : AnyArray(random);
+    const std::vector<int32_t> three = random.Between(0, 2) == 0 ? one : AnyArray(random),
+                               four = random.Between(0, 2) == 0 ? one : AnyArray(random);
     const auto first = host.NewArray(one), second = host.NewArray(two), third = host.NewArray(three);
     const auto fourth = host.NewArray(four);
     Tables tables;
     Filter filter;
-    switch (Any(0, 3)) {
+    switch (random.Between(0, 3)) {
       case 0:
         filter = [&](REALobject self, REALobject dest) { return TransferFilterG(self, dest, first->ArrayHandle()); };
         tables.byChannel = {{'g', Padded(one)}, {'R', Padded(one)}, {'G', Padded(one)}, {'B', Padded(one)}};
@@ -90,8 +89,9 @@ TEST(ToneFiltersProperty, AnyArraysOnAnyImagesGiveTheNaiveBytes) {
         tables.byChannel = {
             {'g', Padded(two)}, {'R', Padded(one)}, {'G', Padded(two)}, {'B', Padded(three)}, {'A', Padded(four)}};
     }
-    CheckFilter(host, filter, [&](ImageClassData &source, ImageClassData &dest, bool) { tables.Map(source, dest); });
-  }));
+    CheckFilter(random, host, filter,
+                [&](ImageClassData &source, ImageClassData &dest, bool) { tables.Map(source, dest); });
+  });
 }
 
 std::vector<int32_t> GammaList(double gamma) {
@@ -107,10 +107,11 @@ std::vector<int32_t> GammaList(double gamma) {
 
 TEST(ToneFiltersProperty, AnyGammasOnAnyImagesGiveTheNaiveBytes) {
   PluginHost host({.fenced = true});
-  EXPECT_TRUE(rc::check([&] {
+  CheckCases([&](Random &random) {
     // Whole numbers, so that the gray one is exact.
-    const int32_t red = Any(-3, 5), green = Any(-3, 5), blue = Any(-3, 5), alpha = Any(-3, 5);
-    const bool withAlpha = Any(0, 1) == 0;
+    const int32_t red = random.Between(-3, 5), green = random.Between(-3, 5), blue = random.Between(-3, 5),
+                  alpha = random.Between(-3, 5);
+    const bool withAlpha = random.Between(0, 1) == 0;
     Tables tables;
     tables.byChannel = {{'g', GammaList((red * 77 + green * 151 + blue * 28) / 256)},
                         {'R', GammaList(red)},
@@ -118,13 +119,13 @@ TEST(ToneFiltersProperty, AnyGammasOnAnyImagesGiveTheNaiveBytes) {
                         {'B', GammaList(blue)}};
     if (withAlpha) tables.byChannel['A'] = GammaList(alpha);
     CheckFilter(
-        host,
+        random, host,
         [&](REALobject self, REALobject dest) {
           return withAlpha ? GammaFilterRGBA(self, dest, red, green, blue, alpha)
                            : GammaFilterRGB(self, dest, red, green, blue);
         },
         [&](ImageClassData &source, ImageClassData &dest, bool) { tables.Map(source, dest); });
-  }));
+  });
 }
 
 }  // namespace

@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "tests/filters/filter_testing.h"
-#include "tests/filters/noted_rows.h"
 
 namespace zvk::filters {
 namespace {
@@ -239,7 +238,7 @@ TEST_F(UnsharpTest, TheRowOfTheBlurredImageIsFetchedFirst) {
     REALLockObject(image);
     return image;
   };
-  EXPECT_EQ(FetchesFor(host_, 2, 3, sharpen), FetchesOf("s0 d0 s1 d1 s2 d2"));
+  EXPECT_EQ(FetchesFor(host_, 2, 3, sharpen), "s0 d0 s1 d1 s2 d2");
 }
 
 TEST_F(UnsharpTest, ViewsOfAFileAreSharpenedPixelAfterPixelThroughTheirMappings) {
