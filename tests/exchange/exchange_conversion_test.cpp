@@ -12,11 +12,11 @@
 namespace zvk::exchange {
 namespace {
 
-using exchange_testing::RandomBytes;
 using naive::kPixelsOfFormat;
 using naive::Side;
 using naive::SideOfFormat;
 using naive::SideOfRecord;
+using scenes::Noise;
 
 class ExchangeConversionTest : public exchange_testing::ExchangeTest {
  protected:
@@ -36,12 +36,12 @@ class ExchangeConversionTest : public exchange_testing::ExchangeTest {
   // Converts a row between pages that nobody may touch, and compares with the plain loops.
   void ExpectAsNaive(const ImageClassData &source, const Side &from, const ImageClassData &dest, const Side &to,
                      bool invertAlpha, int32_t width) {
-    std::mt19937 random(static_cast<uint32_t>(width));
+    scenes::Random random(static_cast<uint32_t>(width));
     fence::Block sourceRow(static_cast<size_t>(from.pixelSize * width));
     fence::Block destRow(static_cast<size_t>(to.pixelSize * width));
-    const auto sourceBytes = RandomBytes(random, sourceRow.Size());
+    const auto sourceBytes = Noise(sourceRow.Size(), random);
     std::copy(sourceBytes.begin(), sourceBytes.end(), sourceRow.Data());
-    auto expected = RandomBytes(random, destRow.Size());
+    auto expected = Noise(destRow.Size(), random);
     std::copy(expected.begin(), expected.end(), destRow.Data());
     const std::string refusal = naive::ConvertRow(from, sourceBytes.data(), to, expected.data(), width, invertAlpha);
 
@@ -89,8 +89,8 @@ TEST_F(ExchangeConversionTest, RowsInTheSameMemoryConvertPixelAfterPixel) {
     const auto conversion = ConversionBetween(Layout(sourceFormat), Layout(destFormat), true);
     ASSERT_TRUE(conversion);
     for (int32_t distance = -20; distance <= 20; ++distance) {
-      std::mt19937 random(5);
-      auto memory = RandomBytes(random, 400);
+      scenes::Random random(5);
+      auto memory = Noise(400, random);
       auto expected = memory;
       naive::ConvertRow(SideOfFormat(sourceFormat), expected.data() + 50, SideOfFormat(destFormat),
                         expected.data() + 50 + distance, 40, true);
@@ -118,9 +118,9 @@ TEST_F(ExchangeConversionTest, SamplesAmongThoseOfOtherPixelsAreWrittenPixelAfte
   dest.AlphaOffset = 1;
   for (const int32_t sourceFormat : {ImageFormatRGBA, ImageFormatGA}) {
     const auto conversion = ConversionBetween(Layout(sourceFormat), dest, false);
-    std::mt19937 random(9);
-    const auto source = RandomBytes(random, 400);
-    auto row = RandomBytes(random, 400);
+    scenes::Random random(9);
+    const auto source = Noise(400, random);
+    auto row = Noise(400, random);
     auto expected = row;
     naive::ConvertRow(SideOfFormat(sourceFormat), source.data(), SideOfRecord(dest), expected.data(), 60, false);
     conversion->ConvertRow(source.data(), row.data(), 60);

@@ -2,32 +2,26 @@
 // way in which rows are handed out.
 
 #include <gtest/gtest.h>
-#include <rapidcheck.h>
 
 #include <algorithm>
 #include <cstdint>
-#include <random>
 #include <string>
-#include <vector>
 
 #include "exchange/raw_rows.h"
 #include "exchange/row_conversion.h"
 #include "exchange/row_strings.h"
-#include "image/file_storage.h"
-#include "image/image_formats.h"
-#include "image/image_storage.h"
-#include "image/views.h"
+#include "image/image_record.h"
+#include "tests/scenes/cases.h"
+#include "tests/scenes/formats.h"
+#include "tests/scenes/stored_image.h"
+#include "tests/scenes/views.h"
 #include "tests/support/plugin_host.h"
 
 namespace zvk::exchange {
 namespace {
 
-using Image = standalone::Owned<standalone::Object>;
-
-int32_t AnyFormat() {
-  const auto number = *rc::gen::inRange(1, 41);
-  return number < 14 ? number : number + 1;
-}
+using namespace scenes;
+using Image = ImageObject;
 
 class FileExchangeProperty : public testing::Test {
  protected:
@@ -62,40 +56,26 @@ class FileExchangeProperty : public testing::Test {
 };
 
 TEST_F(FileExchangeProperty, FilesAndMemoryGiveTheSameSamples) {
-  EXPECT_TRUE(rc::check([this] {
-    const int32_t format = AnyFormat(), width = *rc::gen::inRange(1, 40), height = *rc::gen::inRange(1, 12);
-    Image inMemory = host_.New("PictureZVK");
-    Image inFile = host_.New("PictureZVK");
-    ImageConstructor(inMemory, width, height, format);
-    ImageConstructorFile(inFile, width, height, format, 0, nullptr);
-    RC_ASSERT(RecordOf(inMemory)->Valid && RecordOf(inFile)->Valid);
-
-    const int32_t rowBytes = width * RecordOf(inMemory)->PixelSize;
-    std::mt19937 random(*rc::gen::arbitrary<uint32_t>());
+  CheckCases([this](Random &random) {
+    const int32_t format = AnyFormat(random), width = random.Side(40), height = random.Between(1, 12);
+    const StoredImage memory = NoisyImage(host_, Kind::Memory, width, height, format, {}, random.Bits());
+    const StoredImage file(host_, Kind::File, width, height, format, AnyRowLayout(random, Kind::File, height));
+    const int32_t rowBytes = width * memory.Record().PixelSize;
     for (int32_t y = 0; y < height; ++y) {
-      uint8_t *memoryRow = RecordOf(inMemory)->GetRow(RecordOf(inMemory), y);
-      for (int32_t i = 0; i < rowBytes; ++i) memoryRow[i] = static_cast<uint8_t>(random());
-      std::copy_n(memoryRow, rowBytes, RecordOf(inFile)->GetRow(RecordOf(inFile), y));
+      std::copy_n(memory.Record().GetRow(&memory.Record(), y), rowBytes, file.Record().GetRow(&file.Record(), y));
     }
 
-    if (*rc::gen::arbitrary<bool>()) {
-      const int32_t x = *rc::gen::inRange(0, width), y = *rc::gen::inRange(0, height);
-      const int32_t clipWidth = *rc::gen::inRange(1, width + 1), clipHeight = *rc::gen::inRange(1, height + 1);
-      inMemory = Adopt(ClipImage5(inMemory, x, y, clipWidth, clipHeight));
-      inFile = Adopt(ClipImage5(inFile, x, y, clipWidth, clipHeight));
-    }
-    if (*rc::gen::arbitrary<bool>()) {
-      inMemory = Adopt(GetMirroredView(inMemory));
-      inFile = Adopt(GetMirroredView(inFile));
-    }
+    const uint32_t view = random.Bits();
+    Random ofMemory(view), ofFile(view);
+    const Image inMemory = AnyView(ofMemory, memory), inFile = AnyView(ofFile, file);
 
-    const int32_t wanted = AnyFormat();
+    const int32_t wanted = AnyFormat(random);
     RC_ASSERT(DataOf(inFile, wanted) == DataOf(inMemory, wanted));
     for (int32_t y = 0; y < RecordOf(inMemory)->Height; ++y) {
       RC_ASSERT(RowOf(inFile, y, rowBytes) == RowOf(inMemory, y, rowBytes));
       RC_ASSERT(RowInFormatOf(inFile, y, wanted) == RowInFormatOf(inMemory, y, wanted));
     }
-  }));
+  });
 }
 
 }  // namespace

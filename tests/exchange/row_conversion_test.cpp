@@ -18,9 +18,9 @@
 namespace zvk::exchange {
 namespace {
 
-using exchange_testing::RandomBytes;
 using naive::SideOfFormat;
 using naive::SideOfRecord;
+using scenes::Noise;
 using Bytes = std::vector<uint8_t>;
 
 constexpr char kTooBig[] = "Parameter index to method RowInFormat is too big. Range is 0 to 2, but value is 3.";
@@ -404,8 +404,8 @@ TEST_F(RowConversion, AClipConvertsItsOwnColumns) {
     }
   }
   // A write changes those columns and no others.
-  std::mt19937 random(3);
-  const auto bytes = RandomBytes(random, 29 * 5);
+  scenes::Random random(3);
+  const auto bytes = Noise(29 * 5, random);
   auto expected = RowBytes(image, 3);
   std::copy(bytes.begin(), bytes.end(), expected.begin() + 7 * 5);
   rbSetRowF(clip, 1, ImageFormatCMYKA, host_.NewMemoryBlock(bytes));
@@ -433,9 +433,9 @@ TEST_F(RowConversion, AClipBeyondTheEdgeHasNoRowsOrNoWidth) {
 }
 
 TEST_F(RowConversion, AnyRowSizeOfACallersBlockWillDo) {
-  std::mt19937 random(4);
+  scenes::Random random(4);
   for (const int32_t rowSize : {33, 37, 3, -33}) {
-    const auto bytes = RandomBytes(random, 3 * 33 + 10);
+    const auto bytes = Noise(3 * 33 + 10, random);
     const auto block = host_.NewMemoryBlock(bytes);
     const auto image = NewOver(block, 11, 3, ImageFormatBGR, rowSize);
     ASSERT_TRUE(Record(image).Valid);
@@ -445,7 +445,7 @@ TEST_F(RowConversion, AnyRowSizeOfACallersBlockWillDo) {
       EXPECT_EQ(Taken(rbGetRowF(image, y, ImageFormatRGBA)), Expected(image, y, ImageFormatRGBA));
     }
     auto expected = bytes;
-    const auto source = RandomBytes(random, 11);
+    const auto source = Noise(11, random);
     naive::ConvertRow(SideOfFormat(ImageFormatG), source.data(), SideOfFormat(ImageFormatBGR),
                       expected.data() + first + rowSize, 11, false);
     rbSetRowF(image, 1, ImageFormatG, host_.NewMemoryBlock(source));
@@ -454,9 +454,9 @@ TEST_F(RowConversion, AnyRowSizeOfACallersBlockWillDo) {
 }
 
 TEST_F(RowConversion, ABlockThatIsTheImagesOwnMemoryIsReadPixelAfterPixel) {
-  std::mt19937 random(6);
+  scenes::Random random(6);
   for (const int32_t distance : {-40, -7, -3, -1, 0, 1, 2, 4, 12, 30}) {
-    const auto bytes = RandomBytes(random, 400);
+    const auto bytes = Noise(400, random);
     const auto block = host_.NewMemoryBlock(bytes);
     const auto image = NewOver(block, 40, 2, ImageFormatRGBA, 160);
     const auto shifted = Adopt(standalone::MemoryBlock::Over(block->Data() + 160 + distance)->Handle());

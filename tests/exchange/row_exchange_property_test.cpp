@@ -1,28 +1,27 @@
 #include <gtest/gtest.h>
-#include <rapidcheck.h>
 
 #include <cstdint>
-#include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
 #include "exchange/row_conversion.h"
 #include "exchange/row_strings.h"
 #include "image/image_formats.h"
-#include "image/views.h"
-#include "tests/exchange/exchange_testing.h"
 #include "tests/naive/row_conversion.h"
+#include "tests/scenes/cases.h"
+#include "tests/scenes/formats.h"
+#include "tests/scenes/stored_image.h"
+#include "tests/scenes/views.h"
 
 namespace zvk::exchange {
 namespace {
 
-using namespace exchange_testing;
+using namespace scenes;
 using naive::kPixelsOfFormat;
 using naive::Side;
 using naive::SideOfFormat;
 using naive::SideOfRecord;
-using standalone::Object;
-using Bytes = std::vector<uint8_t>;
 
 // One host for all cases of a test.
 PluginHost *host;
@@ -35,56 +34,32 @@ class RowExchangeProperty : public testing::Test {
   PluginHost host_;
 };
 
-int32_t AnyFormat() {
-  std::vector<int32_t> numbers;
-  for (const auto &[number, pixel] : kPixelsOfFormat) numbers.push_back(number);
-  return *rc::gen::elementOf(numbers);
-}
-
 // A format with the family and the alpha of another one.
-int32_t FormatLike(int32_t format) {
+int32_t FormatLike(Random &random, int32_t format) {
   std::vector<int32_t> numbers;
   const Side wanted = SideOfFormat(format);
   for (const auto &[number, pixel] : kPixelsOfFormat) {
     const Side side = SideOfFormat(number);
     if (side.family == wanted.family && side.hasAlpha == wanted.hasAlpha) numbers.push_back(number);
   }
-  return *rc::gen::elementOf(numbers);
+  return random.Of(numbers);
 }
 
-Bytes AnyBytes(size_t count) {
-  std::mt19937 random(*rc::gen::arbitrary<uint32_t>());
-  return RandomBytes(random, count);
-}
-
-// An image over a fenced block of random bytes, and views of it as chance has them.
+// A view of an image of any kind.
 struct AnyImage {
-  AnyImage() {
-    const int32_t format = AnyFormat(), width = *rc::gen::inRange(1, 70), height = *rc::gen::inRange(1, 6);
-    const int32_t rowSize = SideOfFormat(format).pixelSize * width + *rc::gen::inRange(0, 9);
-    block = host->NewMemoryBlock(AnyBytes(static_cast<size_t>(rowSize * height)));
-    image = host->New("PictureZVK");
-    ImageConstructorMemory(image, block, width, height, format, rowSize);
-    if (*rc::gen::arbitrary<bool>()) {
-      const int32_t x = *rc::gen::inRange(0, width), y = *rc::gen::inRange(0, height);
-      View(Adopt(ClipImage5(image, x, y, *rc::gen::inRange(1, width + 1), *rc::gen::inRange(1, height + 1))));
-    }
-    if (*rc::gen::arbitrary<bool>()) View(Adopt(GetMirroredView(image)));
-    if (*rc::gen::inRange(0, 4) == 0) {
-      View(Adopt((*rc::gen::element(RGBChannel, CMYKChannel, AlphaChannel, GreenChannel, BlackChannel))(image)));
-    }
-  }
+  explicit AnyImage(Random &random) : stored(AnyStored(random)), image(AnyView(random, stored)) {}
 
-  void View(standalone::Owned<Object> view) {
-    if (view) image = view;  // keeps its parent alive
+  static StoredImage AnyStored(Random &random) {
+    const int32_t width = random.Side(70), height = random.Between(1, 6);
+    return AnyStoredImage(random, *host, width, height, AnyFormat(random));
   }
 
   ImageClassData &Record() const { return *RecordOf(image); }
   uint8_t *Row(int32_t y) const { return Record().GetRow(&Record(), y); }
-  Bytes Memory() const { return {block->Data(), block->Data() + block->Size()}; }
+  Bytes Memory() const { return stored.Bytes(); }
 
-  standalone::Owned<standalone::MemoryBlock> block;
-  standalone::Owned<Object> image;
+  StoredImage stored;
+  ImageObject image;
 };
 
 Bytes BytesOfResult(REALobject result) {
@@ -103,10 +78,10 @@ std::string TakeMessage() {
 }
 
 TEST_F(RowExchangeProperty, AnyRowReadsAsThePlainLoopsSay) {
-  EXPECT_TRUE(rc::check([] {
-    const AnyImage any;
-    const int32_t format = AnyFormat(), y = *rc::gen::inRange(0, any.Record().Height);
-    const auto invertAlpha = *rc::gen::arbitrary<bool>();
+  CheckCases([](Random &random) {
+    const AnyImage any(random);
+    const int32_t format = AnyFormat(random), y = random.Between(0, any.Record().Height - 1);
+    const auto invertAlpha = random.OneIn(2);
     const Side from = SideOfRecord(any.Record()), to = SideOfFormat(format);
     Bytes expected(static_cast<size_t>(to.pixelSize * any.Record().Width));
     const std::string refusal =
@@ -116,29 +91,30 @@ TEST_F(RowExchangeProperty, AnyRowReadsAsThePlainLoopsSay) {
     RC_ASSERT(BytesOfResult(rbGetRowFI(any.image, y, format, invertAlpha)) == expected);
     RC_ASSERT(TakeMessage() == refusal);
     RC_ASSERT(any.Memory() == before);
-  }));
+  });
 }
 
 TEST_F(RowExchangeProperty, AnyRowIsWrittenAsThePlainLoopsSay) {
-  EXPECT_TRUE(rc::check([] {
-    const AnyImage any;
-    const int32_t format = AnyFormat(), y = *rc::gen::inRange(0, any.Record().Height);
-    const auto invertAlpha = *rc::gen::arbitrary<bool>();
+  CheckCases([](Random &random) {
+    const AnyImage any(random);
+    const int32_t format = AnyFormat(random), y = random.Between(0, any.Record().Height - 1);
+    const auto invertAlpha = random.OneIn(2);
     const Side from = SideOfFormat(format), to = SideOfRecord(any.Record());
-    const Bytes bytes = AnyBytes(static_cast<size_t>(from.pixelSize * any.Record().Width));
-    Bytes expected = any.Memory();
-    const std::string refusal = naive::ConvertRow(
-        from, bytes.data(), to, expected.data() + (any.Row(y) - any.block->Data()), any.Record().Width, invertAlpha);
+    const Bytes bytes = Noise(static_cast<size_t>(from.pixelSize * any.Record().Width), random);
+    const Bytes before = any.Memory();
+    const std::string refusal = naive::ConvertRow(from, bytes.data(), to, any.Row(y), any.Record().Width, invertAlpha);
+    const Bytes expected = any.Memory();
+    any.stored.SetBytes(before);
     rbSetRowFI(any.image, y, format, invertAlpha, host->NewMemoryBlock(bytes));
     RC_ASSERT(TakeMessage() == refusal);
     RC_ASSERT(any.Memory() == expected);
-  }));
+  });
 }
 
 TEST_F(RowExchangeProperty, StringsAndBlocksAgree) {
-  EXPECT_TRUE(rc::check([] {
-    const AnyImage any;
-    const int32_t format = AnyFormat();
+  CheckCases([](Random &random) {
+    const AnyImage any(random);
+    const int32_t format = AnyFormat(random);
     Bytes rows;
     std::string message;
     for (int32_t y = 0; y < any.Record().Height; ++y) {
@@ -150,44 +126,52 @@ TEST_F(RowExchangeProperty, StringsAndBlocksAgree) {
     }
     RC_ASSERT(BytesOfResult(rbGetAllFS(any.image, format)) == rows);
     RC_ASSERT(TakeMessage() == message);
-  }));
+  });
 }
 
 TEST_F(RowExchangeProperty, AllRowsAreWrittenAsOneByOne) {
-  EXPECT_TRUE(rc::check([] {
-    const AnyImage any;
-    const int32_t format = AnyFormat(), width = any.Record().Width;
+  CheckCases([](Random &random) {
+    const AnyImage any(random);
+    const int32_t format = AnyFormat(random), width = any.Record().Width;
     const auto rowBytes = static_cast<size_t>(SideOfFormat(format).pixelSize * width);
-    const Bytes bytes = AnyBytes(rowBytes * static_cast<size_t>(any.Record().Height));
+    const Bytes bytes = Noise(rowBytes * static_cast<size_t>(any.Record().Height), random);
     const Bytes before = any.Memory();
     const std::string_view text(reinterpret_cast<const char *>(bytes.data()), bytes.size());
     rbSetAllFS(any.image, format, host->NewString(text));
     const std::string message = TakeMessage();
     const Bytes after = any.Memory();
-    std::copy(before.begin(), before.end(), any.block->Data());
+    any.stored.SetBytes(before);
     for (int32_t y = 0; y < any.Record().Height; ++y) {
       rbSetRowFS(any.image, y, format, host->NewString(text.substr(static_cast<size_t>(y) * rowBytes, rowBytes)));
       RC_ASSERT(TakeMessage() == message);
     }
     RC_ASSERT(any.Memory() == after);
-  }));
+  });
 }
 
 TEST_F(RowExchangeProperty, ARowOfTheSameFamilyAndAlphaComesBack) {
-  EXPECT_TRUE(rc::check([] {
-    const AnyImage any;
+  CheckCases([](Random &random) {
+    const AnyImage any(random);
     const Side own = SideOfRecord(any.Record());
     RC_PRE(own.family != 0);
+    // A clip of the colours alone has them all in one place.
+    std::set<int32_t> places;
+    const std::string channels = naive::ChannelsOf(any.Record());
+    for (const char channel : channels) places.insert(naive::OffsetOf(any.Record(), channel));
+    RC_PRE(places.size() == channels.size());
     const char *const likeness = own.family == 'g' ? "gA" : own.family == 'R' ? "RGBA" : "CMYKA";
     int32_t like = 0;
     for (const auto &[number, pixel] : kPixelsOfFormat) {
       if (pixel == likeness) like = number;
     }
     // The formats with alpha, or those without.
-    const int32_t format = FormatLike(own.hasAlpha ? like : own.family == 'g' ? 11 : own.family == 'R' ? 1 : 23);
-    const int32_t y = *rc::gen::inRange(0, any.Record().Height);
-    const auto invertAlpha = *rc::gen::arbitrary<bool>();
-    const Bytes written = AnyBytes(static_cast<size_t>(SideOfFormat(format).pixelSize * any.Record().Width));
+    const int32_t format = FormatLike(random, own.hasAlpha        ? like
+                                              : own.family == 'g' ? 11
+                                              : own.family == 'R' ? 1
+                                                                  : 23);
+    const int32_t y = random.Between(0, any.Record().Height - 1);
+    const auto invertAlpha = random.OneIn(2);
+    const Bytes written = Noise(static_cast<size_t>(SideOfFormat(format).pixelSize * any.Record().Width), random);
     rbSetRowFI(any.image, y, format, invertAlpha, host->NewMemoryBlock(written));
     Bytes expected = BytesOfResult(rbGetRowFI(any.image, y, format, invertAlpha));
     RC_ASSERT(expected.size() == written.size());
@@ -197,7 +181,7 @@ TEST_F(RowExchangeProperty, ARowOfTheSameFamilyAndAlphaComesBack) {
       const char meaning = kPixelsOfFormat.at(format)[i % static_cast<size_t>(side.pixelSize)];
       RC_ASSERT(expected[i] == (meaning == '.' || meaning == '+' ? 0 : written[i]));
     }
-  }));
+  });
 }
 
 }  // namespace

@@ -16,14 +16,15 @@
 #include "image/views.h"
 #include "tests/exchange/exchange_testing.h"
 #include "tests/naive/row_conversion.h"
+#include "tests/scenes/row_log.h"
 #include "tests/support/faults.h"
 
 namespace zvk::exchange {
 namespace {
 
-using exchange_testing::RandomBytes;
 using naive::SideOfFormat;
 using naive::SideOfRecord;
+using scenes::Noise;
 using standalone::Encoding;
 using Bytes = std::vector<uint8_t>;
 
@@ -176,9 +177,8 @@ TEST_F(RowStrings, AnImageThatIsNotValidOrHasNoRowsIsRefused) {
 
 TEST_F(RowStrings, RowsWithoutAnAddressAreLeftOut) {
   const auto image = New(3, 2, ImageFormatG);
-  Record(image).GetRow = [](ImageClassData *record, int32_t index) -> uint8_t * {
-    return index == 0 ? nullptr : GetRowLinear(record, index);
-  };
+  scenes::RowLog log;
+  log.Refuse(Record(image), 0);
   std::fill_n(Row(image, 1), 3, 7);
   EXPECT_EQ(rbGetRowFS(image, 0, ImageFormatG), nullptr);
   EXPECT_EQ(Taken(rbGetAllFS(image, ImageFormatG)), (Bytes{0, 0, 0, 7, 7, 7}));
@@ -500,21 +500,15 @@ TEST_F(RowStrings, ViewsGiveAndTakeTheirOwnPixels) {
 }
 
 TEST_F(RowStrings, RowsAreAskedForOnceEachFromTheTop) {
-  static std::vector<int32_t> asked;
-  asked.clear();
   const auto image = New(3, 4, ImageFormatRGB);
-  Record(image).GetRow = [](ImageClassData *record, int32_t index) {
-    asked.push_back(index);
-    return GetRowLinear(record, index);
-  };
+  scenes::RowLog log;
+  log.Watch(Record(image), "r");
   const auto string = Adopt(rbGetAllFS(image, ImageFormatG));
-  EXPECT_EQ(asked, (std::vector<int32_t>{0, 1, 2, 3}));
-  asked.clear();
+  EXPECT_EQ(log.Take(), "r0 r1 r2 r3");
   rbSetAllFS(image, ImageFormatG, string);
-  EXPECT_EQ(asked, (std::vector<int32_t>{0, 1, 2, 3}));
-  asked.clear();
+  EXPECT_EQ(log.Take(), "r0 r1 r2 r3");
   rbSetAllFS(image, ImageFormatCMYK, string);
-  EXPECT_EQ(asked, std::vector<int32_t>());
+  EXPECT_EQ(log.Take(), "");
   ExpectRaised("UnsupportedOperationException", kCMYKToRGB);
 }
 
@@ -522,8 +516,8 @@ TEST_F(RowStrings, AnImageInAFileGoesThroughAString) {
   const auto image = host_.New("PictureZVK"), other = New(10, 60, ImageFormatBGRX);
   ImageConstructorFile(image, 10, 60, ImageFormatRGB, 0, nullptr);
   ASSERT_TRUE(Record(image).Valid);
-  std::mt19937 random(8);
-  const auto bytes = RandomBytes(random, 60 * 10 * 3);
+  scenes::Random random(8);
+  const auto bytes = Noise(60 * 10 * 3, random);
   rbSetAllFS(image, ImageFormatRGB, StringOf(bytes));
   EXPECT_EQ(Taken(rbGetAllFS(image, ImageFormatRGB)), bytes);
   rbSetAllFS(other, ImageFormatRGB, Adopt(rbGetAllFS(image, ImageFormatRGB)));

@@ -1,6 +1,5 @@
 // Random walks over random file-backed images, against a block that is placed by hand.
 #include <gtest/gtest.h>
-#include <rapidcheck.h>
 
 #include <cstdint>
 #include <cstring>
@@ -9,10 +8,14 @@
 #include "image/file_storage.h"
 #include "image/image_formats.h"
 #include "image/image_record.h"
+#include "tests/scenes/cases.h"
 #include "tests/support/plugin_host.h"
 
 namespace zvk::image {
 namespace {
+
+using scenes::CheckCases;
+using scenes::Random;
 
 // The rows of a mapped block, written from the rules.
 struct Block {
@@ -38,18 +41,18 @@ struct Block {
   }
 };
 
-int32_t BlockSize() {
-  return *rc::gen::oneOf(rc::gen::inRange<int32_t>(-10, 10), rc::gen::inRange<int32_t>(16770000, 50000000));
+int32_t BlockSize(Random &random) {
+  return random.OneIn(2) ? random.Between(-10, 9) : random.Between(16770000, 50000000);
 }
 
-void Walk(PluginHost &host) {
+void Walk(PluginHost &host, Random &random) {
   const auto image = host.New("PictureZVK");
   ImageClassData *const record = RecordOf(image);
   // Few rows of many pages or many rows of few.
-  const auto pages = *rc::gen::elementOf(std::vector<int32_t>{1, 2, 3, 7, 500, 3000});
-  const auto height = *rc::gen::inRange<int32_t>(1, pages > 100 ? 40 : 20000);
-  const int32_t blockSize = BlockSize();
-  ImageConstructorFile(image, pages * 4096 - *rc::gen::inRange(0, 4096), height, ImageFormatG, blockSize, nullptr);
+  const auto pages = random.Of({1, 2, 3, 7, 500, 3000});
+  const auto height = random.Between(1, pages > 100 ? 40 : 20000);
+  const int32_t blockSize = BlockSize(random);
+  ImageConstructorFile(image, pages * 4096 - random.Between(0, 4095), height, ImageFormatG, blockSize, nullptr);
   RC_ASSERT(record->Valid);
   RC_ASSERT(record->RowSize == pages * 4096);
   Block block;
@@ -57,18 +60,18 @@ void Walk(PluginHost &host) {
   block.MoveTo(0, height);
 
   std::vector<int32_t> written(static_cast<size_t>(height), 0);
-  const auto steps = *rc::gen::inRange(1, 60);
+  const auto steps = random.Between(1, 59);
   int32_t row = 0;
   for (int32_t step = 1; step <= steps; ++step) {
-    if (*rc::gen::inRange(0, 10) == 0) {
-      const int32_t wanted = BlockSize();
+    if (random.OneIn(10)) {
+      const int32_t wanted = BlockSize(random);
       SetMemBlockSize(image, 0, wanted);
       block = {};
       block.Measure(wanted, record->RowSize, height);
       block.MoveTo(0, height);
     }
     // A short step from where the walk is, or anywhere.
-    row = *rc::gen::inRange(0, 3) == 0 ? *rc::gen::inRange(0, height) : row + *rc::gen::inRange(-4, 5);
+    row = random.OneIn(3) ? random.Between(0, height - 1) : row + random.Between(-4, 4);
     row = row < 0 ? 0 : row >= height ? height - 1 : row;
     uint8_t *const bytes = GetRowMapping(record, row);
     block.MoveTo(row, height);
@@ -88,7 +91,7 @@ void Walk(PluginHost &host) {
 
 TEST(FileRowsProperty, ARandomWalkFindsEveryRowAndMovesTheBlockAsTold) {
   PluginHost host;
-  EXPECT_TRUE(rc::check([&host] { Walk(host); }));
+  CheckCases([&host](Random &random) { Walk(host, random); });
 }
 
 }  // namespace

@@ -1,24 +1,21 @@
 #include <gtest/gtest.h>
-#include <rapidcheck/gtest.h>
 
 #include <cstdint>
 #include <set>
 #include <utility>
 
 #include "image/rectangle.h"
+#include "tests/scenes/cases.h"
 
 namespace zvk::image {
 namespace {
 
-// A position or size around a small image, in which no sum wraps.
-int32_t Near() { return *rc::gen::inRange<int32_t>(-40, 60); }
-int32_t ImageSide() { return *rc::gen::inRange<int32_t>(0, 30); }
+using scenes::CheckCases;
+using scenes::Random;
 
-// Any 32-bit number, with the ones next to the edges of the range more often.
-int32_t Any() {
-  return *rc::gen::oneOf(rc::gen::arbitrary<int32_t>(), rc::gen::inRange<int32_t>(INT32_MAX - 40, INT32_MAX),
-                         rc::gen::inRange<int32_t>(INT32_MIN, INT32_MIN + 40), rc::gen::inRange<int32_t>(-40, 60));
-}
+// A position or size around a small image, in which no sum wraps.
+int32_t Near(Random &random) { return random.Between(-40, 59); }
+int32_t ImageSide(Random &random) { return random.Between(0, 29); }
 
 using Columns = std::set<int64_t>;
 using Pairs = std::set<std::pair<int64_t, int64_t>>;
@@ -39,29 +36,37 @@ Columns ColumnsOf(int64_t position, int64_t size) {
   return columns;
 }
 
-RC_GTEST_PROP(FitRectangleProperty, CoversExactlyTheCallersPixelsInTheImage, ()) {
-  const Rectangle caller{Near(), Near(), Near(), Near()};
-  const int32_t width = ImageSide(), height = ImageSide();
-  const Rectangle fitted = FitRectangle(caller, width, height);
-  RC_ASSERT(ColumnsOf(fitted.x, fitted.width) == ColumnsMeant(caller.x, caller.width, width));
-  RC_ASSERT(ColumnsOf(fitted.y, fitted.height) == ColumnsMeant(caller.y, caller.height, height));
+TEST(FitRectangleProperty, CoversExactlyTheCallersPixelsInTheImage) {
+  CheckCases([](Random &random) {
+    const Rectangle caller{Near(random), Near(random), Near(random), Near(random)};
+    const int32_t width = ImageSide(random), height = ImageSide(random);
+    const Rectangle fitted = FitRectangle(caller, width, height);
+    RC_ASSERT(ColumnsOf(fitted.x, fitted.width) == ColumnsMeant(caller.x, caller.width, width));
+    RC_ASSERT(ColumnsOf(fitted.y, fitted.height) == ColumnsMeant(caller.y, caller.height, height));
+  });
 }
 
-RC_GTEST_PROP(FitRectangleProperty, TheCutChangesNothingWhereNoSumWrapped, ()) {
-  const int32_t width = ImageSide(), height = ImageSide();
-  const Rectangle fitted = FitRectangle({Near(), Near(), Near(), Near()}, width, height);
-  if (IsEmpty(fitted)) return;
-  const Rectangle cut = CutToImage(fitted, width, height);
-  RC_ASSERT(cut.x == fitted.x && cut.y == fitted.y && cut.width == fitted.width && cut.height == fitted.height);
+TEST(FitRectangleProperty, TheCutChangesNothingWhereNoSumWrapped) {
+  CheckCases([](Random &random) {
+    const int32_t width = ImageSide(random), height = ImageSide(random);
+    const Rectangle fitted = FitRectangle({Near(random), Near(random), Near(random), Near(random)}, width, height);
+    if (IsEmpty(fitted)) return;
+    const Rectangle cut = CutToImage(fitted, width, height);
+    RC_ASSERT(cut.x == fitted.x && cut.y == fitted.y && cut.width == fitted.width && cut.height == fitted.height);
+  });
 }
 
-RC_GTEST_PROP(FitRectangleProperty, NothingOutsideTheImageIsLeftAfterTheCut, ()) {
-  const int32_t width = Any(), height = Any();
-  const Rectangle cut = CutToImage(FitRectangle({Any(), Any(), Any(), Any()}, width, height), width, height);
-  RC_ASSERT(cut.width >= 0 && cut.height >= 0);
-  if (IsEmpty(cut)) return;
-  RC_ASSERT(cut.x >= 0 && int64_t{cut.x} + cut.width <= width);
-  RC_ASSERT(cut.y >= 0 && int64_t{cut.y} + cut.height <= height);
+TEST(FitRectangleProperty, NothingOutsideTheImageIsLeftAfterTheCut) {
+  CheckCases([](Random &random) {
+    const int32_t width = random.Number(), height = random.Number();
+    const Rectangle cut =
+        CutToImage(FitRectangle({random.Number(), random.Number(), random.Number(), random.Number()}, width, height),
+                   width, height);
+    RC_ASSERT(cut.width >= 0 && cut.height >= 0);
+    if (IsEmpty(cut)) return;
+    RC_ASSERT(cut.x >= 0 && int64_t{cut.x} + cut.width <= width);
+    RC_ASSERT(cut.y >= 0 && int64_t{cut.y} + cut.height <= height);
+  });
 }
 
 // Destination and source columns that go together. A negative source position and then a negative size change what is
@@ -91,37 +96,48 @@ Pairs PairsOf(int64_t dest, int64_t size, int64_t source) {
   return pairs;
 }
 
-RC_GTEST_PROP(FitTransferProperty, CoversExactlyThePixelsThatExistOnBothSides, ()) {
-  const Transfer caller{Near(), Near(), Near(), Near(), Near(), Near()};
-  const int32_t width = ImageSide(), height = ImageSide(), sourceWidth = ImageSide(), sourceHeight = ImageSide();
-  const Transfer fitted = FitTransfer(caller, width, height, sourceWidth, sourceHeight);
-  RC_ASSERT(PairsOf(fitted.destX, fitted.width, fitted.sourceX) ==
-            PairsMeant(caller.destX, caller.width, caller.sourceX, width, sourceWidth));
-  RC_ASSERT(PairsOf(fitted.destY, fitted.height, fitted.sourceY) ==
-            PairsMeant(caller.destY, caller.height, caller.sourceY, height, sourceHeight));
+TEST(FitTransferProperty, CoversExactlyThePixelsThatExistOnBothSides) {
+  CheckCases([](Random &random) {
+    const Transfer caller{Near(random), Near(random), Near(random), Near(random), Near(random), Near(random)};
+    const int32_t width = ImageSide(random), height = ImageSide(random), sourceWidth = ImageSide(random),
+                  sourceHeight = ImageSide(random);
+    const Transfer fitted = FitTransfer(caller, width, height, sourceWidth, sourceHeight);
+    RC_ASSERT(PairsOf(fitted.destX, fitted.width, fitted.sourceX) ==
+              PairsMeant(caller.destX, caller.width, caller.sourceX, width, sourceWidth));
+    RC_ASSERT(PairsOf(fitted.destY, fitted.height, fitted.sourceY) ==
+              PairsMeant(caller.destY, caller.height, caller.sourceY, height, sourceHeight));
+  });
 }
 
-RC_GTEST_PROP(FitTransferProperty, TheCutChangesNothingWhereNoSumWrapped, ()) {
-  const int32_t width = ImageSide(), height = ImageSide(), sourceWidth = ImageSide(), sourceHeight = ImageSide();
-  const Transfer fitted =
-      FitTransfer({Near(), Near(), Near(), Near(), Near(), Near()}, width, height, sourceWidth, sourceHeight);
-  if (IsEmpty(fitted)) return;
-  const Transfer cut = CutToImages(fitted, width, height, sourceWidth, sourceHeight);
-  RC_ASSERT(cut.destX == fitted.destX && cut.width == fitted.width && cut.sourceX == fitted.sourceX);
-  RC_ASSERT(cut.destY == fitted.destY && cut.height == fitted.height && cut.sourceY == fitted.sourceY);
+TEST(FitTransferProperty, TheCutChangesNothingWhereNoSumWrapped) {
+  CheckCases([](Random &random) {
+    const int32_t width = ImageSide(random), height = ImageSide(random), sourceWidth = ImageSide(random),
+                  sourceHeight = ImageSide(random);
+    const Transfer fitted =
+        FitTransfer({Near(random), Near(random), Near(random), Near(random), Near(random), Near(random)}, width, height,
+                    sourceWidth, sourceHeight);
+    if (IsEmpty(fitted)) return;
+    const Transfer cut = CutToImages(fitted, width, height, sourceWidth, sourceHeight);
+    RC_ASSERT(cut.destX == fitted.destX && cut.width == fitted.width && cut.sourceX == fitted.sourceX);
+    RC_ASSERT(cut.destY == fitted.destY && cut.height == fitted.height && cut.sourceY == fitted.sourceY);
+  });
 }
 
-RC_GTEST_PROP(FitTransferProperty, NothingOutsideEitherImageIsLeftAfterTheCut, ()) {
-  const int32_t width = Any(), height = Any(), sourceWidth = Any(), sourceHeight = Any();
-  const Transfer fitted =
-      FitTransfer({Any(), Any(), Any(), Any(), Any(), Any()}, width, height, sourceWidth, sourceHeight);
-  const Transfer cut = CutToImages(fitted, width, height, sourceWidth, sourceHeight);
-  RC_ASSERT(cut.width >= 0 && cut.height >= 0);
-  if (IsEmpty(cut)) return;
-  RC_ASSERT(cut.destX >= 0 && int64_t{cut.destX} + cut.width <= width);
-  RC_ASSERT(cut.destY >= 0 && int64_t{cut.destY} + cut.height <= height);
-  RC_ASSERT(cut.sourceX >= 0 && int64_t{cut.sourceX} + cut.width <= sourceWidth);
-  RC_ASSERT(cut.sourceY >= 0 && int64_t{cut.sourceY} + cut.height <= sourceHeight);
+TEST(FitTransferProperty, NothingOutsideEitherImageIsLeftAfterTheCut) {
+  CheckCases([](Random &random) {
+    const int32_t width = random.Number(), height = random.Number(), sourceWidth = random.Number(),
+                  sourceHeight = random.Number();
+    const Transfer fitted = FitTransfer(
+        {random.Number(), random.Number(), random.Number(), random.Number(), random.Number(), random.Number()}, width,
+        height, sourceWidth, sourceHeight);
+    const Transfer cut = CutToImages(fitted, width, height, sourceWidth, sourceHeight);
+    RC_ASSERT(cut.width >= 0 && cut.height >= 0);
+    if (IsEmpty(cut)) return;
+    RC_ASSERT(cut.destX >= 0 && int64_t{cut.destX} + cut.width <= width);
+    RC_ASSERT(cut.destY >= 0 && int64_t{cut.destY} + cut.height <= height);
+    RC_ASSERT(cut.sourceX >= 0 && int64_t{cut.sourceX} + cut.width <= sourceWidth);
+    RC_ASSERT(cut.sourceY >= 0 && int64_t{cut.sourceY} + cut.height <= sourceHeight);
+  });
 }
 
 }  // namespace

@@ -1,7 +1,5 @@
 // Random chains of views over random storage, against a naive reader that knows where each sample lies in the storage.
 #include <gtest/gtest.h>
-#include <rapidcheck.h>
-#include <sys/mman.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -12,26 +10,26 @@
 #include <utility>
 #include <vector>
 
-#include "image/file_storage.h"
 #include "image/image_formats.h"
 #include "image/image_record.h"
-#include "image/image_storage.h"
 #include "image/views.h"
 #include "tests/naive/formats.h"
+#include "tests/scenes/cases.h"
+#include "tests/scenes/formats.h"
+#include "tests/scenes/stored_image.h"
 #include "tests/support/plugin_host.h"
 
 namespace zvk::image {
 namespace {
 
 using naive::kPixelsOfFormat;
-using standalone::MemoryBlock;
+using scenes::AnyFormat;
+using scenes::CheckCases;
+using scenes::Kind;
+using scenes::Random;
+using scenes::StoredImage;
 using standalone::Object;
 using standalone::Owned;
-
-// A number from `least` to `most`, all alike from the first case on.
-int32_t Any(int32_t least, int32_t most) {
-  return *rc::gen::resize(rc::kNominalSize, rc::gen::inRange(least, most + 1));
-}
 
 struct NamedChannel {
   int32_t ImageClassData::*offset;
@@ -53,47 +51,14 @@ const std::map<char, NamedChannel> kNamed = {
 
 // Storage that is reached by plain positions, counted in bytes from its first row.
 struct Storage {
-  // An image in memory of its own.
-  void InMemory(int32_t width, int32_t height, int32_t format) {
-    ImageConstructor(image, width, height, format);
-    base = RecordOf(image)->Buffer;
-  }
-  // An image over bytes of the test's. Rows may overlap, and run backwards.
-  void OverABlock(int32_t width, int32_t height, int32_t format, int32_t pixelSize, int32_t distance) {
-    const int64_t last = int64_t{height - 1} * distance;
-    bytes.resize(static_cast<size_t>(std::max<int64_t>(last, -last) + width * pixelSize));
-    base = bytes.data() + (last < 0 ? -last : 0);
-    block = Owned<MemoryBlock>::Adopt(MemoryBlock::Over(base));
-    ImageConstructorMemory(image, block, width, height, format, distance);
-  }
-  // An image in a temporary file, all of which is mapped here as well.
-  void InAFile(int32_t width, int32_t height, int32_t format) {
-    ImageConstructorFile(image, width, height, format, 0, nullptr);
-    mappedBytes = static_cast<size_t>(height) * 4096;
-    void *const mapping =
-        mmap(nullptr, mappedBytes, PROT_READ | PROT_WRITE, MAP_SHARED, RecordOf(image)->FileHandle, 0);
-    RC_ASSERT((mapping != MAP_FAILED));
-    base = static_cast<uint8_t *>(mapping);
-  }
-
   uint8_t Read(int64_t position) const { return base[position]; }
-  bool IsFile() const { return mappedBytes > 0; }
+  bool IsFile() const { return stored.Storage() == Kind::File; }
 
-  explicit Storage(PluginHost &host) : image(host.New("PictureZVK")) {}
-  Storage(const Storage &) = delete;
-  Storage &operator=(const Storage &) = delete;
-  ~Storage() {
-    if (IsFile()) munmap(base, mappedBytes);
-  }
-
-  std::vector<uint8_t> bytes;
-  uint8_t *base = nullptr;
-  size_t mappedBytes = 0;
-  Owned<MemoryBlock> block;
-  Owned<Object> image;
-  int64_t rowSize = 0;
-  int32_t pixelSize = 0;
-  int32_t height = 0;
+  StoredImage stored;
+  uint8_t *base;
+  int64_t rowSize;
+  int32_t pixelSize;
+  int32_t height;
 };
 
 // Where the sample of a view's column 0 lies in a row of the storage.
@@ -145,13 +110,13 @@ Expected WholeImage(int32_t format, int32_t width, int32_t height, bool holdsBlo
 }
 
 // The rows of a chain that are looked at: all of a low image, some of a high one.
-std::vector<int32_t> RowsOf(int32_t height) {
+std::vector<int32_t> RowsOf(Random &random, int32_t height) {
   std::vector<int32_t> rows;
   if (height <= 20) {
     for (int32_t row = 0; row < height; ++row) rows.push_back(row);
   } else {
     rows = {0, height - 1, height / 2};
-    for (int i = 0; i < 8; ++i) rows.push_back(Any(0, height - 1));
+    for (int i = 0; i < 8; ++i) rows.push_back(random.Between(0, height - 1));
   }
   return rows;
 }
@@ -168,9 +133,9 @@ void ExpectSamples(const Storage &storage, const Link &link, int32_t row, int32_
   }
 }
 
-void ExpectPixels(const Storage &storage, const Link &link) {
+void ExpectPixels(Random &random, const Storage &storage, const Link &link) {
   const ImageClassData &record = link.Record();
-  for (const int32_t row : RowsOf(link.expected.height)) {
+  for (const int32_t row : RowsOf(random, link.expected.height)) {
     for (const auto &[letter, channel] : kNamed) {
       if (link.expected.flagged.contains(letter)) {
         ExpectSamples(storage, link, row, record.*channel.offset, link.expected.flagged.at(letter));
@@ -188,7 +153,7 @@ void ExpectPixels(const Storage &storage, const Link &link) {
 
 void ExpectRecord(const Storage &storage, const Link &link, const Link &parent) {
   const ImageClassData &record = link.Record();
-  const ImageClassData &root = *RecordOf(storage.image);
+  const ImageClassData &root = *RecordOf(storage.stored.Image());
   RC_ASSERT(record.Valid);
   RC_ASSERT((record.Parent == parent.image.Handle()));
   RC_ASSERT(record.Width == link.expected.width);
@@ -209,7 +174,7 @@ void ExpectRecord(const Storage &storage, const Link &link, const Link &parent) 
   }
   RC_ASSERT(!record.OwnsBuffer && !record.RemoveFile);
   RC_ASSERT(!record.FilePath && !record.FileItem && !record.Target);
-  RC_ASSERT((record.MemoryTarget == (link.expected.holdsBlock ? storage.block.Handle() : nullptr)));
+  RC_ASSERT((record.MemoryTarget == (link.expected.holdsBlock ? storage.stored.Block().Handle() : nullptr)));
   RC_ASSERT(record.IsMapping == storage.IsFile());
   if (storage.IsFile()) {
     RC_ASSERT(record.FileHandle == root.FileHandle);
@@ -238,12 +203,14 @@ std::pair<int32_t, int32_t> Covered(int32_t position, int32_t size, int32_t limi
 }
 
 // A span near an image, or a row or two of it.
-std::pair<int32_t, int32_t> Span(int32_t limit) { return {Any(-4, limit + 3), Any(-limit - 8, limit + 8)}; }
+std::pair<int32_t, int32_t> Span(Random &random, int32_t limit) {
+  return {random.Between(-4, limit + 3), random.Between(-limit - 8, limit + 8)};
+}
 
-std::optional<Link> Clip(const Link &parent) {
+std::optional<Link> Clip(Random &random, const Link &parent) {
   const Expected &shown = parent.expected;
-  const auto [x, width] = Span(shown.width);
-  const auto [y, height] = Span(shown.height);
+  const auto [x, width] = Span(random, shown.width);
+  const auto [y, height] = Span(random, shown.height);
   const auto [column, columns] = Covered(x, width, shown.width);
   const auto [row, rows] = Covered(y, height, shown.height);
   Link clip{Adopt(ClipImage5(parent.image, x, y, width, height)), shown};
@@ -280,8 +247,8 @@ Link Gray(Owned<Object> image, const Expected &shown, const Sample &sample) {
   return view;
 }
 
-std::optional<Link> Named(const Link &parent) {
-  const char letter = std::next(kNamed.begin(), Any(0, 8))->first;
+std::optional<Link> Named(Random &random, const Link &parent) {
+  const char letter = std::next(kNamed.begin(), random.Between(0, 8))->first;
   auto image = Adopt(kNamed.at(letter).view(parent.image));
   if (!parent.expected.flagged.contains(letter)) {
     RC_ASSERT(!image);
@@ -290,17 +257,17 @@ std::optional<Link> Named(const Link &parent) {
   return Gray(std::move(image), parent.expected, parent.expected.flagged.at(letter));
 }
 
-std::optional<Link> Listed(const Link &parent) {
+std::optional<Link> Listed(Random &random, const Link &parent) {
   if (parent.expected.list.empty()) return std::nullopt;
-  const int32_t index = Any(0, static_cast<int32_t>(parent.expected.list.size()) - 1);
+  const int32_t index = random.Between(0, static_cast<int32_t>(parent.expected.list.size()) - 1);
   const Sample sample = parent.expected.list[static_cast<size_t>(index)];
   return Gray(Adopt(Channel(parent.image, index)), parent.expected, sample);
 }
 
 // The inks or the colours alone, in the order of the format's letters.
-std::optional<Link> Colours(const Link &parent) {
+std::optional<Link> Colours(Random &random, const Link &parent) {
   const int32_t format = parent.expected.format;
-  const bool inks = Any(0, 1) == 1;
+  const bool inks = random.Between(0, 1) == 1;
   std::string letters;
   int32_t packed = 0;
   if (inks && format >= 23 && format <= 32) {
@@ -335,100 +302,94 @@ std::optional<Link> Colours(const Link &parent) {
 // --- the walk ---
 
 // Writes one sample through the view and looks for it in the storage.
-void WriteThrough(const Storage &storage, const Link &link) {
+void WriteThrough(Random &random, const Storage &storage, const Link &link) {
   if (link.expected.list.empty()) return;
-  const int32_t index = Any(0, static_cast<int32_t>(link.expected.list.size()) - 1);
+  const int32_t index = random.Between(0, static_cast<int32_t>(link.expected.list.size()) - 1);
   const Sample &sample = link.expected.list[static_cast<size_t>(index)];
-  const int32_t row = Any(0, link.expected.height - 1);
-  const int32_t x = Any(0, link.expected.width - 1);
+  const int32_t row = random.Between(0, link.expected.height - 1);
+  const int32_t x = random.Between(0, link.expected.width - 1);
   const int64_t position =
       link.expected.StorageRow(row) * storage.rowSize + (sample.column + x) * storage.pixelSize + sample.byte;
-  const auto value = static_cast<uint8_t>(storage.Read(position) + Any(1, 255));
+  const auto value = static_cast<uint8_t>(storage.Read(position) + random.Between(1, 255));
   link.Row(row)[x * link.Record().PixelSize + link.Record().ChannelOffsets[index]] = value;
   RC_ASSERT(storage.Read(position) == value);
 }
 
-enum class Kind { Memory, Block, File, HighFile };
+// What a chain of views begins with.
+enum class Ground { Memory, Block, File, HighFile };
 
-void Walk(PluginHost &host, Kind kind) {
-  const int32_t format = std::next(kPixelsOfFormat.begin(), Any(0, 39))->first;
-  const int32_t width = Any(1, 12);
+Storage AnyStorage(Random &random, PluginHost &host, Ground ground) {
+  const int32_t format = AnyFormat(random), width = random.Between(1, 12);
   // More rows of a page than the least block has, so that it moves.
-  const int32_t height = kind == Kind::HighFile ? Any(4090, 6000) : Any(1, 12);
-
-  Storage storage(host);
-  storage.pixelSize = static_cast<int32_t>(kPixelsOfFormat.at(format).size());
-  storage.height = height;
-  switch (kind) {
-    case Kind::Memory:
-      storage.InMemory(width, height, format);
-      storage.rowSize = (width * storage.pixelSize + 63) / 64 * 64;
-      break;
-    case Kind::Block:
-      storage.rowSize = Any(-120, 120);
-      storage.OverABlock(width, height, format, storage.pixelSize, static_cast<int32_t>(storage.rowSize));
-      break;
-    case Kind::File:
-    case Kind::HighFile:
-      storage.InAFile(width, height, format);
-      storage.rowSize = 4096;
+  const int32_t height = ground == Ground::HighFile ? random.Between(4090, 6000) : random.Between(1, 12);
+  const auto pixelSize = static_cast<int32_t>(kPixelsOfFormat.at(format).size());
+  Kind kind = ground == Ground::Memory ? Kind::Memory : Kind::File;
+  scenes::RowLayout layout{.wholeLastRow = false};
+  int64_t rowSize = ground == Ground::Memory ? (width * pixelSize + 63) / 64 * 64 : 4096;
+  if (ground == Ground::Block) {
+    // Rows may overlap, and run backwards.
+    kind = random.OneIn(2) ? Kind::Block : Kind::Backwards;
+    rowSize = random.Between(0, 120);
+    layout.gap = static_cast<int32_t>(rowSize) - width * pixelSize;
+    if (kind == Kind::Backwards) rowSize = -rowSize;
   }
-  RC_ASSERT(RecordOf(storage.image)->Valid);
-  const auto seed = static_cast<uint32_t>(Any(0, 1000000));
-  for (int32_t row = 0; row < height; ++row) {
-    for (int32_t byte = 0; byte < width * storage.pixelSize; ++byte) {
-      const uint32_t mixed = (seed + static_cast<uint32_t>(row * 131 + byte)) * 2654435761u;
-      storage.base[row * storage.rowSize + byte] = static_cast<uint8_t>(mixed >> 24);
-    }
-  }
+  StoredImage stored(host, kind, width, height, format, layout);
+  stored.Fill(random);
+  uint8_t *const base = stored.All().data() + (rowSize < 0 ? -rowSize * (height - 1) : 0);
+  return {.stored = std::move(stored), .base = base, .rowSize = rowSize, .pixelSize = pixelSize, .height = height};
+}
 
+void Walk(Random &random, PluginHost &host, Ground ground) {
+  Storage storage = AnyStorage(random, host, ground);
+  const ImageClassData &whole = storage.stored.Record();
   std::vector<Link> chain;
-  chain.push_back({storage.image, WholeImage(format, width, height, kind == Kind::Block)});
-  const int32_t steps = Any(1, 9);
+  chain.push_back(
+      {storage.stored.Image(), WholeImage(whole.ImageFormat, whole.Width, whole.Height, ground == Ground::Block)});
+  const int32_t steps = random.Between(1, 9);
   for (int32_t step = 0; step < steps; ++step) {
     const Link &parent = chain.back();
     std::optional<Link> view;
-    switch (Any(0, 7)) {
+    switch (random.Between(0, 7)) {
       case 0:
-        view = Named(parent);
+        view = Named(random, parent);
         break;
       case 1:
-        view = Listed(parent);
+        view = Listed(random, parent);
         break;
       case 2:
-        view = Colours(parent);
+        view = Colours(random, parent);
         break;
       case 3:
       case 4:
         view = Mirror(parent);
         break;
       default:
-        view = Clip(parent);
+        view = Clip(random, parent);
     }
     if (!view) continue;
     ExpectRecord(storage, *view, parent);
-    ExpectPixels(storage, *view);
-    WriteThrough(storage, *view);
+    ExpectPixels(random, storage, *view);
+    WriteThrough(random, storage, *view);
     chain.push_back(std::move(*view));
   }
-  for (const Link &link : chain) ExpectPixels(storage, link);
+  for (const Link &link : chain) ExpectPixels(random, storage, link);
 
   // The last one keeps all the others, as nobody else does now.
-  storage.image.Reset();
+  storage.stored.Drop();
   chain.erase(chain.begin(), chain.end() - 1);
-  ExpectPixels(storage, chain.back());
+  ExpectPixels(random, storage, chain.back());
 }
 
-void CheckOver(Kind kind) {
-  PluginHost host;
-  EXPECT_TRUE(rc::check([&] { Walk(host, kind); }));
+void CheckOver(Ground ground) {
+  PluginHost host({.fenced = true});
+  CheckCases([&](Random &random) { Walk(random, host, ground); });
 }
 
 // Each: a chain of views shows the pixels of its storage, and changes them when it is written to.
-TEST(ViewsProperty, ChainsOverAnImageInMemory) { CheckOver(Kind::Memory); }
-TEST(ViewsProperty, ChainsOverAMemoryBlock) { CheckOver(Kind::Block); }
-TEST(ViewsProperty, ChainsOverAFileInOneBlock) { CheckOver(Kind::File); }
-TEST(ViewsProperty, ChainsOverAFileInSeveralBlocks) { CheckOver(Kind::HighFile); }
+TEST(ViewsProperty, ChainsOverAnImageInMemory) { CheckOver(Ground::Memory); }
+TEST(ViewsProperty, ChainsOverAMemoryBlock) { CheckOver(Ground::Block); }
+TEST(ViewsProperty, ChainsOverAFileInOneBlock) { CheckOver(Ground::File); }
+TEST(ViewsProperty, ChainsOverAFileInSeveralBlocks) { CheckOver(Ground::HighFile); }
 
 }  // namespace
 }  // namespace zvk::image

@@ -7,17 +7,20 @@
 #include <optional>
 #include <thread>
 
+#include "image/image_formats.h"
 #include "image/views.h"
-#include "tests/image/views_testing.h"
+#include "tests/scenes/image_test.h"
 #include "tests/support/faults.h"
 #include "tests/support/file_faults.h"
 
 namespace zvk::image {
 namespace {
 
-using namespace views_testing;
+using scenes::ImageTest;
+using standalone::Object;
+using standalone::Owned;
 
-class ViewsOfStorage : public ViewsTest {};
+class ViewsOfStorage : public ImageTest {};
 
 // --- mapped files ---
 

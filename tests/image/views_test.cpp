@@ -6,14 +6,17 @@
 #include <utility>
 #include <vector>
 
-#include "tests/image/views_testing.h"
+#include "image/image_formats.h"
+#include "tests/scenes/image_test.h"
 
 namespace zvk::image {
 namespace {
 
-using namespace views_testing;
+using scenes::ImageTest;
+using standalone::Object;
+using standalone::Owned;
 
-class Views : public ViewsTest {};
+class Views : public ImageTest {};
 
 // --- channels ---
 
