@@ -10,17 +10,17 @@
 #include "image/image_formats.h"
 #include "image/views.h"
 #include "tests/naive/combine.h"
-#include "tests/pictures/picture_testing.h"
 #include "tests/scenes/row_log.h"
 #include "tests/scenes/stored_image.h"
+#include "tests/scenes/yields.h"
 
 namespace zvk::compositing {
 namespace {
 
-using picture_testing::YieldAlways;
-using picture_testing::Yields;
 using scenes::Kind;
 using scenes::StoredImage;
+using scenes::YieldAlways;
+using scenes::Yields;
 using Bytes = std::vector<uint8_t>;
 
 constexpr int32_t G = ImageFormatG, GA = ImageFormatGA, RGB = ImageFormatRGB, RGBA = ImageFormatRGBA;

@@ -1,6 +1,5 @@
 // Random images, pictures, masks and rectangles, against plain loops over the host's own pixels.
 #include <gtest/gtest.h>
-#include <rapidcheck/gtest.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -44,22 +43,21 @@ void BlendPixel(ImageClassData &record, int32_t x, int32_t y, Pixel drawn, const
   *SampleAt(record, x, y, record.BlueOffset) = blue;
 }
 
-void CheckMasked(PluginHost &host, int32_t layout, int32_t maskLayout) {
-  const AnyImage image(host, Between(0, 9) == 0 ? AnyFormat() : Between(1, 10));
+void CheckMasked(Random &random, PluginHost &host, int32_t layout, int32_t maskLayout) {
+  const AnyImage image(random, host, random.OneIn(10) ? AnyFormat(random) : random.Between(1, 10));
   ImageClassData &record = image.record();
-  if (Between(0, 3) == 0) record.AlphaOffset = record.RedOffset / record.PixelSize * record.PixelSize;
-  auto picture = NewFilledPicture(host, AnySide(), Between(1, 12), layout, static_cast<uint32_t>(Between(0, 9999)));
+  if (random.Between(0, 3) == 0) record.AlphaOffset = record.RedOffset / record.PixelSize * record.PixelSize;
+  auto picture = NewFilledPicture(host, random.Side(150), random.Between(1, 12), layout, random.Bits());
   Picture *mask = nullptr;
-  if (Between(0, 4) != 0) {
-    auto made = NewFilledPicture(host, picture->Width(), picture->Height(), maskLayout,
-                                 static_cast<uint32_t>(Between(0, 9999)));
+  if (random.Between(0, 4) != 0) {
+    auto made = NewFilledPicture(host, picture->Width(), picture->Height(), maskLayout, random.Bits());
     mask = made.Get();
     picture->SetMask(std::move(made));
   }
-  const bool invert = Between(0, 1) != 0, stores = Between(0, 1) != 0;
-  const Numbers numbers;
-  const int32_t x = numbers.Position(), y = numbers.Position(), width = numbers.Size(), height = numbers.Size();
-  const int32_t sourceX = numbers.Position(), sourceY = numbers.Position();
+  const bool invert = random.Between(0, 1) != 0, stores = random.Between(0, 1) != 0;
+  const AnyMove move(random);
+  const int32_t x = move.destX, y = move.destY, width = move.width, height = move.height;
+  const int32_t sourceX = move.sourceX, sourceY = move.sourceY;
 
   // The plain loop works on the storage itself, which is then put back.
   const auto before = image.AllBytes();
@@ -85,22 +83,20 @@ void CheckMasked(PluginHost &host, int32_t layout, int32_t maskLayout) {
     if (!refused) mask->Unlock();
   }
   // Where a sum wraps more or less may be drawn than the caller meant; the fences see to it that nothing outside is.
-  if (numbers.near) RC_ASSERT(image.AllBytes() == expected);
+  if (move.near) RC_ASSERT(image.AllBytes() == expected);
 }
 
 TEST(MaskedDrawingProperty, OnADesktopEveryPictureIsDrawnAsThePlainLoopDoes) {
   PluginHost host({.kind = HostKind::Desktop, .fenced = true});
-  EXPECT_TRUE(rc::check([&] {
-    Repeat([&] {
-      const int32_t layout = Between(1, 6);
-      CheckMasked(host, layout, Between(0, 1) == 0 ? layout : Between(1, 6));
-    });
-  }));
+  CheckManyCases([&](Random &random) {
+    const int32_t layout = random.Between(1, 6);
+    CheckMasked(random, host, layout, random.Between(0, 1) == 0 ? layout : random.Between(1, 6));
+  });
 }
 
 TEST(MaskedDrawingProperty, OnAConsoleEveryPictureIsDrawnAsThePlainLoopDoes) {
   PluginHost host({.fenced = true});
-  EXPECT_TRUE(rc::check([&] { Repeat([&] { CheckMasked(host, kGD, kGD); }); }));
+  CheckManyCases([&](Random &random) { CheckMasked(random, host, kGD, kGD); });
 }
 
 }  // namespace

@@ -143,8 +143,7 @@ TEST_P(ExportToEveryLayout, APictureOverTheImageIsWrittenAsTheLoopGoes) {
       host_->SetPictureFactory([&](int32_t, int32_t height) {
         auto storage = MakeStorage(kWidth, height, GetParam());
         uint8_t *row = storage->Row(0);
-        std::mt19937 random(7);
-        for (int32_t i = 0; i < 4 * kWidth; ++i) row[i] = RandomByte(random);
+        scenes::FillNoise(row, 4 * kWidth, 7);
         expected.assign(row, row + 4 * kWidth);
         record.Buffer = row + start;
         return storage;

@@ -1,71 +1,44 @@
-// What the random tests of host pictures share: numbers of calls, images of any shape, and which pixels a call means.
+// What the random tests of host pictures share: images of any shape, and which pixels a call means.
 #pragma once
 
-#include <rapidcheck.h>
-
 #include <cstdint>
-#include <random>
 #include <utility>
 #include <vector>
 
 #include "image/image_record.h"
 #include "image/image_storage.h"
 #include "tests/pictures/picture_testing.h"
+#include "tests/scenes/cases.h"
+#include "tests/scenes/formats.h"
+#include "tests/scenes/rectangles.h"
 
 namespace picture_testing {
 
-inline int32_t Between(int32_t least, int32_t most) {
-  return *rc::gen::noShrink(rc::gen::resize(rc::kNominalSize, rc::gen::inRange(least, most + 1)));
-}
+using scenes::AnyFormat;
+using scenes::AnyMove;
+using scenes::CheckCases;
+using scenes::Random;
 
 // Several cases in a run of the property: many rectangles come out empty.
 template <class Case>
-void Repeat(Case check) {
-  for (int i = 0; i < 10; ++i) check();
-}
-
-// The numbers of one call: positions and sizes around small images, or (one call in four) anywhere in 32 bits.
-struct Numbers {
-  const bool near = Between(0, 3) != 0;
-
-  int32_t Position() const { return near ? Between(-3, 5) : Wild(); }
-  int32_t Size() const { return near ? Between(-4, Between(0, 2) == 0 ? 150 : 16) : Wild(); }
-
-  static int32_t Wild() {
-    switch (Between(0, 3)) {
-      case 0:
-        return INT32_MAX - Between(0, 20);
-      case 1:
-        return INT32_MIN + Between(0, 20);
-      case 2:
-        return static_cast<int32_t>(static_cast<uint32_t>(Between(0, 65535)) << 16);
-      default:
-        return Between(-5, 16);
-    }
-  }
-};
-
-// Mostly small; at times long enough for the loops that take many pixels at once.
-inline int32_t AnySide() { return Between(0, 3) != 0 ? Between(1, 12) : Between(12, 150); }
-
-inline int32_t AnyFormat() {
-  const int32_t format = Between(1, 40);
-  return format < 14 ? format : format + 1;
+void CheckManyCases(Case check) {
+  CheckCases([&](Random &random) {
+    for (int i = 0; i < 10; ++i) check(random);
+  });
 }
 
 // An image of any format over memory that ends right behind its last pixel, with spare bytes between pixels and between
 // rows, offsets that may stand in any order, fall together or point at the next pixel, and the rows either way up.
 struct AnyImage {
-  explicit AnyImage(PluginHost &host, int32_t format = AnyFormat()) {
-    const int32_t width = AnySide(), height = Between(1, 12);
-    image = host.New("PictureZVK");
-    zvk::image::ImageConstructor(image, 1, 1, format);
-    const int32_t pixelSize = zvk::image::RecordOf(image)->PixelSize + (Between(0, 3) == 0 ? Between(1, 3) : 0);
-    const int32_t shift = Between(0, 3) == 0 ? Between(1, 2) * pixelSize : 0;
+  explicit AnyImage(Random &random, PluginHost &host) : AnyImage(random, host, AnyFormat(random)) {}
+  AnyImage(Random &random, PluginHost &host, int32_t format) {
+    const int32_t width = random.Side(150), height = random.Between(1, 12);
+    const int32_t pixelSize = scenes::PixelSizeOf(format) + (random.OneIn(4) ? random.Between(1, 3) : 0);
+    const int32_t shift = random.OneIn(4) ? random.Between(1, 2) * pixelSize : 0;
     const int32_t rowBytes = width * pixelSize + shift;
-    const int32_t rowSize = rowBytes + Between(0, 5);
+    const int32_t rowSize = rowBytes + random.Between(0, 5);
     block = host.NewMemoryBlock(rowSize * (height - 1) + rowBytes);
-    zvk::image::ImageDestructor(image);
+    image = host.New("PictureZVK");
     zvk::image::ImageConstructorMemory(image, block, width, height, format, rowSize);
     zvk::image::ImageClassData &created = record();
     created.PixelSize = pixelSize;
@@ -74,14 +47,13 @@ struct AnyImage {
           &created.CyanOffset, &created.MagentaOffset, &created.YellowOffset, &created.BlackOffset}) {
       *offset += shift;
     }
-    if (created.BitsPerComponent == 8 && Between(0, 3) == 0) {
-      created.RedOffset = shift + Between(0, pixelSize - 1);
-      created.GreenOffset = shift + Between(0, pixelSize - 1);
-      created.BlueOffset = shift + Between(0, pixelSize - 1);
+    if (created.BitsPerComponent == 8 && random.OneIn(4)) {
+      created.RedOffset = shift + random.Between(0, pixelSize - 1);
+      created.GreenOffset = shift + random.Between(0, pixelSize - 1);
+      created.BlueOffset = shift + random.Between(0, pixelSize - 1);
     }
-    if (Between(0, 2) == 0) created.GetRow = zvk::image::GetRowLinearMirrored;
-    std::mt19937 random(static_cast<uint32_t>(Between(0, 1000000)));
-    for (int32_t i = 0; i < block->Size(); ++i) block->Data()[i] = RandomByte(random);
+    if (random.OneIn(3)) created.GetRow = zvk::image::GetRowLinearMirrored;
+    scenes::FillNoise(block->Data(), static_cast<size_t>(block->Size()), random);
   }
 
   zvk::image::ImageClassData &record() const { return *zvk::image::RecordOf(image); }

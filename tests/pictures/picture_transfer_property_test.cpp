@@ -1,6 +1,5 @@
 // Random images, pictures and rectangles, in both directions, against plain loops over the host's own pixels.
 #include <gtest/gtest.h>
-#include <rapidcheck/gtest.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -74,12 +73,12 @@ void ExpectExport(ImageClassData &record, REALobject result, const std::set<int6
   }
 }
 
-void CheckExport(PluginHost &host, int32_t layout) {
+void CheckExport(Random &random, PluginHost &host, int32_t layout) {
   MakeNewPicturesOf(host, layout);
-  const AnyImage image(host);
+  const AnyImage image(random, host);
   ImageClassData &record = image.record();
-  const Numbers numbers;
-  const int32_t x = numbers.Position(), y = numbers.Position(), width = numbers.Size(), height = numbers.Size();
+  const AnyMove move(random);
+  const int32_t x = move.destX, y = move.destY, width = move.width, height = move.height;
   const auto before = image.AllBytes();
   const auto columns = Meant(x, width, record.Width), rows = Meant(y, height, record.Height);
   const REALobject colours = rbCopyPicture(image.image, x, y, width, height);
@@ -91,37 +90,37 @@ void CheckExport(PluginHost &host, int32_t layout) {
     ExpectExport(record, colours, columns, rows, ColourOf);
   } else {
     // Where a sum wraps the size may stay too large for any picture, though some pixels are meant.
-    RC_ASSERT(!expected || !numbers.near || !(record.IsGray || record.IsRGB || record.IsCMYK));
+    RC_ASSERT(!expected || !move.near || !(record.IsGray || record.IsRGB || record.IsCMYK));
   }
   if (mask != nullptr) {
     RC_ASSERT(expected && record.HasAlpha);
     ExpectExport(record, mask, columns, rows, AlphaOf);
   } else {
-    RC_ASSERT(!expected || !numbers.near || !record.HasAlpha);
+    RC_ASSERT(!expected || !move.near || !record.HasAlpha);
   }
 }
 
 TEST(ExportProperty, OnADesktopEveryImageIsCopiedAsThePlainLoopDoes) {
   PluginHost host({.kind = HostKind::Desktop, .fenced = true});
-  EXPECT_TRUE(rc::check([&] { Repeat([&] { CheckExport(host, Between(1, 6)); }); }));
+  CheckManyCases([&](Random &random) { CheckExport(random, host, random.Between(1, 6)); });
 }
 
 TEST(ExportProperty, OnAConsoleEveryImageIsCopiedAsThePlainLoopDoes) {
   PluginHost host({.fenced = true});
-  EXPECT_TRUE(rc::check([&] { Repeat([&] { CheckExport(host, kGD); }); }));
+  CheckManyCases([&](Random &random) { CheckExport(random, host, kGD); });
 }
 
 // --- import ---
 
-void CheckImport(PluginHost &host, int32_t layout) {
-  const AnyImage image(host);
+void CheckImport(Random &random, PluginHost &host, int32_t layout) {
+  const AnyImage image(random, host);
   ImageClassData &record = image.record();
-  auto picture = NewFilledPicture(host, AnySide(), Between(1, 12), layout, static_cast<uint32_t>(Between(0, 9999)));
-  const Numbers numbers;
-  const int32_t x = numbers.Position(), y = numbers.Position(), width = numbers.Size(), height = numbers.Size();
-  const int32_t sourceX = numbers.Position(), sourceY = numbers.Position();
+  auto picture = NewFilledPicture(host, random.Side(150), random.Between(1, 12), layout, random.Bits());
+  const AnyMove move(random);
+  const int32_t x = move.destX, y = move.destY, width = move.width, height = move.height;
+  const int32_t sourceX = move.sourceX, sourceY = move.sourceY;
   // Mostly the family that the image has channels for.
-  const int32_t family = Between(0, 9) == 0 ? Between(0, 3) : record.HasRed ? 0 : Between(1, 3);
+  const int32_t family = random.Between(0, 9) == 0 ? random.Between(0, 3) : record.HasRed ? 0 : random.Between(1, 3);
 
   // The plain loop works on the storage itself, which is then put back.
   const auto before = image.AllBytes();
@@ -148,17 +147,17 @@ void CheckImport(PluginHost &host, int32_t layout) {
   kDraws[family](image.image, picture, x, y, width, height, sourceX, sourceY);
   RC_ASSERT(IsFree(*picture));
   // Where a sum wraps more or less may be drawn than the caller meant; the fences see to it that nothing outside is.
-  if (numbers.near) RC_ASSERT(image.AllBytes() == expected);
+  if (move.near) RC_ASSERT(image.AllBytes() == expected);
 }
 
 TEST(ImportProperty, OnADesktopEveryPictureIsDrawnAsThePlainLoopDoes) {
   PluginHost host({.kind = HostKind::Desktop, .fenced = true});
-  EXPECT_TRUE(rc::check([&] { Repeat([&] { CheckImport(host, Between(1, 6)); }); }));
+  CheckManyCases([&](Random &random) { CheckImport(random, host, random.Between(1, 6)); });
 }
 
 TEST(ImportProperty, OnAConsoleEveryPictureIsDrawnAsThePlainLoopDoes) {
   PluginHost host({.fenced = true});
-  EXPECT_TRUE(rc::check([&] { Repeat([&] { CheckImport(host, kGD); }); }));
+  CheckManyCases([&](Random &random) { CheckImport(random, host, kGD); });
 }
 
 }  // namespace
