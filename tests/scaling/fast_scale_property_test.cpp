@@ -1,6 +1,5 @@
 // Random scales by nearest pixels over random records, against the naive scaler: every byte of every storage.
 #include <gtest/gtest.h>
-#include <rapidcheck/gtest.h>
 
 #include <cstdint>
 
@@ -23,35 +22,45 @@ void CheckAgainstNaive(const TestImage &dest, const TestImage &source, int32_t w
   RC_ASSERT(sourceAfter == source.Storage());
 }
 
-RC_GTEST_PROP(FastScaleProperty, AnyImagesGiveTheNaiveBytes, ()) {
-  const TestImage source = Image(Side(), Side(), Format()), dest = Image(Side(), Side(), Format());
-  CheckAgainstNaive(dest, source, Between(-1, 320), Between(-1, 320));
+TEST(FastScaleProperty, AnyImagesGiveTheNaiveBytes) {
+  CheckCases([](Random &random) {
+    const TestImage source = Image(random, AnySide(random), AnySide(random), AnyFormat(random)),
+                    dest = Image(random, AnySide(random), AnySide(random), AnyFormat(random));
+    CheckAgainstNaive(dest, source, random.Between(-1, 320), random.Between(-1, 320));
+  });
 }
 
-RC_GTEST_PROP(FastScaleProperty, AKnownPairGivesTheNaiveBytes, ()) {
-  const auto [sourceFormat, destFormat] = PairOfFormats();
-  const TestImage source = Image(Side(), Side(), sourceFormat), dest = Image(Side(), Side(), destFormat);
-  CheckAgainstNaive(dest, source, Between(1, 320), Between(1, 320));
+TEST(FastScaleProperty, AKnownPairGivesTheNaiveBytes) {
+  CheckCases([](Random &random) {
+    const auto [sourceFormat, destFormat] = PairOfFormats(random);
+    const TestImage source = Image(random, AnySide(random), AnySide(random), sourceFormat),
+                    dest = Image(random, AnySide(random), AnySide(random), destFormat);
+    CheckAgainstNaive(dest, source, random.Between(1, 320), random.Between(1, 320));
+  });
 }
 
-RC_GTEST_PROP(FastScaleProperty, OneImageScaledIntoItselfGivesTheNaiveBytes, ()) {
-  const TestImage image = Image(Side(), Side(), Format());
-  CheckAgainstNaive(image, image, Between(1, 320), Between(1, 320));
+TEST(FastScaleProperty, OneImageScaledIntoItselfGivesTheNaiveBytes) {
+  CheckCases([](Random &random) {
+    const TestImage image = Image(random, AnySide(random), AnySide(random), AnyFormat(random));
+    CheckAgainstNaive(image, image, random.Between(1, 320), random.Between(1, 320));
+  });
 }
 
-RC_GTEST_PROP(FastScaleProperty, ImagesThatShareStorageGiveTheNaiveBytes, ()) {
-  // Two images at random places of one block, often of the same rows.
-  const int32_t side = Between(1, 14);
-  const int32_t rowSize = Between(20, 80);
-  const TestImage block(rowSize + 100, 60, ImageFormatBuffer);
-  const auto place = [&](int32_t format) {
-    return TestImage(block, Between(0, 1) * Between(0, 200), side, side, format,
-                     Between(0, 2) == 0 ? Between(5, 90) : rowSize);
-  };
-  const auto [sourceFormat, destFormat] = PairOfFormats();
-  const TestImage source = place(sourceFormat), dest = place(destFormat);
-  TestImage(block).FillNoise(static_cast<uint32_t>(Between(0, 1000000)));
-  CheckAgainstNaive(dest, source, Between(1, side), Between(1, side));
+TEST(FastScaleProperty, ImagesThatShareStorageGiveTheNaiveBytes) {
+  CheckCases([](Random &random) {
+    // Two images at random places of one block, often of the same rows.
+    const int32_t side = random.Between(1, 14);
+    const int32_t rowSize = random.Between(20, 80);
+    const TestImage block(rowSize + 100, 60, ImageFormatBuffer);
+    const auto place = [&](int32_t format) {
+      return TestImage(block, random.Between(0, 1) * random.Between(0, 200), side, side, format,
+                       random.Between(0, 2) == 0 ? random.Between(5, 90) : rowSize);
+    };
+    const auto [sourceFormat, destFormat] = PairOfFormats(random);
+    const TestImage source = place(sourceFormat), dest = place(destFormat);
+    TestImage(block).FillNoise(random.Bits());
+    CheckAgainstNaive(dest, source, random.Between(1, side), random.Between(1, side));
+  });
 }
 
 }  // namespace

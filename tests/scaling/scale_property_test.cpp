@@ -1,6 +1,5 @@
 // Random scales over random records, against the naive scaler: every byte of every storage.
 #include <gtest/gtest.h>
-#include <rapidcheck/gtest.h>
 
 #include <cstdint>
 #include <vector>
@@ -20,39 +19,49 @@ void CheckAgainstNaive(const TestImage &dest, const TestImage &source, const Tes
   RC_ASSERT(outcome == NaiveOutcome(dest, source, temp, mode, width, height));
 }
 
-RC_GTEST_PROP(ScaleProperty, AnyImagesGiveTheNaiveBytes, ()) {
-  const int32_t width = Side(), height = Side();
-  const TestImage source = Image(Side(), Side(), Format()), dest = Image(width, height, Format());
-  CheckAgainstNaive(dest, source, TempFor(dest, source, width), Between(1, 7), width, height);
+TEST(ScaleProperty, AnyImagesGiveTheNaiveBytes) {
+  CheckCases([](Random &random) {
+    const int32_t width = AnySide(random), height = AnySide(random);
+    const TestImage source = Image(random, AnySide(random), AnySide(random), AnyFormat(random)),
+                    dest = Image(random, width, height, AnyFormat(random));
+    CheckAgainstNaive(dest, source, TempFor(random, dest, source, width), random.Between(1, 7), width, height);
+  });
 }
 
-RC_GTEST_PROP(ScaleProperty, AKnownPairGivesTheNaiveBytes, ()) {
-  const auto [sourceFormat, destFormat] = PairOfFormats();
-  const int32_t width = Side(), height = Side();
-  const TestImage source = Image(Side(), Side(), sourceFormat), dest = Image(width, height, destFormat);
-  CheckAgainstNaive(dest, source, TempFor(dest, source, width), Between(1, 7), width, height);
+TEST(ScaleProperty, AKnownPairGivesTheNaiveBytes) {
+  CheckCases([](Random &random) {
+    const auto [sourceFormat, destFormat] = PairOfFormats(random);
+    const int32_t width = AnySide(random), height = AnySide(random);
+    const TestImage source = Image(random, AnySide(random), AnySide(random), sourceFormat),
+                    dest = Image(random, width, height, destFormat);
+    CheckAgainstNaive(dest, source, TempFor(random, dest, source, width), random.Between(1, 7), width, height);
+  });
 }
 
-RC_GTEST_PROP(ScaleProperty, OneImageScaledIntoItselfGivesTheNaiveBytes, ()) {
-  const TestImage image = Image(Side(), Side(), Format());
-  const int32_t width = Between(1, image.Record().Width), height = Between(1, image.Record().Height);
-  CheckAgainstNaive(image, image, TempFor(image, image, width), Between(1, 7), width, height);
+TEST(ScaleProperty, OneImageScaledIntoItselfGivesTheNaiveBytes) {
+  CheckCases([](Random &random) {
+    const TestImage image = Image(random, AnySide(random), AnySide(random), AnyFormat(random));
+    const int32_t width = random.Between(1, image.Record().Width), height = random.Between(1, image.Record().Height);
+    CheckAgainstNaive(image, image, TempFor(random, image, image, width), random.Between(1, 7), width, height);
+  });
 }
 
-RC_GTEST_PROP(ScaleProperty, ImagesThatShareStorageGiveTheNaiveBytes, ()) {
-  // Three images at random places of one block, often of the same rows.
-  const int32_t side = Between(1, 14);
-  const int32_t rowSize = Between(20, 80);
-  const TestImage block(rowSize + 100, 60, ImageFormatBuffer);
-  const auto place = [&](int32_t format) {
-    return TestImage(block, Between(0, 3) == 0 ? Between(0, 200) : 0, side, side, format,
-                     Between(0, 2) == 0 ? Between(5, 90) : rowSize);
-  };
-  const TestImage source = place(Format()), dest = place(Format());
-  const auto pair = naive::PairFor(source.Record(), dest.Record());
-  const TestImage temp = place(pair ? pair->tempFormat : ImageFormatScaling1);
-  TestImage(block).FillNoise(static_cast<uint32_t>(Between(0, 1000000)));
-  CheckAgainstNaive(dest, source, temp, Between(1, 7), Between(1, side), Between(1, side));
+TEST(ScaleProperty, ImagesThatShareStorageGiveTheNaiveBytes) {
+  CheckCases([](Random &random) {
+    // Three images at random places of one block, often of the same rows.
+    const int32_t side = random.Between(1, 14);
+    const int32_t rowSize = random.Between(20, 80);
+    const TestImage block(rowSize + 100, 60, ImageFormatBuffer);
+    const auto place = [&](int32_t format) {
+      return TestImage(block, random.Between(0, 3) == 0 ? random.Between(0, 200) : 0, side, side, format,
+                       random.Between(0, 2) == 0 ? random.Between(5, 90) : rowSize);
+    };
+    const TestImage source = place(AnyFormat(random)), dest = place(AnyFormat(random));
+    const auto pair = naive::PairFor(source.Record(), dest.Record());
+    const TestImage temp = place(pair ? pair->tempFormat : ImageFormatScaling1);
+    TestImage(block).FillNoise(random.Bits());
+    CheckAgainstNaive(dest, source, temp, random.Between(1, 7), random.Between(1, side), random.Between(1, side));
+  });
 }
 
 }  // namespace

@@ -9,13 +9,13 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
-#include <random>
 #include <vector>
 
 #include "image/image_formats.h"
 #include "image/image_record.h"
 #include "image/image_storage.h"
 #include "tests/naive/scale.h"
+#include "tests/scenes/random.h"
 
 namespace zvk::scaling {
 
@@ -76,12 +76,7 @@ class TestImage {
 
   // Noise with many black and white bytes, in all bytes of the storage.
   TestImage &FillNoise(uint32_t seed) {
-    std::minstd_rand random(seed + 1);
-    for (uint8_t &byte : *storage_) {
-      const auto kind = random() % 8;
-      const auto value = static_cast<uint8_t>(random() >> 8);
-      byte = kind == 0 ? uint8_t{0} : kind == 1 ? uint8_t{255} : value;
-    }
+    scenes::FillNoise(storage_->data(), storage_->size(), seed);
     return *this;
   }
 

@@ -1,6 +1,5 @@
 // Random scales on threads over random records, against the naive scaler: every byte of every storage.
 #include <gtest/gtest.h>
-#include <rapidcheck/gtest.h>
 
 #include <cstdint>
 
@@ -11,7 +10,7 @@
 namespace zvk::scaling {
 namespace {
 
-int32_t ThreadCount() { return *rc::gen::element<int32_t>(-1, 1, 2, 3, 7, 32); }
+int32_t ThreadCount(Random &random) { return random.Of({-1, 1, 2, 3, 7, 32}); }
 
 void CheckAgainstNaive(const TestImage &dest, int32_t threads, const TestImage &source, const TestImage &temp,
                        int32_t mode, int32_t width, int32_t height) {
@@ -23,23 +22,34 @@ void CheckAgainstNaive(const TestImage &dest, int32_t threads, const TestImage &
   RC_ASSERT(outcome == NaiveOutcome(dest, source, temp, mode, width, height, rounding));
 }
 
-RC_GTEST_PROP(ScaleThreadsProperty, AnyImagesGiveTheNaiveBytes, ()) {
-  const int32_t width = Side(), height = Side();
-  const TestImage source = Image(Side(), Side(), Format()), dest = Image(width, height, Format());
-  CheckAgainstNaive(dest, ThreadCount(), source, TempFor(dest, source, width), Between(1, 7), width, height);
+TEST(ScaleThreadsProperty, AnyImagesGiveTheNaiveBytes) {
+  CheckCases([](Random &random) {
+    const int32_t width = AnySide(random), height = AnySide(random);
+    const TestImage source = Image(random, AnySide(random), AnySide(random), AnyFormat(random)),
+                    dest = Image(random, width, height, AnyFormat(random));
+    CheckAgainstNaive(dest, ThreadCount(random), source, TempFor(random, dest, source, width), random.Between(1, 7),
+                      width, height);
+  });
 }
 
-RC_GTEST_PROP(ScaleThreadsProperty, AKnownPairGivesTheNaiveBytes, ()) {
-  const auto [sourceFormat, destFormat] = PairOfFormats();
-  const int32_t width = Side(), height = Side();
-  const TestImage source = Image(Side(), Side(), sourceFormat), dest = Image(width, height, destFormat);
-  CheckAgainstNaive(dest, ThreadCount(), source, TempFor(dest, source, width), Between(1, 7), width, height);
+TEST(ScaleThreadsProperty, AKnownPairGivesTheNaiveBytes) {
+  CheckCases([](Random &random) {
+    const auto [sourceFormat, destFormat] = PairOfFormats(random);
+    const int32_t width = AnySide(random), height = AnySide(random);
+    const TestImage source = Image(random, AnySide(random), AnySide(random), sourceFormat),
+                    dest = Image(random, width, height, destFormat);
+    CheckAgainstNaive(dest, ThreadCount(random), source, TempFor(random, dest, source, width), random.Between(1, 7),
+                      width, height);
+  });
 }
 
-RC_GTEST_PROP(ScaleThreadsProperty, OneImageScaledIntoItselfGivesTheNaiveBytes, ()) {
-  const TestImage image = Image(Side(), Side(), Format());
-  const int32_t width = Between(1, image.Record().Width), height = Between(1, image.Record().Height);
-  CheckAgainstNaive(image, ThreadCount(), image, TempFor(image, image, width), Between(1, 7), width, height);
+TEST(ScaleThreadsProperty, OneImageScaledIntoItselfGivesTheNaiveBytes) {
+  CheckCases([](Random &random) {
+    const TestImage image = Image(random, AnySide(random), AnySide(random), AnyFormat(random));
+    const int32_t width = random.Between(1, image.Record().Width), height = random.Between(1, image.Record().Height);
+    CheckAgainstNaive(image, ThreadCount(random), image, TempFor(random, image, image, width), random.Between(1, 7),
+                      width, height);
+  });
 }
 
 }  // namespace
