@@ -5,9 +5,9 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <random>
 #include <vector>
 
+#include "tests/scenes/random.h"
 #include "tests/support/fence.h"
 
 namespace zvk::compositing {
@@ -113,14 +113,12 @@ TEST(PackedOperand, TheMeanIsRoundedDownForAllSums) {
 }
 
 TEST(PackedBlend, RowsOfAnyLengthKeepFillerAndStayInside) {
-  std::mt19937 random(2);
+  scenes::Random random(2);
   for (int32_t width = 1; width < 2100; width = width < 40 ? width + 1 : width * 3 / 2) {
     // RGBX through a gray mask; the last pixel has no filler any more.
     fence::Block dest(static_cast<size_t>(4 * width - 1)), source(static_cast<size_t>(3 * width));
     fence::Block mask(static_cast<size_t>(width));
-    for (fence::Block *block : {&dest, &source, &mask}) {
-      std::generate(block->Data(), block->Data() + block->Size(), [&] { return static_cast<uint8_t>(random()); });
-    }
+    for (fence::Block *block : {&dest, &source, &mask}) scenes::FillNoise(block->Data(), block->Size(), random);
     Bytes expected(dest.Data(), dest.Data() + dest.Size());
     for (int32_t x = 0; x < width; ++x) {
       for (int32_t i = 0; i < 3; ++i) {

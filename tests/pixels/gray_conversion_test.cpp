@@ -4,9 +4,9 @@
 
 #include <algorithm>
 #include <optional>
-#include <random>
 #include <vector>
 
+#include "tests/scenes/random.h"
 #include "tests/support/fence.h"
 
 namespace zvk::pixels {
@@ -59,15 +59,15 @@ GrayConversion ConversionOf(const Case &test) {
 }
 
 TEST(GrayConversion, ConvertsAsThePlainLoopAndStaysInsideItsRows) {
-  std::mt19937 random(3);
+  scenes::Random random(3);
   for (const Case &test : kCases) {
     SCOPED_TRACE(test.name);
     const GrayConversion convert = ConversionOf(test);
     for (const int32_t width : {0, 1, 2, 3, 7, 8, 9, 15, 16, 17, 31, 33, 64, 1023, 1024, 1025, 2100}) {
       fence::Block source(static_cast<size_t>(SourceReach(test, width) + 1));
       fence::Block dest(static_cast<size_t>(DestReach(test, width) + 1));
-      std::generate(source.Data(), source.Data() + source.Size(), [&] { return static_cast<uint8_t>(random()); });
-      std::generate(dest.Data(), dest.Data() + dest.Size(), [&] { return static_cast<uint8_t>(random()); });
+      scenes::FillNoise(source.Data(), source.Size(), random);
+      scenes::FillNoise(dest.Data(), dest.Size(), random);
       std::vector<uint8_t> expected(dest.Data(), dest.Data() + dest.Size()), inOrder = expected;
       ConvertNaively(test, source.Data() + 1, expected.data() + 1, width);
       convert.MoveInOrder(source.Data() + 1, inOrder.data() + 1, width);
@@ -79,13 +79,12 @@ TEST(GrayConversion, ConvertsAsThePlainLoopAndStaysInsideItsRows) {
 }
 
 TEST(GrayConversion, OverlappingRowsGoPixelAfterPixel) {
-  std::mt19937 random(4);
+  scenes::Random random(4);
   for (const Case &test : kCases) {
     SCOPED_TRACE(test.name);
     const GrayConversion convert = ConversionOf(test);
     for (int32_t distance = -70; distance <= 70; ++distance) {
-      std::vector<uint8_t> memory(1200);
-      std::generate(memory.begin(), memory.end(), [&] { return static_cast<uint8_t>(random()); });
+      std::vector<uint8_t> memory = scenes::Noise(1200, random);
       std::vector<uint8_t> expected = memory, inOrder = memory;
       ConvertNaively(test, expected.data() + 200, expected.data() + 200 + distance, 40);
       convert.MoveInOrder(inOrder.data() + 200, inOrder.data() + 200 + distance, 40);

@@ -1,7 +1,6 @@
 // What pixels/overlap says of images anywhere in a piece of memory, against a count of every byte that is read and
 // written.
 #include <gtest/gtest.h>
-#include <rapidcheck/gtest.h>
 
 #include <cstdint>
 #include <map>
@@ -10,32 +9,32 @@
 #include "image/image_storage.h"
 #include "pixels/layouts.h"
 #include "pixels/overlap.h"
+#include "tests/scenes/cases.h"
 
 namespace zvk::pixels {
 namespace {
 
 using RGB = Layout<ColourFamily::RGB, false>;
 
-int32_t Any(int32_t least, int32_t most) {
-  return *rc::gen::resize(rc::kNominalSize, rc::gen::inRange(least, most + 1));
-}
+using scenes::CheckCases;
+using scenes::Random;
 
 // A record over memory that nobody touches; only its addresses are looked at.
-ImageClassData AnyImage(uint8_t *memory) {
+ImageClassData AnyImage(Random &random, uint8_t *memory) {
   ImageClassData image{};
-  image.GetRow = Any(0, 1) == 0 ? GetRowLinear : GetRowLinearMirrored;
-  image.Buffer = memory + Any(0, 120);
-  image.Width = Any(1, 5);
-  image.Height = Any(1, 4);
-  image.PixelSize = Any(1, 5);
+  image.GetRow = random.Between(0, 1) == 0 ? GetRowLinear : GetRowLinearMirrored;
+  image.Buffer = memory + random.Between(0, 120);
+  image.Width = random.Between(1, 5);
+  image.Height = random.Between(1, 4);
+  image.PixelSize = random.Between(1, 5);
   const int32_t tight = image.Width * image.PixelSize;
-  image.RowSize = Any(0, 2) == 0 ? Any(-tight, tight) : tight + Any(0, 6);
-  image.RowOffset = Any(0, 2);
-  const int32_t start = Any(0, 2) == 0 ? Any(-6, 12) : 0;
-  const bool moved = Any(0, 2) == 0;
-  image.RedOffset = start + (moved ? Any(-3, 6) : 0);
-  image.GreenOffset = start + (moved ? Any(-3, 6) : 1);
-  image.BlueOffset = start + (moved ? Any(-3, 6) : 2);
+  image.RowSize = random.Between(0, 2) == 0 ? random.Between(-tight, tight) : tight + random.Between(0, 6);
+  image.RowOffset = random.Between(0, 2);
+  const int32_t start = random.Between(0, 2) == 0 ? random.Between(-6, 12) : 0;
+  const bool moved = random.Between(0, 2) == 0;
+  image.RedOffset = start + (moved ? random.Between(-3, 6) : 0);
+  image.GreenOffset = start + (moved ? random.Between(-3, 6) : 1);
+  image.BlueOffset = start + (moved ? random.Between(-3, 6) : 2);
   image.IsRGB = true;
   return image;
 }
@@ -79,44 +78,51 @@ bool HaveCommonByte(const std::map<const uint8_t *, int32_t> &a, const std::map<
   return false;
 }
 
-RC_GTEST_PROP(OverlapProperty, WhatIsSaidToBeApartHasNoByteInCommon, ()) {
-  std::vector<uint8_t> memory(1000);
-  ImageClassData source = AnyImage(memory.data() + 400), dest = AnyImage(memory.data() + 400);
-  const int32_t columns = Any(1, 5), rows = Any(1, 4);
-  if (columns > dest.Width || rows > dest.Height) {
-    RC_ASSERT(!AreDisjoint(source, dest, columns, rows));
-    return;
-  }
-  const auto read = SamplesOf(source, source.Width, source.Height);
-  const auto written = SamplesOf(dest, columns, rows);
-  const bool disjoint = AreDisjoint(source, dest, columns, rows);
-  const bool unobservable = OrderIsUnobservable<RGB>(source, dest, columns, rows);
-  RC_CLASSIFY(disjoint, "disjoint");
-  RC_CLASSIFY(unobservable, "unobservable");
-  if (disjoint) RC_ASSERT(!HaveCommonByte(read, written));
-  if (unobservable) RC_ASSERT(disjoint && PixelsStandAlone(dest, columns, rows));
-  if (unobservable && SamplesAreApart<RGB>(dest)) RC_ASSERT(EachIsOne(written));
-  if (SamplesAreApart<RGB>(dest)) RC_ASSERT(EachIsOne(SamplesOf(dest, dest.Width, 1)));
-  // The other way round for pixels that fill their rows, with samples that nobody has moved.
-  const bool plain = SamplesAreSideBySide(RGB::OffsetsOf(dest)) && dest.PixelSize == 3;
-  if (plain) RC_ASSERT(EachIsOne(written) == RowsAreApart(dest, RangeOf(RGB::OffsetsOf(dest)), columns, rows));
+TEST(OverlapProperty, WhatIsSaidToBeApartHasNoByteInCommon) {
+  CheckCases([](Random &random) {
+    std::vector<uint8_t> memory(1000);
+    ImageClassData source = AnyImage(random, memory.data() + 400), dest = AnyImage(random, memory.data() + 400);
+    const int32_t columns = random.Between(1, 5), rows = random.Between(1, 4);
+    if (columns > dest.Width || rows > dest.Height) {
+      RC_ASSERT(!AreDisjoint(source, dest, columns, rows));
+      return;
+    }
+    const auto read = SamplesOf(source, source.Width, source.Height);
+    const auto written = SamplesOf(dest, columns, rows);
+    const bool disjoint = AreDisjoint(source, dest, columns, rows);
+    const bool unobservable = OrderIsUnobservable<RGB>(source, dest, columns, rows);
+    RC_CLASSIFY(disjoint, "disjoint");
+    RC_CLASSIFY(unobservable, "unobservable");
+    if (disjoint) RC_ASSERT(!HaveCommonByte(read, written));
+    if (unobservable) RC_ASSERT(disjoint && PixelsStandAlone(dest, columns, rows));
+    if (unobservable && SamplesAreApart<RGB>(dest)) RC_ASSERT(EachIsOne(written));
+    if (SamplesAreApart<RGB>(dest)) RC_ASSERT(EachIsOne(SamplesOf(dest, dest.Width, 1)));
+    // The other way round for pixels that fill their rows, with samples that nobody has moved.
+    const bool plain = SamplesAreSideBySide(RGB::OffsetsOf(dest)) && dest.PixelSize == 3;
+    if (plain) RC_ASSERT(EachIsOne(written) == RowsAreApart(dest, RangeOf(RGB::OffsetsOf(dest)), columns, rows));
+  });
 }
 
-RC_GTEST_PROP(OverlapProperty, SamplesThatSpanNoMoreThanAPixelAreJudgedExactly, ()) {
-  std::vector<uint8_t> memory(1000);
-  ImageClassData image = AnyImage(memory.data() + 400);
-  if (PixelsAreApart<RGB>(image)) {
-    RC_ASSERT(SamplesAreApart<RGB>(image) == EachIsOne(SamplesOf(image, image.Width, 1)));
-  }
-  RC_ASSERT(SamplesAreDistinct(RGB::OffsetsOf(image)) == EachIsOne(SamplesOf(image, 1, 1)));
+TEST(OverlapProperty, SamplesThatSpanNoMoreThanAPixelAreJudgedExactly) {
+  CheckCases([](Random &random) {
+    std::vector<uint8_t> memory(1000);
+    ImageClassData image = AnyImage(random, memory.data() + 400);
+    if (PixelsAreApart<RGB>(image)) {
+      RC_ASSERT(SamplesAreApart<RGB>(image) == EachIsOne(SamplesOf(image, image.Width, 1)));
+    }
+    RC_ASSERT(SamplesAreDistinct(RGB::OffsetsOf(image)) == EachIsOne(SamplesOf(image, 1, 1)));
+  });
 }
 
-RC_GTEST_PROP(OverlapProperty, RunsOverlapIfSomeByteIsInBoth, ()) {
-  const std::vector<uint8_t> memory(60);
-  const int32_t first = Any(0, 20), size = Any(1, 20), otherFirst = Any(0, 20), otherSize = Any(1, 20);
-  bool common = false;
-  for (int32_t i = first; i < first + size; ++i) common = common || (i >= otherFirst && i < otherFirst + otherSize);
-  RC_ASSERT(RunsOverlap(memory.data() + first, size, memory.data() + otherFirst, otherSize) == common);
+TEST(OverlapProperty, RunsOverlapIfSomeByteIsInBoth) {
+  CheckCases([](Random &random) {
+    const std::vector<uint8_t> memory(60);
+    const int32_t first = random.Between(0, 20), size = random.Between(1, 20), otherFirst = random.Between(0, 20),
+                  otherSize = random.Between(1, 20);
+    bool common = false;
+    for (int32_t i = first; i < first + size; ++i) common = common || (i >= otherFirst && i < otherFirst + otherSize);
+    RC_ASSERT(RunsOverlap(memory.data() + first, size, memory.data() + otherFirst, otherSize) == common);
+  });
 }
 
 }  // namespace

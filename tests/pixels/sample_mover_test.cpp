@@ -4,10 +4,10 @@
 
 #include <algorithm>
 #include <numeric>
-#include <random>
 #include <vector>
 
 #include "pixels/byte_shuffle.h"
+#include "tests/scenes/random.h"
 #include "tests/support/fence.h"
 
 namespace zvk::pixels {
@@ -70,14 +70,14 @@ TEST(SampleMover, MovesAsThePlainLoopsAndStaysInsideItsRows) {
   for (const Case &test : kCases) {
     SCOPED_TRACE(test.name);
     const SampleMover move(test.sourcePixelSize, test.destPixelSize, test.moves);
-    std::mt19937 random(7);
+    scenes::Random random(7);
     for (int32_t width = 0; width < 50; ++width) {
       const auto sourceSize = static_cast<size_t>(Reach(test.moves, &SampleMove::from, test.sourcePixelSize, width));
       const auto destSize = static_cast<size_t>(Reach(test.moves, &SampleMove::to, test.destPixelSize, width));
       for (const fence::Side side : {fence::Side::kBefore, fence::Side::kAfter}) {
         fence::Block source(sourceSize + 1, side), dest(destSize + 1, side);
-        for (size_t i = 0; i < source.Size(); ++i) source.Data()[i] = static_cast<uint8_t>(random());
-        for (size_t i = 0; i < dest.Size(); ++i) dest.Data()[i] = static_cast<uint8_t>(random());
+        scenes::FillNoise(source.Data(), source.Size(), random);
+        scenes::FillNoise(dest.Data(), dest.Size(), random);
         // Without the spare byte on the side of the fence.
         const size_t spare = side == fence::Side::kAfter ? 1 : 0;
         std::vector<uint8_t> expected(dest.Data(), dest.Data() + dest.Size());
