@@ -1,13 +1,17 @@
 #include "pictures/masked_drawing.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
+#include <functional>
+#include <span>
 
 #include "host/host_services.h"
 #include "pictures/picture_import.h"
 #include "pictures/pixel_rows.h"
 #include "pictures/pixel_words.h"
 #include "pixels/divide_by_255.h"
+#include "pixels/kernel_clones.h"
 
 namespace zvk::pictures {
 
@@ -18,27 +22,199 @@ bool HasColours(const ImageClassData &image) { return image.HasRed && image.HasG
 // Nil if there is none. The reference that comes with it is never given back.
 REALobject ExistingMask(REALobject picture) { return REALGetPictureMask(picture, 0); }
 
-// What a picture without mask reads as one.
-struct WhiteWord {
-  static Samples Load(const uint8_t *) { return {255, 255, 255}; }
+// --- one row ---
+
+// Pixels of one row, from the first one that is drawn on.
+struct MaskedPixels {
+  uint8_t *dest;
+  const uint8_t *source;
+  const uint8_t *mask;  // nil for a white one
 };
 
-// Turned round or as they are: flip is 255 or 0.
-constexpr uint8_t Flip(bool invertMask) { return invertMask ? 255 : 0; }
+// How the pixels of a picture and of its mask are drawn into an image, whose offsets count as they are at the row.
+class MaskedRow {
+ public:
+  MaskedRow(const PixelWord &word, const PixelWord &maskWord, bool invertMask)
+      : word_(word), maskWord_(maskWord), invertMask_(invertMask) {}
 
-// The mask's sample 255 gives `old`, 0 gives `drawn`.
-uint8_t Blend(uint32_t old, uint32_t drawn, uint32_t mask) {
-  return static_cast<uint8_t>(DivideBy255((255 - mask) * drawn + old * mask));
+  // The mask's red becomes alpha, which a colour at the same place replaces.
+  void Store(const ImageClassData &image, const MaskedPixels &row, int32_t width);
+  // Each colour is blended over the image's. There must be a mask.
+  void Blend(const ImageClassData &image, const MaskedPixels &row, int32_t width);
+
+ private:
+  static constexpr int32_t kTileBytes = kTilePixels * kWordBytes;
+  using Tile = std::array<uint8_t, kTileBytes>;
+
+  void StoreMasked(const ImageClassData &image, const MaskedPixels &row, int32_t width);
+  void StoreInOrder(const ImageClassData &image, const MaskedPixels &pixels, int32_t count) const;
+  void BlendInOrder(const ImageClassData &image, const MaskedPixels &pixels, int32_t count) const;
+
+  const PixelWord &word_;
+  const PixelWord &maskWord_;
+  const bool invertMask_;
+  RowMover moveColours_;
+  RowMover moveMask_;
+};
+
+MaskedPixels PixelsAt(const MaskedPixels &row, ptrdiff_t x, ptrdiff_t pixelSize) {
+  return {row.dest + x * pixelSize, row.source + x * kWordBytes, row.mask + x * kWordBytes};
 }
 
-// Calls drawRow(dest, pictureRow, maskRow) for each row of the transfer, and steps both cursors. A row that cannot be
-// had is left out.
-template <class DrawRow>
-void ForEachMaskedRow(ImageClassData &image, const Transfer &transfer, PictureEditor &picture, PictureEditor *mask,
-                      DrawRow drawRow) {
+bool AllLieApart(const MaskedPixels &pixels, const PixelReach &reach, int32_t count) {
+  return LieApart(pixels.dest, reach, pixels.source, count) && LieApart(pixels.dest, reach, pixels.mask, count);
+}
+
+// What a sample is exclusive-ored with.
+constexpr uint8_t Flip(bool complement) { return complement ? 255 : 0; }
+
+// The picture's weight 255 gives `drawn`, 0 gives `old`. What is divided is weight * drawn + (255 - weight) * old.
+uint8_t BlendSample(uint32_t old, uint32_t drawn, uint32_t weight) {
+  return static_cast<uint8_t>(DivideBy255(255 * old + weight * (drawn - old)));
+}
+
+ZVK_KERNEL_CLONES void BlendBytes(uint8_t *__restrict dest, const uint8_t *__restrict drawn,
+                                  const uint8_t *__restrict weights, ptrdiff_t count) {
+  for (ptrdiff_t i = 0; i < count; ++i) dest[i] = BlendSample(dest[i], drawn[i], weights[i]);
+}
+
+void MaskedRow::Store(const ImageClassData &image, const MaskedPixels &row, int32_t width) {
+  const auto colours = ColourMoves(word_, image);
+  const auto move = [&](std::span<const SampleMove> moves) {
+    moveColours_.For(kWordBytes, image.PixelSize, moves)(row.source, row.dest, width);
+  };
+  const auto &[red, green, blue] = colours;
+  if (std::ranges::count(colours, image.AlphaOffset, &SampleMove::to) != 0) {
+    move(colours);
+  } else if (row.mask == nullptr) {
+    move(std::array{SampleMove{.from = red.from, .to = image.AlphaOffset, .zero = invertMask_, .full = !invertMask_},
+                    red, green, blue});
+  } else {
+    StoreMasked(image, row, width);
+  }
+}
+
+// There is a mask, and no colour replaces alpha within its pixel.
+void MaskedRow::StoreMasked(const ImageClassData &image, const MaskedPixels &row, int32_t width) {
+  const std::array offsets{image.RedOffset, image.GreenOffset, image.BlueOffset, image.AlphaOffset};
+  const PixelReach reach{image.PixelSize, RangeOf(offsets)};
+  const SampleMove alpha{maskWord_.red, image.AlphaOffset, invertMask_};
+  const SampleMover &moveColours = moveColours_.For(kWordBytes, image.PixelSize, ColourMoves(word_, image));
+  const SampleMover &moveMask = moveMask_.For(kWordBytes, image.PixelSize, std::span(&alpha, 1));
+  for (int32_t x = 0, count = 0; x < width; x += count) {
+    count = std::min(width - x, kTilePixels);
+    const MaskedPixels pixels = PixelsAt(row, x, image.PixelSize);
+    if (AllLieApart(pixels, reach, count)) {
+      moveMask(pixels.mask, pixels.dest, count);
+      moveColours(pixels.source, pixels.dest, count);
+    } else {
+      StoreInOrder(image, pixels, count);
+    }
+  }
+}
+
+// Each pixel is worked out whole before any of it is stored, and stored before the next one is looked at, as the image
+// may lie over the very picture.
+void MaskedRow::StoreInOrder(const ImageClassData &image, const MaskedPixels &pixels, int32_t count) const {
+  const ptrdiff_t pixelSize = image.PixelSize;
+  const ptrdiff_t redOffset = image.RedOffset, greenOffset = image.GreenOffset, blueOffset = image.BlueOffset;
+  const ptrdiff_t alphaOffset = image.AlphaOffset;
+  const PixelWord word = word_, maskWord = maskWord_;
+  const uint8_t flip = Flip(invertMask_);
+  auto [dest, source, mask] = pixels;
+  for (int32_t i = 0; i < count; ++i) {
+    const uint8_t red = source[word.red], green = source[word.green], blue = source[word.blue];
+    dest[alphaOffset] = mask[maskWord.red] ^ flip;
+    dest[redOffset] = red;
+    dest[greenOffset] = green;
+    dest[blueOffset] = blue;
+    dest += pixelSize;
+    source += kWordBytes;
+    mask += kWordBytes;
+  }
+}
+
+// The moves of a picture's colours into tiles, whose pixels are as large as the image's and begin with the colour that
+// lies first. Zeros go to the bytes between, as far as there are moves left: a mover that writes all bytes is faster.
+class TileMoves {
+ public:
+  TileMoves(const PixelWord &word, const ImageClassData &image, int32_t lowest, bool complement) {
+    for (const SampleMove &move : ColourMoves(word, image)) Add({move.from, move.to - lowest, complement});
+    const auto colours = All();
+    for (int32_t to = 0; to < image.PixelSize && count_ < moves_.size(); ++to) {
+      if (!std::ranges::count(colours, to, &SampleMove::to)) Add({.from = word.red, .to = to, .zero = true});
+    }
+  }
+
+  std::span<const SampleMove> All() const { return std::span(moves_).first(count_); }
+
+ private:
+  void Add(const SampleMove &move) { moves_[count_++] = move; }
+
+  std::array<SampleMove, SampleMover::kMost> moves_{};
+  size_t count_ = 0;
+};
+
+// The picture and its weights are brought into the order in which the image's pixels lie. Bytes of these that are no
+// colours have the weight 0, and stay.
+void MaskedRow::Blend(const ImageClassData &image, const MaskedPixels &row, int32_t width) {
+  const PixelReach reach{image.PixelSize, RangeOf(std::array{image.RedOffset, image.GreenOffset, image.BlueOffset})};
+  const TileMoves moves(word_, image, reach.offsets.lowest, false);
+  const TileMoves weightMoves(maskWord_, image, reach.offsets.lowest, !invertMask_);
+  const SampleMover &moveColours = moveColours_.For(kWordBytes, image.PixelSize, moves.All());
+  const SampleMover &moveWeights = moveMask_.For(kWordBytes, image.PixelSize, weightMoves.All());
+  const int32_t tilePixels = std::clamp(kTileBytes / image.PixelSize, 1, width);
+  Tile drawn, weights;
+  for (Tile *tile : {&drawn, &weights}) {
+    std::fill_n(tile->data(), std::min<int64_t>(kTileBytes, int64_t{tilePixels} * image.PixelSize), 0);
+  }
+  for (int32_t x = 0, count = 0; x < width; x += count) {
+    count = std::min(width - x, tilePixels);
+    const MaskedPixels pixels = PixelsAt(row, x, image.PixelSize);
+    if (image.PixelSize <= kTileBytes && AllLieApart(pixels, reach, count)) {
+      moveColours(pixels.source, drawn.data(), count);
+      moveWeights(pixels.mask, weights.data(), count);
+      BlendBytes(pixels.dest + reach.First(), drawn.data(), weights.data(), reach.Size(count));
+    } else {
+      BlendInOrder(image, pixels, count);
+    }
+  }
+}
+
+// Pixel after pixel, for the same reason.
+void MaskedRow::BlendInOrder(const ImageClassData &image, const MaskedPixels &pixels, int32_t count) const {
+  const ptrdiff_t pixelSize = image.PixelSize;
+  const ptrdiff_t redOffset = image.RedOffset, greenOffset = image.GreenOffset, blueOffset = image.BlueOffset;
+  const PixelWord word = word_, maskWord = maskWord_;
+  const uint8_t flip = Flip(!invertMask_);
+  auto [dest, source, mask] = pixels;
+  for (int32_t i = 0; i < count; ++i) {
+    const uint8_t red = BlendSample(dest[redOffset], source[word.red], mask[maskWord.red] ^ flip);
+    const uint8_t green = BlendSample(dest[greenOffset], source[word.green], mask[maskWord.green] ^ flip);
+    const uint8_t blue = BlendSample(dest[blueOffset], source[word.blue], mask[maskWord.blue] ^ flip);
+    dest[redOffset] = red;
+    dest[greenOffset] = green;
+    dest[blueOffset] = blue;
+    dest += pixelSize;
+    source += kWordBytes;
+    mask += kWordBytes;
+  }
+}
+
+// --- all rows ---
+
+// Draws each row of the transfer by one of the two ways, and steps both cursors. A row that cannot be had is left out.
+void DrawRows(ImageClassData &image, const Transfer &transfer, PictureEditor &picture, PictureEditor *mask,
+              bool invertMask, void (MaskedRow::*draw)(const ImageClassData &, const MaskedPixels &, int32_t)) {
+  YieldOn(image);
+  const PixelWord *word = WordOf(picture.Layout);
+  const PixelWord *maskWord = mask != nullptr ? WordOf(mask->Layout) : word;
+  if (word == nullptr || maskWord == nullptr) return;
+  MaskedRow row(*word, *maskWord, invertMask);
   for (int32_t i = 0; i < transfer.height; ++i) {
     if (uint8_t *dest = DestPixel(image, transfer, i); dest != nullptr) {
-      drawRow(dest, SourcePixel(picture, transfer), SourcePixel(mask != nullptr ? *mask : picture, transfer));
+      const uint8_t *maskPixels = mask != nullptr ? SourcePixel(*mask, transfer) : nullptr;
+      (row.*draw)(image, {dest, SourcePixel(picture, transfer), maskPixels}, transfer.width);
     }
     picture.NextRow();
     if (mask != nullptr) mask->NextRow();
@@ -46,10 +222,10 @@ void ForEachMaskedRow(ImageClassData &image, const Transfer &transfer, PictureEd
   }
 }
 
-// Attaches readers to the picture and, unless it is nil, to the mask, and lets draw(fitted, picture, mask) have them
-// with their cursors on the first row, if anything is to be drawn.
-template <class Draw>
-void DrawFitted(ImageClassData &image, REALobject picture, REALobject mask, const Transfer &transfer, Draw draw) {
+// Attaches readers to the picture and, unless it is nil, to the mask, and lets `draw` have them with their cursors on
+// the first row, if anything is to be drawn.
+void DrawFitted(ImageClassData &image, REALobject picture, REALobject mask, const Transfer &transfer,
+                const std::function<void(const Transfer &, PictureEditor &, PictureEditor &)> &draw) {
   PictureReader reader;
   PictureReader maskReader;
   if (!reader.GetPictureEditor(picture, 1, 0)) return;
@@ -71,36 +247,12 @@ void DrawFitted(ImageClassData &image, REALobject picture, REALobject mask, cons
 
 void DrawMasked(ImageClassData &image, const Transfer &transfer, PictureEditor &picture, PictureEditor *mask,
                 bool invertMask) {
-  YieldOn(image);
-  const auto drawRows = [&, flip = Flip(invertMask)](auto word, auto maskWord) {
-    ForEachMaskedRow(image, transfer, picture, mask, [&](uint8_t *dest, const uint8_t *source, const uint8_t *masks) {
-      StoreRow(
-          dest, transfer.width, image, [=](ptrdiff_t x, Samples) { return word.Load(source + 4 * x); },
-          [=](ptrdiff_t x) { return static_cast<uint8_t>(maskWord.Load(masks + 4 * x).red ^ flip); });
-    });
-  };
-  if (mask != nullptr) {
-    VisitPixelWords(picture.Layout, mask->Layout, drawRows);
-  } else {
-    VisitPixelWord(picture.Layout, [&]<class Word>(Word word) {
-      if constexpr (Word::kKnown) drawRows(word, WhiteWord());
-    });
-  }
+  DrawRows(image, transfer, picture, mask, invertMask, &MaskedRow::Store);
 }
 
 void BlendMasked(ImageClassData &image, const Transfer &transfer, PictureEditor &picture, PictureEditor &mask,
                  bool invertMask) {
-  YieldOn(image);
-  VisitPixelWords(picture.Layout, mask.Layout, [&, flip = Flip(invertMask)](auto word, auto maskWord) {
-    ForEachMaskedRow(image, transfer, picture, &mask, [&](uint8_t *dest, const uint8_t *source, const uint8_t *masks) {
-      StoreRow(dest, transfer.width, image, [=](ptrdiff_t x, Samples old) {
-        const Samples drawn = word.Load(source + 4 * x);
-        const Samples kept = maskWord.Load(masks + 4 * x);
-        return Samples{Blend(old.red, drawn.red, kept.red ^ flip), Blend(old.green, drawn.green, kept.green ^ flip),
-                       Blend(old.blue, drawn.blue, kept.blue ^ flip)};
-      });
-    });
-  });
+  DrawRows(image, transfer, picture, &mask, invertMask, &MaskedRow::Blend);
 }
 
 void rbDrawMaskedPictureRGB8(REALobject instance, REALobject picture, int32_t destX, int32_t destY, int32_t destWidth,

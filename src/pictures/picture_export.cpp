@@ -1,14 +1,17 @@
 #include "pictures/picture_export.h"
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstring>
-#include <type_traits>
-#include <utility>
+#include <optional>
 
 #include "host/host_services.h"
 #include "host/resources.h"
+#include "pictures/pixel_rows.h"
 #include "pictures/pixel_words.h"
 #include "pixels/kernel_clones.h"
+#include "pixels/sample_mover.h"
 #include "pixels/wide_samples.h"
 
 namespace zvk::pictures {
@@ -18,71 +21,91 @@ namespace {
 // The largest picture in either direction; an image may be far larger.
 constexpr int32_t kLargestPictureSide = 32767;
 
-// --- pixel readers: an image's pixel as 8-bit red, green and blue, by the offsets as they stand at the row. Each names
-// the pixel sizes for which the loop is worth a form of its own. ---
+// --- what of an image's pixel becomes a picture's, by the offsets as they stand at the row ---
 
-template <int... kSizes>
-using PixelSizes = std::integer_sequence<int, kSizes...>;
-
-struct ByteReader {
-  using UsualSizes = PixelSizes<1, 2, 3, 4, 5>;
-  ptrdiff_t sample;
-  Samples operator()(const uint8_t *pixel) const { return {pixel[sample], pixel[sample], pixel[sample]}; }
+struct PixelSource {
+  // Offsets of the samples that go to red, green and blue.
+  int32_t red;
+  int32_t green;
+  int32_t blue;
+  // The colours are cyan, magenta and yellow, and this is the offset of black.
+  std::optional<int32_t> black = {};
 };
 
-struct Gray16Reader {
-  using UsualSizes = PixelSizes<2>;
-  ptrdiff_t gray;
-  Samples operator()(const uint8_t *pixel) const {
-    uint16_t sample;
-    std::memcpy(&sample, pixel + gray, sizeof sample);
-    const auto high = static_cast<uint8_t>(sample >> 8);  // the low byte is dropped, not rounded
-    return {high, high, high};
-  }
-};
-
-struct RGBReader {
-  using UsualSizes = PixelSizes<3, 4>;
-  ptrdiff_t red, green, blue;
-  Samples operator()(const uint8_t *pixel) const { return {pixel[red], pixel[green], pixel[blue]}; }
-};
-
-// Plain ink arithmetic, without colour management.
-struct CMYKReader {
-  using UsualSizes = PixelSizes<4, 5>;
-  ptrdiff_t cyan, magenta, yellow, black;
-  Samples operator()(const uint8_t *pixel) const {
-    const uint32_t white = 255u - pixel[black];
-    const auto without = [white](uint32_t ink) { return static_cast<uint8_t>(white - ink * white / 255); };
-    return {without(pixel[cyan]), without(pixel[magenta]), without(pixel[yellow])};
-  }
-};
-
-ByteReader GrayOf(const ImageClassData &image) { return {image.GrayOffset}; }
-ByteReader AlphaOf(const ImageClassData &image) { return {image.AlphaOffset}; }
-Gray16Reader Gray16Of(const ImageClassData &image) { return {image.GrayOffset}; }
-RGBReader RGBOf(const ImageClassData &image) { return {image.RedOffset, image.GreenOffset, image.BlueOffset}; }
-CMYKReader CMYKOf(const ImageClassData &image) {
+PixelSource GrayOf(const ImageClassData &image) { return {image.GrayOffset, image.GrayOffset, image.GrayOffset}; }
+PixelSource AlphaOf(const ImageClassData &image) { return {image.AlphaOffset, image.AlphaOffset, image.AlphaOffset}; }
+PixelSource RGBOf(const ImageClassData &image) { return {image.RedOffset, image.GreenOffset, image.BlueOffset}; }
+PixelSource CMYKOf(const ImageClassData &image) {
   return {image.CyanOffset, image.MagentaOffset, image.YellowOffset, image.BlackOffset};
 }
-
-// --- loops ---
-
-// kPixelSize 0: as `anyPixelSize` says.
-template <class Reader, class Word, int kPixelSize>
-ZVK_KERNEL_CLONES void WritePixels(const uint8_t *source, ptrdiff_t anyPixelSize, uint8_t *dest, int32_t count,
-                                   Reader read) {
-  const ptrdiff_t pixelSize = kPixelSize != 0 ? kPixelSize : anyPixelSize;
-  for (ptrdiff_t i = 0; i < count; ++i) Word::StoreOpaque(dest + 4 * i, read(source + i * pixelSize));
+// The low byte of a 16-bit sample is dropped, not rounded.
+PixelSource Gray16Of(const ImageClassData &image) {
+  const int32_t high = image.GrayOffset + 1;
+  return {high, high, high};
 }
 
-template <class Reader, class Word, int... kSizes>
-void WriteRow(PixelSizes<kSizes...>, const uint8_t *source, ptrdiff_t pixelSize, uint8_t *dest, int32_t count,
-              Reader read) {
-  const bool usual =
-      ((pixelSize == kSizes && (WritePixels<Reader, Word, kSizes>(source, pixelSize, dest, count, read), true)) || ...);
-  if (!usual) WritePixels<Reader, Word, 0>(source, pixelSize, dest, count, read);
+// --- rows ---
+
+// Plain ink arithmetic, without colour management: of words that hold three inks and black, `blackShift` bits up, it
+// makes words of the three colours and of these bits in place of black. Two samples go through the steps side by side,
+// each in 16 bits of its own.
+ZVK_KERNEL_CLONES void TurnInks(uint8_t *words, ptrdiff_t count, int32_t blackShift, uint32_t opaqueBits) {
+  constexpr uint32_t kLowBytes = 0x00FF00FF, kOnes = 0x00010001;
+  for (ptrdiff_t i = 0; i < count; ++i) {
+    uint32_t word;
+    std::memcpy(&word, words + kWordBytes * i, sizeof word);
+    const uint32_t white = (word >> blackShift & 255) ^ 255;
+    const auto turn = [=](uint32_t inks) {
+      const uint32_t products = inks * white;
+      // Divided by 255 and rounded down, exact up to 255 x 255.
+      const uint32_t quotients = (products + kOnes + (products >> 8 & kLowBytes)) >> 8 & kLowBytes;
+      return white * kOnes - quotients;
+    };
+    word = turn(word & kLowBytes) | turn(word >> 8 & kLowBytes) << 8;
+    word = (word & ~(255u << blackShift)) | opaqueBits;
+    std::memcpy(words + kWordBytes * i, &word, sizeof word);
+  }
 }
+
+// Writes pixels of a picture, which come out opaque.
+class WordWriter {
+ public:
+  explicit WordWriter(const PixelWord &word) : word_(word) {}
+
+  // `pixels` are the image's.
+  void Write(const uint8_t *pixels, int32_t pixelSize, const PixelSource &source, uint8_t *words, int32_t width) {
+    // In place of alpha comes black, where there is one.
+    const std::array<SampleMove, 4> moves{{{source.red, word_.red},
+                                           {source.green, word_.green},
+                                           {source.blue, word_.blue},
+                                           {.from = source.black.value_or(source.red),
+                                            .to = word_.alpha,
+                                            .zero = !source.black && word_.opaque == 0,
+                                            .full = !source.black && word_.opaque == 255}}};
+    const SampleMover &move = move_.For(pixelSize, kWordBytes, moves);
+    if (!source.black) return move(pixels, words, width);
+    const PixelReach reach{pixelSize, RangeOf(std::array{source.red, source.green, source.blue, *source.black})};
+    // Where the picture lies over the image, each pixel is written whole before the next one is read.
+    const int32_t most = LieApart(pixels, reach, words, width) ? kTilePixels : 1;
+    for (int32_t x = 0, count = 0; x < width; x += count) {
+      count = std::min(width - x, most);
+      uint8_t *dest = words + ptrdiff_t{kWordBytes} * x;
+      move(pixels + ptrdiff_t{pixelSize} * x, dest, count);
+      TurnInks(dest, count, 8 * word_.alpha, OpaqueBits());
+    }
+  }
+
+  void WriteBlack(uint8_t *word) const {
+    const uint32_t bits = OpaqueBits();
+    std::memcpy(word, &bits, sizeof bits);
+  }
+
+ private:
+  uint32_t OpaqueBits() const { return uint32_t{word_.opaque} << 8 * word_.alpha; }
+
+  const PixelWord &word_;
+  RowMover move_;
+};
 
 // Row i of the rectangle; nil if it cannot be had. Asked again for each row: other code of the host may have run since,
 // and closed the image or constructed it anew, where the rectangle may not lie.
@@ -93,39 +116,36 @@ const uint8_t *SourceRow(ImageClassData &image, const Rectangle &rectangle, int3
 }
 
 // The part of an image's row that lies in the rectangle, into a picture's row.
-template <class Reader, class Word>
-void WritePart(const ImageClassData &image, const Rectangle &rectangle, const uint8_t *row, uint8_t *dest,
-               Reader read) {
-  const ptrdiff_t pixelSize = image.PixelSize;
-  const auto write = [&](int32_t column, int32_t count) {
-    WriteRow<Reader, Word>(typename Reader::UsualSizes(), row + column * pixelSize, pixelSize,
-                           dest + ptrdiff_t{4} * (column - rectangle.x), count, read);
-  };
-  if constexpr (std::is_same_v<Reader, Gray16Reader>) {
-    // A high byte that is not there is 0.
-    VisitWideSamples(image, row, rectangle.x, rectangle.width, write, [&](int32_t column) {
-      Word::StoreOpaque(dest + ptrdiff_t{4} * (column - rectangle.x), Samples{0, 0, 0});
-    });
-  } else {
-    write(rectangle.x, rectangle.width);
-  }
+void WritePart(const ImageClassData &image, const Rectangle &rectangle, const uint8_t *row, const PixelSource &source,
+               uint8_t *dest, WordWriter &writer) {
+  writer.Write(row + ptrdiff_t{rectangle.x} * image.PixelSize, image.PixelSize, source, dest, rectangle.width);
 }
 
-template <class Reader>
+// The same of 16-bit samples. A high byte that is not there is 0.
+void WriteWidePart(const ImageClassData &image, const Rectangle &rectangle, const uint8_t *row,
+                   const PixelSource &source, uint8_t *dest, WordWriter &writer) {
+  const auto destAt = [&](int32_t column) { return dest + ptrdiff_t{kWordBytes} * (column - rectangle.x); };
+  VisitWideSamples(
+      image, row, rectangle.x, rectangle.width,
+      [&](int32_t column, int32_t count) {
+        writer.Write(row + ptrdiff_t{column} * image.PixelSize, image.PixelSize, source, destAt(column), count);
+      },
+      [&](int32_t column) { writer.WriteBlack(destAt(column)); });
+}
+
 void WriteRows(ImageClassData &image, const Rectangle &rectangle, PictureEditor &picture,
-               Reader (*readerOf)(const ImageClassData &)) {
-  VisitPixelWord(picture.Layout, [&]<class Word>(Word) {
+               PixelSource (*sourceOf)(const ImageClassData &)) {
+  const PixelWord *word = WordOf(picture.Layout);
+  std::optional<WordWriter> writer;
+  if (word != nullptr) writer.emplace(*word);
+  const auto writePart = sourceOf == Gray16Of ? WriteWidePart : WritePart;
+  YieldOn(image);
+  for (int32_t i = 0; i < rectangle.height; ++i) {
+    const uint8_t *row = writer ? SourceRow(image, rectangle, i) : nullptr;
+    if (row != nullptr) writePart(image, rectangle, row, sourceOf(image), picture.RowAddress, *writer);
+    picture.NextRow();
     YieldOn(image);
-    for (int32_t i = 0; i < rectangle.height; ++i) {
-      if constexpr (Word::kKnown) {
-        if (const uint8_t *row = SourceRow(image, rectangle, i); row != nullptr) {
-          WritePart<Reader, Word>(image, rectangle, row, picture.RowAddress, readerOf(image));
-        }
-      }
-      picture.NextRow();
-      YieldOn(image);
-    }
-  });
+  }
 }
 
 // Makes the picture, lets `write` fill it and hands it to the caller with one reference; nil if the rectangle is too

@@ -1,6 +1,8 @@
 #include "pictures/picture_import.h"
 
 #include <cstddef>
+#include <functional>
+#include <span>
 
 #include "host/host_services.h"
 #include "image/image_formats.h"
@@ -14,30 +16,27 @@ namespace zvk::pictures {
 
 namespace {
 
-// Where a picture's bytes lie in a pixel, and the format numbers that go with it.
+// A picture's pixels, and the format numbers that go with them.
 struct PixelForm {
   int32_t opaqueFormat;
   int32_t alphaFormat;
-  int32_t red;
-  int32_t green;
-  int32_t blue;
-  int32_t alpha;
+  PixelWord word;
 };
 
-constexpr PixelForm kAlphaLast{ImageFormatRGBX, ImageFormatRGBA, 0, 1, 2, 3};
-constexpr PixelForm kAlphaFirst{ImageFormatXRGB, ImageFormatARGB, 1, 2, 3, 0};
+constexpr PixelForm kAlphaLast{ImageFormatRGBX, ImageFormatRGBA, kAlphaLastWord};
+constexpr PixelForm kAlphaFirst{ImageFormatXRGB, ImageFormatARGB, kAlphaFirstWord};
 // A GD image bears the numbers of the form above, though its bytes lie the other way round: the offsets are what
 // counts.
-constexpr PixelForm kGD{ImageFormatXRGB, ImageFormatARGB, 2, 1, 0, 3};
+constexpr PixelForm kGD{ImageFormatXRGB, ImageFormatARGB, kGDWord};
 
 // Fills what the two kinds of storage have in common, and takes a reference to the picture. Rows and sizes are there.
 void AddressPicture(ImageClassData &image, REALobject picture, const PixelForm &form, bool useAlpha) {
   image.ImageFormat = useAlpha ? form.alphaFormat : form.opaqueFormat;
-  image.PixelSize = 4;
-  image.RedOffset = form.red;
-  image.GreenOffset = form.green;
-  image.BlueOffset = form.blue;
-  image.AlphaOffset = form.alpha;  // also where it is not used
+  image.PixelSize = kWordBytes;
+  image.RedOffset = form.word.red;
+  image.GreenOffset = form.word.green;
+  image.BlueOffset = form.word.blue;
+  image.AlphaOffset = form.word.alpha;  // also where it is not used
   image.GrayOffset = 0;
   image.IsGray = false;
   image.IsRGB = true;
@@ -135,8 +134,8 @@ namespace {
 
 // Attaches a reader to the picture and lets `draw` have it with its cursor on the first row, if anything is to be
 // drawn. False if the picture cannot be read.
-template <class Draw>
-bool DrawFitted(ImageClassData &image, REALobject picture, const Transfer &transfer, Draw draw) {
+bool DrawFitted(ImageClassData &image, REALobject picture, const Transfer &transfer,
+                const std::function<void(const Transfer &, PictureEditor &)> &draw) {
   PictureReader reader;
   if (!reader.GetPictureEditor(picture, 1, 0)) return false;
   const Transfer fitted = FitToPicture(transfer, image, reader);
@@ -147,27 +146,15 @@ bool DrawFitted(ImageClassData &image, REALobject picture, const Transfer &trans
   return true;
 }
 
-template <class Word, uint8_t Samples::*kSample>
-void DrawGrayRow(const uint8_t *source, uint8_t *dest, int32_t count, const ImageClassData &image) {
-  const ptrdiff_t pixelSize = image.PixelSize;
-  dest += image.GrayOffset;
-  for (int32_t i = 0; i < count; ++i) {
-    *dest = Word::Load(source).*kSample;
-    source += 4;
-    dest += pixelSize;
+int32_t SampleOf(const PixelWord &word, PictureColour colour) {
+  switch (colour) {
+    case PictureColour::Red:
+      return word.red;
+    case PictureColour::Green:
+      return word.green;
+    default:
+      return word.blue;
   }
-}
-
-template <uint8_t Samples::*kSample>
-void DrawGrayRows(ImageClassData &image, const Transfer &transfer, PictureEditor &picture) {
-  VisitPixelWord(picture.Layout, [&]<class Word>(Word) {
-    for (int32_t i = 0; i < transfer.height; ++i) {
-      if (uint8_t *dest = DestPixel(image, transfer, i); dest != nullptr) {
-        DrawGrayRow<Word, kSample>(SourcePixel(picture, transfer), dest, transfer.width, image);
-      }
-      picture.NextRow();
-    }
-  });
 }
 
 void DrawToGrayChannel(REALobject instance, REALobject picture, const Transfer &transfer, PictureColour colour) {
@@ -182,28 +169,30 @@ void DrawToGrayChannel(REALobject instance, REALobject picture, const Transfer &
 
 void DrawColours(ImageClassData &image, const Transfer &transfer, PictureEditor &picture) {
   YieldOn(image);
-  VisitPixelWord(picture.Layout, [&]<class Word>(Word) {
-    if constexpr (Word::kKnown) {
-      for (int32_t i = 0; i < transfer.height; ++i) {
-        if (uint8_t *dest = DestPixel(image, transfer, i); dest != nullptr) {
-          const uint8_t *source = SourcePixel(picture, transfer);
-          StoreRow(dest, transfer.width, image, [=](ptrdiff_t x, Samples) { return Word::Load(source + 4 * x); });
-        }
-        picture.NextRow();
-        YieldOn(image);
-      }
+  const PixelWord *word = WordOf(picture.Layout);
+  if (word == nullptr) return;
+  RowMover mover;
+  for (int32_t i = 0; i < transfer.height; ++i) {
+    if (uint8_t *dest = DestPixel(image, transfer, i); dest != nullptr) {
+      const SampleMover &move = mover.For(kWordBytes, image.PixelSize, ColourMoves(*word, image));
+      move(SourcePixel(picture, transfer), dest, transfer.width);
     }
-  });
+    picture.NextRow();
+    YieldOn(image);
+  }
 }
 
 void DrawGray(ImageClassData &image, const Transfer &transfer, PictureEditor &picture, PictureColour colour) {
-  switch (colour) {
-    case PictureColour::Red:
-      return DrawGrayRows<&Samples::red>(image, transfer, picture);
-    case PictureColour::Green:
-      return DrawGrayRows<&Samples::green>(image, transfer, picture);
-    case PictureColour::Blue:
-      return DrawGrayRows<&Samples::blue>(image, transfer, picture);
+  const PixelWord *word = WordOf(picture.Layout);
+  const SampleMove gray{
+      .from = word != nullptr ? SampleOf(*word, colour) : 0, .to = image.GrayOffset, .zero = word == nullptr};
+  RowMover mover;
+  for (int32_t i = 0; i < transfer.height; ++i) {
+    if (uint8_t *dest = DestPixel(image, transfer, i); dest != nullptr) {
+      const SampleMover &move = mover.For(kWordBytes, image.PixelSize, std::span(&gray, 1));
+      move(SourcePixel(picture, transfer), dest, transfer.width);
+    }
+    picture.NextRow();
   }
 }
 

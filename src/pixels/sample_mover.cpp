@@ -36,8 +36,11 @@ PixelReach ReachOf(int32_t pixelSize, std::span<const SampleMove> moves, int32_t
   return {pixelSize, RangeOf(std::span(offsets).first(moves.size()))};
 }
 
-// What is exclusive-ored with the sample.
-uint8_t FlippedBits(const SampleMove &move) { return move.complement && !move.zero ? 0xFF : 0; }
+// True if the same is stored whatever the sample is.
+bool IsConstant(const SampleMove &move) { return move.zero || move.full; }
+
+// What is exclusive-ored with the sample, or with 0 in place of it.
+uint8_t FlippedBits(const SampleMove &move) { return move.full || (move.complement && !move.zero) ? 0xFF : 0; }
 
 }  // namespace
 
@@ -62,8 +65,9 @@ SampleMover::Shuffle SampleMover::MakeShuffle() const {
   for (int32_t pixel = 0; pixel < shuffle.pixels; ++pixel) {
     for (const SampleMove &move : std::span(moves_).first(count_)) {
       const auto byte = static_cast<size_t>(pixel * dest_.pixelSize + move.to - dest_.offsets.lowest);
-      shuffle.from[byte] =
-          move.zero ? kZero : static_cast<uint8_t>(pixel * source_.pixelSize + move.from - source_.offsets.lowest);
+      shuffle.from[byte] = IsConstant(move)
+                               ? kZero
+                               : static_cast<uint8_t>(pixel * source_.pixelSize + move.from - source_.offsets.lowest);
       shuffle.complement[byte] = FlippedBits(move);
       shuffle.keep[byte] = 0;
     }
@@ -81,7 +85,7 @@ bool SampleMover::MovesWholePixels() const {
          count_ == static_cast<size_t>(dest_.pixelSize) && shuffle_.keepsNothing &&
          std::ranges::all_of(std::span(moves_).first(count_), [this](const SampleMove &move) {
            return move.from - source_.offsets.lowest == move.to - dest_.offsets.lowest && !move.complement &&
-                  !move.zero;
+                  !IsConstant(move);
          });
 }
 
@@ -107,7 +111,7 @@ void SampleMover::MoveCountInOrder(const uint8_t *source, uint8_t *dest, int32_t
   for (size_t i = 0; i < kCount; ++i) {
     from[i] = moves_[i].from;
     to[i] = moves_[i].to;
-    kept[i] = moves_[i].zero ? 0 : 0xFF;
+    kept[i] = IsConstant(moves_[i]) ? 0 : 0xFF;
     flipped[i] = FlippedBits(moves_[i]);
   }
   const ptrdiff_t sourcePixelSize = source_.pixelSize, destPixelSize = dest_.pixelSize;

@@ -16,8 +16,11 @@ namespace zvk::pixels {
 struct SampleMove {
   int32_t from;
   int32_t to;
-  bool complement = false;  // stored as 255 - sample
-  bool zero = false;        // stored as 0 whatever is read
+  bool complement : 1 = false;  // stored as 255 - sample
+  bool zero : 1 = false;        // stored as 0 whatever is read
+  bool full : 1 = false;        // stored as 255 whatever is read; not together with `zero`
+
+  bool operator==(const SampleMove &) const = default;
 };
 
 // Which bytes of its row one side of a conversion uses.

@@ -20,7 +20,7 @@ void MoveNaively(int32_t sourcePixelSize, int32_t destPixelSize, const std::vect
     std::vector<int> samples;
     for (const SampleMove &move : moves) {
       const int sample = source[x * sourcePixelSize + move.from];
-      samples.push_back(move.zero ? 0 : move.complement ? 255 - sample : sample);
+      samples.push_back(move.zero ? 0 : move.full ? 255 : move.complement ? 255 - sample : sample);
     }
     for (size_t i = 0; i < moves.size(); ++i) {
       dest[x * destPixelSize + moves[i].to] = static_cast<uint8_t>(samples[i]);
@@ -61,6 +61,9 @@ const std::vector<Case> kCases{
      4,
      {{0, 0, false, true}, {0, 1, false, true}, {0, 2, false, true}, {0, 3}}},
     {"whole pixels but for a zero, which is not complemented", 2, 2, {{0, 0, true, true}, {1, 1}}},
+    {"255 behind three samples", 3, 4, {{2, 0}, {1, 1}, {0, 2}, {.from = 0, .to = 3, .full = true}}},
+    {"whole pixels but for 255, which is not complemented", 2, 2, {{0, 0, true, false, true}, {1, 1}}},
+    {"255 in front of samples with a gap", 4, 5, {{.from = 3, .to = 0, .full = true}, {2, 4}, {0, 2, true}}},
     {"a pixel as large as a shuffle", 16, 4, {{0, 0}}, false},
     {"samples too far apart to be shuffled", 4, 4, {{0, 0}, {40, 1}}, false},
     {"samples that lie among those of the next pixel", 2, 2, {{0, 0}, {1, 3}}, false},
