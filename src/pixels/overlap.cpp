@@ -16,7 +16,13 @@ bool RunsOverlap(const uint8_t *run, ptrdiff_t size, const uint8_t *otherRun, pt
 }
 
 bool AreDisjoint(const ImageClassData &source, const ImageClassData &dest, int32_t columns, int32_t rows) {
-  return dest.Width >= columns && dest.Height >= rows && !SharesStorage(source, dest);
+  return AreDisjoint(source, dest, columns, rows, dest.PixelSize);
+}
+
+bool AreDisjoint(const ImageClassData &source, const ImageClassData &dest, int32_t columns, int32_t rows,
+                 int32_t pixelSize) {
+  return int64_t{columns} * pixelSize <= int64_t{dest.Width} * dest.PixelSize && rows <= dest.Height &&
+         !SharesStorage(source, dest);
 }
 
 }  // namespace zvk::pixels

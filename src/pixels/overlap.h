@@ -69,6 +69,10 @@ bool RunsOverlap(const uint8_t *run, ptrdiff_t size, const uint8_t *otherRun, pt
 // than that image says it has: through a clip into the image behind it. Then there is no telling.
 bool AreDisjoint(const ImageClassData &source, const ImageClassData &dest, int32_t columns, int32_t rows);
 
+// The same where pixels are written `pixelSize` bytes apart, whatever the dest says of its own.
+bool AreDisjoint(const ImageClassData &source, const ImageClassData &dest, int32_t columns, int32_t rows,
+                 int32_t pixelSize);
+
 // The same for an operation that runs by the source's size.
 inline bool AreDisjoint(const ImageClassData &source, const ImageClassData &dest) {
   return AreDisjoint(source, dest, source.Width, source.Height);

@@ -21,9 +21,13 @@ bool ShowsLivingPixels(const ImageClassData &image) {
 
 }  // namespace
 
-PixelWatch::PixelWatch(const ImageClassData &image)
-    : image_(image), before_(image), hadStorage_(ShowsLivingPixels(image)) {}
+PixelWatch::PixelWatch(ImageClassData &image) : image_(image), before_(image), hadStorage_(ShowsLivingPixels(image)) {}
 
 bool PixelWatch::HasStorage() const { return !hadStorage_ || ShowsLivingPixels(image_); }
+
+int32_t PixelWatch::RowsOf(int32_t columns, int32_t pixelSize) const {
+  if (!IsUsable(image_) || !HasStorage()) return 0;
+  return int64_t{columns} * pixelSize <= int64_t{image_.Width} * image_.PixelSize ? image_.Height : 0;
+}
 
 }  // namespace zvk::pixels

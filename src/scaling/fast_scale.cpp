@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <cstdlib>
 #include <cstring>
 #include <optional>
 #include <tuple>
@@ -14,6 +13,7 @@
 #include "image/image_record.h"
 #include "image/rows.h"
 #include "pixels/luma.h"
+#include "pixels/overlap.h"
 #include "pixels/row_walker.h"
 #include "scaling/scale_kernels.h"
 #include "scaling/scale_pairs.h"
@@ -77,8 +77,8 @@ struct PixelOffsets {
 
   ptrdiff_t sourceSize;
   ptrdiff_t destSize;
-  std::array<ptrdiff_t, Pair.Read.count> read{};
-  std::array<ptrdiff_t, Pair.Write.count> write{};
+  std::array<int32_t, Pair.Read.count> read{};
+  std::array<int32_t, Pair.Write.count> write{};
 };
 
 template <const FastPair &Pair>
@@ -120,31 +120,14 @@ constexpr bool MovesSamples() {
   return true;
 }
 
-template <size_t Count>
-ptrdiff_t Lowest(const std::array<ptrdiff_t, Count> &offsets) {
-  return *std::ranges::min_element(offsets);
-}
-
-// True if the samples stand side by side, in whatever order.
-template <size_t Count>
-bool AreSideBySide(const std::array<ptrdiff_t, Count> &offsets) {
-  const ptrdiff_t first = Lowest(offsets);
-  uint32_t seen = 0;
-  for (const ptrdiff_t offset : offsets) {
-    if (offset - first >= ptrdiff_t{Count}) return false;
-    seen |= 1U << (offset - first);
-  }
-  return seen == (1U << Count) - 1;
-}
-
 // True if the samples stand side by side and in the same order in the pixels of both images.
 template <const FastPair &Pair>
 bool MoveAsOne(const PixelOffsets<Pair> &offsets) {
-  const ptrdiff_t shift = Lowest(offsets.write) - Lowest(offsets.read);
-  for (int32_t i = 0; i < Pair.Read.count; ++i) {
-    if (offsets.write[i] - offsets.read[i] != shift) return false;
+  const int64_t shift = int64_t{offsets.write[0]} - offsets.read[0];
+  for (int32_t i = 1; i < Pair.Read.count; ++i) {
+    if (int64_t{offsets.write[i]} - offsets.read[i] != shift) return false;
   }
-  return AreSideBySide(offsets.read);
+  return SamplesAreSideBySide(offsets.read);
 }
 
 // --- rows ---
@@ -184,8 +167,8 @@ void MakeRow(const FastJob &job, const uint8_t *source, uint8_t *dest) {
   if constexpr (MovesSamples<Pair>()) {
     if (MoveAsOne<Pair>(offsets)) {
       constexpr int32_t kBytes = Pair.Read.count;
-      source += Lowest(offsets.read);
-      dest += Lowest(offsets.write);
+      source += RangeOf(offsets.read).lowest;
+      dest += RangeOf(offsets.write).lowest;
       if (offsets.sourceSize == kBytes && offsets.destSize == kBytes) {
         constexpr std::integral_constant<ptrdiff_t, kBytes> kPacked;
         MovePixels<kBytes>(source, kPacked, dest, kPacked, columns, job.width);
@@ -227,31 +210,33 @@ void MakeRowOfNoColumns(const FastJob &job, const uint8_t *source, uint8_t *dest
   }
 }
 
-// Where in a row of the destination the bytes begin that are written, if none between them is left as it is.
+// Where in a row of the destination the bytes begin that are written, if none between them is left as it is and no row
+// reaches into another one, nor any into the source.
 template <const FastPair &Pair>
-std::optional<ptrdiff_t> FirstOfFilledRow(const ImageClassData &source, const ImageClassData &dest) {
-  const PixelOffsets<Pair> offsets(source, dest);
-  if (offsets.destSize != Pair.Write.count || !AreSideBySide(offsets.write)) return {};
-  return Lowest(offsets.write);
+std::optional<int32_t> FirstOfFilledRow(const FastJob &job, int32_t height) {
+  const PixelOffsets<Pair> offsets(job.source, job.dest);
+  const OffsetRange written = RangeOf(offsets.write);
+  if (offsets.destSize != Pair.Write.count || !SamplesAreSideBySide(offsets.write) ||
+      !RowsAreApart(job.dest, written, job.width, height) || !AreDisjoint(job.source, job.dest, job.width, height)) {
+    return {};
+  }
+  return written.lowest;
 }
 
 struct RowMaker {
   void (*make)(const FastJob &job, const uint8_t *source, uint8_t *dest);
   void (*makeOfNoColumns)(const FastJob &job, const uint8_t *source, uint8_t *dest);
-  std::optional<ptrdiff_t> (*firstOfFilledRow)(const ImageClassData &source, const ImageClassData &dest);
+  std::optional<int32_t> (*firstOfFilledRow)(const FastJob &job, int32_t height);
 };
 
 // Knows the last row that was made, of which the next one is a copy if it shows the same row of the source and nobody
 // can tell the difference.
 class RowCopier {
  public:
-  RowCopier(const RowMaker &maker, const FastJob &job) : bytes_(ptrdiff_t{job.width} * job.dest.PixelSize) {
-    const ImageClassData &dest = job.dest;
-    const bool hasRowsApart = dest.RowTable == nullptr && std::abs(int64_t{dest.RowSize}) >= bytes_;
+  RowCopier(const RowMaker &maker, const FastJob &job, int32_t height)
+      : bytes_(ptrdiff_t{job.width} * job.dest.PixelSize) {
     // In a yield the source may change. Without columns a row need not be filled.
-    if (dest.Yield.YieldTicks == 0 && job.source.Width > 0 && hasRowsApart && !SharesStorage(job.source, dest)) {
-      first_ = maker.firstOfFilledRow(job.source, dest);
-    }
+    if (job.dest.Yield.YieldTicks == 0 && job.source.Width > 0) first_ = maker.firstOfFilledRow(job, height);
   }
 
   // False if the row is to be made anew.
@@ -265,7 +250,7 @@ class RowCopier {
 
  private:
   ptrdiff_t bytes_;
-  std::optional<ptrdiff_t> first_;  // empty: rows are never copied
+  std::optional<int32_t> first_;  // empty: rows are never copied
   int32_t lastSourceRow_ = 0;
   const uint8_t *lastDest_ = nullptr;
 };
@@ -292,7 +277,7 @@ uint8_t ScaleRows(const RowMaker &maker, ImageClassData &dest, ImageClassData &s
   }
   const FastJob job{dest, source, {table.Get(), xstep}, width};
   const auto make = sourceWidth > 0 ? maker.make : maker.makeOfNoColumns;
-  RowCopier copier(maker, job);
+  RowCopier copier(maker, job, height);
   RowGroup rows;
   for (int32_t y = 0; y < height; ++y) {
     if (y > 0 && !areLargeEnough()) return false;

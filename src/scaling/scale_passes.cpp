@@ -9,7 +9,8 @@
 #include <type_traits>
 
 #include "host/resources.h"
-#include "image/rows.h"
+#include "pixels/overlap.h"
+#include "pixels/row_walker.h"
 #include "pixels/wide_samples.h"
 #include "scaling/scale_kernels.h"
 #include "scaling/watched_image.h"
@@ -153,7 +154,7 @@ template <const ScalePair &Pair>
 void HorizontalRow(const ScaleJob &job, int32_t y, double rounding) {
   ImageClassData &source = *job.Source;
   ImageClassData &temp = *job.Temp;
-  const uint8_t *sourceRow = source.GetRow(&source, y);
+  const uint8_t *sourceRow = FetchRow(source, y);
   if (sourceRow == nullptr) return;
   const uint8_t *lastByte = LastByteOf<Pair>(source, sourceRow);
   for (int32_t x = 0; x < job.Width; ++x) {
@@ -168,7 +169,7 @@ void HorizontalRow(const ScaleJob &job, int32_t y, double rounding) {
     }
     const auto values = Finished<Pair>(sums, list, rounding);
     // The temp row is fetched for every pixel.
-    uint8_t *tempRow = temp.GetRow(&temp, y);
+    uint8_t *tempRow = FetchRow(temp, y);
     if (tempRow == nullptr) continue;
     WriteTempPixel<Pair>(tempRow + ptrdiff_t{x} * Pair.Stride, values.data(), 1, LastByteOf<Pair>(temp, tempRow));
   }
@@ -185,7 +186,7 @@ void VerticalRow(const ScaleJob &job, int32_t y, int32_t tempRows, double roundi
       const ScaleTap tap = list.Taps[t];
       if (tap.Weight == 0.0f) continue;
       // The temp row is fetched for every tap of every pixel.
-      const uint8_t *tempRow = temp.GetRow(&temp, tap.SourceIndex);
+      const uint8_t *tempRow = FetchRow(temp, tap.SourceIndex);
       if (tempRow == nullptr) continue;
       const uint8_t *pixel = tempRow + ptrdiff_t{x} * Pair.Stride;
       const uint8_t *lastByte = LastByteOf<Pair>(temp, tempRow);
@@ -194,7 +195,7 @@ void VerticalRow(const ScaleJob &job, int32_t y, int32_t tempRows, double roundi
       }
     }
     const auto values = Finished<Pair>(sums, list, rounding);
-    uint8_t *destRow = dest.GetRow(&dest, y);
+    uint8_t *destRow = FetchRow(dest, y);
     if (destRow == nullptr) continue;
     uint8_t *pixel = destRow + ptrdiff_t{x} * dest.PixelSize;
     const uint8_t *lastByte = LastByteOf<Pair>(dest, destRow);
@@ -237,7 +238,7 @@ class StagedColumns {
   template <int32_t Rows>
   void MakeRows(int32_t y, double rounding) {
     const uint8_t *rows[Rows];
-    for (int32_t row = 0; row < Rows; ++row) rows[row] = job_.Source->GetRow(job_.Source, y + row);
+    for (int32_t row = 0; row < Rows; ++row) rows[row] = FetchRow(*job_.Source, y + row);
     if (std::ranges::find(rows, nullptr) != std::end(rows)) {
       // That one is left out, so the others are made singly.
       if constexpr (Rows > 1) {
@@ -273,7 +274,7 @@ class StagedColumns {
 
   template <int32_t Rows>
   void WriteRow(int32_t y, int32_t row) {
-    uint8_t *tempRow = job_.Temp->GetRow(job_.Temp, y);
+    uint8_t *tempRow = FetchRow(*job_.Temp, y);
     if (tempRow == nullptr) return;
     const Sample *values = values_.Get() + row;
     const int32_t width = job_.Width;
@@ -309,12 +310,12 @@ class SummedRows {
 
   // Makes one row, however many it may, and returns their number.
   int32_t Make(int32_t y, int32_t /*most*/, double rounding) {
-    uint8_t *destRow = job_.Dest->GetRow(job_.Dest, y);
+    uint8_t *destRow = FetchRow(*job_.Dest, y);
     if (destRow == nullptr) return 1;
     const ScaleTapList list = ListWithin(job_, y, tempRows_);
     int32_t rowCount = 0;
     for (int32_t t = 0; t < list.TapCount; ++t) {
-      const uint8_t *tempRow = job_.Temp->GetRow(job_.Temp, list.Taps[t].SourceIndex);
+      const uint8_t *tempRow = FetchRow(*job_.Temp, list.Taps[t].SourceIndex);
       if (tempRow == nullptr) continue;
       rows_[rowCount] = tempRow;
       weights_[rowCount] = list.Taps[t].Weight;
@@ -359,21 +360,11 @@ class SummedRows {
   ZeroedBuffer<Sample> values_;
 };
 
-// True if nobody can notice in what order the rows of the one are read and those of the other written.
-bool AreApart(const ImageClassData &from, const ImageClassData &to) {
-  return HasFixedRows(from) && HasFixedRows(to) && !SharesStorage(from, to);
-}
-
 // True if no sample of `width` temp pixels can be cut by the end of a caller's storage: he may have described rows that
 // are shorter than their pixels.
 template <const ScalePair &Pair>
 bool HasWholeSamples(const ImageClassData &temp, int32_t width) {
   return Pair.SampleSize == 1 || std::abs(int64_t{temp.RowSize}) >= int64_t{width} * Pair.Stride;
-}
-
-// True if `height` rows of `width` pixels, `pixelSize` bytes each, lie inside the image.
-bool Holds(const ImageClassData &image, int32_t width, int32_t pixelSize, int32_t height) {
-  return int64_t{width} * pixelSize <= int64_t{image.Width} * image.PixelSize && height <= image.Height;
 }
 
 // --- the course of a pass ---
@@ -403,9 +394,8 @@ class Horizontal {
     return std::min(source_->RowsOf(sourceColumns_, ColumnSize(*job_.Source, Pair.SampleSize)),
                     temp_->RowsOf(job_.Width, Pair.Stride));
   }
-  bool MayWorkOnWholeRows(int32_t end) const {
-    return Holds(*job_.Temp, job_.Width, Pair.Stride, end) && AreApart(*job_.Source, *job_.Temp);
-  }
+  // True if the rows up to `end` may be made whole: nobody can notice in what order pixels are read and written.
+  bool TakesWholeRows(int32_t end) const { return AreDisjoint(*job_.Source, *job_.Temp, job_.Width, end, Pair.Stride); }
   StagedColumns<Pair> WholeRows() const { return StagedColumns<Pair>(job_); }
   void MakeRow(int32_t y, double rounding) const { HorizontalRow<Pair>(job_, y, rounding); }
 
@@ -430,9 +420,8 @@ class Vertical {
     tempRows_ = temp_->RowsOf(job_.Width, Pair.Stride);
     return tempRows_ > 0 ? dest_->RowsOf(job_.Width, ColumnSize(*job_.Dest, Pair.SampleSize)) : 0;
   }
-  bool MayWorkOnWholeRows(int32_t end) const {
-    return Holds(*job_.Dest, job_.Width, job_.Dest->PixelSize, end) && HasWholeSamples<Pair>(*job_.Temp, job_.Width) &&
-           AreApart(*job_.Temp, *job_.Dest);
+  bool TakesWholeRows(int32_t end) const {
+    return HasWholeSamples<Pair>(*job_.Temp, job_.Width) && AreDisjoint(*job_.Temp, *job_.Dest, job_.Width, end);
   }
   SummedRows<Pair> WholeRows() const { return SummedRows<Pair>(job_, tempRows_); }
   void MakeRow(int32_t y, double rounding) const { VerticalRow<Pair>(job_, y, tempRows_, rounding); }
@@ -455,12 +444,12 @@ void RunPass(const ScaleJob &job, const ScaleRows &rows, double rounding) {
     heldRows = pass.HeldRows();
     return true;
   };
-  const auto mayWorkOnWholeRows = [&] { return heldRows >= rows.End && pass.MayWorkOnWholeRows(rows.End); };
+  const auto takesWholeRows = [&] { return heldRows >= rows.End && pass.TakesWholeRows(rows.End); };
   int32_t y = rows.First;
-  if (y < rows.End && mayWorkOnWholeRows()) {
+  if (y < rows.End && takesWholeRows()) {
     auto wholeRows = pass.WholeRows();
     bool hostRan = false;
-    while (wholeRows && y < rows.End && (!hostRan || mayWorkOnWholeRows())) {
+    while (wholeRows && y < rows.End && (!hostRan || takesWholeRows())) {
       y += wholeRows.Make(y, Yields(rows) ? 1 : rows.End - y, rounding);
       hostRan = afterRow();
     }

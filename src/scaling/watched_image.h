@@ -13,16 +13,15 @@ namespace zvk::scaling {
 class WatchedImage {
  public:
   // `promisedRows`: so many rows, of any length, the caller answers for as long as the image is what it was; 0: none.
-  explicit WatchedImage(ImageClassData &image, int32_t promisedRows = 0);
+  explicit WatchedImage(ImageClassData &image, int32_t promisedRows = 0) : watch_(image), promisedRows_(promisedRows) {}
 
-  ImageClassData &Record() const { return *image_; }
+  ImageClassData &Record() const { return watch_.Record(); }
 
   // How many rows there are now of `columns` columns, `pixelSize` bytes apart: its own if they hold so much, and the
   // promised ones; 0 if its pixels are gone.
   int32_t RowsOf(int32_t columns, int32_t pixelSize) const;
 
  private:
-  ImageClassData *image_;
   PixelWatch watch_;
   int32_t promisedRows_;
 };

@@ -164,6 +164,16 @@ TEST_F(Overlap, ThroughAClipThatIsTooSmallMoreIsWrittenThanItSays) {
   EXPECT_FALSE(AreDisjoint(Record(lower), Record(upper), 10, 2));
 }
 
+TEST_F(Overlap, PixelsOfAnotherSizeCountByTheirBytes) {
+  const Image source = New(9, 9, ImageFormatG), dest = New(9, 9, ImageFormatRGB);
+  EXPECT_TRUE(AreDisjoint(Record(source), Record(dest), 27, 9, 1));
+  EXPECT_FALSE(AreDisjoint(Record(source), Record(dest), 28, 9, 1));
+  EXPECT_TRUE(AreDisjoint(Record(source), Record(dest), 6, 9, 4));
+  EXPECT_FALSE(AreDisjoint(Record(source), Record(dest), 7, 9, 4));
+  EXPECT_FALSE(AreDisjoint(Record(source), Record(dest), 6, 10, 4));
+  EXPECT_FALSE(AreDisjoint(Record(source), Record(dest), INT32_MAX, 1, INT32_MAX));
+}
+
 TEST_F(Overlap, ClipsSideBySideShareTheRowsBetweenThem) {
   const Image whole = New(9, 9, ImageFormatG);
   const Image left = Adopt(ClipImage5(whole, 0, 0, 4, 9)), right = Adopt(ClipImage5(whole, 5, 0, 4, 9));

@@ -47,6 +47,23 @@ TEST_F(PixelWatchTest, AnImageConstructedAnewHasOtherPixels) {
   EXPECT_EQ(watch.Before().Height, 20);
 }
 
+TEST_F(PixelWatchTest, RowsCountWhileTheImageHoldsSoManyColumns) {
+  const Image image = New(), clip = Adopt(ClipImage5(image, 8, 18, 2, 2));
+  const PixelWatch watch(Record(image)), watchedClip(Record(clip));
+  EXPECT_EQ(&watch.Record(), &Record(image));
+  EXPECT_EQ(watch.RowsOf(10, 3), 20);
+  EXPECT_EQ(watch.RowsOf(11, 3), 0);
+  EXPECT_EQ(watch.RowsOf(15, 2), 20);  // as many bytes
+  EXPECT_EQ(watch.RowsOf(INT32_MAX, INT32_MAX), 0);
+  EXPECT_EQ(watchedClip.RowsOf(2, 3), 2);
+  ImageConstructor(image, 2, 7, ImageFormatRGB);
+  EXPECT_EQ(watch.RowsOf(2, 3), 7);
+  EXPECT_EQ(watch.RowsOf(3, 3), 0);
+  EXPECT_EQ(watchedClip.RowsOf(2, 3), 0);
+  ImageDestructor(image);
+  EXPECT_EQ(watch.RowsOf(2, 3), 0);
+}
+
 TEST_F(PixelWatchTest, AViewLosesItsPixelsWithAnyImageThatItShows) {
   for (const bool inFile : {false, true}) {
     const Image image = inFile ? NewInFile() : New();
