@@ -68,7 +68,7 @@ void Write(benchmark::State &state, int32_t format) {
   for (auto _ : state) {
     pictures::PictureWriter writer;
     writer.GetPictureEditor(picture->Handle(), 0, 1);
-    pictures::WriteColours(image.Record(), {0, 0, kWidth, kHeight}, writer);
+    pictures::WriteColours(pixels::PixelWatch(image.Record()), {0, 0, kWidth, kHeight}, writer);
   }
   CountPixels(state, kWidth, kHeight);
 }

@@ -8,6 +8,7 @@
 #include "pixels/in_place.h"
 #include "pixels/kernel_clones.h"
 #include "pixels/layouts.h"
+#include "pixels/whole_image.h"
 
 namespace zvk::levels {
 
@@ -118,10 +119,7 @@ void LevelRow(const ImageClassData &image, const RowPart &part, const std::array
 
 }  // namespace
 
-uint8_t AutoLevel1(REALobject instance) {
-  const ImageClassData *image = RecordOf(instance);
-  return image != nullptr && AutoLevel5(instance, 0, 0, image->Width, image->Height) != 0;
-}
+uint8_t AutoLevel1(REALobject instance) { return OnWholeImage(AutoLevel5, instance); }
 
 uint8_t AutoLevel5(REALobject instance, int32_t x, int32_t y, int32_t width, int32_t height) {
   ImageClassData *image = RecordOf(instance);

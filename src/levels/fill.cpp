@@ -12,6 +12,7 @@
 #include "pixels/layouts.h"
 #include "pixels/pixel_watch.h"
 #include "pixels/row_samples.h"
+#include "pixels/whole_image.h"
 
 namespace zvk::levels {
 
@@ -41,10 +42,7 @@ std::optional<int32_t> PackedOffset(const ImageClassData &image) {
 
 // --- one value ---
 
-void FillRect1(REALobject instance, int32_t value) {
-  const ImageClassData *image = RecordOf(instance);
-  if (image != nullptr) FillRect5(instance, 0, 0, image->Width, image->Height, value);
-}
+void FillRect1(REALobject instance, int32_t value) { OnWholeImage(FillRect5, instance, value); }
 
 void FillRect5(REALobject instance, int32_t x, int32_t y, int32_t width, int32_t height, int32_t value) {
   ImageClassData *image = RecordOf(instance);
@@ -84,8 +82,7 @@ void FillColour(ImageClassData *image, const Rectangle &callers,
 }  // namespace
 
 void FillRectRGB1(REALobject instance, int32_t red, int32_t green, int32_t blue) {
-  const ImageClassData *image = RecordOf(instance);
-  if (image != nullptr) FillRectRGB5(instance, 0, 0, image->Width, image->Height, red, green, blue);
+  OnWholeImage(FillRectRGB5, instance, red, green, blue);
 }
 
 void FillRectRGB5(REALobject instance, int32_t x, int32_t y, int32_t width, int32_t height, int32_t red, int32_t green,
@@ -105,8 +102,7 @@ void FillRectRGBc5(REALobject instance, int32_t x, int32_t y, int32_t width, int
 }
 
 void FillRectRGBA1(REALobject instance, int32_t red, int32_t green, int32_t blue, int32_t alpha) {
-  const ImageClassData *image = RecordOf(instance);
-  if (image != nullptr) FillRectRGBA5(instance, 0, 0, image->Width, image->Height, red, green, blue, alpha);
+  OnWholeImage(FillRectRGBA5, instance, red, green, blue, alpha);
 }
 
 void FillRectRGBA5(REALobject instance, int32_t x, int32_t y, int32_t width, int32_t height, int32_t red, int32_t green,
@@ -157,10 +153,7 @@ constexpr int32_t RandomRunWidth(const RowPart &part) { return part.width - part
 
 }  // namespace
 
-void FillRectRandom1(REALobject instance) {
-  const ImageClassData *image = RecordOf(instance);
-  if (image != nullptr) FillRectRandom5(instance, 0, 0, image->Width, image->Height);
-}
+void FillRectRandom1(REALobject instance) { OnWholeImage(FillRectRandom5, instance); }
 
 void FillRectRandom5(REALobject instance, int32_t x, int32_t y, int32_t width, int32_t height) {
   ImageClassData *image = RecordOf(instance);

@@ -6,6 +6,7 @@
 #include "pixels/in_place.h"
 #include "pixels/layouts.h"
 #include "pixels/row_samples.h"
+#include "pixels/whole_image.h"
 
 namespace zvk::levels {
 
@@ -26,9 +27,7 @@ auto ColourOf(int32_t red, int32_t green, int32_t blue) {
 }  // namespace
 
 uint8_t FillRectApplyRGBA1(REALobject instance, int32_t red, int32_t green, int32_t blue, int32_t alpha) {
-  const ImageClassData *image = RecordOf(instance);
-  return image != nullptr &&
-         FillRectApplyRGBA5(instance, 0, 0, image->Width, image->Height, red, green, blue, alpha) != 0;
+  return OnWholeImage(FillRectApplyRGBA5, instance, red, green, blue, alpha);
 }
 
 uint8_t FillRectApplyRGBA5(REALobject instance, int32_t x, int32_t y, int32_t width, int32_t height, int32_t red,

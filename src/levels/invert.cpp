@@ -3,6 +3,7 @@
 #include "pixels/in_place.h"
 #include "pixels/layouts.h"
 #include "pixels/row_samples.h"
+#include "pixels/whole_image.h"
 #include "pixels/wide_samples.h"
 
 namespace zvk::levels {
@@ -27,10 +28,7 @@ void InvertWords(const ImageClassData &image, const RowPart &part) {
 
 }  // namespace
 
-void Invert1(REALobject instance) {
-  const ImageClassData *image = RecordOf(instance);
-  if (image != nullptr) Invert5(instance, 0, 0, image->Width, image->Height);
-}
+void Invert1(REALobject instance) { OnWholeImage(Invert5, instance); }
 
 void Invert5(REALobject instance, int32_t x, int32_t y, int32_t width, int32_t height) {
   ImageClassData *image = RecordOf(instance);

@@ -7,6 +7,8 @@
 
 #include "host/host_services.h"
 #include "host/resources.h"
+#include "pixels/pixel_watch.h"
+#include "pixels/row_walker.h"
 
 namespace zvk::pictures {
 
@@ -69,15 +71,15 @@ class GWorld {
 template <class Write>
 REALobject Fill(GWorld &world, ImageClassData &image, int32_t destSize, Write write) {
   const int32_t columns = std::min(image.Width, world.RowBytes() / destSize);
-  for (int32_t y = 0; world.Height() == image.Height && y < image.Height; ++y) {
-    const uint8_t *source = image.GetRow(&image, y);
+  const int32_t rows = world.Height() == image.Height ? image.Height : 0;
+  ForEachRow(image, rows, [&](const uint8_t *source, int32_t y) {
     uint8_t *dest = world.Row(y);
-    for (int32_t x = 0; source != nullptr && x < columns; ++x) {
+    for (int32_t x = 0; x < columns; ++x) {
       write(source, dest);
       source += image.PixelSize;
       dest += destSize;
     }
-  }
+  });
   return world.Release();
 }
 
@@ -111,9 +113,10 @@ REALobject CopyGWorldG(ImageClassData &image) {
 REALobject CopyGWorld(REALobject instance) {
   ImageClassData *image = RecordOf(instance);
   if (image == nullptr || !CanBeCopied(*image)) return nullptr;
+  const PixelWatch watched(*image);
   YieldOn(*image);
-  // Other code of the host may have closed the image or constructed it anew.
-  if (!CanBeCopied(*image)) return nullptr;
+  // Other code of the host may have closed the image, or one that it shows, or constructed it anew.
+  if (!CanBeCopied(*image) || !watched.HasStorage()) return nullptr;
   if (image->IsGray) return CopyGWorldG(*image);
   return image->IsRGB ? CopyGWorldRGB(*image) : nullptr;
 }

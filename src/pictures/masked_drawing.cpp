@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <functional>
 #include <span>
 
 #include "host/host_services.h"
@@ -203,16 +202,19 @@ void MaskedRow::BlendInOrder(const ImageClassData &image, const MaskedPixels &pi
 
 // --- all rows ---
 
+using DrawMaskedRow = void (MaskedRow::*)(const ImageClassData &, const MaskedPixels &, int32_t);
+
 // Draws each row of the transfer by one of the two ways, and steps both cursors. A row that cannot be had is left out.
-void DrawRows(ImageClassData &image, const Transfer &transfer, PictureEditor &picture, PictureEditor *mask,
-              bool invertMask, void (MaskedRow::*draw)(const ImageClassData &, const MaskedPixels &, int32_t)) {
+void DrawRows(const PixelWatch &watched, const Transfer &transfer, PictureEditor &picture, PictureEditor *mask,
+              bool invertMask, DrawMaskedRow draw) {
+  ImageClassData &image = watched.Record();
   YieldOn(image);
   const PixelWord *word = WordOf(picture.Layout);
   const PixelWord *maskWord = mask != nullptr ? WordOf(mask->Layout) : word;
   if (word == nullptr || maskWord == nullptr) return;
   MaskedRow row(*word, *maskWord, invertMask);
   for (int32_t i = 0; i < transfer.height; ++i) {
-    if (uint8_t *dest = DestPixel(image, transfer, i); dest != nullptr) {
+    if (uint8_t *dest = DestPixel(watched, transfer, i); dest != nullptr) {
       const uint8_t *maskPixels = mask != nullptr ? SourcePixel(*mask, transfer) : nullptr;
       (row.*draw)(image, {dest, SourcePixel(picture, transfer), maskPixels}, transfer.width);
     }
@@ -222,10 +224,29 @@ void DrawRows(ImageClassData &image, const Transfer &transfer, PictureEditor &pi
   }
 }
 
-// Attaches readers to the picture and, unless it is nil, to the mask, and lets `draw` have them with their cursors on
-// the first row, if anything is to be drawn.
-void DrawFitted(ImageClassData &image, REALobject picture, REALobject mask, const Transfer &transfer,
-                const std::function<void(const Transfer &, PictureEditor &, PictureEditor &)> &draw) {
+}  // namespace
+
+void DrawMasked(const PixelWatch &image, const Transfer &transfer, PictureEditor &picture, PictureEditor *mask,
+                bool invertMask) {
+  DrawRows(image, transfer, picture, mask, invertMask, &MaskedRow::Store);
+}
+
+void BlendMasked(const PixelWatch &image, const Transfer &transfer, PictureEditor &picture, PictureEditor *mask,
+                 bool invertMask) {
+  DrawRows(image, transfer, picture, mask, invertMask, &MaskedRow::Blend);
+}
+
+// --- handlers ---
+
+namespace {
+
+// Attaches readers to the picture and, unless it is nil, to the mask, and lets `draw`, which is DrawMasked or
+// BlendMasked, have them with their cursors on the first row, if anything is to be drawn.
+void DrawFitted(ImageClassData &image, REALobject picture, REALobject mask, const Transfer &transfer, bool invertMask,
+                decltype(DrawMasked) *draw) {
+  if (!IsUsable(image)) return;
+  const PixelWatch watched(image);
+  YieldOn(image);
   PictureReader reader;
   PictureReader maskReader;
   if (!reader.GetPictureEditor(picture, 1, 0)) return;
@@ -236,7 +257,7 @@ void DrawFitted(ImageClassData &image, REALobject picture, REALobject mask, cons
   if (!IsEmpty(fitted)) {
     SkipRows(reader, fitted.sourceY);
     if (mask != nullptr) SkipRows(maskReader, fitted.sourceY);
-    draw(fitted, reader, maskReader);
+    draw(watched, fitted, reader, mask != nullptr ? &maskReader : nullptr, invertMask);
   }
   maskReader.ReleasePicture();
   reader.ReleasePicture();
@@ -245,28 +266,13 @@ void DrawFitted(ImageClassData &image, REALobject picture, REALobject mask, cons
 
 }  // namespace
 
-void DrawMasked(ImageClassData &image, const Transfer &transfer, PictureEditor &picture, PictureEditor *mask,
-                bool invertMask) {
-  DrawRows(image, transfer, picture, mask, invertMask, &MaskedRow::Store);
-}
-
-void BlendMasked(ImageClassData &image, const Transfer &transfer, PictureEditor &picture, PictureEditor &mask,
-                 bool invertMask) {
-  DrawRows(image, transfer, picture, &mask, invertMask, &MaskedRow::Blend);
-}
-
 void rbDrawMaskedPictureRGB8(REALobject instance, REALobject picture, int32_t destX, int32_t destY, int32_t destWidth,
                              int32_t destHeight, int32_t sourceX, int32_t sourceY, uint8_t invertMask) {
   ImageClassData *image = RecordOf(instance);
   if (image == nullptr || !HasColours(*image)) return;
   const REALobject mask = ExistingMask(picture);
-  if (!IsUsable(*image)) return;
-  YieldOn(*image);
   const Transfer transfer{destX, destY, destWidth, destHeight, sourceX, sourceY};
-  DrawFitted(*image, picture, mask, transfer,
-             [&](const Transfer &fitted, PictureEditor &reader, PictureEditor &maskReader) {
-               DrawMasked(*image, fitted, reader, mask != nullptr ? &maskReader : nullptr, invertMask != 0);
-             });
+  DrawFitted(*image, picture, mask, transfer, invertMask != 0, DrawMasked);
 }
 
 void rbDrawMaskedPictureRGB2(REALobject instance, REALobject picture, uint8_t invertMask) {
@@ -295,13 +301,8 @@ void rbDrawPictureApplyMaskRGB8(REALobject instance, REALobject picture, int32_t
     rbDrawPictureRGB8(instance, picture, destX, destY, destWidth, destHeight, sourceX, sourceY);
     return;
   }
-  if (!IsUsable(*image)) return;
-  YieldOn(*image);
   const Transfer transfer{destX, destY, destWidth, destHeight, sourceX, sourceY};
-  DrawFitted(*image, picture, mask, transfer,
-             [&](const Transfer &fitted, PictureEditor &reader, PictureEditor &maskReader) {
-               BlendMasked(*image, fitted, reader, maskReader, invertMask != 0);
-             });
+  DrawFitted(*image, picture, mask, transfer, invertMask != 0, BlendMasked);
 }
 
 void rbDrawPictureApplyMaskRGB2(REALobject instance, REALobject picture, uint8_t invertMask) {

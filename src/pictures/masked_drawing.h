@@ -4,9 +4,9 @@
 
 #include <cstdint>
 
-#include "image/image_record.h"
 #include "image/rectangle.h"
 #include "pictures/picture_editor.h"
+#include "pixels/pixel_watch.h"
 
 namespace zvk::pictures {
 
@@ -37,10 +37,10 @@ void rbDrawPictureApplyMaskRGB8(REALobject instance, REALobject picture, int32_t
                                 uint8_t invertMask);
 
 // Draw a fitted transfer, with the cursors on the pictures' first rows of it. They yield before the first row and after
-// each, and draw nothing from an unknown layout. A nil mask is a white one.
-void DrawMasked(ImageClassData &image, const Transfer &transfer, PictureEditor &picture, PictureEditor *mask,
+// each, and draw nothing from an unknown layout. A nil mask is a white one; to blend there must be a mask.
+void DrawMasked(const PixelWatch &image, const Transfer &transfer, PictureEditor &picture, PictureEditor *mask,
                 bool invertMask);
-void BlendMasked(ImageClassData &image, const Transfer &transfer, PictureEditor &picture, PictureEditor &mask,
+void BlendMasked(const PixelWatch &image, const Transfer &transfer, PictureEditor &picture, PictureEditor *mask,
                  bool invertMask);
 
 }  // namespace zvk::pictures

@@ -12,6 +12,7 @@
 #include "pictures/pixel_words.h"
 #include "pixels/kernel_clones.h"
 #include "pixels/sample_mover.h"
+#include "pixels/whole_image.h"
 #include "pixels/wide_samples.h"
 
 namespace zvk::pictures {
@@ -107,14 +108,6 @@ class WordWriter {
   RowMover move_;
 };
 
-// Row i of the rectangle; nil if it cannot be had. Asked again for each row: other code of the host may have run since,
-// and closed the image or constructed it anew, where the rectangle may not lie.
-const uint8_t *SourceRow(ImageClassData &image, const Rectangle &rectangle, int32_t i) {
-  const int32_t y = rectangle.y + i;
-  if (!HasPixels(image) || y >= image.Height || rectangle.width > image.Width - rectangle.x) return nullptr;
-  return image.GetRow(&image, y);
-}
-
 // The part of an image's row that lies in the rectangle, into a picture's row.
 void WritePart(const ImageClassData &image, const Rectangle &rectangle, const uint8_t *row, const PixelSource &source,
                uint8_t *dest, WordWriter &writer) {
@@ -133,15 +126,16 @@ void WriteWidePart(const ImageClassData &image, const Rectangle &rectangle, cons
       [&](int32_t column) { writer.WriteBlack(destAt(column)); });
 }
 
-void WriteRows(ImageClassData &image, const Rectangle &rectangle, PictureEditor &picture,
+void WriteRows(const PixelWatch &watched, const Rectangle &rectangle, PictureEditor &picture,
                PixelSource (*sourceOf)(const ImageClassData &)) {
+  ImageClassData &image = watched.Record();
   const PixelWord *word = WordOf(picture.Layout);
   std::optional<WordWriter> writer;
   if (word != nullptr) writer.emplace(*word);
   const auto writePart = sourceOf == Gray16Of ? WriteWidePart : WritePart;
   YieldOn(image);
   for (int32_t i = 0; i < rectangle.height; ++i) {
-    const uint8_t *row = writer ? SourceRow(image, rectangle, i) : nullptr;
+    const uint8_t *row = writer ? RowOf(watched, rectangle, i) : nullptr;
     if (row != nullptr) writePart(image, rectangle, row, sourceOf(image), picture.RowAddress, *writer);
     picture.NextRow();
     YieldOn(image);
@@ -151,7 +145,8 @@ void WriteRows(ImageClassData &image, const Rectangle &rectangle, PictureEditor 
 // Makes the picture, lets `write` fill it and hands it to the caller with one reference; nil if the rectangle is too
 // large or the host has no picture to give.
 REALobject CopyToPicture(ImageClassData &image, const Rectangle &fitted,
-                         void (*write)(ImageClassData &, const Rectangle &, PictureEditor &)) {
+                         void (*write)(const PixelWatch &, const Rectangle &, PictureEditor &)) {
+  const PixelWatch watched(image);
   // Cut to the image as it is now, before other code of the host may construct it anew.
   const Rectangle rectangle = CutToImage(fitted, image.Width, image.Height);
   YieldOn(image);
@@ -162,25 +157,26 @@ REALobject CopyToPicture(ImageClassData &image, const Rectangle &fitted,
   const bool attached = writer.GetPictureEditor(picture.Get(), 0, 1);
   picture.Reset();  // from here on the writer holds it alone
   if (!attached) return nullptr;
-  write(image, rectangle, writer);
+  write(watched, rectangle, writer);
   return writer.RenderPictureWriter();
 }
 
 }  // namespace
 
-void WriteColours(ImageClassData &image, const Rectangle &rectangle, PictureEditor &picture) {
-  if (image.IsGray && image.BitsPerComponent == 16) {
+void WriteColours(const PixelWatch &image, const Rectangle &rectangle, PictureEditor &picture) {
+  const ImageClassData &record = image.Record();
+  if (record.IsGray && record.BitsPerComponent == 16) {
     WriteRows(image, rectangle, picture, Gray16Of);
-  } else if (image.IsGray) {
+  } else if (record.IsGray) {
     WriteRows(image, rectangle, picture, GrayOf);
-  } else if (image.IsRGB) {
+  } else if (record.IsRGB) {
     WriteRows(image, rectangle, picture, RGBOf);
-  } else if (image.IsCMYK) {
+  } else if (record.IsCMYK) {
     WriteRows(image, rectangle, picture, CMYKOf);
   }
 }
 
-void WriteAlpha(ImageClassData &image, const Rectangle &rectangle, PictureEditor &picture) {
+void WriteAlpha(const PixelWatch &image, const Rectangle &rectangle, PictureEditor &picture) {
   WriteRows(image, rectangle, picture, AlphaOf);
 }
 
@@ -206,20 +202,11 @@ REALobject rbCopyPictureWithMask(REALobject instance, int32_t x, int32_t y, int3
   return picture;
 }
 
-namespace {
+REALobject rbCopyPictureAll(REALobject instance) { return OnWholeImage(rbCopyPicture, instance); }
 
-REALobject CopyAll(REALobject instance, REALobject (*copy)(REALobject, int32_t, int32_t, int32_t, int32_t)) {
-  const ImageClassData *image = RecordOf(instance);
-  return image != nullptr ? copy(instance, 0, 0, image->Width, image->Height) : nullptr;
-}
+REALobject rbCopyMaskAll(REALobject instance) { return OnWholeImage(rbCopyMask, instance); }
 
-}  // namespace
-
-REALobject rbCopyPictureAll(REALobject instance) { return CopyAll(instance, rbCopyPicture); }
-
-REALobject rbCopyMaskAll(REALobject instance) { return CopyAll(instance, rbCopyMask); }
-
-REALobject rbCopyPictureWithMaskAll(REALobject instance) { return CopyAll(instance, rbCopyPictureWithMask); }
+REALobject rbCopyPictureWithMaskAll(REALobject instance) { return OnWholeImage(rbCopyPictureWithMask, instance); }
 
 REALobject GetDebugPicture(REALobject instance, int32_t /*param*/) {
   const ImageClassData *image = RecordOf(instance);

@@ -4,9 +4,9 @@
 
 #include <cstdint>
 
-#include "image/image_record.h"
 #include "image/rectangle.h"
 #include "pictures/picture_editor.h"
+#include "pixels/pixel_watch.h"
 
 namespace zvk::pictures {
 
@@ -29,7 +29,7 @@ REALobject GetDebugPicture(REALobject instance, int32_t param);
 
 // Writes the rectangle, which lies in the image, into the attached picture of that size, by the image's family or from
 // its alpha channel. Yields before the first row and after each. A picture of unknown layout is left as it is.
-void WriteColours(ImageClassData &image, const Rectangle &rectangle, PictureEditor &picture);
-void WriteAlpha(ImageClassData &image, const Rectangle &rectangle, PictureEditor &picture);
+void WriteColours(const PixelWatch &image, const Rectangle &rectangle, PictureEditor &picture);
+void WriteAlpha(const PixelWatch &image, const Rectangle &rectangle, PictureEditor &picture);
 
 }  // namespace zvk::pictures

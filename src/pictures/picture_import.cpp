@@ -157,23 +157,16 @@ int32_t SampleOf(const PixelWord &word, PictureColour colour) {
   }
 }
 
-void DrawToGrayChannel(REALobject instance, REALobject picture, const Transfer &transfer, PictureColour colour) {
-  ImageClassData *image = RecordOf(instance);
-  if (image == nullptr || !image->HasGray || !IsUsable(*image)) return;
-  YieldOn(*image);
-  DrawFitted(*image, picture, transfer,
-             [&](const Transfer &fitted, PictureEditor &reader) { DrawGray(*image, fitted, reader, colour); });
-}
-
 }  // namespace
 
-void DrawColours(ImageClassData &image, const Transfer &transfer, PictureEditor &picture) {
+void DrawColours(const PixelWatch &watched, const Transfer &transfer, PictureEditor &picture) {
+  ImageClassData &image = watched.Record();
   YieldOn(image);
   const PixelWord *word = WordOf(picture.Layout);
   if (word == nullptr) return;
   RowMover mover;
   for (int32_t i = 0; i < transfer.height; ++i) {
-    if (uint8_t *dest = DestPixel(image, transfer, i); dest != nullptr) {
+    if (uint8_t *dest = DestPixel(watched, transfer, i); dest != nullptr) {
       const SampleMover &move = mover.For(kWordBytes, image.PixelSize, ColourMoves(*word, image));
       move(SourcePixel(picture, transfer), dest, transfer.width);
     }
@@ -182,13 +175,14 @@ void DrawColours(ImageClassData &image, const Transfer &transfer, PictureEditor 
   }
 }
 
-void DrawGray(ImageClassData &image, const Transfer &transfer, PictureEditor &picture, PictureColour colour) {
+void DrawGray(const PixelWatch &watched, const Transfer &transfer, PictureEditor &picture, PictureColour colour) {
+  const ImageClassData &image = watched.Record();
   const PixelWord *word = WordOf(picture.Layout);
   const SampleMove gray{
       .from = word != nullptr ? SampleOf(*word, colour) : 0, .to = image.GrayOffset, .zero = word == nullptr};
   RowMover mover;
   for (int32_t i = 0; i < transfer.height; ++i) {
-    if (uint8_t *dest = DestPixel(image, transfer, i); dest != nullptr) {
+    if (uint8_t *dest = DestPixel(watched, transfer, i); dest != nullptr) {
       const SampleMover &move = mover.For(kWordBytes, image.PixelSize, std::span(&gray, 1));
       move(SourcePixel(picture, transfer), dest, transfer.width);
     }
@@ -196,14 +190,24 @@ void DrawGray(ImageClassData &image, const Transfer &transfer, PictureEditor &pi
   }
 }
 
+void DrawToGrayChannel(REALobject instance, REALobject picture, const Transfer &transfer, PictureColour colour) {
+  ImageClassData *image = RecordOf(instance);
+  if (image == nullptr || !image->HasGray || !IsUsable(*image)) return;
+  const PixelWatch watched(*image);
+  YieldOn(*image);
+  DrawFitted(*image, picture, transfer,
+             [&](const Transfer &fitted, PictureEditor &reader) { DrawGray(watched, fitted, reader, colour); });
+}
+
 void rbDrawPictureRGB8(REALobject instance, REALobject picture, int32_t destX, int32_t destY, int32_t destWidth,
                        int32_t destHeight, int32_t sourceX, int32_t sourceY) {
   ImageClassData *image = RecordOf(instance);
   if (image == nullptr || !(image->HasRed && image->HasGreen && image->HasBlue) || !IsUsable(*image)) return;
+  const PixelWatch watched(*image);
   YieldOn(*image);
   const Transfer transfer{destX, destY, destWidth, destHeight, sourceX, sourceY};
   const bool attached = DrawFitted(*image, picture, transfer, [&](const Transfer &fitted, PictureEditor &reader) {
-    DrawColours(*image, fitted, reader);
+    DrawColours(watched, fitted, reader);
   });
   if (attached) YieldOn(*image);  // once the picture is released
 }
@@ -218,39 +222,6 @@ void rbDrawPictureRGB4(REALobject instance, REALobject picture, int32_t destX, i
 void rbDrawPictureRGB6(REALobject instance, REALobject picture, int32_t destX, int32_t destY, int32_t destWidth,
                        int32_t destHeight) {
   rbDrawPictureRGB8(instance, picture, destX, destY, destWidth, destHeight, 0, 0);
-}
-
-void rbDrawPictureRedToGrayChannel6(REALobject instance, REALobject picture, int32_t destX, int32_t destY,
-                                    int32_t destWidth, int32_t destHeight) {
-  rbDrawPictureRedToGrayChannel8(instance, picture, destX, destY, destWidth, destHeight, 0, 0);
-}
-
-void rbDrawPictureRedToGrayChannel8(REALobject instance, REALobject picture, int32_t destX, int32_t destY,
-                                    int32_t destWidth, int32_t destHeight, int32_t sourceX, int32_t sourceY) {
-  const Transfer transfer{destX, destY, destWidth, destHeight, sourceX, sourceY};
-  DrawToGrayChannel(instance, picture, transfer, PictureColour::Red);
-}
-
-void rbDrawPictureGreenToGrayChannel6(REALobject instance, REALobject picture, int32_t destX, int32_t destY,
-                                      int32_t destWidth, int32_t destHeight) {
-  rbDrawPictureGreenToGrayChannel8(instance, picture, destX, destY, destWidth, destHeight, 0, 0);
-}
-
-void rbDrawPictureGreenToGrayChannel8(REALobject instance, REALobject picture, int32_t destX, int32_t destY,
-                                      int32_t destWidth, int32_t destHeight, int32_t sourceX, int32_t sourceY) {
-  const Transfer transfer{destX, destY, destWidth, destHeight, sourceX, sourceY};
-  DrawToGrayChannel(instance, picture, transfer, PictureColour::Green);
-}
-
-void rbDrawPictureBlueToGrayChannel6(REALobject instance, REALobject picture, int32_t destX, int32_t destY,
-                                     int32_t destWidth, int32_t destHeight) {
-  rbDrawPictureBlueToGrayChannel8(instance, picture, destX, destY, destWidth, destHeight, 0, 0);
-}
-
-void rbDrawPictureBlueToGrayChannel8(REALobject instance, REALobject picture, int32_t destX, int32_t destY,
-                                     int32_t destWidth, int32_t destHeight, int32_t sourceX, int32_t sourceY) {
-  const Transfer transfer{destX, destY, destWidth, destHeight, sourceX, sourceY};
-  DrawToGrayChannel(instance, picture, transfer, PictureColour::Blue);
 }
 
 }  // namespace zvk::pictures

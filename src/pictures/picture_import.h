@@ -6,6 +6,7 @@
 #include "image/image_record.h"
 #include "image/rectangle.h"
 #include "pictures/picture_editor.h"
+#include "pixels/pixel_watch.h"
 
 namespace zvk::pictures {
 
@@ -25,20 +26,30 @@ void rbDrawPictureRGB6(REALobject instance, REALobject picture, int32_t destX, i
 void rbDrawPictureRGB8(REALobject instance, REALobject picture, int32_t destX, int32_t destY, int32_t destWidth,
                        int32_t destHeight, int32_t sourceX, int32_t sourceY);
 
-// Handlers that draw one colour of the picture into the gray channel, under the same rules. A sample of 16 bits gets
-// its first byte written and keeps the second.
-void rbDrawPictureRedToGrayChannel6(REALobject instance, REALobject picture, int32_t destX, int32_t destY,
-                                    int32_t destWidth, int32_t destHeight);
-void rbDrawPictureRedToGrayChannel8(REALobject instance, REALobject picture, int32_t destX, int32_t destY,
-                                    int32_t destWidth, int32_t destHeight, int32_t sourceX, int32_t sourceY);
-void rbDrawPictureGreenToGrayChannel6(REALobject instance, REALobject picture, int32_t destX, int32_t destY,
-                                      int32_t destWidth, int32_t destHeight);
-void rbDrawPictureGreenToGrayChannel8(REALobject instance, REALobject picture, int32_t destX, int32_t destY,
-                                      int32_t destWidth, int32_t destHeight, int32_t sourceX, int32_t sourceY);
-void rbDrawPictureBlueToGrayChannel6(REALobject instance, REALobject picture, int32_t destX, int32_t destY,
-                                     int32_t destWidth, int32_t destHeight);
-void rbDrawPictureBlueToGrayChannel8(REALobject instance, REALobject picture, int32_t destX, int32_t destY,
-                                     int32_t destWidth, int32_t destHeight, int32_t sourceX, int32_t sourceY);
+// Which sample of a picture goes to the gray channel.
+enum class PictureColour { Red, Green, Blue };
+
+// Draws one colour of the picture into the gray channel, under the same rules. A sample of 16 bits gets its first byte
+// written and keeps the second.
+void DrawToGrayChannel(REALobject instance, REALobject picture, const Transfer &transfer, PictureColour colour);
+
+// Handlers that do so.
+template <PictureColour kColour>
+void DrawToGrayChannel8(REALobject instance, REALobject picture, int32_t destX, int32_t destY, int32_t destWidth,
+                        int32_t destHeight, int32_t sourceX, int32_t sourceY) {
+  DrawToGrayChannel(instance, picture, {destX, destY, destWidth, destHeight, sourceX, sourceY}, kColour);
+}
+template <PictureColour kColour>
+void DrawToGrayChannel6(REALobject instance, REALobject picture, int32_t destX, int32_t destY, int32_t destWidth,
+                        int32_t destHeight) {
+  DrawToGrayChannel(instance, picture, {destX, destY, destWidth, destHeight, 0, 0}, kColour);
+}
+constexpr auto rbDrawPictureRedToGrayChannel6 = DrawToGrayChannel6<PictureColour::Red>;
+constexpr auto rbDrawPictureRedToGrayChannel8 = DrawToGrayChannel8<PictureColour::Red>;
+constexpr auto rbDrawPictureGreenToGrayChannel6 = DrawToGrayChannel6<PictureColour::Green>;
+constexpr auto rbDrawPictureGreenToGrayChannel8 = DrawToGrayChannel8<PictureColour::Green>;
+constexpr auto rbDrawPictureBlueToGrayChannel6 = DrawToGrayChannel6<PictureColour::Blue>;
+constexpr auto rbDrawPictureBlueToGrayChannel8 = DrawToGrayChannel8<PictureColour::Blue>;
 
 // Fits a caller's transfer to the image and the attached picture; empty if nothing is to be drawn.
 Transfer FitToPicture(const Transfer &transfer, const ImageClassData &image, const PictureEditor &picture);
@@ -46,12 +57,9 @@ Transfer FitToPicture(const Transfer &transfer, const ImageClassData &image, con
 // Steps the picture's cursor over the given number of rows.
 void SkipRows(PictureEditor &picture, int32_t rows);
 
-// Which sample of a picture goes to the gray channel.
-enum class PictureColour { Red, Green, Blue };
-
 // Draw a fitted transfer, with the cursor on the picture's first row of it. The three colours yield before the first
 // row and after each, and draw nothing from an unknown layout; the gray channel does not yield, and gets 0 there.
-void DrawColours(ImageClassData &image, const Transfer &transfer, PictureEditor &picture);
-void DrawGray(ImageClassData &image, const Transfer &transfer, PictureEditor &picture, PictureColour colour);
+void DrawColours(const PixelWatch &image, const Transfer &transfer, PictureEditor &picture);
+void DrawGray(const PixelWatch &image, const Transfer &transfer, PictureEditor &picture, PictureColour colour);
 
 }  // namespace zvk::pictures

@@ -3,14 +3,19 @@
 #include <algorithm>
 
 #include "pixels/overlap.h"
+#include "pixels/row_walker.h"
 
 namespace zvk::pictures {
 
-uint8_t *DestPixel(ImageClassData &image, const Transfer &transfer, int32_t i) {
-  const int32_t y = transfer.destY + i;
-  if (!HasPixels(image) || y >= image.Height || transfer.width > image.Width - transfer.destX) return nullptr;
-  uint8_t *row = image.GetRow(&image, y);
-  return row != nullptr ? row + static_cast<ptrdiff_t>(transfer.destX) * image.PixelSize : nullptr;
+uint8_t *RowOf(const PixelWatch &image, const Rectangle &rectangle, int32_t i) {
+  const int32_t y = rectangle.y + i;
+  const bool holds = y < image.RowsOf(rectangle.x + rectangle.width, image.Record().PixelSize);
+  return holds ? FetchRow(image.Record(), y) : nullptr;
+}
+
+uint8_t *DestPixel(const PixelWatch &image, const Transfer &transfer, int32_t i) {
+  uint8_t *row = RowOf(image, {transfer.destX, transfer.destY, transfer.width, transfer.height}, i);
+  return row != nullptr ? row + ptrdiff_t{transfer.destX} * image.Record().PixelSize : nullptr;
 }
 
 const uint8_t *SourcePixel(const PictureEditor &picture, const Transfer &transfer) {

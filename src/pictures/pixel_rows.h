@@ -12,6 +12,7 @@
 #include "image/rectangle.h"
 #include "pictures/picture_editor.h"
 #include "pictures/pixel_words.h"
+#include "pixels/pixel_watch.h"
 #include "pixels/sample_mover.h"
 
 namespace zvk::pictures {
@@ -20,9 +21,12 @@ namespace zvk::pictures {
 // cache.
 inline constexpr int32_t kTilePixels = 512;
 
-// The first pixel of the transfer's row i in the image; nil if the row cannot be had. Asked again for each row: other
-// code of the host may have run since, and closed the image or constructed it anew, where the transfer may not fit.
-uint8_t *DestPixel(ImageClassData &image, const Transfer &transfer, int32_t i);
+// Row i of the rectangle; nil if the row cannot be had. Asked again for each row: other code of the host may have run
+// since, and closed the image or constructed it anew, where the rectangle may not lie.
+uint8_t *RowOf(const PixelWatch &image, const Rectangle &rectangle, int32_t i);
+
+// The transfer's first pixel in its row i in the image, by the same rules.
+uint8_t *DestPixel(const PixelWatch &image, const Transfer &transfer, int32_t i);
 
 // The transfer's first pixel in the row under the picture's cursor.
 const uint8_t *SourcePixel(const PictureEditor &picture, const Transfer &transfer);

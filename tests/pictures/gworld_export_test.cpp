@@ -277,6 +277,16 @@ TEST_F(GWorldExport, AnImageThatIsClosedInTheYieldGivesNil) {
   EXPECT_EQ(platform.calls, "");
 }
 
+TEST_F(GWorldExport, AViewWhoseParentIsClosedInTheYieldGivesNil) {
+  auto image = Counted(ImageFormatRGB), view = Adopt(ClipImage1(image));
+  ASSERT_TRUE(Copy(*view, 9));
+  platform.calls.clear();
+  YieldAlways(host_, view);
+  host_->onYield = [&] { ImageDestructor(image); };
+  EXPECT_FALSE(Copy(*view, 9));
+  EXPECT_EQ(platform.calls, "");
+}
+
 TEST_F(GWorldExport, ARowThatCannotBeHadIsLeftAsItIs) {
   auto image = Counted(ImageFormatRGB);
   RecordOf(image)->GetRow = [](ImageClassData *image, int32_t index) {

@@ -171,9 +171,9 @@ TEST(MaskedDrawingCalls, ALayoutThatNobodyKnowsDrawsNothing) {
     attach(mask, maskLayout);
     auto image = NewImage(host, 2, 2, ImageFormatRGBA);
     const Bytes before = StorageOf(*RecordOf(image));
-    DrawMasked(*RecordOf(image), {0, 0, 2, 2, 0, 0}, picture, &mask, false);
-    BlendMasked(*RecordOf(image), {0, 0, 2, 2, 0, 0}, picture, mask, false);
-    if (layout != 1) DrawMasked(*RecordOf(image), {0, 0, 2, 2, 0, 0}, picture, nullptr, false);
+    DrawMasked(PixelWatch(*RecordOf(image)), {0, 0, 2, 2, 0, 0}, picture, &mask, false);
+    BlendMasked(PixelWatch(*RecordOf(image)), {0, 0, 2, 2, 0, 0}, picture, &mask, false);
+    if (layout != 1) DrawMasked(PixelWatch(*RecordOf(image)), {0, 0, 2, 2, 0, 0}, picture, nullptr, false);
     EXPECT_EQ(StorageOf(*RecordOf(image)), before) << layout << ", " << maskLayout;
   }
 }
@@ -463,6 +463,31 @@ TEST(MaskedDrawingYields, AnImageThatIsClosedInAYieldGetsNoMoreRows) {
     }
   }
   masked.ExpectReferencesLeft(12);
+}
+
+TEST(MaskedDrawingYields, AViewWhoseParentIsClosedInAYieldGetsNoMoreRows) {
+  PluginHost host;
+  const MaskedPicture masked(host, 4, 3);
+  for (const Draw2 draw : kDraws2) {
+    for (const int32_t closingYield : {1, 2, 3, 6}) {
+      auto image = NewImage(host, 4, 3, ImageFormatRGBA), view = Adopt(ClipImage1(image));
+      ImageClassData &record = *RecordOf(image);
+      const Bytes before = StorageOf(record);
+      YieldAlways(host, view);
+      int32_t yields = 0;
+      Bytes atClosing;
+      host->onYield = [&] {
+        if (++yields != closingYield) return;
+        record.GetRow = nullptr;
+        atClosing = StorageOf(record);
+      };
+      draw(view, masked.picture, false);
+      EXPECT_EQ(StorageOf(record), atClosing);
+      EXPECT_EQ(atClosing != before, closingYield > 2);
+      EXPECT_EQ(yields, 6);
+    }
+  }
+  masked.ExpectReferencesLeft(8);
 }
 
 TEST(MaskedDrawingYields, AnImageThatIsConstructedAnewInAYieldGetsOnlyRowsThatFit) {

@@ -173,8 +173,8 @@ TEST(PictureExport, APictureOfUnknownLayoutIsLeftAsItIs) {
     writer.RowBytes = 8;
     writer.Layout = layout;
     writer.BaseAddress = writer.RowAddress = pixels;
-    WriteColours(*RecordOf(image), {0, 0, 2, 2}, writer);
-    WriteAlpha(*RecordOf(image), {0, 0, 2, 2}, writer);
+    WriteColours(PixelWatch(*RecordOf(image)), {0, 0, 2, 2}, writer);
+    WriteAlpha(PixelWatch(*RecordOf(image)), {0, 0, 2, 2}, writer);
     EXPECT_EQ(std::vector<uint8_t>(pixels, pixels + 16), before);
   }
 }

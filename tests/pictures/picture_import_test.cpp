@@ -454,11 +454,11 @@ TEST(DrawPicture, AnUnknownLayoutDrawsNoColoursAndZeroGray) {
     reader.BaseAddress = reader.RowAddress = pixels;
     auto image = NewImage(host, 2, 2, ImageFormatRGB);
     const Bytes before = StorageOf(*RecordOf(image));
-    DrawColours(*RecordOf(image), {0, 0, 2, 2, 0, 0}, reader);
+    DrawColours(PixelWatch(*RecordOf(image)), {0, 0, 2, 2, 0, 0}, reader);
     EXPECT_EQ(StorageOf(*RecordOf(image)), before);
     auto gray = NewImage(host, 2, 2, ImageFormatGA);
     const Bytes expected = {0, *SampleAt(*RecordOf(gray), 0, 1, 1), 0, *SampleAt(*RecordOf(gray), 1, 1, 1)};
-    DrawGray(*RecordOf(gray), {0, 0, 2, 2, 0, 0}, reader, PictureColour::Green);
+    DrawGray(PixelWatch(*RecordOf(gray)), {0, 0, 2, 2, 0, 0}, reader, PictureColour::Green);
     const uint8_t *row = SampleAt(*RecordOf(gray), 0, 1, 0);
     EXPECT_EQ(Bytes(row, row + 4), expected);
   }
@@ -523,6 +523,39 @@ TEST(ImportYields, TheGrayChannelYieldsOnce) {
   for (const Draw8 draw : kGrayDraws) {
     draw(image, picture, 0, 0, 4, 6, 0, 0);
     EXPECT_EQ(Yields(host), ++yields);
+  }
+}
+
+TEST(ImportYields, AViewWhoseParentIsClosedInAYieldGetsNoMoreRows) {
+  PluginHost host;
+  auto picture = NewFilledPicture(host, 4, 3, kGD);
+  const auto draw = [&](int32_t format, REALobject view) {
+    if (format == ImageFormatRGB) return rbDrawPictureRGB2(view, picture);
+    rbDrawPictureGreenToGrayChannel6(view, picture, 0, 0, 4, 3);
+  };
+  for (const int32_t format : {ImageFormatRGB, ImageFormatG}) {
+    for (const int32_t closingYield : {1, 2, 3, 6}) {
+      auto image = NewImage(host, 4, 3, format), view = Adopt(ClipImage1(image));
+      ImageClassData &record = *RecordOf(image);
+      const Bytes before = StorageOf(record);
+      YieldAlways(host, view);
+      int32_t yields = 0;
+      Bytes atClosing;
+      host->onYield = [&] {
+        if (++yields != closingYield) return;
+        record.GetRow = nullptr;
+        atClosing = StorageOf(record);
+      };
+      draw(format, view);
+      if (format == ImageFormatG) {  // yields once
+        EXPECT_EQ(yields, 1);
+        EXPECT_EQ(StorageOf(record) != before, closingYield > 1);
+      } else {
+        EXPECT_EQ(yields, 6);
+        EXPECT_EQ(StorageOf(record), atClosing);
+        EXPECT_EQ(atClosing != before, closingYield > 2);
+      }
+    }
   }
 }
 
