@@ -102,6 +102,21 @@ bool BeginConstruction(ImageClassData *record, int32_t width, int32_t height, in
   return InitImageClassData(record, width, height, format);
 }
 
+namespace {
+
+// The end of a construction: the pixels lie at `bytes`, `size` of them, row after row.
+void PutInMemory(ImageClassData &record, uint8_t *bytes, int64_t size, int32_t rowSize) {
+  record.Buffer = bytes;
+  record.MappingBase = nullptr;
+  record.TotalSize = size;
+  record.RowSize = rowSize;
+  record.MappedRowCount = record.Height;
+  record.GetRow = GetRowLinear;
+  record.Valid = true;
+}
+
+}  // namespace
+
 void ImageConstructor(REALobject instance, int32_t width, int32_t height, int32_t format) {
   ImageClassData *record = RecordOf(instance);
   if (!BeginConstruction(record, width, height, format)) return;
@@ -118,14 +133,8 @@ void ImageConstructor(REALobject instance, int32_t width, int32_t height, int32_
     RaiseException("OutOfMemoryException", message);
     return;
   }
-  record->Buffer = pixels.Release();
-  record->MappingBase = nullptr;
   record->OwnsBuffer = true;
-  record->TotalSize = size;
-  record->RowSize = rowSize;
-  record->MappedRowCount = height;
-  record->GetRow = GetRowLinear;
-  record->Valid = true;
+  PutInMemory(*record, pixels.Release(), size, rowSize);
 }
 
 void ImageConstructorMemory(REALobject instance, REALobject block, int32_t width, int32_t height, int32_t format,
@@ -150,14 +159,8 @@ void ImageConstructorMemory(REALobject instance, REALobject block, int32_t width
   }
   record->MemoryTarget = block;
   REALLockObject(block);
-  record->Buffer = static_cast<uint8_t *>(bytes);
-  record->MappingBase = nullptr;
-  record->MappedRowCount = height;
   record->OwnsBuffer = false;
-  record->TotalSize = size;
-  record->RowSize = rowSize;
-  record->GetRow = GetRowLinear;
-  record->Valid = true;
+  PutInMemory(*record, static_cast<uint8_t *>(bytes), size, rowSize);
 }
 
 void ImageDestructor(REALobject instance) {

@@ -96,52 +96,6 @@ REALobject NewChannelImageZVK(REALobject source, int32_t offset) {
   return made.Finish();
 }
 
-namespace {
-
-template <int32_t ImageClassData::*kOffset, uint8_t ImageClassData::*kHas>
-REALobject ChannelByName(REALobject source) {
-  const ImageClassData *record = RecordOf(source);
-  return record != nullptr && record->*kHas ? NewChannelImageZVK(source, record->*kOffset) : nullptr;
-}
-
-}  // namespace
-
-REALobject AlphaChannel(REALobject source) {
-  return ChannelByName<&ImageClassData::AlphaOffset, &ImageClassData::HasAlpha>(source);
-}
-
-REALobject RedChannel(REALobject source) {
-  return ChannelByName<&ImageClassData::RedOffset, &ImageClassData::HasRed>(source);
-}
-
-REALobject GreenChannel(REALobject source) {
-  return ChannelByName<&ImageClassData::GreenOffset, &ImageClassData::HasGreen>(source);
-}
-
-REALobject BlueChannel(REALobject source) {
-  return ChannelByName<&ImageClassData::BlueOffset, &ImageClassData::HasBlue>(source);
-}
-
-REALobject GrayChannel(REALobject source) {
-  return ChannelByName<&ImageClassData::GrayOffset, &ImageClassData::HasGray>(source);
-}
-
-REALobject CyanChannel(REALobject source) {
-  return ChannelByName<&ImageClassData::CyanOffset, &ImageClassData::HasCyan>(source);
-}
-
-REALobject MagentaChannel(REALobject source) {
-  return ChannelByName<&ImageClassData::MagentaOffset, &ImageClassData::HasMagenta>(source);
-}
-
-REALobject YellowChannel(REALobject source) {
-  return ChannelByName<&ImageClassData::YellowOffset, &ImageClassData::HasYellow>(source);
-}
-
-REALobject BlackChannel(REALobject source) {
-  return ChannelByName<&ImageClassData::BlackOffset, &ImageClassData::HasBlack>(source);
-}
-
 REALobject Channel(REALobject source, int32_t index) {
   const ImageClassData *record = RecordOf(source);
   if (record == nullptr) return nullptr;

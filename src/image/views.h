@@ -13,15 +13,20 @@ namespace zvk::image {
 REALobject NewChannelImageZVK(REALobject source, int32_t offset);
 
 // Handlers: the channel by its name; nil if the image has no such channel.
-REALobject AlphaChannel(REALobject source);
-REALobject RedChannel(REALobject source);
-REALobject GreenChannel(REALobject source);
-REALobject BlueChannel(REALobject source);
-REALobject GrayChannel(REALobject source);
-REALobject CyanChannel(REALobject source);
-REALobject MagentaChannel(REALobject source);
-REALobject YellowChannel(REALobject source);
-REALobject BlackChannel(REALobject source);
+template <int32_t ImageClassData::*kOffset, uint8_t ImageClassData::*kHas>
+REALobject ChannelByName(REALobject source) {
+  const ImageClassData *record = RecordOf(source);
+  return record != nullptr && record->*kHas ? NewChannelImageZVK(source, record->*kOffset) : nullptr;
+}
+constexpr auto AlphaChannel = ChannelByName<&ImageClassData::AlphaOffset, &ImageClassData::HasAlpha>;
+constexpr auto RedChannel = ChannelByName<&ImageClassData::RedOffset, &ImageClassData::HasRed>;
+constexpr auto GreenChannel = ChannelByName<&ImageClassData::GreenOffset, &ImageClassData::HasGreen>;
+constexpr auto BlueChannel = ChannelByName<&ImageClassData::BlueOffset, &ImageClassData::HasBlue>;
+constexpr auto GrayChannel = ChannelByName<&ImageClassData::GrayOffset, &ImageClassData::HasGray>;
+constexpr auto CyanChannel = ChannelByName<&ImageClassData::CyanOffset, &ImageClassData::HasCyan>;
+constexpr auto MagentaChannel = ChannelByName<&ImageClassData::MagentaOffset, &ImageClassData::HasMagenta>;
+constexpr auto YellowChannel = ChannelByName<&ImageClassData::YellowOffset, &ImageClassData::HasYellow>;
+constexpr auto BlackChannel = ChannelByName<&ImageClassData::BlackOffset, &ImageClassData::HasBlack>;
 
 // Handler: the channel by its place in ChannelOffsets, counted from 0. Raises "OutOfBoundsException" and gives nil for
 // an index outside 0 to ChannelCount - 1.
