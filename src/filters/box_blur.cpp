@@ -283,16 +283,15 @@ class BoxBlur {
 // --- handlers ---
 
 REALobject BoxBlurFilter(REALobject instance, REALobject dest, double radius, uint8_t vertical, uint8_t horizontal) {
-  return RunFilter(instance, dest, NewDest::SameSize, [&](ImageClassData &source, ImageClassData &target) {
-    const int32_t wholeRadius = Truncate(radius);
-    // A negative radius has no window at all.
-    if (wholeRadius < 0 || !HasRoom(source, wholeRadius)) return;
-    using enum ColourFamily;
-    VisitLayout<Gray, RGB, CMYK>(source, [&]<class Layout>(Layout) {
-      BoxBlur<Layout> blur(source, target, Window(wholeRadius));
-      if (blur) blur.Run(vertical != 0, horizontal != 0);
-    });
-  });
+  const int32_t wholeRadius = Truncate(radius);
+  using enum ColourFamily;
+  return RunFilterOn<Gray, RGB, CMYK>(instance, dest,
+                                      [&]<class Layout>(Layout, ImageClassData &source, ImageClassData &target) {
+                                        // A negative radius has no window at all.
+                                        if (wholeRadius < 0 || !HasRoom(source, wholeRadius)) return;
+                                        BoxBlur<Layout> blur(source, target, Window(wholeRadius));
+                                        if (blur) blur.Run(vertical != 0, horizontal != 0);
+                                      });
 }
 
 REALobject BoxBlurFilter2(REALobject instance, REALobject dest, double radius, int32_t iterations, uint8_t vertical,

@@ -47,10 +47,11 @@ void Diffuse(ImageClassData &source, ImageClassData &dest, int32_t level) {
 }  // namespace
 
 REALobject DifuseFilter(REALobject instance, REALobject dest, int32_t level) {
-  return RunFilter(instance, dest, NewDest::SameSize, [&](ImageClassData &source, ImageClassData &target) {
-    using enum ColourFamily;
-    VisitLayout<Gray, RGB>(source, [&]<class Layout>(Layout) { Diffuse<Layout>(source, target, level); });
-  });
+  using enum ColourFamily;
+  return RunFilterOn<Gray, RGB>(instance, dest,
+                                [&]<class Layout>(Layout, ImageClassData &source, ImageClassData &target) {
+                                  Diffuse<Layout>(source, target, level);
+                                });
 }
 
 }  // namespace zvk::filters

@@ -86,14 +86,13 @@ void Dither(ImageClassData &source, ImageClassData &dest, const DitherMatrix &ma
 }  // namespace
 
 REALobject DitherFilter(REALobject instance, REALobject dest, int32_t matrix, int32_t levels) {
-  return RunFilter(instance, dest, NewDest::SameSize, [&](ImageClassData &source, ImageClassData &target) {
-    const DitherMatrix *const found = DitherMatrixByNumber(matrix);
-    if (found == nullptr || levels < kLeastLevels || levels > kMostLevels) return;
-    using enum ColourFamily;
-    VisitLayout<Gray, RGB>(source, [&]<class Layout>(Layout) {
-      Dither<Layout>(source, target, *found, DitherLevels(levels, found->size));
-    });
-  });
+  const DitherMatrix *const found = DitherMatrixByNumber(matrix);
+  using enum ColourFamily;
+  return RunFilterOn<Gray, RGB>(instance, dest,
+                                [&]<class Layout>(Layout, ImageClassData &source, ImageClassData &target) {
+                                  if (found == nullptr || levels < kLeastLevels || levels > kMostLevels) return;
+                                  Dither<Layout>(source, target, *found, DitherLevels(levels, found->size));
+                                });
 }
 
 }  // namespace zvk::filters

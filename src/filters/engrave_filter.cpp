@@ -133,10 +133,11 @@ void Engrave(ImageClassData &source, ImageClassData &dest, int32_t level) {
 }  // namespace
 
 REALobject EngraveFilter(REALobject instance, REALobject dest, int32_t level) {
-  return RunFilter(instance, dest, NewDest::SameSize, [&](ImageClassData &source, ImageClassData &target) {
-    using enum ColourFamily;
-    VisitLayout<Gray, RGB>(source, [&]<class Layout>(Layout) { Engrave<Layout>(source, target, level); });
-  });
+  using enum ColourFamily;
+  return RunFilterOn<Gray, RGB>(instance, dest,
+                                [&]<class Layout>(Layout, ImageClassData &source, ImageClassData &target) {
+                                  Engrave<Layout>(source, target, level);
+                                });
 }
 
 }  // namespace zvk::filters

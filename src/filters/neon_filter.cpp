@@ -108,13 +108,12 @@ class NeonContours {
 }  // namespace
 
 REALobject NeonFilter(REALobject instance, REALobject dest) {
-  return RunFilter(instance, dest, NewDest::SameSize, [&](ImageClassData &source, ImageClassData &target) {
-    using enum ColourFamily;
-    VisitLayout<Gray, RGB, CMYK>(source, [&]<class Layout>(Layout) {
-      NeonContours<Layout> contours(source, target);
-      if (contours) contours.Run();
-    });
-  });
+  using enum ColourFamily;
+  return RunFilterOn<Gray, RGB, CMYK>(instance, dest,
+                                      [&]<class Layout>(Layout, ImageClassData &source, ImageClassData &target) {
+                                        NeonContours<Layout> contours(source, target);
+                                        if (contours) contours.Run();
+                                      });
 }
 
 }  // namespace zvk::filters

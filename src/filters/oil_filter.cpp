@@ -213,13 +213,13 @@ void Paint(ImageClassData &source, ImageClassData &dest, int32_t levels, int32_t
 }  // namespace
 
 REALobject OilFilter(REALobject instance, REALobject dest, int32_t levels, int32_t range) {
-  return RunFilter(instance, dest, NewDest::SameSize, [&](ImageClassData &source, ImageClassData &target) {
-    // Without a level there is no bin that a sample could go into.
-    if (levels < 1) return;
-    using enum ColourFamily;
-    VisitLayout<Gray, RGB, CMYK>(
-        source, [&]<class Layout>(Layout) { Paint<Layout>(source, target, std::min(levels, kMostLevels), range); });
-  });
+  using enum ColourFamily;
+  return RunFilterOn<Gray, RGB, CMYK>(instance, dest,
+                                      [&]<class Layout>(Layout, ImageClassData &source, ImageClassData &target) {
+                                        // Without a level there is no bin that a sample could go into.
+                                        if (levels > 0)
+                                          Paint<Layout>(source, target, std::min(levels, kMostLevels), range);
+                                      });
 }
 
 }  // namespace zvk::filters

@@ -107,10 +107,10 @@ REALobject RunTone(REALobject instance, REALobject dest, void (*worker)(ImageCla
 // --- handlers ---
 
 REALobject SolarizeFilter(REALobject instance, REALobject dest) {
-  return RunFilter(instance, dest, NewDest::SameSize, [](ImageClassData &source, ImageClassData &target) {
-    VisitLayout<Gray, RGB, CMYK>(source,
-                                 [&]<class Layout>(Layout) { MapSamples<Layout>(source, target, kSolarizeTable); });
-  });
+  return RunFilterOn<Gray, RGB, CMYK>(instance, dest,
+                                      []<class Layout>(Layout, ImageClassData &source, ImageClassData &target) {
+                                        MapSamples<Layout>(source, target, kSolarizeTable);
+                                      });
 }
 
 REALobject GammaFilterG(REALobject instance, REALobject dest, double gamma) {
@@ -131,10 +131,10 @@ REALobject GammaFilterRGBA(REALobject instance, REALobject dest, double redGamma
 }
 
 REALobject GainFilter(REALobject instance, REALobject dest, double gain, double bias) {
-  return RunFilter(instance, dest, NewDest::SameSize, [&](ImageClassData &source, ImageClassData &target) {
-    VisitLayout<Gray, RGB>(source,
-                           [&]<class Layout>(Layout) { MapSamples<Layout>(source, target, GainTable(gain, bias)); });
-  });
+  return RunFilterOn<Gray, RGB>(instance, dest,
+                                [&]<class Layout>(Layout, ImageClassData &source, ImageClassData &target) {
+                                  MapSamples<Layout>(source, target, GainTable(gain, bias));
+                                });
 }
 
 REALobject TransferFilterG(REALobject instance, REALobject dest, REALarray gray) {

@@ -7,6 +7,7 @@
 
 #include "host/resources.h"
 #include "image/image_record.h"
+#include "pixels/layouts.h"
 
 namespace zvk::pixels {
 
@@ -34,6 +35,16 @@ REALobject RunFilter(REALobject instance, REALobject dest, NewDest newDest, Kern
     if (!kernel(source, target)) return nullptr;
   }
   return result.Release();
+}
+
+// Runs kernel(layout, source, dest) with the source's layout, which is of the first family in kOrder that it says it
+// has, and returns a dest of the source's size with its reference; nil if the filter is refused. A source of another
+// family leaves dest as it is.
+template <ColourFamily... kOrder, class Kernel>
+REALobject RunFilterOn(REALobject instance, REALobject dest, Kernel &&kernel) {
+  return RunFilter(instance, dest, NewDest::SameSize, [&](ImageClassData &source, ImageClassData &target) {
+    VisitLayout<kOrder...>(source, [&](auto layout) { kernel(layout, source, target); });
+  });
 }
 
 }  // namespace zvk::pixels
