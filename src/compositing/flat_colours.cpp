@@ -23,6 +23,16 @@ std::optional<PixelLayout> ColoursOf(const ImageClassData &image) {
   return layout;
 }
 
+// The premultiplied source is added to what the mask leaves of the dest; another one is interpolated.
+void BlendFlat(const BlendJob &job, const PixelLayout &layout, bool premultiplied, const BlendOperand &source,
+               const BlendOperand &mask) {
+  if (premultiplied) {
+    Blend(job, layout, Sum<Scaled::Own>{}, source, mask);
+  } else {
+    Blend(job, layout, Interpolation{}, source, mask);
+  }
+}
+
 }  // namespace
 
 void BlendFlatForeground(ImageClassData &dest, ImageClassData &image, bool premultiplied, const Transfer &transfer,
@@ -34,14 +44,12 @@ void BlendFlatForeground(ImageClassData &dest, ImageClassData &image, bool premu
   const Samples<3> components = ComponentsOf(colour);
   const BlendOperand source = FlatColour(components, *layout);
   const BlendOperand mask = BlendOperand::Coverage(*coverage, *layout);
-  if (premultiplied) {
-    // In a gray destination the weights of gray add up to 256: the gray of a scaled sample and a colour added to it is
-    // that sample and the gray of the colour.
-    Blend(job, *layout, Sum<Scaled::Own>{}, source, mask);
-  } else if (layout->family == ColourFamily::Gray) {
+  if (!premultiplied && layout->family == ColourFamily::Gray) {
     Blend(job, *layout, GrayOfInterpolation{components}, source, mask);
   } else {
-    Blend(job, *layout, Interpolation{}, source, mask);
+    // A premultiplied one in a gray destination: the weights of gray add up to 256, so the gray of a scaled sample and
+    // a colour added to it is that sample and the gray of the colour.
+    BlendFlat(job, *layout, premultiplied, source, mask);
   }
 }
 
@@ -53,11 +61,7 @@ void BlendThroughFlatMask(ImageClassData &dest, ImageClassData &image, bool prem
   const BlendJob job{dest, image, nullptr, false, transfer};
   const BlendOperand source = BlendOperand::Image(*colours, *layout);
   const BlendOperand mask = FlatColour(ComponentsOf(colour), *layout);
-  if (premultiplied) {
-    Blend(job, *layout, Sum<Scaled::Own>{}, source, mask);
-  } else {
-    Blend(job, *layout, Interpolation{}, source, mask);
-  }
+  BlendFlat(job, *layout, premultiplied, source, mask);
 }
 
 }  // namespace zvk::compositing

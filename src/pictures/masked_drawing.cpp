@@ -112,25 +112,31 @@ void MaskedRow::StoreMasked(const ImageClassData &image, const MaskedPixels &row
   }
 }
 
-// Each pixel is worked out whole before any of it is stored, and stored before the next one is looked at, as the image
-// may lie over the very picture.
+// Calls work(dest, source, mask) for each pixel. It must work a pixel out whole before it stores any of it, and it is
+// stored before the next one is looked at, as the image may lie over the very picture.
+template <class Work>
+void ForEachPixel(const MaskedPixels &pixels, ptrdiff_t pixelSize, int32_t count, Work work) {
+  auto [dest, source, mask] = pixels;
+  for (int32_t i = 0; i < count; ++i) {
+    work(dest, source, mask);
+    dest += pixelSize;
+    source += kWordBytes;
+    mask += kWordBytes;
+  }
+}
+
 void MaskedRow::StoreInOrder(const ImageClassData &image, const MaskedPixels &pixels, int32_t count) const {
-  const ptrdiff_t pixelSize = image.PixelSize;
   const ptrdiff_t redOffset = image.RedOffset, greenOffset = image.GreenOffset, blueOffset = image.BlueOffset;
   const ptrdiff_t alphaOffset = image.AlphaOffset;
   const PixelWord word = word_, maskWord = maskWord_;
   const uint8_t flip = Flip(invertMask_);
-  auto [dest, source, mask] = pixels;
-  for (int32_t i = 0; i < count; ++i) {
+  ForEachPixel(pixels, image.PixelSize, count, [=](uint8_t *dest, const uint8_t *source, const uint8_t *mask) {
     const uint8_t red = source[word.red], green = source[word.green], blue = source[word.blue];
     dest[alphaOffset] = mask[maskWord.red] ^ flip;
     dest[redOffset] = red;
     dest[greenOffset] = green;
     dest[blueOffset] = blue;
-    dest += pixelSize;
-    source += kWordBytes;
-    mask += kWordBytes;
-  }
+  });
 }
 
 // The moves of a picture's colours into tiles, whose pixels are as large as the image's and begin with the colour that
@@ -180,24 +186,18 @@ void MaskedRow::Blend(const ImageClassData &image, const MaskedPixels &row, int3
   }
 }
 
-// Pixel after pixel, for the same reason.
 void MaskedRow::BlendInOrder(const ImageClassData &image, const MaskedPixels &pixels, int32_t count) const {
-  const ptrdiff_t pixelSize = image.PixelSize;
   const ptrdiff_t redOffset = image.RedOffset, greenOffset = image.GreenOffset, blueOffset = image.BlueOffset;
   const PixelWord word = word_, maskWord = maskWord_;
   const uint8_t flip = Flip(!invertMask_);
-  auto [dest, source, mask] = pixels;
-  for (int32_t i = 0; i < count; ++i) {
+  ForEachPixel(pixels, image.PixelSize, count, [=](uint8_t *dest, const uint8_t *source, const uint8_t *mask) {
     const uint8_t red = BlendSample(dest[redOffset], source[word.red], mask[maskWord.red] ^ flip);
     const uint8_t green = BlendSample(dest[greenOffset], source[word.green], mask[maskWord.green] ^ flip);
     const uint8_t blue = BlendSample(dest[blueOffset], source[word.blue], mask[maskWord.blue] ^ flip);
     dest[redOffset] = red;
     dest[greenOffset] = green;
     dest[blueOffset] = blue;
-    dest += pixelSize;
-    source += kWordBytes;
-    mask += kWordBytes;
-  }
+  });
 }
 
 // --- all rows ---
@@ -275,21 +275,6 @@ void rbDrawMaskedPictureRGB8(REALobject instance, REALobject picture, int32_t de
   DrawFitted(*image, picture, mask, transfer, invertMask != 0, DrawMasked);
 }
 
-void rbDrawMaskedPictureRGB2(REALobject instance, REALobject picture, uint8_t invertMask) {
-  rbDrawMaskedPictureRGB4(instance, picture, 0, 0, invertMask);
-}
-
-void rbDrawMaskedPictureRGB4(REALobject instance, REALobject picture, int32_t destX, int32_t destY,
-                             uint8_t invertMask) {
-  const auto [width, height] = SizeOf(picture);
-  rbDrawMaskedPictureRGB6(instance, picture, destX, destY, width, height, invertMask);
-}
-
-void rbDrawMaskedPictureRGB6(REALobject instance, REALobject picture, int32_t destX, int32_t destY, int32_t destWidth,
-                             int32_t destHeight, uint8_t invertMask) {
-  rbDrawMaskedPictureRGB8(instance, picture, destX, destY, destWidth, destHeight, 0, 0, invertMask);
-}
-
 void rbDrawPictureApplyMaskRGB8(REALobject instance, REALobject picture, int32_t destX, int32_t destY,
                                 int32_t destWidth, int32_t destHeight, int32_t sourceX, int32_t sourceY,
                                 uint8_t invertMask) {
@@ -303,21 +288,6 @@ void rbDrawPictureApplyMaskRGB8(REALobject instance, REALobject picture, int32_t
   }
   const Transfer transfer{destX, destY, destWidth, destHeight, sourceX, sourceY};
   DrawFitted(*image, picture, mask, transfer, invertMask != 0, BlendMasked);
-}
-
-void rbDrawPictureApplyMaskRGB2(REALobject instance, REALobject picture, uint8_t invertMask) {
-  rbDrawPictureApplyMaskRGB4(instance, picture, 0, 0, invertMask);
-}
-
-void rbDrawPictureApplyMaskRGB4(REALobject instance, REALobject picture, int32_t destX, int32_t destY,
-                                uint8_t invertMask) {
-  const auto [width, height] = SizeOf(picture);
-  rbDrawPictureApplyMaskRGB6(instance, picture, destX, destY, width, height, invertMask);
-}
-
-void rbDrawPictureApplyMaskRGB6(REALobject instance, REALobject picture, int32_t destX, int32_t destY,
-                                int32_t destWidth, int32_t destHeight, uint8_t invertMask) {
-  rbDrawPictureApplyMaskRGB8(instance, picture, destX, destY, destWidth, destHeight, 0, 0, invertMask);
 }
 
 }  // namespace zvk::pictures

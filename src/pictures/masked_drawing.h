@@ -6,6 +6,7 @@
 
 #include "image/rectangle.h"
 #include "pictures/picture_editor.h"
+#include "pictures/shorter_forms.h"
 #include "pixels/pixel_watch.h"
 
 namespace zvk::pictures {
@@ -17,24 +18,21 @@ namespace zvk::pictures {
 // Handlers that store the picture's colours, and as alpha the mask's red: white is 255, black 0. A picture without mask
 // counts as one with a white mask. `invertMask` exchanges the two. The alpha goes to the image's alpha offset, also in
 // an image without alpha: to the first byte of a pixel, where a colour may replace it.
-void rbDrawMaskedPictureRGB2(REALobject instance, REALobject picture, uint8_t invertMask);
-void rbDrawMaskedPictureRGB4(REALobject instance, REALobject picture, int32_t destX, int32_t destY, uint8_t invertMask);
-void rbDrawMaskedPictureRGB6(REALobject instance, REALobject picture, int32_t destX, int32_t destY, int32_t destWidth,
-                             int32_t destHeight, uint8_t invertMask);
 void rbDrawMaskedPictureRGB8(REALobject instance, REALobject picture, int32_t destX, int32_t destY, int32_t destWidth,
                              int32_t destHeight, int32_t sourceX, int32_t sourceY, uint8_t invertMask);
+constexpr auto rbDrawMaskedPictureRGB2 = ShorterForms<rbDrawMaskedPictureRGB8>::Draw2;
+constexpr auto rbDrawMaskedPictureRGB4 = ShorterForms<rbDrawMaskedPictureRGB8>::Draw4;
+constexpr auto rbDrawMaskedPictureRGB6 = ShorterForms<rbDrawMaskedPictureRGB8>::Draw6;
 
 // Handlers that blend each colour of the picture over the image's by the mask's own sample of that colour: 255 keeps
 // the image, 0 gives the picture, the other way round with `invertMask`. Alpha is not touched. A picture without mask
 // is drawn plain, whatever `invertMask` says.
-void rbDrawPictureApplyMaskRGB2(REALobject instance, REALobject picture, uint8_t invertMask);
-void rbDrawPictureApplyMaskRGB4(REALobject instance, REALobject picture, int32_t destX, int32_t destY,
-                                uint8_t invertMask);
-void rbDrawPictureApplyMaskRGB6(REALobject instance, REALobject picture, int32_t destX, int32_t destY,
-                                int32_t destWidth, int32_t destHeight, uint8_t invertMask);
 void rbDrawPictureApplyMaskRGB8(REALobject instance, REALobject picture, int32_t destX, int32_t destY,
                                 int32_t destWidth, int32_t destHeight, int32_t sourceX, int32_t sourceY,
                                 uint8_t invertMask);
+constexpr auto rbDrawPictureApplyMaskRGB2 = ShorterForms<rbDrawPictureApplyMaskRGB8>::Draw2;
+constexpr auto rbDrawPictureApplyMaskRGB4 = ShorterForms<rbDrawPictureApplyMaskRGB8>::Draw4;
+constexpr auto rbDrawPictureApplyMaskRGB6 = ShorterForms<rbDrawPictureApplyMaskRGB8>::Draw6;
 
 // Draw a fitted transfer, with the cursors on the pictures' first rows of it. They yield before the first row and after
 // each, and draw nothing from an unknown layout. A nil mask is a white one; to blend there must be a mask.

@@ -212,16 +212,4 @@ void rbDrawPictureRGB8(REALobject instance, REALobject picture, int32_t destX, i
   if (attached) YieldOn(*image);  // once the picture is released
 }
 
-void rbDrawPictureRGB2(REALobject instance, REALobject picture) { rbDrawPictureRGB4(instance, picture, 0, 0); }
-
-void rbDrawPictureRGB4(REALobject instance, REALobject picture, int32_t destX, int32_t destY) {
-  const auto [width, height] = SizeOf(picture);
-  rbDrawPictureRGB6(instance, picture, destX, destY, width, height);
-}
-
-void rbDrawPictureRGB6(REALobject instance, REALobject picture, int32_t destX, int32_t destY, int32_t destWidth,
-                       int32_t destHeight) {
-  rbDrawPictureRGB8(instance, picture, destX, destY, destWidth, destHeight, 0, 0);
-}
-
 }  // namespace zvk::pictures

@@ -6,6 +6,7 @@
 #include "image/image_record.h"
 #include "image/rectangle.h"
 #include "pictures/picture_editor.h"
+#include "pictures/shorter_forms.h"
 #include "pixels/pixel_watch.h"
 
 namespace zvk::pictures {
@@ -19,12 +20,11 @@ void ImageConstructorPicture(REALobject instance, REALobject picture, uint8_t us
 // and a size only limits the area. What hangs over the image or the picture is cut. Nothing happens for an image that
 // is not usable or lacks one of the three channels, or for a picture (nil, too) that cannot be read. Without a size the
 // picture's own is taken, without positions 0.
-void rbDrawPictureRGB2(REALobject instance, REALobject picture);
-void rbDrawPictureRGB4(REALobject instance, REALobject picture, int32_t destX, int32_t destY);
-void rbDrawPictureRGB6(REALobject instance, REALobject picture, int32_t destX, int32_t destY, int32_t destWidth,
-                       int32_t destHeight);
 void rbDrawPictureRGB8(REALobject instance, REALobject picture, int32_t destX, int32_t destY, int32_t destWidth,
                        int32_t destHeight, int32_t sourceX, int32_t sourceY);
+constexpr auto rbDrawPictureRGB2 = ShorterForms<rbDrawPictureRGB8>::Draw2;
+constexpr auto rbDrawPictureRGB4 = ShorterForms<rbDrawPictureRGB8>::Draw4;
+constexpr auto rbDrawPictureRGB6 = ShorterForms<rbDrawPictureRGB8>::Draw6;
 
 // Which sample of a picture goes to the gray channel.
 enum class PictureColour { Red, Green, Blue };
@@ -39,17 +39,12 @@ void DrawToGrayChannel8(REALobject instance, REALobject picture, int32_t destX, 
                         int32_t destHeight, int32_t sourceX, int32_t sourceY) {
   DrawToGrayChannel(instance, picture, {destX, destY, destWidth, destHeight, sourceX, sourceY}, kColour);
 }
-template <PictureColour kColour>
-void DrawToGrayChannel6(REALobject instance, REALobject picture, int32_t destX, int32_t destY, int32_t destWidth,
-                        int32_t destHeight) {
-  DrawToGrayChannel(instance, picture, {destX, destY, destWidth, destHeight, 0, 0}, kColour);
-}
-constexpr auto rbDrawPictureRedToGrayChannel6 = DrawToGrayChannel6<PictureColour::Red>;
 constexpr auto rbDrawPictureRedToGrayChannel8 = DrawToGrayChannel8<PictureColour::Red>;
-constexpr auto rbDrawPictureGreenToGrayChannel6 = DrawToGrayChannel6<PictureColour::Green>;
+constexpr auto rbDrawPictureRedToGrayChannel6 = ShorterForms<rbDrawPictureRedToGrayChannel8>::Draw6;
 constexpr auto rbDrawPictureGreenToGrayChannel8 = DrawToGrayChannel8<PictureColour::Green>;
-constexpr auto rbDrawPictureBlueToGrayChannel6 = DrawToGrayChannel6<PictureColour::Blue>;
+constexpr auto rbDrawPictureGreenToGrayChannel6 = ShorterForms<rbDrawPictureGreenToGrayChannel8>::Draw6;
 constexpr auto rbDrawPictureBlueToGrayChannel8 = DrawToGrayChannel8<PictureColour::Blue>;
+constexpr auto rbDrawPictureBlueToGrayChannel6 = ShorterForms<rbDrawPictureBlueToGrayChannel8>::Draw6;
 
 // Fits a caller's transfer to the image and the attached picture; empty if nothing is to be drawn.
 Transfer FitToPicture(const Transfer &transfer, const ImageClassData &image, const PictureEditor &picture);

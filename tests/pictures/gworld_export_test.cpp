@@ -11,6 +11,7 @@
 
 #include "host/host_services.h"
 #include "image/image_formats.h"
+#include "image/views.h"
 #include "tests/pictures/picture_testing.h"
 
 namespace zvk::pictures {

@@ -8,6 +8,7 @@
 
 #include "host/host_services.h"
 #include "image/image_formats.h"
+#include "image/views.h"
 #include "pictures/masked_drawing.h"
 #include "pictures/picture_import.h"
 #include "tests/pictures/picture_testing.h"

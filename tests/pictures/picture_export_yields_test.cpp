@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "image/image_formats.h"
+#include "image/views.h"
 #include "pictures/picture_export.h"
 #include "tests/pictures/picture_export_testing.h"
 
