@@ -8,7 +8,7 @@
 #include <type_traits>
 
 #include "image/rows.h"
-#include "pixels/kernel_clones.h"
+#include "pixels/loop_steps.h"
 #include "pixels/row_walker.h"
 
 namespace zvk::compositing {

@@ -1,30 +1,35 @@
 #include "compositing/blend_kernels.h"
 
-#include "pixels/kernel_clones.h"
+#include "pixels/dispatch.h"
 
 namespace zvk::compositing {
 
 namespace {
 
-ZVK_KERNEL_CLONES void InterpolateBytes(uint8_t *__restrict dest, const uint8_t *__restrict source,
-                                        const uint8_t *__restrict mask, ptrdiff_t count) {
+[[gnu::always_inline]] inline void InterpolateBytesBody(uint8_t *__restrict dest, const uint8_t *__restrict source,
+                                                        const uint8_t *__restrict mask, ptrdiff_t count) {
   for (ptrdiff_t i = 0; i < count; ++i) dest[i] = Interpolate(dest[i], source[i], mask[i]);
 }
+constexpr auto InterpolateBytes = KernelOf<InterpolateBytesBody>;
 
-ZVK_KERNEL_CLONES void ScaleAndAddBytes(uint8_t *__restrict dest, const uint8_t *__restrict source,
-                                        const uint8_t *__restrict mask, ptrdiff_t count) {
+[[gnu::always_inline]] inline void ScaleAndAddBytesBody(uint8_t *__restrict dest, const uint8_t *__restrict source,
+                                                        const uint8_t *__restrict mask, ptrdiff_t count) {
   for (ptrdiff_t i = 0; i < count; ++i) dest[i] = ScaleAndAdd(dest[i], source[i], mask[i]);
 }
+constexpr auto ScaleAndAddBytes = KernelOf<ScaleAndAddBytesBody>;
 
-ZVK_KERNEL_CLONES void AddBytes(uint8_t *__restrict dest, const uint8_t *__restrict source,
-                                const uint8_t *__restrict mask, ptrdiff_t count) {
+[[gnu::always_inline]] inline void AddBytesBody(uint8_t *__restrict dest, const uint8_t *__restrict source,
+                                                const uint8_t *__restrict mask, ptrdiff_t count) {
   for (ptrdiff_t i = 0; i < count; ++i) dest[i] = static_cast<uint8_t>(mask[i] + source[i]);
 }
+constexpr auto AddBytes = KernelOf<AddBytesBody>;
 
-ZVK_KERNEL_CLONES void GrayOfInterpolationBytes(uint8_t *__restrict dest, const uint8_t *__restrict mask,
-                                                Samples<3> colour, ptrdiff_t count) {
+[[gnu::always_inline]] inline void GrayOfInterpolationBytesBody(uint8_t *__restrict dest,
+                                                                const uint8_t *__restrict mask, Samples<3> colour,
+                                                                ptrdiff_t count) {
   for (ptrdiff_t i = 0; i < count; ++i) dest[i] = GrayOfInterpolation::Gray(dest[i], colour, mask[i]);
 }
+constexpr auto GrayOfInterpolationBytes = KernelOf<GrayOfInterpolationBytesBody>;
 
 }  // namespace
 

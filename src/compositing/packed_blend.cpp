@@ -1,6 +1,6 @@
 #include "compositing/packed_blend.h"
 
-#include "pixels/kernel_clones.h"
+#include "pixels/dispatch.h"
 #include "pixels/overlap.h"
 
 namespace zvk::compositing {
@@ -49,12 +49,14 @@ SampleMover WorkingPixel::Write() const {
 
 namespace {
 
-ZVK_KERNEL_CLONES void TakeMeans(const uint8_t *__restrict red, const uint8_t *__restrict green,
-                                 const uint8_t *__restrict blue, uint8_t *__restrict mean, int32_t count) {
+[[gnu::always_inline]] inline void TakeMeansBody(const uint8_t *__restrict red, const uint8_t *__restrict green,
+                                                 const uint8_t *__restrict blue, uint8_t *__restrict mean,
+                                                 int32_t count) {
   for (int32_t i = 0; i < count; ++i) {
     mean[i] = static_cast<uint8_t>(static_cast<uint16_t>(red[i] + green[i] + blue[i]) / 3);
   }
 }
+constexpr auto TakeMeans = KernelOf<TakeMeansBody>;
 
 SampleMover ReaderOfOne(int32_t pixelSize, int32_t offset) { return {pixelSize, 1, std::array{SampleMove{offset, 0}}}; }
 

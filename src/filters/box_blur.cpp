@@ -8,9 +8,10 @@
 #include "host/resources.h"
 #include "host/truncate.h"
 #include "image/rows.h"
+#include "pixels/dispatch.h"
 #include "pixels/filter_frame.h"
-#include "pixels/kernel_clones.h"
 #include "pixels/layouts.h"
+#include "pixels/loop_steps.h"
 #include "pixels/neighbourhood.h"
 #include "pixels/overlap.h"
 #include "pixels/row_walker.h"
@@ -52,21 +53,24 @@ bool HasRoom(const ImageClassData &source, int32_t radius) {
 // --- kernels over samples side by side ---
 
 // Adds `times` times the samples.
-ZVK_KERNEL_CLONES void AddSamples(const uint8_t *__restrict samples, uint32_t times, ptrdiff_t count,
-                                  uint32_t *__restrict sums) {
+[[gnu::always_inline]] inline void AddSamplesBody(const uint8_t *__restrict samples, uint32_t times, ptrdiff_t count,
+                                                  uint32_t *__restrict sums) {
   for (ptrdiff_t i = 0; i < count; ++i) sums[i] += samples[i] * times;
 }
+constexpr auto AddSamples = KernelOf<AddSamplesBody>;
 
-ZVK_KERNEL_CLONES void ReplaceSamples(const uint8_t *__restrict leaving, const uint8_t *__restrict entering,
-                                      ptrdiff_t count, uint32_t *__restrict sums) {
+[[gnu::always_inline]] inline void ReplaceSamplesBody(const uint8_t *__restrict leaving,
+                                                      const uint8_t *__restrict entering, ptrdiff_t count,
+                                                      uint32_t *__restrict sums) {
   for (ptrdiff_t i = 0; i < count; ++i) sums[i] += static_cast<uint32_t>(entering[i] - leaving[i]);
 }
+constexpr auto ReplaceSamples = KernelOf<ReplaceSamplesBody>;
 
 // Window::Mean of each sum, without a division: half a unit lifts the quotient away from the whole number below it by
 // more than the arithmetic errs, which in single precision holds for divisors below kSingleDivisors.
 template <class Real>
-ZVK_KERNEL_CLONES void DivideSums(const uint32_t *__restrict sums, ptrdiff_t count, Window window,
-                                  uint8_t *__restrict means) {
+[[gnu::always_inline]] inline void DivideSumsBody(const uint32_t *__restrict sums, ptrdiff_t count, Window window,
+                                                  uint8_t *__restrict means) {
   const uint32_t end = window.SumEnd();
   const Real factor = Real{1} / static_cast<Real>(window.divisor);
   for (ptrdiff_t i = 0; i < count; ++i) {
@@ -75,6 +79,8 @@ ZVK_KERNEL_CLONES void DivideSums(const uint32_t *__restrict sums, ptrdiff_t cou
     means[i] = static_cast<uint8_t>(static_cast<int32_t>((static_cast<Real>(sum) + Real{0.5}) * factor));
   }
 }
+template <class Real>
+constexpr auto DivideSums = KernelOf<DivideSumsBody<Real>>;
 
 constexpr int32_t kSingleDivisors = 16384;
 
@@ -105,8 +111,8 @@ template <size_t kChannels, class Sample>
 // sums[x] becomes the sum of the window around column x, for each channel. Two steps: how each sum differs from the
 // one before, many at once, then their running sum.
 template <size_t kChannels>
-ZVK_KERNEL_CLONES void SumWindows(const uint8_t *__restrict samples, int32_t width, int32_t radius,
-                                  uint32_t *__restrict sums) {
+[[gnu::always_inline]] inline void SumWindowsBody(const uint8_t *__restrict samples, int32_t width, int32_t radius,
+                                                  uint32_t *__restrict sums) {
   constexpr auto kStep = static_cast<ptrdiff_t>(kChannels);
   const int32_t last = width - 1;
   // Column x takes leave of x - radius and meets x + radius + 1; in between neither lies beyond an edge.
@@ -136,6 +142,8 @@ ZVK_KERNEL_CLONES void SumWindows(const uint8_t *__restrict samples, int32_t wid
     sums += kStep;
   }
 }
+template <size_t kChannels>
+constexpr auto SumWindows = KernelOf<SumWindowsBody<kChannels>>;
 
 // --- the passes ---
 

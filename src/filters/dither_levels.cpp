@@ -4,7 +4,7 @@
 #include <bit>
 #include <cstring>
 
-#include "pixels/kernel_clones.h"
+#include "pixels/dispatch.h"
 
 namespace zvk::filters {
 
@@ -33,12 +33,8 @@ DitherLevels::Steps DitherLevels::StepsFor(int32_t levels, int32_t matrixSize) {
           static_cast<uint16_t>(roundUp ? 0 : 1), static_cast<uint16_t>(reciprocal), static_cast<uint16_t>(shift)};
 }
 
-void DitherLevels::DitherBytes(const uint8_t *source, const uint8_t *thresholds, uint8_t *dest, int32_t count) const {
-  RunSteps(steps_, source, thresholds, dest, count);
-}
-
-ZVK_KERNEL_CLONES void DitherLevels::RunSteps(Steps steps, const uint8_t *source, const uint8_t *thresholds,
-                                              uint8_t *dest, int32_t count) {
+[[gnu::always_inline]] inline void DitherLevels::RunSteps(Steps steps, const uint8_t *source, const uint8_t *thresholds,
+                                                          uint8_t *dest, int32_t count) {
   constexpr int32_t kBlock = 256;
   // By way of arrays of its own, so that source and dest may be the same.
   uint8_t samples[kBlock] = {};
@@ -61,6 +57,11 @@ ZVK_KERNEL_CLONES void DitherLevels::RunSteps(Steps steps, const uint8_t *source
     dest += inBlock;
     count -= inBlock;
   }
+}
+
+void DitherLevels::DitherBytes(const uint8_t *source, const uint8_t *thresholds, uint8_t *dest, int32_t count) const {
+  static constexpr auto kRun = KernelOf<RunSteps>;
+  kRun(steps_, source, thresholds, dest, count);
 }
 
 }  // namespace zvk::filters

@@ -5,8 +5,8 @@
 #include <cstddef>
 
 #include "host/resources.h"
+#include "pixels/dispatch.h"
 #include "pixels/filter_frame.h"
-#include "pixels/kernel_clones.h"
 #include "pixels/layouts.h"
 #include "pixels/neighbourhood.h"
 #include "pixels/overlap.h"
@@ -48,13 +48,14 @@ void EngraveByPixel(ImageClassData &source, ImageClassData &dest, int32_t level)
 
 // --- images that share nothing: whole rows ---
 
-ZVK_KERNEL_CLONES void ReliefOfRow(const uint8_t *__restrict samples, const uint8_t *__restrict others, ptrdiff_t count,
-                                   uint8_t *__restrict relief) {
+[[gnu::always_inline]] inline void ReliefOfRowBody(const uint8_t *__restrict samples, const uint8_t *__restrict others,
+                                                   ptrdiff_t count, uint8_t *__restrict relief) {
   for (ptrdiff_t i = 0; i < count; ++i) {
     const auto difference = static_cast<int16_t>(samples[i] - others[i] + 128);
     relief[i] = static_cast<uint8_t>(std::clamp<int16_t>(difference, 0, 255));
   }
 }
+constexpr auto ReliefOfRow = KernelOf<ReliefOfRowBody>;
 
 template <class Layout>
 class RowEngraver {

@@ -6,8 +6,8 @@
 #include <utility>
 
 #include "host/resources.h"
+#include "pixels/dispatch.h"
 #include "pixels/filter_frame.h"
-#include "pixels/kernel_clones.h"
 #include "pixels/layouts.h"
 #include "pixels/neighbourhood.h"
 #include "pixels/overlap.h"
@@ -29,14 +29,15 @@ struct Taps {
 };
 
 // blurred[i] = (outer x (a[i] + b[i]) + middle[i]) x norm, truncated. Blurred must be other bytes than the rest.
-ZVK_KERNEL_CLONES void Blend(const uint8_t *a, const uint8_t *b, const uint8_t *middle, ptrdiff_t count, Taps taps,
-                             uint8_t *__restrict blurred) {
+[[gnu::always_inline]] inline void BlendBody(const uint8_t *a, const uint8_t *b, const uint8_t *middle, ptrdiff_t count,
+                                             Taps taps, uint8_t *__restrict blurred) {
   for (ptrdiff_t i = 0; i < count; ++i) {
     const int32_t neighbours = a[i] + b[i];
     const double value = (neighbours * taps.outer + middle[i]) * taps.norm;
     blurred[i] = static_cast<uint8_t>(static_cast<int32_t>(value));
   }
 }
+constexpr auto Blend = KernelOf<BlendBody>;
 
 template <class Layout>
 class FractionalBlur {

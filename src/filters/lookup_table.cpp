@@ -8,11 +8,20 @@ namespace zvk::filters {
 
 namespace {
 
-bool HasByteTables() { return __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vbmi"); }
+void MapBytesPlain(const ToneTable &table, const uint8_t *source, uint8_t *dest, ptrdiff_t count) {
+  constexpr ptrdiff_t kAtOnce = 8;
+  ptrdiff_t i = 0;
+  for (; count - i >= kAtOnce; i += kAtOnce) {
+    std::array<uint8_t, kAtOnce> samples = {};
+    for (ptrdiff_t k = 0; k < kAtOnce; ++k) samples[k] = table[source[i + k]];
+    for (ptrdiff_t k = 0; k < kAtOnce; ++k) dest[i + k] = samples[k];
+  }
+  for (; i < count; ++i) dest[i] = table[source[i]];
+}
 
 // The whole table lies in four registers, and 64 bytes at once look themselves up in it.
-[[gnu::target("avx512f,avx512bw,avx512vbmi")]] void MapBytesInRegisters(const ToneTable &table, const uint8_t *source,
-                                                                        uint8_t *dest, ptrdiff_t count) {
+[[gnu::target("avx512f,avx512bw,avx512vbmi")]] void LookUpInRegisters(const ToneTable &table, const uint8_t *source,
+                                                                      uint8_t *dest, ptrdiff_t count) {
   constexpr ptrdiff_t kBytes = 64;
   const __m512i first = _mm512_loadu_si512(table.data());
   const __m512i second = _mm512_loadu_si512(table.data() + kBytes);
@@ -30,25 +39,16 @@ bool HasByteTables() { return __builtin_cpu_supports("avx512bw") && __builtin_cp
   }
 }
 
-}  // namespace
-
-void MapBytes(const ToneTable &table, const uint8_t *source, uint8_t *dest, ptrdiff_t count) {
-  if (HasByteTables()) {
-    MapBytesInRegisters(table, source, dest, count);
+void MapBytesInRegisters(const ToneTable &table, const uint8_t *source, uint8_t *dest, ptrdiff_t count) {
+  if (__builtin_cpu_supports("avx512vbmi")) {
+    LookUpInRegisters(table, source, dest, count);
   } else {
     MapBytesPlain(table, source, dest, count);
   }
 }
 
-void MapBytesPlain(const ToneTable &table, const uint8_t *source, uint8_t *dest, ptrdiff_t count) {
-  constexpr ptrdiff_t kAtOnce = 8;
-  ptrdiff_t i = 0;
-  for (; count - i >= kAtOnce; i += kAtOnce) {
-    std::array<uint8_t, kAtOnce> samples = {};
-    for (ptrdiff_t k = 0; k < kAtOnce; ++k) samples[k] = table[source[i + k]];
-    for (ptrdiff_t k = 0; k < kAtOnce; ++k) dest[i + k] = samples[k];
-  }
-  for (; i < count; ++i) dest[i] = table[source[i]];
-}
+}  // namespace
+
+constexpr Kernel<MapFunction> MapBytes({MapBytesPlain, MapBytesPlain, MapBytesPlain, MapBytesInRegisters});
 
 }  // namespace zvk::filters

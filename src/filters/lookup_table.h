@@ -9,14 +9,14 @@
 #include "filters/tone_tables.h"
 #include "image/image_record.h"
 #include "pixels/channel_rows.h"
+#include "pixels/dispatch.h"
 #include "pixels/row_walker.h"
 
 namespace zvk::filters {
 
 // Sends `count` bytes through the table. Both may be the same bytes; else they may not overlap.
-void MapBytes(const ToneTable &table, const uint8_t *source, uint8_t *dest, ptrdiff_t count);
-// The same without the instructions that only newer machines have.
-void MapBytesPlain(const ToneTable &table, const uint8_t *source, uint8_t *dest, ptrdiff_t count);
+using MapFunction = void(const ToneTable &table, const uint8_t *source, uint8_t *dest, ptrdiff_t count);
+extern const Kernel<MapFunction> MapBytes;
 
 // Sends the samples of `width` pixels through the table of their channel, each written before the next one is read.
 template <size_t kChannels>

@@ -5,7 +5,8 @@
 #include <cstddef>
 #include <cstdlib>
 
-#include "pixels/kernel_clones.h"
+#include "pixels/dispatch.h"
+#include "pixels/loop_steps.h"
 
 namespace zvk::filters {
 
@@ -45,8 +46,8 @@ template <class Sum, Scaling kScaling>
 }
 
 template <class Sum, Scaling kScaling>
-ZVK_KERNEL_CLONES void SumLines(const WeightedLine *lines, size_t lineCount, Sum start, const MatrixResult &result,
-                                int64_t count, uint8_t *bytes) {
+[[gnu::always_inline]] inline void SumScaledLinesBody(const WeightedLine *lines, size_t lineCount, Sum start,
+                                                      const MatrixResult &result, int64_t count, uint8_t *bytes) {
   constexpr auto kBlock = static_cast<int32_t>(kBlockBytes / sizeof(Sum));
   if (count < kBlock) {
     SumBlock<Sum, kScaling>(lines, lineCount, start, result, 0, static_cast<int32_t>(count), bytes);
@@ -58,17 +59,19 @@ ZVK_KERNEL_CLONES void SumLines(const WeightedLine *lines, size_t lineCount, Sum
     SumBlock<Sum, kScaling>(lines, lineCount, start, result, first, kBlock, bytes + first);
   }
 }
+template <class Sum, Scaling kScaling>
+constexpr auto SumScaledLines = KernelOf<SumScaledLinesBody<Sum, kScaling>>;
 
 template <class Sum>
 void SumLines(Scaling scaling, std::span<const WeightedLine> lines, Sum start, const MatrixResult &result,
               int64_t count, uint8_t *bytes) {
   switch (scaling) {
     case Scaling::None:
-      return SumLines<Sum, Scaling::None>(lines.data(), lines.size(), start, result, count, bytes);
+      return SumScaledLines<Sum, Scaling::None>(lines.data(), lines.size(), start, result, count, bytes);
     case Scaling::Bounded:
-      return SumLines<Sum, Scaling::Bounded>(lines.data(), lines.size(), start, result, count, bytes);
+      return SumScaledLines<Sum, Scaling::Bounded>(lines.data(), lines.size(), start, result, count, bytes);
     case Scaling::Any:
-      return SumLines<Sum, Scaling::Any>(lines.data(), lines.size(), start, result, count, bytes);
+      return SumScaledLines<Sum, Scaling::Any>(lines.data(), lines.size(), start, result, count, bytes);
   }
 }
 

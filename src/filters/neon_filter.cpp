@@ -7,8 +7,8 @@
 #include <utility>
 
 #include "host/resources.h"
+#include "pixels/dispatch.h"
 #include "pixels/filter_frame.h"
-#include "pixels/kernel_clones.h"
 #include "pixels/layouts.h"
 #include "pixels/neighbourhood.h"
 #include "pixels/row_walker.h"
@@ -25,12 +25,13 @@ namespace {
 }
 
 // `step` samples further on is the next pixel.
-ZVK_KERNEL_CLONES void Contours(const uint8_t *__restrict samples, const uint8_t *__restrict below, ptrdiff_t count,
-                                ptrdiff_t step, uint8_t *__restrict contours) {
+[[gnu::always_inline]] inline void ContoursBody(const uint8_t *__restrict samples, const uint8_t *__restrict below,
+                                                ptrdiff_t count, ptrdiff_t step, uint8_t *__restrict contours) {
   for (ptrdiff_t i = 0; i < count; ++i) {
     contours[i] = static_cast<uint8_t>(std::min(Contour(samples[i], samples[i + step], below[i]), 255));
   }
 }
+constexpr auto Contours = KernelOf<ContoursBody>;
 
 template <class Layout>
 class NeonContours {

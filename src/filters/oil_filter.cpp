@@ -5,8 +5,8 @@
 #include <cstddef>
 
 #include "host/resources.h"
+#include "pixels/dispatch.h"
 #include "pixels/filter_frame.h"
-#include "pixels/kernel_clones.h"
 #include "pixels/layouts.h"
 #include "pixels/neighbourhood.h"
 #include "pixels/overlap.h"
@@ -159,7 +159,7 @@ template <class Key>
 }
 
 template <class Key, size_t kChannels>
-ZVK_KERNEL_CLONES void PaintRow(const OilRow<kChannels> &job, uint8_t *dest) {
+[[gnu::always_inline]] inline void PaintRowBody(const OilRow<kChannels> &job, uint8_t *dest) {
   const OilRow<kChannels> row = job;  // a copy, as the compiler must take every byte that is written for a change of it
   const size_t blocks = (static_cast<size_t>(row.levels) + kKeyBlock - 1) / kKeyBlock;
   std::array<SlidingBins<Key>, kChannels> bins;
@@ -171,6 +171,8 @@ ZVK_KERNEL_CLONES void PaintRow(const OilRow<kChannels> &job, uint8_t *dest) {
     dest += row.destPixelSize;
   }
 }
+template <class Key, size_t kChannels>
+constexpr auto PaintRow = KernelOf<PaintRowBody<Key, kChannels>>;
 
 // False, with nothing written, if there is no memory or a row cannot be had.
 template <class Layout>
@@ -194,9 +196,9 @@ bool PaintByRow(ImageClassData &source, ImageClassData &dest, int32_t levels, in
                                            Layout::OffsetsOf(dest)};
     const int64_t columns = std::min(2 * int64_t{range} + 1, int64_t{source.Width});
     if (row.rowCount * columns <= kMostSamplesOfNarrowKeys) {
-      PaintRow<uint32_t>(row, destRow);
+      PaintRow<uint32_t, Layout::channelCount>(row, destRow);
     } else {
-      PaintRow<uint64_t>(row, destRow);
+      PaintRow<uint64_t, Layout::channelCount>(row, destRow);
     }
   });
   return true;

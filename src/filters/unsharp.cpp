@@ -7,8 +7,8 @@
 
 #include "host/truncate.h"
 #include "image/image_record.h"
-#include "pixels/kernel_clones.h"
 #include "pixels/layouts.h"
+#include "pixels/loop_steps.h"
 #include "pixels/overlap.h"
 #include "pixels/pixel_watch.h"
 #include "pixels/row_walker.h"

@@ -134,9 +134,9 @@ class ColumnStrips {
       if (sourceRow != nullptr) {
         intoRun_(sourceRow + ptrdiff_t{firstColumn_} * source_.PixelSize, read_.data(), columns_);
         if (hasFractions_) {
-          ShearAcross(read_.data(), SampleCount(), fractions_.data(), shares_.data(), made_.data());
+          ShearAcrossByFractions(read_.data(), SampleCount(), fractions_.data(), shares_.data(), made_.data());
         } else {
-          ShearAcross(read_.data(), SampleCount(), weights_.data(), shares_.data(), made_.data());
+          ShearAcrossByWeights(read_.data(), SampleCount(), weights_.data(), shares_.data(), made_.data());
         }
         Store(row);
       }

@@ -15,7 +15,7 @@ PixelMover::PixelMover(const Side &source, const Side &dest, std::span<const Sam
 
 void PixelMover::Reverse(const uint8_t *source, uint8_t *dest, int32_t count) const {
   if (packedAlike_) {
-    ReversePixels(source, dest, count, source_.pixelSize);
+    ReversalOf(source_.pixelSize)(source, dest, count);
     return;
   }
   if (count < 1) return;
@@ -27,7 +27,7 @@ void PixelMover::Reverse(const uint8_t *source, uint8_t *dest, int32_t count) co
   while (rest > 0) {
     const int32_t part = std::min(rest, kMostPixels);
     rest -= part;
-    ReversePixels(source + ptrdiff_t{rest} * source_.pixelSize, reversed.data(), part, source_.pixelSize);
+    ReversalOf(source_.pixelSize)(source + ptrdiff_t{rest} * source_.pixelSize, reversed.data(), part);
     mover_(reversed.data(), dest, part);
     dest += ptrdiff_t{part} * dest_.pixelSize;
   }
@@ -35,14 +35,14 @@ void PixelMover::Reverse(const uint8_t *source, uint8_t *dest, int32_t count) co
 
 void PixelMover::Transpose(const PixelBlock &block) const {
   if (packedAlike_) {
-    TransposePixels(block, source_.pixelSize);
+    TranspositionOf(source_.pixelSize)(block);
     return;
   }
   std::array<uint8_t, ptrdiff_t{kBlockEdge} *kBlockEdge *kLargestPixel> transposed = {};
   std::array<uint8_t *, kBlockEdge> rows = {};
   const int32_t last = block.width - 1;
   for (int32_t x = 0; x < last; ++x) rows[x] = transposed.data() + ptrdiff_t{x} * kBlockEdge * kLargestPixel;
-  TransposePixels({block.sourceRows, rows.data(), last, block.height}, source_.pixelSize);
+  TranspositionOf(source_.pixelSize)({block.sourceRows, rows.data(), last, block.height});
   for (int32_t x = 0; x < last; ++x) mover_(rows[x], block.destRows[x], block.height);
   for (int32_t y = 0; y < block.height; ++y) {
     mover_.MoveInOrder(block.sourceRows[y] + ptrdiff_t{last} * source_.pixelSize,

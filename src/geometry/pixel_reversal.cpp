@@ -1,10 +1,9 @@
 #include "geometry/pixel_reversal.h"
 
+#include <array>
 #include <cstddef>
 #include <cstring>
 #include <utility>
-
-#include "pixels/kernel_clones.h"
 
 namespace zvk::geometry {
 
@@ -27,10 +26,9 @@ template <int32_t kPixelSize>
   (std::make_integer_sequence<int32_t, kVectorBytes>{});
 }
 
-}  // namespace
-
 template <int32_t kPixelSize>
-ZVK_KERNEL_CLONES void ReverseSized(const uint8_t *__restrict source, uint8_t *__restrict dest, int32_t count) {
+[[gnu::always_inline]] inline void ReverseSized(const uint8_t *__restrict source, uint8_t *__restrict dest,
+                                                int32_t count) {
   constexpr int32_t kPixels = kVectorBytes / kPixelSize;
   const uint8_t *end = source + ptrdiff_t{count} * kPixelSize;
   // A vector may hold bytes of one pixel more, which must be there: it is loaded before that pixel's turn, and written
@@ -50,25 +48,13 @@ ZVK_KERNEL_CLONES void ReverseSized(const uint8_t *__restrict source, uint8_t *_
   }
 }
 
-template void ReverseSized<1>(const uint8_t *, uint8_t *, int32_t);
-template void ReverseSized<2>(const uint8_t *, uint8_t *, int32_t);
-template void ReverseSized<3>(const uint8_t *, uint8_t *, int32_t);
-template void ReverseSized<4>(const uint8_t *, uint8_t *, int32_t);
-template void ReverseSized<5>(const uint8_t *, uint8_t *, int32_t);
+}  // namespace
 
-void ReversePixels(const uint8_t *source, uint8_t *dest, int32_t count, int32_t pixelSize) {
-  switch (pixelSize) {
-    case 1:
-      return ReverseSized<1>(source, dest, count);
-    case 2:
-      return ReverseSized<2>(source, dest, count);
-    case 3:
-      return ReverseSized<3>(source, dest, count);
-    case 4:
-      return ReverseSized<4>(source, dest, count);
-    default:
-      return ReverseSized<5>(source, dest, count);
-  }
+const ReversalKernel &ReversalOf(int32_t pixelSize) {
+  static constexpr std::array<ReversalKernel, kLargestPixel> kKernels = {
+      KernelOf<ReverseSized<1>>, KernelOf<ReverseSized<2>>, KernelOf<ReverseSized<3>>, KernelOf<ReverseSized<4>>,
+      KernelOf<ReverseSized<5>>};
+  return kKernels[static_cast<size_t>(pixelSize) - 1];
 }
 
 }  // namespace zvk::geometry

@@ -4,8 +4,6 @@
 #include <cstring>
 #include <utility>
 
-#include "pixels/kernel_clones.h"
-
 namespace zvk::geometry {
 
 namespace {
@@ -91,10 +89,8 @@ template <int32_t kPixelSize>
   }
 }
 
-}  // namespace
-
 template <int32_t kPixelSize>
-ZVK_KERNEL_CLONES void TransposeSized(const PixelBlock &block) {
+[[gnu::always_inline]] inline void TransposeSized(const PixelBlock &block) {
   using Lane = Lanes<kPixelSize>;
   constexpr int32_t kPixels = Lane::kPixels;
   const int32_t width = block.width / kPixels * kPixels;
@@ -115,28 +111,17 @@ ZVK_KERNEL_CLONES void TransposeSized(const PixelBlock &block) {
 
 // Five bytes fit no lane.
 template <>
-void TransposeSized<5>(const PixelBlock &block) {
+[[gnu::always_inline]] inline void TransposeSized<5>(const PixelBlock &block) {
   MovePixels<5>(block, 0, block.width, 0, block.height);
 }
 
-template void TransposeSized<1>(const PixelBlock &);
-template void TransposeSized<2>(const PixelBlock &);
-template void TransposeSized<3>(const PixelBlock &);
-template void TransposeSized<4>(const PixelBlock &);
+}  // namespace
 
-void TransposePixels(const PixelBlock &block, int32_t pixelSize) {
-  switch (pixelSize) {
-    case 1:
-      return TransposeSized<1>(block);
-    case 2:
-      return TransposeSized<2>(block);
-    case 3:
-      return TransposeSized<3>(block);
-    case 4:
-      return TransposeSized<4>(block);
-    default:
-      return TransposeSized<5>(block);
-  }
+const TranspositionKernel &TranspositionOf(int32_t pixelSize) {
+  static constexpr std::array<TranspositionKernel, 5> kKernels = {
+      KernelOf<TransposeSized<1>>, KernelOf<TransposeSized<2>>, KernelOf<TransposeSized<3>>,
+      KernelOf<TransposeSized<4>>, KernelOf<TransposeSized<5>>};
+  return kKernels[static_cast<size_t>(pixelSize) - 1];
 }
 
 }  // namespace zvk::geometry

@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "pixels/dispatch.h"
+
 namespace zvk::geometry {
 
 // The pixels of a block as they are read and as they are to be written: pixel x of source row y becomes pixel y of dest
@@ -15,7 +17,9 @@ struct PixelBlock {
   int32_t height;                    // pixels of a dest row
 };
 
-// Pixels have no gaps and `pixelSize` bytes, 1 to 5.
-void TransposePixels(const PixelBlock &block, int32_t pixelSize);
+using TranspositionKernel = Kernel<void(const PixelBlock &block)>;
+
+// For pixels without gaps of `pixelSize` bytes, 1 to 5.
+const TranspositionKernel &TranspositionOf(int32_t pixelSize);
 
 }  // namespace zvk::geometry

@@ -2,7 +2,7 @@
 
 #include <initializer_list>
 
-#include "pixels/kernel_clones.h"
+#include "pixels/dispatch.h"
 
 namespace zvk::geometry {
 
@@ -14,11 +14,9 @@ constexpr int32_t kFractions = 65536;
   return static_cast<uint8_t>(uint32_t{sample} * fraction / kFractions);
 }
 
-}  // namespace
-
 // --- fractions ---
 
-ZVK_KERNEL_CLONES bool GivesSameShares(uint16_t fraction, double weight) {
+[[gnu::always_inline]] inline bool GivesSameSharesBody(uint16_t fraction, double weight) {
   int32_t differences = 0;
   for (int32_t sample = 0; sample < 256; ++sample) {
     const auto share = static_cast<int32_t>(sample * weight);
@@ -26,6 +24,9 @@ ZVK_KERNEL_CLONES bool GivesSameShares(uint16_t fraction, double weight) {
   }
   return differences == 0;
 }
+constexpr auto GivesSameShares = KernelOf<GivesSameSharesBody>;
+
+}  // namespace
 
 // All weights between two neighbours among the fractions with denominators up to 255 give the same shares, and such
 // neighbours are more than 1/65536 apart: the multiple of that just below the weight or the one just above it lies
@@ -42,14 +43,20 @@ ShareWeight::ShareWeight(double weight) : weight(weight), fraction(0) {
 
 // --- along a line ---
 
-ZVK_KERNEL_CLONES void ShearByFraction(const uint8_t *__restrict source, ptrdiff_t step, int64_t count,
-                                       uint16_t fraction, uint8_t *__restrict dest) {
+namespace {
+
+[[gnu::always_inline]] inline void ShearByFractionBody(const uint8_t *__restrict source, ptrdiff_t step, int64_t count,
+                                                       uint16_t fraction, uint8_t *__restrict dest) {
   for (int64_t i = 0; i < count; ++i) {
     const uint8_t given = ShareOfFraction(source[i], fraction);
     const uint8_t taken = ShareOfFraction(source[i - step], fraction);
     dest[i] = static_cast<uint8_t>(source[i] - given + taken);
   }
 }
+
+}  // namespace
+
+constexpr LineShear ShearByFraction = KernelOf<ShearByFractionBody>;
 
 void ShearAlong(const uint8_t *source, ptrdiff_t step, int64_t count, const ShareWeight &weight, uint8_t *dest) {
   if (weight.fraction != 0) {
@@ -64,9 +71,11 @@ void ShearAlong(const uint8_t *source, ptrdiff_t step, int64_t count, const Shar
 
 // --- across lines ---
 
-ZVK_KERNEL_CLONES void ShearAcross(const uint8_t *__restrict source, int32_t count,
-                                   const uint16_t *__restrict fractions, uint8_t *__restrict shares,
-                                   uint8_t *__restrict dest) {
+namespace {
+
+[[gnu::always_inline]] inline void ShearAcrossByFractionsBody(const uint8_t *__restrict source, int32_t count,
+                                                              const uint16_t *__restrict fractions,
+                                                              uint8_t *__restrict shares, uint8_t *__restrict dest) {
   for (int32_t i = 0; i < count; ++i) {
     const uint8_t given = ShareOfFraction(source[i], fractions[i]);
     dest[i] = static_cast<uint8_t>(source[i] - given + shares[i]);
@@ -74,7 +83,11 @@ ZVK_KERNEL_CLONES void ShearAcross(const uint8_t *__restrict source, int32_t cou
   }
 }
 
-void ShearAcross(const uint8_t *source, int32_t count, const double *weights, uint8_t *shares, uint8_t *dest) {
+}  // namespace
+
+constexpr CrossShear ShearAcrossByFractions = KernelOf<ShearAcrossByFractionsBody>;
+
+void ShearAcrossByWeights(const uint8_t *source, int32_t count, const double *weights, uint8_t *shares, uint8_t *dest) {
   for (int32_t i = 0; i < count; ++i) {
     const uint8_t given = ShareOf(source[i], weights[i]);
     dest[i] = static_cast<uint8_t>(source[i] - given + shares[i]);

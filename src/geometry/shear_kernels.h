@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "host/truncate.h"
+#include "pixels/dispatch.h"
 
 namespace zvk::geometry {
 
@@ -30,11 +31,16 @@ struct ShareWeight {
 // dest[i] = source[i] - share of source[i] + share of source[i - step], for `count` samples of one weight; those `step`
 // apart are neighbours. The `step` samples before source are read. The runs must not overlap.
 void ShearAlong(const uint8_t *source, ptrdiff_t step, int64_t count, const ShareWeight &weight, uint8_t *dest);
+// The same by a fraction.
+using LineShear = Kernel<void(const uint8_t *source, ptrdiff_t step, int64_t count, uint16_t fraction, uint8_t *dest)>;
+extern const LineShear ShearByFraction;
 
 // The same for samples whose neighbours are in the lines before and behind: dest[i] = source[i] - share of source[i] +
 // shares[i], and shares[i] becomes the share of source[i]. Each has a fraction or a weight of its own. The runs must
 // not overlap.
-void ShearAcross(const uint8_t *source, int32_t count, const uint16_t *fractions, uint8_t *shares, uint8_t *dest);
-void ShearAcross(const uint8_t *source, int32_t count, const double *weights, uint8_t *shares, uint8_t *dest);
+using CrossShear =
+    Kernel<void(const uint8_t *source, int32_t count, const uint16_t *fractions, uint8_t *shares, uint8_t *dest)>;
+extern const CrossShear ShearAcrossByFractions;
+void ShearAcrossByWeights(const uint8_t *source, int32_t count, const double *weights, uint8_t *shares, uint8_t *dest);
 
 }  // namespace zvk::geometry

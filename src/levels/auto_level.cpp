@@ -5,8 +5,8 @@
 #include <span>
 
 #include "host/truncate.h"
+#include "pixels/dispatch.h"
 #include "pixels/in_place.h"
-#include "pixels/kernel_clones.h"
 #include "pixels/layouts.h"
 #include "pixels/whole_image.h"
 
@@ -34,8 +34,8 @@ constexpr std::array<double, 256> kGreenShares = Shares(0.813);
 constexpr std::array<double, 256> kBlueShares = Shares(0.01);
 
 // Brightness of `count` pixels, rounded down.
-ZVK_KERNEL_CLONES void Brightness(const uint8_t *pixel, ptrdiff_t pixelSize, int32_t red, int32_t green, int32_t blue,
-                                  ptrdiff_t count, int32_t *__restrict brightness) {
+[[gnu::always_inline]] inline void BrightnessBody(const uint8_t *pixel, ptrdiff_t pixelSize, int32_t red, int32_t green,
+                                                  int32_t blue, ptrdiff_t count, int32_t *__restrict brightness) {
   for (ptrdiff_t i = 0; i < count; ++i) {
     // The sum is to be made in this grouping.
     const double sum = kBlueShares[pixel[blue]] + (kGreenShares[pixel[green]] + kRedShares[pixel[red]]);
@@ -43,6 +43,7 @@ ZVK_KERNEL_CLONES void Brightness(const uint8_t *pixel, ptrdiff_t pixelSize, int
     pixel += pixelSize;
   }
 }
+constexpr auto Brightness = KernelOf<BrightnessBody>;
 
 // Counts of brightness. Neighbours, which are often alike, are counted in different tables, so that none has to wait
 // for the count before it.

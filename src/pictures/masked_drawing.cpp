@@ -9,8 +9,8 @@
 #include "pictures/picture_import.h"
 #include "pictures/pixel_rows.h"
 #include "pictures/pixel_words.h"
+#include "pixels/dispatch.h"
 #include "pixels/divide_by_255.h"
-#include "pixels/kernel_clones.h"
 
 namespace zvk::pictures {
 
@@ -72,10 +72,11 @@ uint8_t BlendSample(uint32_t old, uint32_t drawn, uint32_t weight) {
   return static_cast<uint8_t>(DivideBy255(255 * old + weight * (drawn - old)));
 }
 
-ZVK_KERNEL_CLONES void BlendBytes(uint8_t *__restrict dest, const uint8_t *__restrict drawn,
-                                  const uint8_t *__restrict weights, ptrdiff_t count) {
+[[gnu::always_inline]] inline void BlendBytesBody(uint8_t *__restrict dest, const uint8_t *__restrict drawn,
+                                                  const uint8_t *__restrict weights, ptrdiff_t count) {
   for (ptrdiff_t i = 0; i < count; ++i) dest[i] = BlendSample(dest[i], drawn[i], weights[i]);
 }
+constexpr auto BlendBytes = KernelOf<BlendBytesBody>;
 
 void MaskedRow::Store(const ImageClassData &image, const MaskedPixels &row, int32_t width) {
   const auto colours = ColourMoves(word_, image);

@@ -10,7 +10,7 @@
 #include "host/resources.h"
 #include "pictures/pixel_rows.h"
 #include "pictures/pixel_words.h"
-#include "pixels/kernel_clones.h"
+#include "pixels/dispatch.h"
 #include "pixels/sample_mover.h"
 #include "pixels/whole_image.h"
 #include "pixels/wide_samples.h"
@@ -50,7 +50,8 @@ PixelSource Gray16Of(const ImageClassData &image) {
 // Plain ink arithmetic, without colour management: of words that hold three inks and black, `blackShift` bits up, it
 // makes words of the three colours and of these bits in place of black. Two samples go through the steps side by side,
 // each in 16 bits of its own.
-ZVK_KERNEL_CLONES void TurnInks(uint8_t *words, ptrdiff_t count, int32_t blackShift, uint32_t opaqueBits) {
+[[gnu::always_inline]] inline void TurnInksBody(uint8_t *words, ptrdiff_t count, int32_t blackShift,
+                                                uint32_t opaqueBits) {
   constexpr uint32_t kLowBytes = 0x00FF00FF, kOnes = 0x00010001;
   for (ptrdiff_t i = 0; i < count; ++i) {
     uint32_t word;
@@ -67,6 +68,7 @@ ZVK_KERNEL_CLONES void TurnInks(uint8_t *words, ptrdiff_t count, int32_t blackSh
     std::memcpy(words + kWordBytes * i, &word, sizeof word);
   }
 }
+constexpr auto TurnInks = KernelOf<TurnInksBody>;
 
 // Writes pixels of a picture, which come out opaque.
 class WordWriter {

@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "host/layers.h"
+#include "pixels/dispatch.h"
 
 // Put before the definition of a function that may only be called where HasByteShuffle() says so.
 #define ZVK_BYTE_SHUFFLE [[gnu::target("ssse3")]]
@@ -15,7 +16,7 @@ namespace zvk::pixels {
 
 inline constexpr int32_t kShuffleBytes = 16;
 
-inline bool HasByteShuffle() { return __builtin_cpu_supports("ssse3"); }
+inline bool HasByteShuffle() { return ChosenLevel() >= CpuLevel::SSSE3; }
 
 inline __m128i LoadBytes(const uint8_t *bytes) { return _mm_loadu_si128(reinterpret_cast<const __m128i *>(bytes)); }
 inline void StoreBytes(uint8_t *bytes, __m128i value) { _mm_storeu_si128(reinterpret_cast<__m128i *>(bytes), value); }

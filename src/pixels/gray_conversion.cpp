@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "pixels/kernel_clones.h"
+#include "pixels/loop_steps.h"
 #include "pixels/luma.h"
 #include "pixels/overlap.h"
 

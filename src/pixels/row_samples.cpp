@@ -4,7 +4,7 @@
 #include <array>
 #include <cstring>
 
-#include "pixels/kernel_clones.h"
+#include "pixels/dispatch.h"
 #include "pixels/overlap.h"
 
 namespace zvk::pixels {
@@ -48,8 +48,9 @@ void Repeat(Word *words, ptrdiff_t unit, ptrdiff_t total) {
 
 // Every byte by the coefficients of its place in the tile.
 template <class Step>
-ZVK_KERNEL_CLONES void MapBytes(uint8_t *__restrict bytes, ptrdiff_t count, const typename Step::Word *__restrict first,
-                                const typename Step::Word *__restrict second, ptrdiff_t pixelSize) {
+[[gnu::always_inline]] inline void MapBytesBody(uint8_t *__restrict bytes, ptrdiff_t count,
+                                                const typename Step::Word *__restrict first,
+                                                const typename Step::Word *__restrict second, ptrdiff_t pixelSize) {
   const ptrdiff_t tile = kTilePixels * pixelSize;
   for (; count >= tile; count -= tile) {
     for (ptrdiff_t block = 0; block < tile; block += kTilePixels) {
@@ -59,6 +60,8 @@ ZVK_KERNEL_CLONES void MapBytes(uint8_t *__restrict bytes, ptrdiff_t count, cons
   }
   for (ptrdiff_t i = 0; i < count; ++i) bytes[i] = Step::Of(bytes[i], first[i], second[i]);
 }
+template <class Step>
+constexpr auto MapBytes = KernelOf<MapBytesBody<Step>>;
 
 template <class Step>
 void MapInOrder(const PixelRow &row, std::span<const int32_t> offsets, std::span<const Step> steps) {

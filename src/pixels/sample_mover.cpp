@@ -5,7 +5,7 @@
 #include <cstring>
 
 #include "pixels/byte_shuffle.h"
-#include "pixels/kernel_clones.h"
+#include "pixels/loop_steps.h"
 #include "pixels/overlap.h"
 
 namespace zvk::pixels {

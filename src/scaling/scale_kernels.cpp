@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "pixels/kernel_clones.h"
+#include "pixels/loop_steps.h"
 
 namespace zvk::scaling {
 
@@ -21,8 +21,10 @@ template <int32_t Most, class Sample>
 
 // --- columns ---
 
+namespace {
+
 template <int32_t SampleCount, ScaleValues Values, int32_t Rows, class Sample>
-ZVK_KERNEL_CLONES void SumColumns(const ColumnSums<Sample> &columns) {
+[[gnu::always_inline]] inline void SumColumns(const ColumnSums<Sample> &columns) {
   constexpr int32_t kSums = ValueCount(SampleCount, Values) * Rows;
   constexpr ptrdiff_t kColumn = ptrdiff_t{SampleCount} * Rows;
   Sample *__restrict values = columns.values;
@@ -41,23 +43,30 @@ ZVK_KERNEL_CLONES void SumColumns(const ColumnSums<Sample> &columns) {
   }
 }
 
+}  // namespace
+
+template <int32_t SampleCount, ScaleValues Values, int32_t Rows, class Sample>
+const ColumnKernel<Sample> &ColumnSummation() {
+  return KernelOf<SumColumns<SampleCount, Values, Rows, Sample>>;
+}
+
 using enum ScaleValues;
-template void SumColumns<1, kSamples, 1>(const ColumnSums<uint8_t> &);
-template void SumColumns<1, kSamples, RowBatch(1, kSamples)>(const ColumnSums<uint8_t> &);
-template void SumColumns<2, kSamples, 1>(const ColumnSums<uint8_t> &);
-template void SumColumns<2, kSamples, RowBatch(2, kSamples)>(const ColumnSums<uint8_t> &);
-template void SumColumns<3, kSamples, 1>(const ColumnSums<uint8_t> &);
-template void SumColumns<3, kSamples, RowBatch(3, kSamples)>(const ColumnSums<uint8_t> &);
-template void SumColumns<4, kSamples, 1>(const ColumnSums<uint8_t> &);
-template void SumColumns<4, kSamples, RowBatch(4, kSamples)>(const ColumnSums<uint8_t> &);
-template void SumColumns<5, kSamples, 1>(const ColumnSums<uint8_t> &);
-template void SumColumns<5, kSamples, RowBatch(5, kSamples)>(const ColumnSums<uint8_t> &);
-template void SumColumns<3, kGrayOfColour, 1>(const ColumnSums<uint8_t> &);
-template void SumColumns<3, kGrayOfColour, RowBatch(3, kGrayOfColour)>(const ColumnSums<uint8_t> &);
-template void SumColumns<4, kGrayOfColour, 1>(const ColumnSums<uint8_t> &);
-template void SumColumns<4, kGrayOfColour, RowBatch(4, kGrayOfColour)>(const ColumnSums<uint8_t> &);
-template void SumColumns<1, kSamples, 1>(const ColumnSums<uint16_t> &);
-template void SumColumns<1, kSamples, RowBatch(1, kSamples)>(const ColumnSums<uint16_t> &);
+template const ColumnKernel<uint8_t> &ColumnSummation<1, kSamples, 1, uint8_t>();
+template const ColumnKernel<uint8_t> &ColumnSummation<1, kSamples, RowBatch(1, kSamples), uint8_t>();
+template const ColumnKernel<uint8_t> &ColumnSummation<2, kSamples, 1, uint8_t>();
+template const ColumnKernel<uint8_t> &ColumnSummation<2, kSamples, RowBatch(2, kSamples), uint8_t>();
+template const ColumnKernel<uint8_t> &ColumnSummation<3, kSamples, 1, uint8_t>();
+template const ColumnKernel<uint8_t> &ColumnSummation<3, kSamples, RowBatch(3, kSamples), uint8_t>();
+template const ColumnKernel<uint8_t> &ColumnSummation<4, kSamples, 1, uint8_t>();
+template const ColumnKernel<uint8_t> &ColumnSummation<4, kSamples, RowBatch(4, kSamples), uint8_t>();
+template const ColumnKernel<uint8_t> &ColumnSummation<5, kSamples, 1, uint8_t>();
+template const ColumnKernel<uint8_t> &ColumnSummation<5, kSamples, RowBatch(5, kSamples), uint8_t>();
+template const ColumnKernel<uint8_t> &ColumnSummation<3, kGrayOfColour, 1, uint8_t>();
+template const ColumnKernel<uint8_t> &ColumnSummation<3, kGrayOfColour, RowBatch(3, kGrayOfColour), uint8_t>();
+template const ColumnKernel<uint8_t> &ColumnSummation<4, kGrayOfColour, 1, uint8_t>();
+template const ColumnKernel<uint8_t> &ColumnSummation<4, kGrayOfColour, RowBatch(4, kGrayOfColour), uint8_t>();
+template const ColumnKernel<uint16_t> &ColumnSummation<1, kSamples, 1, uint16_t>();
+template const ColumnKernel<uint16_t> &ColumnSummation<1, kSamples, RowBatch(1, kSamples), uint16_t>();
 
 // --- rows ---
 
@@ -85,12 +94,10 @@ template <class Sample>
   FinishAll<kBlock>(sums, count, weightSum, rounding, values);
 }
 
-}  // namespace
-
 template <class Sample>
-ZVK_KERNEL_CLONES void SumRows(const uint8_t *const *__restrict rows, const double *__restrict weights,
-                               int32_t rowCount, double weightSum, double rounding, int64_t count,
-                               Sample *__restrict values) {
+[[gnu::always_inline]] inline void SumRows(const uint8_t *const *__restrict rows, const double *__restrict weights,
+                                           int32_t rowCount, double weightSum, double rounding, int64_t count,
+                                           Sample *__restrict values) {
   constexpr int64_t kSampleSize = sizeof(Sample);
   int64_t i = 0;
   for (; i + kBlock <= count; i += kBlock) {
@@ -102,7 +109,14 @@ ZVK_KERNEL_CLONES void SumRows(const uint8_t *const *__restrict rows, const doub
   }
 }
 
-template void SumRows(const uint8_t *const *, const double *, int32_t, double, double, int64_t, uint8_t *);
-template void SumRows(const uint8_t *const *, const double *, int32_t, double, double, int64_t, uint16_t *);
+}  // namespace
+
+template <class Sample>
+const RowKernel<Sample> &RowSummation() {
+  return KernelOf<SumRows<Sample>>;
+}
+
+template const RowKernel<uint8_t> &RowSummation<uint8_t>();
+template const RowKernel<uint16_t> &RowSummation<uint16_t>();
 
 }  // namespace zvk::scaling

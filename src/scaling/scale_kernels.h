@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <limits>
 
+#include "pixels/dispatch.h"
 #include "scaling/scale_pairs.h"
 #include "scaling/scale_taps.h"
 
@@ -71,13 +72,17 @@ struct ColumnSums {
 };
 
 // Made for 1 row and for a RowBatch, for one to five samples as they are, and for gray of three and four.
+template <class Sample>
+using ColumnKernel = Kernel<void(const ColumnSums<Sample> &columns)>;
 template <int32_t SampleCount, ScaleValues Values, int32_t Rows, class Sample>
-void SumColumns(const ColumnSums<Sample> &columns);
+const ColumnKernel<Sample> &ColumnSummation();
 
 // One finished row of `count` samples out of `rowCount` rows of samples, which need not be aligned, by their weights.
 // Made for uint8_t and uint16_t.
 template <class Sample>
-void SumRows(const uint8_t *const *rows, const double *weights, int32_t rowCount, double weightSum, double rounding,
-             int64_t count, Sample *values);
+using RowKernel = Kernel<void(const uint8_t *const *rows, const double *weights, int32_t rowCount, double weightSum,
+                              double rounding, int64_t count, Sample *values)>;
+template <class Sample>
+const RowKernel<Sample> &RowSummation();
 
 }  // namespace zvk::scaling

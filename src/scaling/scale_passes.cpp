@@ -249,9 +249,9 @@ class StagedColumns {
     for (int32_t x = 0; x < job_.Width;) {
       const Stretch stretch = StretchFrom(job_, x, columns_);
       Stage<Rows>(rows, stretch);
-      SumColumns<Pair.Read.count, Pair.Values, Rows, Sample>({samples_.Get(), stretch.firstColumn, job_.Table + x,
-                                                              stretch.lists, rounding,
-                                                              values_.Get() + int64_t{x} * kValues<Pair> * Rows});
+      ColumnSummation<Pair.Read.count, Pair.Values, Rows, Sample>()(
+          {samples_.Get(), stretch.firstColumn, job_.Table + x, stretch.lists, rounding,
+           values_.Get() + int64_t{x} * kValues<Pair> * Rows});
       x += stretch.lists;
     }
     for (int32_t row = 0; row < Rows; ++row) WriteRow<Rows>(y + row, row);
@@ -321,7 +321,7 @@ class SummedRows {
       weights_[rowCount] = list.Taps[t].Weight;
       ++rowCount;
     }
-    SumRows(rows_.Get(), weights_.Get(), rowCount, list.WeightSum, rounding, samples_, values_.Get());
+    RowSummation<Sample>()(rows_.Get(), weights_.Get(), rowCount, list.WeightSum, rounding, samples_, values_.Get());
     Write(destRow);
     return 1;
   }

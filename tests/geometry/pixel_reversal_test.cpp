@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/geometry/turn_testing.h"
+#include "tests/support/cpu_levels.h"
 #include "tests/support/fence.h"
 
 namespace zvk::geometry {
@@ -21,13 +22,16 @@ TEST(PixelReversal, WritesPixelsInReverseOrderAndTouchesNothingElse) {
         for (int32_t byte = 0; byte < pixelSize; ++byte) expected.push_back(pixels[i * pixelSize + byte]);
       }
       for (const fence::Side side : {fence::Side::kBefore, fence::Side::kAfter}) {
-        const fence::Block source(size + 1, side), dest(size + 1, side);
+        const fence::Block source(size + 1, side);
         // The odd byte is on the side away from the fence.
         const int32_t first = side == fence::Side::kAfter ? 1 : 0;
         std::copy(pixels.begin(), pixels.end(), source.Data() + first);
-        ReversePixels(source.Data() + first, dest.Data() + first, count, pixelSize);
-        EXPECT_EQ(Bytes(dest.Data() + first, dest.Data() + first + size), expected) << pixelSize << ' ' << count;
-        EXPECT_EQ(dest.Data()[first == 1 ? 0 : size], 0);
+        ForEachForm(ReversalOf(pixelSize), [&](auto reverse) {
+          const fence::Block dest(size + 1, side);
+          reverse(source.Data() + first, dest.Data() + first, count);
+          EXPECT_EQ(Bytes(dest.Data() + first, dest.Data() + first + size), expected) << pixelSize << ' ' << count;
+          EXPECT_EQ(dest.Data()[first == 1 ? 0 : size], 0);
+        });
       }
     }
   }

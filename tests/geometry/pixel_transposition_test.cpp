@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tests/geometry/turn_testing.h"
+#include "tests/support/cpu_levels.h"
 #include "tests/support/fence.h"
 
 namespace zvk::geometry {
@@ -26,14 +27,14 @@ struct Rows {
   std::vector<uint8_t *> addresses;
 };
 
-void ExpectTransposed(int32_t width, int32_t height, int32_t pixelSize) {
+void ExpectTransposed(TranspositionKernel::Form transpose, int32_t width, int32_t height, int32_t pixelSize) {
   const Rows source(height, static_cast<size_t>(width) * pixelSize),
       dest(width, static_cast<size_t>(height) * pixelSize);
   for (int32_t y = 0; y < height; ++y) {
     const Bytes noise = Noise(static_cast<size_t>(width) * pixelSize, static_cast<uint32_t>(y));
     std::copy(noise.begin(), noise.end(), source.addresses[y]);
   }
-  TransposePixels({source.addresses.data(), dest.addresses.data(), width, height}, pixelSize);
+  transpose({source.addresses.data(), dest.addresses.data(), width, height});
   for (int32_t y = 0; y < height; ++y) {
     for (int32_t x = 0; x < width; ++x) {
       for (int32_t byte = 0; byte < pixelSize; ++byte) {
@@ -46,14 +47,16 @@ void ExpectTransposed(int32_t width, int32_t height, int32_t pixelSize) {
 
 TEST(PixelTransposition, ExchangesRowsAndColumnsAndTouchesNothingElse) {
   for (int32_t pixelSize = 1; pixelSize <= 5; ++pixelSize) {
-    for (int32_t size = 1; size <= 35; ++size) {
-      ExpectTransposed(size, 1, pixelSize);
-      ExpectTransposed(1, size, pixelSize);
-      ExpectTransposed(size, size, pixelSize);
-      ExpectTransposed(size, 33, pixelSize);
-      ExpectTransposed(17, size, pixelSize);
-    }
-    ExpectTransposed(64, 64, pixelSize);
+    ForEachForm(TranspositionOf(pixelSize), [&](auto transpose) {
+      for (int32_t size = 1; size <= 35; ++size) {
+        ExpectTransposed(transpose, size, 1, pixelSize);
+        ExpectTransposed(transpose, 1, size, pixelSize);
+        ExpectTransposed(transpose, size, size, pixelSize);
+        ExpectTransposed(transpose, size, 33, pixelSize);
+        ExpectTransposed(transpose, 17, size, pixelSize);
+      }
+      ExpectTransposed(transpose, 64, 64, pixelSize);
+    });
   }
 }
 

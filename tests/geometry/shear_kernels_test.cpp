@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "tests/geometry/turn_testing.h"
+#include "tests/support/cpu_levels.h"
 
 namespace zvk::geometry {
 namespace {
@@ -77,14 +78,21 @@ TEST(ShearKernels, AlongALineEverySampleGivesItsShareToTheNext) {
     for (const int step : {1, 2, 3, 4, 5}) {
       const int count = 41;
       const Bytes line = Noise(count + step, static_cast<uint32_t>(weight * 1000) + step);
+      const ShareWeight share(weight);
       Bytes made(count + 2, 0xEE);
-      ShearAlong(line.data() + step, step, count, ShareWeight(weight), made.data() + 1);
+      ShearAlong(line.data() + step, step, count, share, made.data() + 1);
       Bytes expected(count + 2, 0xEE);
       for (int i = 0; i < count; ++i) {
         const int given = static_cast<int>(line[i + step] * weight), taken = static_cast<int>(line[i] * weight);
         expected[i + 1] = static_cast<uint8_t>(line[i + step] + taken - given);
       }
       ASSERT_EQ(made, expected) << weight;
+      if (share.fraction == 0) continue;
+      ForEachForm(ShearByFraction, [&](auto shear) {
+        made.assign(count + 2, 0xEE);
+        shear(line.data() + step, step, count, share.fraction, made.data() + 1);
+        EXPECT_EQ(made, expected) << weight;
+      });
     }
   }
 }
@@ -105,14 +113,16 @@ TEST(ShearKernels, AcrossLinesEverySampleHasAWeightOfItsOwn) {
       expected[i] = static_cast<uint8_t>(line[i] + before[i] - expectedShares[i]);
     }
     Bytes made(count), shares = before;
-    ShearAcross(line.data(), count, weights.data(), shares.data(), made.data());
+    ShearAcrossByWeights(line.data(), count, weights.data(), shares.data(), made.data());
     EXPECT_EQ(made, expected);
     EXPECT_EQ(shares, expectedShares);
-    made.assign(count, 0);
-    shares = before;
-    ShearAcross(line.data(), count, fractions.data(), shares.data(), made.data());
-    EXPECT_EQ(made, expected);
-    EXPECT_EQ(shares, expectedShares);
+    ForEachForm(ShearAcrossByFractions, [&](auto shear) {
+      made.assign(count, 0);
+      shares = before;
+      shear(line.data(), count, fractions.data(), shares.data(), made.data());
+      EXPECT_EQ(made, expected);
+      EXPECT_EQ(shares, expectedShares);
+    });
   }
 }
 

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "tests/naive/scale.h"
+#include "tests/support/cpu_levels.h"
 
 namespace zvk::scaling {
 namespace {
@@ -63,7 +64,7 @@ TEST(ScaleKernels, GrayIsBlueThenGreenAndRed) {
   EXPECT_GT(otherwise, 0);
 }
 
-// Whatever instruction set the machine has, the kernels' bytes are those of the plain formula.
+// At whatever level of instructions, the kernels' bytes are those of the plain formula.
 template <class Sample>
 void ExpectPlainRowSums(int32_t rowCount, int64_t count) {
   std::mt19937 random(static_cast<uint32_t>(rowCount * 1000 + count));
@@ -77,8 +78,7 @@ void ExpectPlainRowSums(int32_t rowCount, int64_t count) {
   }
   for (const auto &bytes : storage) rows.push_back(bytes.data() + 1);
   const double weightSum = static_cast<float>(0.17 * rowCount);
-  std::vector<Sample> values(static_cast<size_t>(count) + 1, Sample{77});
-  SumRows<Sample>(rows.data(), weights.data(), rowCount, weightSum, 0.5, count, values.data());
+  std::vector<Sample> expected;
   for (int64_t i = 0; i < count; ++i) {
     double sum = 0.0;
     for (int32_t k = 0; k < rowCount; ++k) {
@@ -86,9 +86,15 @@ void ExpectPlainRowSums(int32_t rowCount, int64_t count) {
       std::memcpy(&sample, rows[k] + i * sizeof(Sample), sizeof sample);
       sum += static_cast<double>(sample) * weights[k];
     }
-    ASSERT_EQ(values[i], naive::Finished(sum, static_cast<float>(weightSum), 0.5, sizeof(Sample) == 2)) << i;
+    expected.push_back(
+        static_cast<Sample>(naive::Finished(sum, static_cast<float>(weightSum), 0.5, sizeof(Sample) == 2)));
   }
-  EXPECT_EQ(values.back(), 77) << "written beyond the end";
+  expected.push_back(77);  // not to be written
+  ForEachForm(RowSummation<Sample>(), [&](auto sumRows) {
+    std::vector<Sample> values(expected.size(), Sample{77});
+    sumRows(rows.data(), weights.data(), rowCount, weightSum, 0.5, count, values.data());
+    ASSERT_EQ(values, expected);
+  });
 }
 
 TEST(ScaleKernels, RowsAreSummedInOrderWhateverTheirNumberAndLength) {
@@ -124,8 +130,7 @@ void ExpectPlainColumnSums() {
   }
   const ScaleTapList lists[] = {
       {taps.data(), 10, 3.1f}, {nullptr, 0, 0.0f}, {taps.data() + 10, 1, 0.3f}, {taps.data() + 11, 49, 14.0f}};
-  std::vector<Sample> values(4 * kValues * Rows + 1, Sample{77});
-  SumColumns<SampleCount, Values, Rows, Sample>({samples.data(), kFirstColumn, lists, 4, 0.5, values.data()});
+  std::vector<Sample> expected(4 * kValues * Rows + 1, Sample{77});  // the last one is not to be written
   for (int32_t x = 0; x < 4; ++x) {
     for (int32_t row = 0; row < Rows; ++row) {
       for (int32_t v = 0; v < kValues; ++v) {
@@ -139,13 +144,16 @@ void ExpectPlainColumnSums() {
             sum += column[(kGray ? v + 2 : v) * Rows] * w;
           }
         }
-        ASSERT_EQ(values[(x * kValues + v) * Rows + row],
-                  naive::Finished(sum, lists[x].WeightSum, 0.5, sizeof(Sample) == 2))
-            << SampleCount << " samples, " << Rows << " rows, column " << x << ", row " << row << ", value " << v;
+        expected[(x * kValues + v) * Rows + row] =
+            static_cast<Sample>(naive::Finished(sum, lists[x].WeightSum, 0.5, sizeof(Sample) == 2));
       }
     }
   }
-  EXPECT_EQ(values.back(), 77) << "written beyond the end";
+  ForEachForm(ColumnSummation<SampleCount, Values, Rows, Sample>(), [&](auto sumColumns) {
+    std::vector<Sample> values(expected.size(), Sample{77});
+    sumColumns({samples.data(), kFirstColumn, lists, 4, 0.5, values.data()});
+    ASSERT_EQ(values, expected) << SampleCount << " samples, " << Rows << " rows";
+  });
 }
 
 TEST(ScaleKernels, ColumnsAreSummedInOrderWhateverTheSamplesAndRows) {
