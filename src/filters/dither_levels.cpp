@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <cstring>
 
 #include "pixels/dispatch.h"
 
@@ -35,27 +34,16 @@ DitherLevels::Steps DitherLevels::StepsFor(int32_t levels, int32_t matrixSize) {
 
 [[gnu::always_inline]] inline void DitherLevels::RunSteps(Steps steps, const uint8_t *source, const uint8_t *thresholds,
                                                           uint8_t *dest, int32_t count) {
-  constexpr int32_t kBlock = 256;
-  // By way of arrays of its own, so that source and dest may be the same.
-  uint8_t samples[kBlock] = {};
-  uint8_t results[kBlock] = {};
-  while (count > 0) {
-    const int32_t inBlock = count < kBlock ? count : kBlock;
-    std::memcpy(samples, source, static_cast<size_t>(inBlock));
-    for (int32_t i = 0; i < inBlock; ++i) {
-      const uint16_t sample = samples[i];
-      const auto level = static_cast<uint16_t>(static_cast<uint16_t>(sample * steps.levels) >> 8);
-      const auto fraction = static_cast<uint16_t>(static_cast<uint16_t>(sample * steps.fractions) >> 8);
-      const auto above = static_cast<uint16_t>(fraction <= thresholds[i] ? 1 : 0);
-      const auto dividend = static_cast<uint16_t>((level + above) * 255 + steps.addend);
-      const auto quotient = static_cast<uint16_t>(uint32_t{dividend} * steps.reciprocal >> 16);
-      results[i] = static_cast<uint8_t>(quotient >> steps.shift);
-    }
-    std::memcpy(dest, results, static_cast<size_t>(inBlock));
-    source += inBlock;
-    thresholds += inBlock;
-    dest += inBlock;
-    count -= inBlock;
+  // Source and dest may be the same bytes, of which each is read before it is written.
+#pragma GCC ivdep
+  for (int32_t i = 0; i < count; ++i) {
+    const uint16_t sample = source[i];
+    const auto level = static_cast<uint16_t>(static_cast<uint16_t>(sample * steps.levels) >> 8);
+    const auto fraction = static_cast<uint16_t>(static_cast<uint16_t>(sample * steps.fractions) >> 8);
+    const auto above = static_cast<uint16_t>(fraction <= thresholds[i] ? 1 : 0);
+    const auto dividend = static_cast<uint16_t>((level + above) * 255 + steps.addend);
+    const auto quotient = static_cast<uint16_t>(uint32_t{dividend} * steps.reciprocal >> 16);
+    dest[i] = static_cast<uint8_t>(quotient >> steps.shift);
   }
 }
 
