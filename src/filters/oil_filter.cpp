@@ -102,7 +102,7 @@ template <class Key>
 struct SlidingBins {
   // For each bin 256 x the count of its samples, and 255 - its index in the lowest byte: the largest key is that of the
   // fullest bin, the lower one of two.
-  std::array<Key, kMostLevels> keys;
+  alignas(64) std::array<Key, kMostLevels> keys;
   std::array<uint32_t, kMostLevels> sums;
 
   SlidingBins() : sums() {
