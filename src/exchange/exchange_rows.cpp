@@ -32,11 +32,11 @@ NewBlock MakeBlock(int32_t size) {
 }
 
 std::optional<PixelConversion> ConversionBetween(const ImageClassData &source, const ImageClassData &dest,
-                                                 bool invertAlpha) {
+                                                 const ConversionRules &rules) {
   const auto from = PixelLayoutOf<ColourFamily::CMYK, ColourFamily::RGB, ColourFamily::Gray>(source);
   const auto to = PixelLayoutOf<ColourFamily::CMYK, ColourFamily::RGB, ColourFamily::Gray>(dest);
   if (!from || !to) return std::nullopt;
-  const auto conversion = PixelConversion::Between(*from, *to, {.complementsAlpha = invertAlpha});
+  const auto conversion = PixelConversion::Between(*from, *to, rules);
   if (!conversion) {
     RaiseException("UnsupportedOperationException", from->family == ColourFamily::RGB
                                                         ? "Conversion from RGB to CMYK is not supported."

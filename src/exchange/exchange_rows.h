@@ -35,10 +35,10 @@ inline bool PackedRowSizeWraps(const ImageClassData &layout) {
 }
 
 // How the pixels of `source` become pixels of `dest`, by the rules of the exchange. Of both records only the family,
-// HasAlpha, PixelSize and the offsets count. Alpha that both have is complemented if `invertAlpha`. Empty if either has
-// no family; empty after an "UnsupportedOperationException" between RGB and CMYK.
+// HasAlpha, PixelSize and the offsets count. Empty if either has no family; empty after an
+// "UnsupportedOperationException" between RGB and CMYK.
 std::optional<PixelConversion> ConversionBetween(const ImageClassData &source, const ImageClassData &dest,
-                                                 bool invertAlpha);
+                                                 const ConversionRules &rules = {});
 
 // "OutOfMemoryException" with the size in place of the "%lld" of the text.
 void RaiseOutOfMemory(const char *text, int64_t size);

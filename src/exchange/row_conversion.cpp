@@ -3,6 +3,7 @@
 #include "exchange/exchange_rows.h"
 #include "image/image_formats.h"
 #include "image/image_record.h"
+#include "image/rows.h"
 #include "pixels/row_walker.h"
 
 namespace zvk::exchange {
@@ -37,7 +38,7 @@ REALobject GetRowInFormat(REALobject instance, int32_t index, int32_t format, bo
     RaiseNoMemoryForRow(size);
     return nullptr;
   }
-  const auto conversion = ConversionBetween(*image, packed, invertAlpha);
+  const auto conversion = ConversionBetween(*image, packed, {.complementsAlpha = invertAlpha});
   if (!conversion) return nullptr;
   conversion->ConvertRow(row, result.bytes, image->Width);
   return result.block.Release();
@@ -55,7 +56,9 @@ void SetRowInFormat(REALobject instance, int32_t index, int32_t format, bool inv
   if (row == nullptr) return;
   ImageClassData packed{};
   if (!InitImageClassData(&packed, image->Width, 1, format)) return;
-  const auto conversion = ConversionBetween(packed, *image, invertAlpha);
+  // The block may be another mapping of the image's file.
+  const auto conversion =
+      ConversionBetween(packed, *image, {.complementsAlpha = invertAlpha, .alwaysInOrder = !HasFixedRows(*image)});
   if (conversion) conversion->ConvertRow(bytes, row, image->Width);
 }
 

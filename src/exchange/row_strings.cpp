@@ -105,7 +105,7 @@ REALstring rbGetRowFS(REALobject instance, int32_t index, int32_t format) {
   if (!InitImageClassData(&packed, image->Width, 1, format)) return nullptr;
   const ZeroedBuffer<uint8_t> result = MakeRows(packed);
   if (!result) return nullptr;
-  const auto conversion = ConversionBetween(*image, packed, false);
+  const auto conversion = ConversionBetween(*image, packed);
   if (!conversion) return nullptr;
   conversion->ConvertRow(row, result.Get(), image->Width);
   return StringOfRows(result, packed);
@@ -120,7 +120,7 @@ void rbSetRowFS(REALobject instance, int32_t index, int32_t format, REALstring s
   if (row == nullptr) return;
   ImageClassData packed{};
   if (!InitImageClassData(&packed, image->Width, 1, format)) return;
-  const auto conversion = ConversionBetween(packed, *image, false);
+  const auto conversion = ConversionBetween(packed, *image);
   if (conversion) conversion->ConvertRow(bytes.Get(), row, image->Width);
 }
 
@@ -133,7 +133,7 @@ REALstring rbGetAllFS(REALobject instance, int32_t format) {
   if (!InitImageClassData(&packed, image->Width, image->Height, format)) return nullptr;
   const ZeroedBuffer<uint8_t> result = MakeRows(packed);
   if (!result) return nullptr;
-  const auto conversion = ConversionBetween(*image, packed, false);
+  const auto conversion = ConversionBetween(*image, packed);
   if (!conversion) return nullptr;
   const ptrdiff_t rowSize = PackedRowSize(packed);
   ForEachRow(*image, image->Height, [&](const uint8_t *row, int32_t y) {
@@ -149,7 +149,7 @@ void rbSetAllFS(REALobject instance, int32_t format, REALstring string) {
   if (image == nullptr || bytes.Get() == nullptr) return;
   ImageClassData packed{};
   if (!InitImageClassData(&packed, image->Width, image->Height, format)) return;
-  const auto conversion = ConversionBetween(packed, *image, false);
+  const auto conversion = ConversionBetween(packed, *image);
   if (!conversion) return;
   const ptrdiff_t rowSize = PackedRowSize(packed);
   ForEachRow(*image, image->Height,

@@ -197,7 +197,11 @@ REALobject rbCopyMask(REALobject instance, int32_t x, int32_t y, int32_t width, 
 }
 
 REALobject rbCopyPictureWithMask(REALobject instance, int32_t x, int32_t y, int32_t width, int32_t height) {
+  ImageClassData *image = RecordOf(instance);
+  if (image == nullptr) return nullptr;
+  const PixelWatch watched(*image);
   REALobject picture = rbCopyPicture(instance, x, y, width, height);
+  if (!watched.HasStorage()) return picture;
   const ObjectReference mask(rbCopyMask(instance, x, y, width, height));
   // The size as the caller gave it: cut by nobody, and refused where it is negative.
   AddPictureMask(picture, mask.Get(), width, height);

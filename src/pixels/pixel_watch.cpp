@@ -6,15 +6,18 @@ namespace zvk::pixels {
 
 namespace {
 
-// False for a view that shows the pixels of an image which has been closed or constructed anew. A view that holds the
-// caller's block or the picture itself needs no other image.
+// True if the image itself holds the caller's block or the picture that its pixels are in, and so needs no other image.
+bool HoldsMemory(const ImageClassData &image) { return image.MemoryTarget != nullptr || image.Target != nullptr; }
+
+// False for a view that shows the pixels of an image which has been closed or constructed anew.
 bool ShowsLivingPixels(const ImageClassData &image) {
-  if (image.MemoryTarget != nullptr || image.Target != nullptr) return true;
+  if (HoldsMemory(image)) return true;
   const auto storage = [&image](const ImageClassData &record) {
     return std::tuple(image.IsMapping ? nullptr : record.Buffer, record.IsMapping, record.FileHandle, record.TotalSize);
   };
   for (const ImageClassData *parent = RecordOf(image.Parent); parent != nullptr; parent = RecordOf(parent->Parent)) {
     if (parent->GetRow == nullptr || storage(*parent) != storage(image)) return false;
+    if (HoldsMemory(*parent)) return true;
   }
   return true;
 }

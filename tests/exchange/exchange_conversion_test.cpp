@@ -45,7 +45,7 @@ class ExchangeConversionTest : public exchange_testing::ExchangeTest {
     std::copy(expected.begin(), expected.end(), destRow.Data());
     const std::string refusal = naive::ConvertRow(from, sourceBytes.data(), to, expected.data(), width, invertAlpha);
 
-    const auto conversion = ConversionBetween(source, dest, invertAlpha);
+    const auto conversion = ConversionBetween(source, dest, {.complementsAlpha = invertAlpha});
     EXPECT_EQ(TakeMessage(), refusal);
     EXPECT_EQ(conversion.has_value(), refusal.empty() && from.family != 0 && to.family != 0);
     if (conversion) conversion->ConvertRow(sourceRow.Data(), destRow.Data(), width);
@@ -86,7 +86,7 @@ TEST_F(ExchangeConversionTest, RowsInTheSameMemoryConvertPixelAfterPixel) {
         std::pair(ImageFormatRGB, ImageFormatG), std::pair(ImageFormatRGB, ImageFormatBGR),
         std::pair(ImageFormatRGB, ImageFormatRGB), std::pair(ImageFormatG, ImageFormatCMYK),
         std::pair(ImageFormatCMYKA, ImageFormatGA), std::pair(ImageFormatGA, ImageFormatABGR)}) {
-    const auto conversion = ConversionBetween(Layout(sourceFormat), Layout(destFormat), true);
+    const auto conversion = ConversionBetween(Layout(sourceFormat), Layout(destFormat), {.complementsAlpha = true});
     ASSERT_TRUE(conversion);
     for (int32_t distance = -20; distance <= 20; ++distance) {
       scenes::Random random(5);
@@ -117,7 +117,7 @@ TEST_F(ExchangeConversionTest, SamplesAmongThoseOfOtherPixelsAreWrittenPixelAfte
   dest.GrayOffset = 7;
   dest.AlphaOffset = 1;
   for (const int32_t sourceFormat : {ImageFormatRGBA, ImageFormatGA}) {
-    const auto conversion = ConversionBetween(Layout(sourceFormat), dest, false);
+    const auto conversion = ConversionBetween(Layout(sourceFormat), dest);
     scenes::Random random(9);
     const auto source = Noise(400, random);
     auto row = Noise(400, random);

@@ -468,6 +468,23 @@ TEST_F(RowConversion, ABlockThatIsTheImagesOwnMemoryIsReadPixelAfterPixel) {
   }
 }
 
+TEST_F(RowConversion, ABlockThatIsAnotherMappingOfTheImagesFileIsReadPixelAfterPixel) {
+  for (const int32_t format : {ImageFormatRGBA, ImageFormatRGBX, ImageFormatARGB}) {
+    auto image = host_.New("PictureZVK");
+    ImageConstructorFile(image, 40, 2, format, 4, nullptr);
+    const auto view = Adopt(ClipImage1(image));
+    FillRows(image);
+    Bytes expected = RowBytes(image, 0);
+    for (size_t x = 0; x < 40; ++x) {
+      const Bytes pixel(expected.begin() + 3 * x, expected.begin() + 3 * x + 3);
+      std::ranges::copy(pixel, expected.begin() + 4 * x + (format == ImageFormatARGB ? 1 : 0));
+    }
+    const auto block = AdoptMemoryBlock(rbGetRow(view, 0));
+    rbSetRowF(image, 0, ImageFormatRGB, block);
+    EXPECT_EQ(RowBytes(image, 0), expected);
+  }
+}
+
 TEST_F(RowConversion, AMovedOffsetIsFollowed) {
   const auto image = New(20, 3, ImageFormatRGBA);
   FillRows(image);

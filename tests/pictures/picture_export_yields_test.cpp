@@ -84,6 +84,21 @@ TEST(ExportYields, AViewWhoseParentIsClosedInAYieldGivesNoMoreRows) {
   }
 }
 
+TEST(ExportYields, AViewWhoseParentIsClosedWhileThePictureIsMadeGivesNoMask) {
+  PluginHost host;
+  auto image = NewImage(host, 3, 4, ImageFormatRGBA), view = Adopt(ClipImage1(image));
+  ImageClassData &record = *RecordOf(image);
+  std::fill_n(record.Buffer, record.TotalSize, 9);
+  YieldAlways(host, view);
+  host->onYield = [&] {
+    if (Yields(host) == 4) record.GetRow = nullptr;
+  };
+  const auto picture = AdoptPicture(rbCopyPictureWithMaskAll(view));
+  ASSERT_TRUE(picture);
+  EXPECT_EQ(Yields(host), 6);
+  EXPECT_EQ(picture->Mask(), nullptr);
+}
+
 TEST(ExportYields, ThePictureIsAsLargeAsTheRectangleWasBeforeTheFirstYield) {
   PluginHost host;
   auto image = NewImage(host, 20, 10, ImageFormatRGB);

@@ -96,6 +96,19 @@ TEST_F(PixelWatchTest, AViewThatHoldsTheCallersBlockNeedsNoOtherImage) {
   EXPECT_FALSE(watchedChannel.HasStorage());  // which has no reference to the block
 }
 
+TEST_F(PixelWatchTest, AViewOfOneThatHoldsTheCallersBlockNeedsNoImageBehindThatOne) {
+  const auto block = host_.NewMemoryBlock(1000);
+  const Image image = host_.New("PictureZVK");
+  ImageConstructorMemory(image, block, 10, 20, ImageFormatRGB, 30);
+  Image clip = Adopt(ClipImage1(image));
+  const Image channel = Adopt(RedChannel(clip));
+  const PixelWatch watch(Record(channel));
+  ImageDestructor(image);
+  EXPECT_TRUE(watch.HasStorage());
+  ImageDestructor(clip);
+  EXPECT_FALSE(watch.HasStorage());
+}
+
 TEST_F(PixelWatchTest, OfAViewThatHadLostItsPixelsBeforeNothingIsKnown) {
   const Image image = NewInFile(), view = Adopt(ClipImage1(image));
   ImageDestructor(image);
