@@ -20,6 +20,8 @@ namespace zvk::filters {
 
 namespace {
 
+using enum ColourFamily;
+
 // --- the window ---
 
 struct Window {
@@ -156,8 +158,7 @@ class BoxBlur {
         window_(window),
         width_(source.Width),
         samples_(int64_t{source.Width} * kChannels),
-        sourceRows_(source, Layout::PackedAlike(source, dest)),
-        destRows_(dest, Layout::PackedAlike(source, dest)),
+        rows_(source, dest),
         columnSums_(samples_),
         windowSums_(samples_),
         leaving_(samples_),
@@ -192,9 +193,9 @@ class BoxBlur {
     if (row == nullptr) {
       std::fill_n(buffer, samples_, uint8_t{0});
     } else if (HasFixedRows(source_)) {
-      return sourceRows_.Read(row, width_, buffer);
+      return rows_.source.Read(row, width_, buffer);
     } else {
-      sourceRows_.Copy(row, width_, buffer);
+      rows_.source.Copy(row, width_, buffer);
     }
     return buffer;
   }
@@ -209,7 +210,7 @@ class BoxBlur {
       ++times;
       if (j < window_.radius && PlaceAt(j + 1, 0, source_.Height) == y) continue;
       if (row != nullptr) {
-        AddSamples(sourceRows_.Read(row, width_, entering_.Get()), times, samples_, columnSums_.Get());
+        AddSamples(rows_.source.Read(row, width_, entering_.Get()), times, samples_, columnSums_.Get());
       }
       times = 0;
     }
@@ -221,7 +222,7 @@ class BoxBlur {
     for (int32_t y = 0; y < source_.Height; ++y) {
       uint8_t *row = FetchRow(dest_, y);
       if (row != nullptr) {
-        destRows_.Write(row, width_, made_.Get(), [&](uint8_t *samples) {
+        rows_.dest.Write(row, width_, made_.Get(), [&](uint8_t *samples) {
           MeansOf(columnSums_.Get(), samples_, window_, samples);
           if (thenAlongRows) BlurAlong(samples, samples);
         });
@@ -240,15 +241,15 @@ class BoxBlur {
 
   void BlurDestAlongRows() {
     ForEachRow(dest_, source_.Height, [&](uint8_t *row, int32_t /*y*/) {
-      const uint8_t *samples = destRows_.Read(row, width_, entering_.Get());
-      destRows_.Write(row, width_, made_.Get(), [&](uint8_t *means) { BlurAlong(samples, means); });
+      const uint8_t *samples = rows_.dest.Read(row, width_, entering_.Get());
+      rows_.dest.Write(row, width_, made_.Get(), [&](uint8_t *means) { BlurAlong(samples, means); });
     });
   }
 
   void BlurAlongRows() {
     ForEachRowPair(dest_, source_, source_.Height, [&](uint8_t *destRow, const uint8_t *sourceRow) {
-      const uint8_t *samples = sourceRows_.Read(sourceRow, width_, entering_.Get());
-      destRows_.Write(destRow, width_, made_.Get(), [&](uint8_t *means) { BlurAlong(samples, means); });
+      const uint8_t *samples = rows_.source.Read(sourceRow, width_, entering_.Get());
+      rows_.dest.Write(destRow, width_, made_.Get(), [&](uint8_t *means) { BlurAlong(samples, means); });
     });
   }
 
@@ -277,8 +278,7 @@ class BoxBlur {
   Window window_;
   int32_t width_;
   int64_t samples_;  // of a row
-  SampleRows<Layout> sourceRows_;
-  SampleRows<Layout> destRows_;
+  SampleRowsOfBoth<Layout> rows_;
   ZeroedBuffer<uint32_t> columnSums_;
   ZeroedBuffer<uint32_t> windowSums_;
   ZeroedBuffer<uint8_t> leaving_;
@@ -292,7 +292,6 @@ class BoxBlur {
 
 REALobject BoxBlurFilter(REALobject instance, REALobject dest, double radius, uint8_t vertical, uint8_t horizontal) {
   const int32_t wholeRadius = Truncate(radius);
-  using enum ColourFamily;
   return RunFilterOn<Gray, RGB, CMYK>(instance, dest,
                                       [&]<class Layout>(Layout, ImageClassData &source, ImageClassData &target) {
                                         // A negative radius has no window at all.

@@ -13,6 +13,8 @@ namespace zvk::filters {
 
 namespace {
 
+using enum ColourFamily;
+
 // Distances from -level to level. `count` is odd, so never 0; like every sum here it wraps.
 struct RandomDistance {
   int32_t level;
@@ -47,7 +49,6 @@ void Diffuse(ImageClassData &source, ImageClassData &dest, int32_t level) {
 }  // namespace
 
 REALobject DifuseFilter(REALobject instance, REALobject dest, int32_t level) {
-  using enum ColourFamily;
   return RunFilterOn<Gray, RGB>(instance, dest,
                                 [&]<class Layout>(Layout, ImageClassData &source, ImageClassData &target) {
                                   Diffuse<Layout>(source, target, level);

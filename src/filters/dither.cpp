@@ -15,6 +15,8 @@ namespace zvk::filters {
 
 namespace {
 
+using enum ColourFamily;
+
 constexpr int32_t kLeastLevels = 2;
 constexpr int32_t kMostLevels = 256;
 
@@ -87,7 +89,6 @@ void Dither(ImageClassData &source, ImageClassData &dest, const DitherMatrix &ma
 
 REALobject DitherFilter(REALobject instance, REALobject dest, int32_t matrix, int32_t levels) {
   const DitherMatrix *const found = DitherMatrixByNumber(matrix);
-  using enum ColourFamily;
   return RunFilterOn<Gray, RGB>(instance, dest,
                                 [&]<class Layout>(Layout, ImageClassData &source, ImageClassData &target) {
                                   if (found == nullptr || levels < kLeastLevels || levels > kMostLevels) return;

@@ -16,7 +16,13 @@ namespace zvk::filters {
 
 namespace {
 
-uint8_t Relief(int32_t sample, int32_t other) { return static_cast<uint8_t>(std::clamp(sample - other + 128, 0, 255)); }
+using enum ColourFamily;
+
+// In 16 bits, of which a vector holds more.
+constexpr uint8_t Relief(uint8_t sample, uint8_t other) {
+  const auto difference = static_cast<int16_t>(sample - other + 128);
+  return static_cast<uint8_t>(std::clamp<int16_t>(difference, 0, 255));
+}
 
 // --- any images: pixel by pixel, the samples of one row in hand before the other row is fetched ---
 
@@ -50,10 +56,7 @@ void EngraveByPixel(ImageClassData &source, ImageClassData &dest, int32_t level)
 
 [[gnu::always_inline]] inline void ReliefOfRowBody(const uint8_t *__restrict samples, const uint8_t *__restrict others,
                                                    ptrdiff_t count, uint8_t *__restrict relief) {
-  for (ptrdiff_t i = 0; i < count; ++i) {
-    const auto difference = static_cast<int16_t>(samples[i] - others[i] + 128);
-    relief[i] = static_cast<uint8_t>(std::clamp<int16_t>(difference, 0, 255));
-  }
+  for (ptrdiff_t i = 0; i < count; ++i) relief[i] = Relief(samples[i], others[i]);
 }
 constexpr auto ReliefOfRow = KernelOf<ReliefOfRowBody>;
 
@@ -67,8 +70,7 @@ class RowEngraver {
         // Wrapping sums lead to neither column in between.
         innerFirst_(static_cast<int32_t>(std::clamp<int64_t>(-int64_t{level}, 0, source.Width))),
         innerEnd_(static_cast<int32_t>(std::clamp<int64_t>(source.Width - int64_t{level}, innerFirst_, source.Width))),
-        sourceRows_(source, Layout::PackedAlike(source, dest)),
-        destRows_(dest, Layout::PackedAlike(source, dest)),
+        rows_(source, dest),
         samples_(int64_t{source.Width} * kChannels),
         others_(int64_t{source.Width} * kChannels),
         made_(int64_t{source.Width} * kChannels) {}
@@ -83,9 +85,9 @@ class RowEngraver {
       const uint8_t *row = FetchRow(source_, y);
       const uint8_t *otherRow = FetchRow(source_, PlaceAt(y, level_, source_.Height));
       if (destRow == nullptr || row == nullptr || otherRow == nullptr) continue;
-      const uint8_t *samples = sourceRows_.Read(row, width, samples_.Get());
-      const uint8_t *others = sourceRows_.Read(otherRow, width, others_.Get());
-      destRows_.Write(destRow, width, made_.Get(), [&](uint8_t *made) { EngraveRow(samples, others, made); });
+      const uint8_t *samples = rows_.source.Read(row, width, samples_.Get());
+      const uint8_t *others = rows_.source.Read(otherRow, width, others_.Get());
+      rows_.dest.Write(destRow, width, made_.Get(), [&](uint8_t *made) { EngraveRow(samples, others, made); });
     }
   }
 
@@ -115,8 +117,7 @@ class RowEngraver {
   int32_t level_;
   int32_t innerFirst_;  // columns whose counterpart lies in the row
   int32_t innerEnd_;
-  SampleRows<Layout> sourceRows_;
-  SampleRows<Layout> destRows_;
+  SampleRowsOfBoth<Layout> rows_;
   ZeroedBuffer<uint8_t> samples_;
   ZeroedBuffer<uint8_t> others_;
   ZeroedBuffer<uint8_t> made_;
@@ -134,7 +135,6 @@ void Engrave(ImageClassData &source, ImageClassData &dest, int32_t level) {
 }  // namespace
 
 REALobject EngraveFilter(REALobject instance, REALobject dest, int32_t level) {
-  using enum ColourFamily;
   return RunFilterOn<Gray, RGB>(instance, dest,
                                 [&]<class Layout>(Layout, ImageClassData &source, ImageClassData &target) {
                                   Engrave<Layout>(source, target, level);

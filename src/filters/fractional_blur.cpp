@@ -48,8 +48,7 @@ class FractionalBlur {
         taps_(taps),
         width_(source.Width),
         rowBytes_(std::max(source.RowSize, 0)),
-        sourceRows_(source, Layout::PackedAlike(source, dest)),
-        destRows_(dest, Layout::PackedAlike(source, dest)) {
+        rows_(source, dest) {
     // The limit is that of a whole row with a margin of 20 bytes.
     const int64_t room = int64_t{source.RowSize} + 20;
     if (room < 1 || room > kLargestAllocation) return;
@@ -75,7 +74,7 @@ class FractionalBlur {
   // A row that cannot be had counts as zeros.
   void Take(int32_t y, const ZeroedBuffer<uint8_t> &buffer) {
     const uint8_t *row = FetchRow(source_, y);
-    sourceRows_.CopyWithin(row, row != nullptr ? rowBytes_ : 0, width_, buffer.Get());
+    rows_.source.CopyWithin(row, row != nullptr ? rowBytes_ : 0, width_, buffer.Get());
   }
 
   void BlurColumns(bool thenAlongRows) {
@@ -89,7 +88,7 @@ class FractionalBlur {
         row.Again();
       }
       if (row) {
-        destRows_.Write(row.Get(), width_, made_.Get(), [&](uint8_t *samples) {
+        rows_.dest.Write(row.Get(), width_, made_.Get(), [&](uint8_t *samples) {
           if (!thenAlongRows) return BlurColumn(y, last, samples);
           BlurColumn(y, last, line_.Get());
           BlurAlong(line_.Get(), samples);
@@ -111,8 +110,8 @@ class FractionalBlur {
 
   void BlurDestAlongRows() {
     ForEachRow(dest_, source_.Height, [&](uint8_t *row, int32_t /*y*/) {
-      destRows_.Copy(row, width_, line_.Get());
-      destRows_.Write(row, width_, made_.Get(), [&](uint8_t *samples) { BlurAlong(line_.Get(), samples); });
+      rows_.dest.Copy(row, width_, line_.Get());
+      rows_.dest.Write(row, width_, made_.Get(), [&](uint8_t *samples) { BlurAlong(line_.Get(), samples); });
     });
   }
 
@@ -132,8 +131,7 @@ class FractionalBlur {
   Taps taps_;
   int32_t width_;
   int64_t rowBytes_;
-  SampleRows<Layout> sourceRows_;
-  SampleRows<Layout> destRows_;
+  SampleRowsOfBoth<Layout> rows_;
   ZeroedBuffer<uint8_t> above_;
   ZeroedBuffer<uint8_t> middle_;
   ZeroedBuffer<uint8_t> below_;

@@ -17,6 +17,8 @@ namespace zvk::filters {
 
 namespace {
 
+using enum ColourFamily;
+
 // The root of twice the sum of the squares, as a whole number up to 510. Roots of whole numbers that small, at most
 // 260100, come out the same in single and in double precision: none is rounded up to a whole number.
 [[gnu::always_inline]] inline int32_t Contour(int32_t sample, int32_t right, int32_t below) {
@@ -37,11 +39,7 @@ template <class Layout>
 class NeonContours {
  public:
   NeonContours(ImageClassData &source, ImageClassData &dest)
-      : source_(source),
-        dest_(dest),
-        rowBytes_(std::max(source.RowSize, 0)),
-        sourceRows_(source, Layout::PackedAlike(source, dest)),
-        destRows_(dest, Layout::PackedAlike(source, dest)) {
+      : source_(source), dest_(dest), rowBytes_(std::max(source.RowSize, 0)), rows_(source, dest) {
     // The limit is that of a whole row with a margin of 16 bytes.
     const int64_t room = int64_t{source.RowSize} + 16;
     if (room < 1 || room > kLargestAllocation) return;
@@ -64,7 +62,7 @@ class NeonContours {
         std::fill_n(below_.Get(), (int64_t{width} + 1) * kChannels, uint8_t{0});
       }
       if (destRow) {
-        destRows_.Write(destRow.Get(), width, made_.Get(), [&](uint8_t *contours) { MakeRow(y, contours); });
+        rows_.dest.Write(destRow.Get(), width, made_.Get(), [&](uint8_t *contours) { MakeRow(y, contours); });
       }
       std::swap(row_, below_);
     }
@@ -76,7 +74,7 @@ class NeonContours {
   // One pixel more than the row has. A row that cannot be had counts as zeros.
   void Take(int32_t y, const ZeroedBuffer<uint8_t> &buffer) {
     const uint8_t *row = FetchRow(source_, y);
-    sourceRows_.CopyWithin(row, row != nullptr ? rowBytes_ : 0, source_.Width + 1, buffer.Get());
+    rows_.source.CopyWithin(row, row != nullptr ? rowBytes_ : 0, source_.Width + 1, buffer.Get());
   }
 
   void MakeRow(int32_t y, uint8_t *contours) const {
@@ -89,7 +87,7 @@ class NeonContours {
   void MakeYellowOfRow(int32_t y, uint8_t *contours) const {
     constexpr size_t kYellow = 2;
     static_assert(Layout::channels[kYellow] == &ImageClassData::YellowOffset);
-    const ptrdiff_t place = sourceRows_.PlaceOf(kYellow);
+    const ptrdiff_t place = rows_.source.PlaceOf(kYellow);
     for (int32_t x = 0; x < source_.Width; ++x) {
       const ptrdiff_t i = x * kChannels + place;
       contours[i] = static_cast<uint8_t>(y > 255 ? 255 : Contour(row_[i], row_[i + kChannels], below_[i]));
@@ -99,8 +97,7 @@ class NeonContours {
   ImageClassData &source_;
   ImageClassData &dest_;
   int64_t rowBytes_;
-  SampleRows<Layout> sourceRows_;
-  SampleRows<Layout> destRows_;
+  SampleRowsOfBoth<Layout> rows_;
   ZeroedBuffer<uint8_t> row_;
   ZeroedBuffer<uint8_t> below_;
   ZeroedBuffer<uint8_t> made_;
@@ -109,7 +106,6 @@ class NeonContours {
 }  // namespace
 
 REALobject NeonFilter(REALobject instance, REALobject dest) {
-  using enum ColourFamily;
   return RunFilterOn<Gray, RGB, CMYK>(instance, dest,
                                       [&]<class Layout>(Layout, ImageClassData &source, ImageClassData &target) {
                                         NeonContours<Layout> contours(source, target);

@@ -16,6 +16,8 @@ namespace zvk::filters {
 
 namespace {
 
+using enum ColourFamily;
+
 constexpr int32_t kMostLevels = 256;
 
 // What is written where no pixel lies in range.
@@ -215,7 +217,6 @@ void Paint(ImageClassData &source, ImageClassData &dest, int32_t levels, int32_t
 }  // namespace
 
 REALobject OilFilter(REALobject instance, REALobject dest, int32_t levels, int32_t range) {
-  using enum ColourFamily;
   return RunFilterOn<Gray, RGB, CMYK>(instance, dest,
                                       [&]<class Layout>(Layout, ImageClassData &source, ImageClassData &target) {
                                         // Without a level there is no bin that a sample could go into.

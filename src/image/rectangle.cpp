@@ -21,7 +21,7 @@ void FitAxis(int32_t &position, int32_t &size, int32_t limit) {
 }
 
 // One axis of FitTransfer: source before 0, fold the negative size, destination before 0, then the two far edges.
-void FitAxis(int32_t &dest, int32_t &size, int32_t &source, int32_t destLimit, int32_t sourceLimit) {
+void FitTransferAxis(int32_t &dest, int32_t &size, int32_t &source, int32_t destLimit, int32_t sourceLimit) {
   if (source < 0) {
     size += source;
     dest += source;
@@ -48,7 +48,7 @@ void CutAxis(int32_t &position, int32_t &size, int32_t limit) {
   size = static_cast<int32_t>(std::clamp<int64_t>(int64_t{limit} - position, 0, std::max(size, 0)));
 }
 
-void CutAxis(int32_t &dest, int32_t &size, int32_t &source, int32_t destLimit, int32_t sourceLimit) {
+void CutTransferAxis(int32_t &dest, int32_t &size, int32_t &source, int32_t destLimit, int32_t sourceLimit) {
   const int64_t first = std::max<int64_t>({0, -int64_t{dest}, -int64_t{source}});
   const int64_t end = std::min<int64_t>({size, int64_t{destLimit} - dest, int64_t{sourceLimit} - source});
   if (end <= first) {
@@ -60,32 +60,40 @@ void CutAxis(int32_t &dest, int32_t &size, int32_t &source, int32_t destLimit, i
   size = static_cast<int32_t>(end - first);
 }
 
+// --- both axes by the same rule ---
+
+Rectangle OnBothAxes(Rectangle rectangle, int32_t imageWidth, int32_t imageHeight,
+                     void (*rule)(int32_t &, int32_t &, int32_t)) {
+  rule(rectangle.x, rectangle.width, imageWidth);
+  rule(rectangle.y, rectangle.height, imageHeight);
+  return rectangle;
+}
+
+Transfer OnBothAxes(Transfer transfer, int32_t destWidth, int32_t destHeight, int32_t sourceWidth, int32_t sourceHeight,
+                    void (*rule)(int32_t &, int32_t &, int32_t &, int32_t, int32_t)) {
+  rule(transfer.destX, transfer.width, transfer.sourceX, destWidth, sourceWidth);
+  rule(transfer.destY, transfer.height, transfer.sourceY, destHeight, sourceHeight);
+  return transfer;
+}
+
 }  // namespace
 
 Rectangle FitRectangle(Rectangle rectangle, int32_t imageWidth, int32_t imageHeight) {
-  FitAxis(rectangle.x, rectangle.width, imageWidth);
-  FitAxis(rectangle.y, rectangle.height, imageHeight);
-  return rectangle;
+  return OnBothAxes(rectangle, imageWidth, imageHeight, FitAxis);
 }
 
 Transfer FitTransfer(Transfer transfer, int32_t destWidth, int32_t destHeight, int32_t sourceWidth,
                      int32_t sourceHeight) {
-  FitAxis(transfer.destX, transfer.width, transfer.sourceX, destWidth, sourceWidth);
-  FitAxis(transfer.destY, transfer.height, transfer.sourceY, destHeight, sourceHeight);
-  return transfer;
+  return OnBothAxes(transfer, destWidth, destHeight, sourceWidth, sourceHeight, FitTransferAxis);
 }
 
 Rectangle CutToImage(Rectangle rectangle, int32_t imageWidth, int32_t imageHeight) {
-  CutAxis(rectangle.x, rectangle.width, imageWidth);
-  CutAxis(rectangle.y, rectangle.height, imageHeight);
-  return rectangle;
+  return OnBothAxes(rectangle, imageWidth, imageHeight, CutAxis);
 }
 
 Transfer CutToImages(Transfer transfer, int32_t destWidth, int32_t destHeight, int32_t sourceWidth,
                      int32_t sourceHeight) {
-  CutAxis(transfer.destX, transfer.width, transfer.sourceX, destWidth, sourceWidth);
-  CutAxis(transfer.destY, transfer.height, transfer.sourceY, destHeight, sourceHeight);
-  return transfer;
+  return OnBothAxes(transfer, destWidth, destHeight, sourceWidth, sourceHeight, CutTransferAxis);
 }
 
 }  // namespace zvk::image

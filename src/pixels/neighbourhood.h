@@ -114,4 +114,15 @@ class SampleRows {
   bool packed_;
 };
 
+// The rows of both images of a call.
+template <class Layout>
+struct SampleRowsOfBoth {
+  SampleRowsOfBoth(const ImageClassData &sourceImage, const ImageClassData &destImage)
+      : source(sourceImage, Layout::PackedAlike(sourceImage, destImage)),
+        dest(destImage, Layout::PackedAlike(sourceImage, destImage)) {}
+
+  SampleRows<Layout> source;
+  SampleRows<Layout> dest;
+};
+
 }  // namespace zvk::pixels

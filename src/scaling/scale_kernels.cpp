@@ -43,30 +43,32 @@ template <int32_t SampleCount, ScaleValues Values, int32_t Rows, class Sample>
   }
 }
 
+using enum ScaleValues;
+
+// The kernels for each of these numbers of samples.
+template <class Sample, ScaleValues Values, int32_t... SampleCounts>
+constexpr ColumnKernel<Sample> kForOneRow[] = {KernelOf<SumColumns<SampleCounts, Values, 1, Sample>>...};
+template <class Sample, ScaleValues Values, int32_t... SampleCounts>
+constexpr ColumnKernel<Sample> kForBatch[] = {
+    KernelOf<SumColumns<SampleCounts, Values, RowBatch(SampleCounts, Values), Sample>>...};
+
 }  // namespace
 
-template <int32_t SampleCount, ScaleValues Values, int32_t Rows, class Sample>
-const ColumnKernel<Sample> &ColumnSummation() {
-  return KernelOf<SumColumns<SampleCount, Values, Rows, Sample>>;
+template <>
+const ColumnKernel<uint8_t> &ColumnSummation(int32_t sampleCount, ScaleValues values, int32_t rows) {
+  if (values == kGrayOfColour) {
+    constexpr auto &kRow = kForOneRow<uint8_t, kGrayOfColour, 3, 4>, &kBatch = kForBatch<uint8_t, kGrayOfColour, 3, 4>;
+    return (rows == 1 ? kRow : kBatch)[sampleCount - 3];
+  }
+  constexpr auto &kRow = kForOneRow<uint8_t, kSamples, 1, 2, 3, 4, 5>,
+                 &kBatch = kForBatch<uint8_t, kSamples, 1, 2, 3, 4, 5>;
+  return (rows == 1 ? kRow : kBatch)[sampleCount - 1];
 }
 
-using enum ScaleValues;
-template const ColumnKernel<uint8_t> &ColumnSummation<1, kSamples, 1, uint8_t>();
-template const ColumnKernel<uint8_t> &ColumnSummation<1, kSamples, RowBatch(1, kSamples), uint8_t>();
-template const ColumnKernel<uint8_t> &ColumnSummation<2, kSamples, 1, uint8_t>();
-template const ColumnKernel<uint8_t> &ColumnSummation<2, kSamples, RowBatch(2, kSamples), uint8_t>();
-template const ColumnKernel<uint8_t> &ColumnSummation<3, kSamples, 1, uint8_t>();
-template const ColumnKernel<uint8_t> &ColumnSummation<3, kSamples, RowBatch(3, kSamples), uint8_t>();
-template const ColumnKernel<uint8_t> &ColumnSummation<4, kSamples, 1, uint8_t>();
-template const ColumnKernel<uint8_t> &ColumnSummation<4, kSamples, RowBatch(4, kSamples), uint8_t>();
-template const ColumnKernel<uint8_t> &ColumnSummation<5, kSamples, 1, uint8_t>();
-template const ColumnKernel<uint8_t> &ColumnSummation<5, kSamples, RowBatch(5, kSamples), uint8_t>();
-template const ColumnKernel<uint8_t> &ColumnSummation<3, kGrayOfColour, 1, uint8_t>();
-template const ColumnKernel<uint8_t> &ColumnSummation<3, kGrayOfColour, RowBatch(3, kGrayOfColour), uint8_t>();
-template const ColumnKernel<uint8_t> &ColumnSummation<4, kGrayOfColour, 1, uint8_t>();
-template const ColumnKernel<uint8_t> &ColumnSummation<4, kGrayOfColour, RowBatch(4, kGrayOfColour), uint8_t>();
-template const ColumnKernel<uint16_t> &ColumnSummation<1, kSamples, 1, uint16_t>();
-template const ColumnKernel<uint16_t> &ColumnSummation<1, kSamples, RowBatch(1, kSamples), uint16_t>();
+template <>
+const ColumnKernel<uint16_t> &ColumnSummation(int32_t /*sampleCount*/, ScaleValues /*values*/, int32_t rows) {
+  return (rows == 1 ? kForOneRow<uint16_t, kSamples, 1> : kForBatch<uint16_t, kSamples, 1>)[0];
+}
 
 // --- rows ---
 

@@ -71,11 +71,16 @@ struct ColumnSums {
   Sample *values;  // finished output columns of values x rows
 };
 
-// Made for 1 row and for a RowBatch, for one to five samples as they are, and for gray of three and four.
+// The kernel for 1 row or for a RowBatch: of bytes for one to five samples as they are, and for gray of three and four;
+// of wide samples for one as it is.
 template <class Sample>
 using ColumnKernel = Kernel<void(const ColumnSums<Sample> &columns)>;
-template <int32_t SampleCount, ScaleValues Values, int32_t Rows, class Sample>
-const ColumnKernel<Sample> &ColumnSummation();
+template <class Sample>
+const ColumnKernel<Sample> &ColumnSummation(int32_t sampleCount, ScaleValues values, int32_t rows);
+template <>
+const ColumnKernel<uint8_t> &ColumnSummation(int32_t sampleCount, ScaleValues values, int32_t rows);
+template <>
+const ColumnKernel<uint16_t> &ColumnSummation(int32_t sampleCount, ScaleValues values, int32_t rows);
 
 // One finished row of `count` samples out of `rowCount` rows of samples, which need not be aligned, by their weights.
 // Made for uint8_t and uint16_t.

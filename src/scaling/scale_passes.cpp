@@ -249,9 +249,9 @@ class StagedColumns {
     for (int32_t x = 0; x < job_.Width;) {
       const Stretch stretch = StretchFrom(job_, x, columns_);
       Stage<Rows>(rows, stretch);
-      ColumnSummation<Pair.Read.count, Pair.Values, Rows, Sample>()(
-          {samples_.Get(), stretch.firstColumn, job_.Table + x, stretch.lists, rounding,
-           values_.Get() + int64_t{x} * kValues<Pair> * Rows});
+      ColumnSummation<Sample>(Pair.Read.count, Pair.Values,
+                              Rows)({samples_.Get(), stretch.firstColumn, job_.Table + x, stretch.lists, rounding,
+                                     values_.Get() + int64_t{x} * kValues<Pair> * Rows});
       x += stretch.lists;
     }
     for (int32_t row = 0; row < Rows; ++row) WriteRow<Rows>(y + row, row);

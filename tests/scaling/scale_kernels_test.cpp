@@ -149,7 +149,7 @@ void ExpectPlainColumnSums() {
       }
     }
   }
-  ForEachForm(ColumnSummation<SampleCount, Values, Rows, Sample>(), [&](auto sumColumns) {
+  ForEachForm(ColumnSummation<Sample>(SampleCount, Values, Rows), [&](auto sumColumns) {
     std::vector<Sample> values(expected.size(), Sample{77});
     sumColumns({samples.data(), kFirstColumn, lists, 4, 0.5, values.data()});
     ASSERT_EQ(values, expected) << SampleCount << " samples, " << Rows << " rows";
