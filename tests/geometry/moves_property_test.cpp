@@ -109,8 +109,7 @@ TEST_F(MovesProperty, ViewsOfOneStorageTurnedIntoEachOtherGiveThePlainBytes) {
   CheckCases([this](Random &random) {
     const AnyTurn turn(random);
     const int32_t width = random.Between(1, 14), height = random.Between(1, 14);
-    const StoredImage storage =
-        AnyStored(random, host_, AnyKind(random), width, height, AnyMovedFormat(random), false);
+    const StoredImage storage = AnyStored(random, host_, AnyKind(random), width, height, AnyMovedFormat(random), false);
     const auto source = AnyOddView(random, storage);
     const auto dest = random.OneIn(2) ? source : AnyOddView(random, storage);
     const Bytes before = storage.Bytes();
