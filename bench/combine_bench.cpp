@@ -6,7 +6,7 @@
 
 #include "bench/bench_host.h"
 #include "compositing/combine.h"
-#include "geometry/copy_pixels.h"
+#include "compositing/copy_pixels.h"
 #include "image/image_formats.h"
 
 namespace zvk::bench {

@@ -1,8 +1,8 @@
 #include "compositing/combine.h"
 
 #include "compositing/combine_kernels.h"
+#include "compositing/copy_pixels.h"
 #include "compositing/flat_colours.h"
-#include "geometry/copy_pixels.h"
 #include "image/image_record.h"
 #include "image/rectangle.h"
 #include "pixels/pixel_watch.h"
@@ -90,7 +90,7 @@ uint8_t PictureCombine1pm(REALobject instance, REALobject image, uint8_t preMult
                           uint8_t useColours, int32_t foreColour, int32_t maskColour) {
   if (instance == nullptr || image == nullptr || width <= 0 || height <= 0) return false;
   if (mask == nullptr && foreColour < 0 && maskColour < 0) {
-    return geometry::rbCopyPixels8(instance, image, destX, destY, width, height, sourceX, sourceY);
+    return rbCopyPixels8(instance, image, destX, destY, width, height, sourceX, sourceY);
   }
   if (mask != nullptr) {
     return Case2(instance, image, preMultipliedSource, mask, destX, destY, sourceX, sourceY, width, height);

@@ -6,6 +6,7 @@
 #include <type_traits>
 
 #include "compositing/combine.h"
+#include "compositing/copy_pixels.h"
 #include "exchange/raw_rows.h"
 #include "exchange/row_conversion.h"
 #include "exchange/row_strings.h"
@@ -20,7 +21,6 @@
 #include "filters/stamp_filter.h"
 #include "filters/tone_filters.h"
 #include "filters/unsharp.h"
-#include "geometry/copy_pixels.h"
 #include "geometry/mirror.h"
 #include "geometry/rotate.h"
 #include "geometry/turns.h"

@@ -6,7 +6,7 @@
 #include <functional>
 #include <vector>
 
-#include "geometry/copy_pixels.h"
+#include "compositing/copy_pixels.h"
 #include "image/image_formats.h"
 #include "image/image_storage.h"
 #include "image/views.h"

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "compositing/combine.h"
+#include "compositing/copy_pixels.h"
 #include "exchange/raw_rows.h"
 #include "exchange/row_conversion.h"
 #include "exchange/row_strings.h"
@@ -22,7 +23,6 @@
 #include "filters/stamp_filter.h"
 #include "filters/tone_filters.h"
 #include "filters/unsharp.h"
-#include "geometry/copy_pixels.h"
 #include "geometry/mirror.h"
 #include "geometry/rotate.h"
 #include "geometry/turns.h"

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "geometry/copy_pixels.h"
+#include "compositing/copy_pixels.h"
 #include "tests/naive/copy_pixels.h"
 #include "tests/scenes/cases.h"
 #include "tests/scenes/formats.h"
@@ -11,7 +11,7 @@
 #include "tests/scenes/stored_image.h"
 #include "tests/scenes/views.h"
 
-namespace zvk::geometry {
+namespace zvk::compositing {
 namespace {
 
 using naive::copying::Numbers;
@@ -93,4 +93,4 @@ TEST_F(CopyPixelsProperty, NumbersAnywhereIn32BitsLeadNowhereElse) {
 }
 
 }  // namespace
-}  // namespace zvk::geometry
+}  // namespace zvk::compositing

@@ -1,4 +1,4 @@
-#include "geometry/copy_pixels.h"
+#include "compositing/copy_pixels.h"
 
 #include <algorithm>
 #include <climits>
@@ -14,7 +14,7 @@
 #include "pixels/row_walker.h"
 #include "pixels/wide_samples.h"
 
-namespace zvk::geometry {
+namespace zvk::compositing {
 
 namespace {
 
@@ -162,4 +162,4 @@ uint8_t rbCopyPixels2(REALobject instance, REALobject source) {
   return dest != nullptr && rbCopyPixels8(instance, source, 0, 0, dest->Width, dest->Height, 0, 0);
 }
 
-}  // namespace zvk::geometry
+}  // namespace zvk::compositing

@@ -5,7 +5,7 @@
 
 #include "abi/host_layouts.h"
 
-namespace zvk::geometry {
+namespace zvk::compositing {
 
 // Handlers: copy a rectangle of `source` into the image, converting between gray, RGB and CMYK and between 8 and 16
 // bits of gray where a conversion is defined. Positions and sizes are in pixels. A negative size extends to the other
@@ -21,4 +21,4 @@ uint8_t rbCopyPixels6(REALobject instance, REALobject source, int32_t destX, int
 // The source from its corner into the whole image.
 uint8_t rbCopyPixels2(REALobject instance, REALobject source);
 
-}  // namespace zvk::geometry
+}  // namespace zvk::compositing

@@ -1,4 +1,4 @@
-#include "geometry/copy_pixels.h"
+#include "compositing/copy_pixels.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -16,7 +16,7 @@
 #include "tests/scenes/stored_image.h"
 #include "tests/scenes/yields.h"
 
-namespace zvk::geometry {
+namespace zvk::compositing {
 namespace {
 
 using scenes::Kind;
@@ -521,4 +521,4 @@ TEST_F(CopyPixels, AnImageThatTheHostClosesInAYieldEndsTheCopy) {
 }
 
 }  // namespace
-}  // namespace zvk::geometry
+}  // namespace zvk::compositing

@@ -3,13 +3,13 @@
 #include <cstdint>
 #include <vector>
 
-#include "geometry/copy_pixels.h"
+#include "compositing/copy_pixels.h"
 #include "image/image_formats.h"
 #include "image/image_storage.h"
 #include "tests/naive/copy_pixels.h"
 #include "tests/scenes/stored_image.h"
 
-namespace zvk::geometry {
+namespace zvk::compositing {
 namespace {
 
 using scenes::Kind;
@@ -170,4 +170,4 @@ TEST_F(CopyConversionTest, EveryPairOfFormatsIsCopiedAsThePlainLoopsSayOnEverySt
 }
 
 }  // namespace
-}  // namespace zvk::geometry
+}  // namespace zvk::compositing
