@@ -173,10 +173,8 @@ template <class Key, size_t kChannels>
     dest += row.destPixelSize;
   }
 }
-// AVX-512 gains nothing here, and the loop over single samples that the compiler makes for it took twice the time.
-template <class Key, size_t kChannels, class Forms = CompiledForms<PaintRowBody<Key, kChannels>>>
-constexpr Kernel<void(const OilRow<kChannels> &, uint8_t *)> PaintRow({Forms::Baseline, Forms::Baseline, Forms::AVX2,
-                                                                       Forms::AVX2});
+template <class Key, size_t kChannels>
+constexpr auto PaintRow = KernelUpToAVX2<PaintRowBody<Key, kChannels>>;
 
 // False, with nothing written, if there is no memory or a row cannot be had.
 template <class Layout>

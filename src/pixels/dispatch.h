@@ -63,10 +63,16 @@ struct CompiledForms<kBody> {
 
   // SSSE3 runs the form of the baseline: one more of every kernel is not worth its bytes.
   static constexpr Kernel<Result(Args...)> kKernel{{Baseline, Baseline, AVX2, AVX512}};
+  static constexpr Kernel<Result(Args...)> kKernelUpToAVX2{{Baseline, Baseline, AVX2, AVX2}};
 };
 
 // The kernel of a body.
 template <auto kBody>
 inline constexpr auto KernelOf = CompiledForms<kBody>::kKernel;
+
+// The kernel of a body that the compiler makes slower for AVX-512, as measured: a loop over single samples. At that level
+// it runs its form for AVX2.
+template <auto kBody>
+inline constexpr auto KernelUpToAVX2 = CompiledForms<kBody>::kKernelUpToAVX2;
 
 }  // namespace zvk::pixels
