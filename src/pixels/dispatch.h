@@ -70,8 +70,8 @@ struct CompiledForms<kBody> {
 template <auto kBody>
 inline constexpr auto KernelOf = CompiledForms<kBody>::kKernel;
 
-// The kernel of a body that the compiler makes slower for AVX-512, as measured: a loop over single samples. At that level
-// it runs its form for AVX2.
+// The kernel of a body that the compiler makes slower for AVX-512, as measured: a loop over single samples. At that
+// level it runs its form for AVX2.
 template <auto kBody>
 inline constexpr auto KernelUpToAVX2 = CompiledForms<kBody>::kKernelUpToAVX2;
 
