@@ -8,9 +8,9 @@
 
 #include "host/host_services.h"
 #include "image/image_formats.h"
-#include "image/views.h"
 #include "pictures/masked_drawing.h"
 #include "pictures/picture_import.h"
+#include "tests/pictures/closed_parent.h"
 #include "tests/pictures/picture_testing.h"
 
 namespace zvk::pictures {
@@ -471,21 +471,11 @@ TEST(MaskedDrawingYields, AViewWhoseParentIsClosedInAYieldGetsNoMoreRows) {
   const MaskedPicture masked(host, 4, 3);
   for (const Draw2 draw : kDraws2) {
     for (const int32_t closingYield : {1, 2, 3, 6}) {
-      auto image = NewImage(host, 4, 3, ImageFormatRGBA), view = Adopt(ClipImage1(image));
-      ImageClassData &record = *RecordOf(image);
-      const Bytes before = StorageOf(record);
-      YieldAlways(host, view);
-      int32_t yields = 0;
-      Bytes atClosing;
-      host->onYield = [&] {
-        if (++yields != closingYield) return;
-        record.GetRow = nullptr;
-        atClosing = StorageOf(record);
-      };
-      draw(view, masked.picture, false);
-      EXPECT_EQ(StorageOf(record), atClosing);
-      EXPECT_EQ(atClosing != before, closingYield > 2);
-      EXPECT_EQ(yields, 6);
+      const ClosedParent drawn = DrawWhileParentCloses(host, ImageFormatRGBA, closingYield,
+                                                       [&](REALobject view) { draw(view, masked.picture, false); });
+      EXPECT_EQ(drawn.after, drawn.atClosing);
+      EXPECT_EQ(drawn.atClosing != drawn.before, closingYield > 2);
+      EXPECT_EQ(drawn.yields, 6);
     }
   }
   masked.ExpectReferencesLeft(8);
