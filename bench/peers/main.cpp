@@ -1,5 +1,6 @@
 // Measures the plug-in and other libraries side by side, each on one thread: the contestants of a row take turns, and
 // the least time of each counts. Prints lines of fields with tabs between them, of which report.py makes tables:
+//   turns, number
 //   library, name, version
 //   time, section, row, library, milliseconds, 1 if it may be the fastest of its row, a note on it
 //   end
@@ -103,15 +104,17 @@ Task PrepareAsWorker(const std::vector<Row> &rows, const std::string &words) {
 
 void Run(const Options &options) {
   const std::vector<Row> rows = Rows(options.Divisor());
+  const auto isWanted = [&](const Row &row) { return row.name.find(options.only) != std::string::npos; };
   if (options.worker) {
     Work([&](const std::string &words) { return PrepareAsWorker(rows, words); });
     return;
   }
-  std::cout << "library\tzimg\t" << ZimgVersion() << "\nlibrary\tPillow\t" << PillowVersion() << "\nlibrary\tlibvips\t"
-            << VipsVersion() << "\nlibrary\tOpenCV\t" << OpenCVVersion() << "\nlibrary\tpixman\t" << PixmanVersion()
-            << std::endl;
+  if (std::ranges::none_of(rows, isWanted)) throw std::runtime_error("no task has " + options.only + " in its name");
+  std::cout << "turns\t" << options.Turns() << "\nlibrary\tzimg\t" << ZimgVersion() << "\nlibrary\tPillow\t"
+            << PillowVersion() << "\nlibrary\tlibvips\t" << VipsVersion() << "\nlibrary\tOpenCV\t" << OpenCVVersion()
+            << "\nlibrary\tpixman\t" << PixmanVersion() << std::endl;
   for (size_t i = 0; i < rows.size(); ++i) {
-    if (rows[i].name.find(options.only) != std::string::npos) Measure(i, rows[i], options);
+    if (isWanted(rows[i])) Measure(i, rows[i], options);
   }
   std::cout << "end" << std::endl;
 }

@@ -43,18 +43,20 @@ class Row:
 
 
 def read(lines):
-    """Versions by library, and rows. Exits if the measuring has not come to its end."""
-    versions, rows = {}, {}
+    """Turns, versions by library, and rows. Exits if the measuring has not come to its end."""
+    turns, versions, rows = 0, {}, {}
     for line in lines:
         kind, *fields = line.rstrip("\n").split("\t")
-        if kind == "library":
+        if kind == "turns":
+            turns = int(fields[0])
+        elif kind == "library":
             versions[fields[0]] = fields[1]
         elif kind == "time":
             section, name, library, ms, comparable, note = fields
             row = rows.setdefault((section, name), Row(section, name, []))
             row.times.append(Time(library, float(ms), comparable == "1", note))
         elif kind == "end":
-            return versions, list(rows.values())
+            return turns, versions, list(rows.values())
     sys.exit(1)  # bench_peers has said why
 
 
@@ -77,7 +79,7 @@ class Notes:
         return self.superscript(self.texts.index(note) + 1)
 
     def lines(self):
-        return [f"{self.superscript(i)} {text}." for i, text in enumerate(self.texts, 1)]
+        return [f"{self.superscript(i)} {text[0].upper()}{text[1:]}." for i, text in enumerate(self.texts, 1)]
 
     @staticmethod
     def superscript(number):
@@ -124,7 +126,7 @@ def own_table(rows):
     return markdown(["Task: first / second", "First", "Second", "Ratio"], lines)
 
 
-def report(versions, rows):
+def report(turns, versions, rows):
     notes = Notes()
     lines = []
     for section in dict.fromkeys(row.section for row in rows):
@@ -134,8 +136,8 @@ def report(versions, rows):
         lines.append("")
     lines += [line + "  " for line in notes.lines()] + [""]
     known = ", ".join(f"{library} {version}" for library, version in versions.items())
-    lines.append(f"Milliseconds of the processor on one thread (of two threads: on the wall), the least of nine turns on "
-                 f"{processor()}; in brackets, ours over theirs. {known}.")
+    lines.append(f"Milliseconds of the processor on one thread (of two threads: on the wall); in brackets, ours over "
+                 f"theirs. The least of {turns} turn{'s' if turns > 1 else ''} on {processor()}, with {known}.")
     return "\n".join(lines) + "\n"
 
 
@@ -156,7 +158,7 @@ def plot(rows):
     for i, (library, colour) in enumerate(COLOURS.items()):
         x = left + 90 * i
         out.append(f'<circle cx="{x}" cy="14" r="4.5" fill="{colour}"/><text x="{x + 9}" y="18">{library}</text>')
-    out.append(f'<text x="10" y="18">Our time over theirs</text>')
+    out.append('<text x="10" y="18">Our time over theirs</text>')
     out.append(f'<circle cx="{left}" cy="32" r="4" fill="white" stroke="#555"/>'
                f'<text x="{left + 9}" y="36">not quite the same work</text>')
     for power in range(low, high + 1):
@@ -178,12 +180,13 @@ def main():
     if sys.argv[1:] not in ([], ["--write"]):
         print(f"report.py: unknown option {' '.join(sys.argv[1:])}", file=sys.stderr)
         sys.exit(2)
-    versions, rows = read(sys.stdin)
-    text = report(versions, rows)
+    turns, versions, rows = read(sys.stdin)
+    text = report(turns, versions, rows)
     print(text, end="")
     if sys.argv[1:]:
         before, rest = README.read_text().split(BEGIN)
-        README.write_text(before + BEGIN + text + END + rest.split(END)[1])
+        image = f"![Our time over that of other libraries](../{PLOT.relative_to(ROOT)})\n\n"
+        README.write_text(before + BEGIN + image + text + END + rest.split(END)[1])
         PLOT.write_text(plot(rows))
 
 
