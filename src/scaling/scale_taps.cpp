@@ -1,5 +1,7 @@
 #include "scaling/scale_taps.h"
 
+#include <array>
+#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
@@ -23,6 +25,30 @@ bool IsAllowed(int64_t count) {
   return count >= 1 && count <= kLargestAllocation / int64_t{sizeof(T)};
 }
 
+// A kernel that remembers its values: at whole ratios, and many others, the same distances come again in every list.
+class RememberedKernel {
+ public:
+  explicit RememberedKernel(double (*kernel)(double)) : kernel_(kernel) { distances_.fill(-1.0); }
+
+  // `distance` is 0 or more.
+  double operator()(double distance) {
+    // Multiplied by the golden ratio, the highest bits differ where any bits do.
+    const size_t place = std::bit_cast<uint64_t>(distance) * 0x9E3779B97F4A7C15U >> (64 - kPlaceBits);
+    if (distances_[place] != distance) {
+      distances_[place] = distance;
+      values_[place] = kernel_(distance);
+    }
+    return values_[place];
+  }
+
+ private:
+  static constexpr int kPlaceBits = 9;
+
+  double (*kernel_)(double);
+  std::array<double, size_t{1} << kPlaceBits> distances_;
+  std::array<double, size_t{1} << kPlaceBits> values_;
+};
+
 // How a filter lies over an axis at one scale.
 class Sampling {
  public:
@@ -39,7 +65,7 @@ class Sampling {
   int64_t Capacity() const { return IsAllowed<ScaleTap>(capacity_) ? capacity_ : 0; }
 
   // The taps of the output position `position`, counted from 0.
-  void Fill(double position, ScaleTapList &list) const {
+  void Fill(double position, ScaleTapList &list) {
     const double centre = (position + 0.5) / scale_;
     int32_t left = Truncate(outward_ ? std::floor(centre - window_) : centre - window_);
     int32_t right = Truncate(outward_ ? std::ceil(centre + window_) : centre + window_);
@@ -60,7 +86,7 @@ class Sampling {
   }
 
  private:
-  double (*kernel_)(double);
+  RememberedKernel kernel_;
   double scale_;
   bool shrinks_;
   double window_;
@@ -75,7 +101,7 @@ bool ScaleTapTable::Build(const ScaleFilter &filter, const ScaleAxis &axis, int3
                           int32_t sourceSize, ImageClassData *yieldImage) {
   lists_.reset();
   if (!IsAllowed<ScaleTapList>(count)) return false;
-  const Sampling sampling(filter, axis, scale, sourceSize);
+  Sampling sampling(filter, axis, scale, sourceSize);
   const int64_t capacity = sampling.Capacity();
   // What is allowed for the lists and for the taps of each may be more for all of them.
   const int64_t size = count * (int64_t{sizeof(ScaleTapList)} + capacity * int64_t{sizeof(ScaleTap)});

@@ -24,6 +24,10 @@ struct ScaleTapList {
   float WeightSum;  // added up from the unrounded weights
 };
 
+// The first position of a list that has a tap, and one beyond the last.
+inline int32_t FirstIndex(const ScaleTapList &list) { return list.Taps[0].SourceIndex; }
+inline int32_t EndIndex(const ScaleTapList &list) { return list.Taps[list.TapCount - 1].SourceIndex + 1; }
+
 // The two directions differ in their windows and capacities.
 struct ScaleAxis {
   int32_t ScaleFilter::*Capacity;            // taps of a list at a scale of 1 or more
