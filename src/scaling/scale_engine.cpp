@@ -11,6 +11,7 @@
 #include "scaling/scale_pairs.h"
 #include "scaling/scale_passes.h"
 #include "scaling/scale_taps.h"
+#include "scaling/short_passes.h"
 #include "scaling/thread_runner.h"
 #include "scaling/thread_workers.h"
 #include "scaling/watched_image.h"
@@ -57,7 +58,6 @@ bool RunPasses(const ScalePair &pair, const Request &request, const WatchedImage
   ScaleJob job{&source, &dest, height, width, &temp, nullptr};
   const auto runPass = [&](const ThreadedPass &pass, const int32_t &rowCount, const ImageClassData &read,
                            const ImageClassData &written) {
-    job.Table = table.Lists();
     if (!request.threads) return pass.Pass(job, {0, rowCount, yieldImage}, kRoundToNearest);
     // Whoever would take the pixels of these images away waits.
     const PixelWork work(read, written, AwaitThreads, &pass);
@@ -68,11 +68,18 @@ bool RunPasses(const ScalePair &pair, const Request &request, const WatchedImage
   if (!table.Build(filter, kHorizontalAxis, width, xscale, sourceColumns, yieldImage)) return false;
   const int32_t sourceRows = std::min(watchedSource.RowsOf(sourceColumns, ColumnSize(source, pair.SampleSize)),
                                       watchedTemp.RowsOf(width, pair.Stride));
+  job.Table = table.Lists();
+  const bool rowByRow = yieldImage != nullptr && yieldImage->Yield.YieldTicks != 0;
+  const ShortTable columns = ShortenColumns(job, pair, threads ? kRoundTowardZero : kRoundToNearest, rowByRow);
+  job.Short = &columns;
   // A source that grows in a yield is read to its new end, unless something has been left out already.
   runPass(HorizontalOnThreads(passes, job), sourceRows < source.Height ? sourceRows : source.Height, source, temp);
 
   // A temp image of more rows than the source gives taps on rows that the horizontal pass has not written.
   if (!table.Build(filter, kVerticalAxis, height, yscale, temp.Height, yieldImage)) return false;
+  job.Table = table.Lists();
+  const ShortTable rows = ShortenRows(job, pair);
+  job.Short = &rows;
   const bool hasTemp = watchedTemp.RowsOf(width, pair.Stride) > 0;
   const int32_t destRows = hasTemp ? std::min(height, watchedDest.RowsOf(width, ColumnSize(dest, pair.SampleSize))) : 0;
   runPass(VerticalOnThreads(passes, job), destRows, temp, dest);

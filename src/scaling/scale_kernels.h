@@ -1,11 +1,10 @@
-// The loops in which a scale spends its time: weighted sums of samples, and the finishing of sums into samples. They
-// know nothing of images and formats, only of samples side by side.
+// The told arithmetic of a scale, which is the definition of its bytes: weighted sums of samples in double, and the
+// finishing of sums into samples.
 #pragma once
 
 #include <cstdint>
 #include <limits>
 
-#include "pixels/dispatch.h"
 #include "scaling/scale_pairs.h"
 #include "scaling/scale_taps.h"
 
@@ -40,6 +39,10 @@ template <int32_t SampleCount, ScaleValues Values, int32_t Rows>
   }
 }
 
+// What is added to a quotient before it is truncated.
+inline constexpr double kRoundToNearest = 0.5;
+inline constexpr double kRoundTowardZero = 0.0;
+
 // A sum divided by the weights' sum, plus `rounding`, truncated and cut to what a sample holds. Not-a-number and what
 // is beyond 32 bits count as the most negative integer and so give 0. Written as selections, which compilers turn into
 // straight code for many values at once.
@@ -53,41 +56,13 @@ template <class Sample>
   return static_cast<int32_t>(value);
 }
 
-// Rows that the horizontal pass takes at once where it may: so many that the sums of a pixel fill several registers.
-constexpr int32_t RowBatch(int32_t sampleCount, ScaleValues values) {
-  if (values == ScaleValues::kGrayOfColour) return 24;
-  if (sampleCount == 1) return 32;
-  return sampleCount == 2 ? 16 : 8;
+// Finishes up to `Most` sums. The detour over whole numbers keeps each of its loops to one width of numbers.
+template <int32_t Most, class Sample>
+[[gnu::always_inline]] inline void FinishAll(const double *__restrict sums, int32_t count, double weightSum,
+                                             double rounding, Sample *__restrict values) {
+  int32_t whole[Most];
+  for (int32_t i = 0; i < count; ++i) whole[i] = Finish<Sample>(sums[i], weightSum, rounding);
+  for (int32_t i = 0; i < count; ++i) values[i] = static_cast<Sample>(whole[i]);
 }
-
-// A stretch of output columns.
-template <class Sample>
-struct ColumnSums {
-  const double *samples;      // source columns of samples x rows doubles, as AddTap takes them
-  int32_t firstColumn;        // the number of the first of these
-  const ScaleTapList *lists;  // one for each output column
-  int32_t count;
-  double rounding;
-  Sample *values;  // finished output columns of values x rows
-};
-
-// The kernel for 1 row or for a RowBatch: of bytes for one to five samples as they are, and for gray of three and four;
-// of wide samples for one as it is.
-template <class Sample>
-using ColumnKernel = Kernel<void(const ColumnSums<Sample> &columns)>;
-template <class Sample>
-const ColumnKernel<Sample> &ColumnSummation(int32_t sampleCount, ScaleValues values, int32_t rows);
-template <>
-const ColumnKernel<uint8_t> &ColumnSummation(int32_t sampleCount, ScaleValues values, int32_t rows);
-template <>
-const ColumnKernel<uint16_t> &ColumnSummation(int32_t sampleCount, ScaleValues values, int32_t rows);
-
-// One finished row of `count` samples out of `rowCount` rows of samples, which need not be aligned, by their weights.
-// Made for uint8_t and uint16_t.
-template <class Sample>
-using RowKernel = Kernel<void(const uint8_t *const *rows, const double *weights, int32_t rowCount, double weightSum,
-                              double rounding, int64_t count, Sample *values)>;
-template <class Sample>
-const RowKernel<Sample> &RowSummation();
 
 }  // namespace zvk::scaling

@@ -6,19 +6,23 @@
 #include <cstdint>
 
 #include "image/image_record.h"
+#include "scaling/scale_kernels.h"
 #include "scaling/scale_pairs.h"
 #include "scaling/scale_taps.h"
 
 namespace zvk::scaling {
 
+struct ShortTable;
+
 // What the passes work on. Each reads what it needs.
 struct ScaleJob {
-  ImageClassData *Source;     // horizontal pass
-  ImageClassData *Dest;       // vertical pass
-  int32_t Height;             // output rows
-  int32_t Width;              // output columns
-  ImageClassData *Temp;       // written by the horizontal pass, read by the vertical one
-  const ScaleTapList *Table;  // of the pass: a list for each output column or row
+  ImageClassData *Source;             // horizontal pass
+  ImageClassData *Dest;               // vertical pass
+  int32_t Height;                     // output rows
+  int32_t Width;                      // output columns
+  ImageClassData *Temp;               // written by the horizontal pass, read by the vertical one
+  const ScaleTapList *Table;          // of the pass: a list for each output column or row
+  const ShortTable *Short = nullptr;  // of the pass as well; nil: it works pixel by pixel
 };
 
 // The rows that one run of a pass makes, and who is given time after each.
@@ -27,10 +31,6 @@ struct ScaleRows {
   const int32_t &End;          // one beyond the last row; looked at again for each row
   ImageClassData *YieldImage;  // nil: nobody
 };
-
-// What is added to a quotient before it is truncated.
-inline constexpr double kRoundToNearest = 0.5;
-inline constexpr double kRoundTowardZero = 0.0;
 
 using ScalePass = void (*)(const ScaleJob &job, const ScaleRows &rows, double rounding);
 

@@ -9,17 +9,25 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "image/image_formats.h"
 #include "image/image_record.h"
 #include "image/image_storage.h"
+#include "scaling/short_passes.h"
 #include "tests/naive/scale.h"
 #include "tests/scenes/random.h"
 
 namespace zvk::scaling {
 
 using Bytes = std::vector<uint8_t>;
+
+// The job of a pass with its lists in short form, as the frames give it to the passes.
+struct PassJob : ScaleJob {
+  PassJob(const ScaleJob &told, ShortTable made) : ScaleJob(told), table(std::move(made)) { Short = &table; }
+  ShortTable table;
+};
 
 // A fetch of a row: whose, and which.
 struct Fetch {

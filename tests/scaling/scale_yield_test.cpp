@@ -70,7 +70,8 @@ TEST_F(ScaleYield, ASourceThatComesToLieUnderTheTempSeesWhatIsOverwritten) {
   ScaleTap taps[] = {{1.0f, 0}, {1.0f, 0}, {1.0f, 1}};
   const ScaleTapList lists[] = {{&taps[0], 1, 1.0f}, {&taps[1], 1, 1.0f}, {&taps[2], 1, 1.0f}};
   ActInYield(dest, 2, [&] { source.Record().Buffer = temp.Record().Buffer; });
-  const ScaleJob job{&source.Record(), &dest.Record(), 5, 3, &temp.Record(), lists};
+  const ScaleJob told{&source.Record(), &dest.Record(), 5, 3, &temp.Record(), lists};
+  const PassJob job(told, ShortenColumns(told, G_to_G, kRoundToNearest, true));
   const int32_t end = 5;
   PassesOf(G_to_G).Horizontal(job, {0, end, &dest.Record()}, kRoundToNearest);
   EXPECT_EQ(yields_, 5);
@@ -88,7 +89,8 @@ TEST_F(ScaleYield, ASourceThatGrowsIsReadToItsNewEnd) {
     source.Record().Height = 39;
     dest.Record().Yield.YieldTicks = 0;  // and the rest may be made at once
   });
-  const ScaleJob job{&source.Record(), &dest.Record(), 1, 3, &temp.Record(), table.Lists()};
+  const ScaleJob told{&source.Record(), &dest.Record(), 1, 3, &temp.Record(), table.Lists()};
+  const PassJob job(told, ShortenColumns(told, G_to_G, kRoundToNearest, true));
   PassesOf(G_to_G).Horizontal(job, {0, source.Record().Height, &dest.Record()}, kRoundToNearest);
   EXPECT_EQ(yields_, 2);
   for (int32_t y = 0; y < 39; ++y) EXPECT_EQ(temp.Row(y, 3), source.Row(y, 3)) << y;
@@ -101,7 +103,8 @@ TEST_F(ScaleYield, OffsetsThatMoveCountFromTheNextRowOn) {
   ScaleTapTable table;
   ASSERT_TRUE(table.Build(*FindScaleFilter(ScaleTriangle), kHorizontalAxis, 1, 1.0, 1, nullptr));
   ActInYield(dest, 2, [&] { source.Record().RedOffset = 2; });
-  const ScaleJob job{&source.Record(), &dest.Record(), 4, 1, &temp.Record(), table.Lists()};
+  const ScaleJob told{&source.Record(), &dest.Record(), 4, 1, &temp.Record(), table.Lists()};
+  const PassJob job(told, ShortenColumns(told, RGB_to_RGB, kRoundToNearest, true));
   const int32_t end = 4;
   PassesOf(RGB_to_RGB).Horizontal(job, {0, end, &dest.Record()}, kRoundToNearest);
   for (int32_t y = 0; y < 4; ++y) EXPECT_EQ(temp.Row(y, 1), (Bytes{y < 2 ? uint8_t{10} : uint8_t{30}, 20, 30, 0})) << y;
@@ -133,7 +136,8 @@ TEST_F(ScaleYield, AnImageThatIsClosedHasNoFurtherRowsInTheHorizontalPass) {
       ASSERT_TRUE(table.Build(*FindScaleFilter(ScaleTriangle), kHorizontalAxis, 2, 1.0, 2, nullptr));
       yields_ = 0;
       ActInYield(images.dest, 2, [&] { (closesSource ? images.source : images.temp).Record().GetRow = nullptr; });
-      const ScaleJob job{&images.source.Record(), nullptr, 0, 2, &images.temp.Record(), table.Lists()};
+      const ScaleJob told{&images.source.Record(), nullptr, 0, 2, &images.temp.Record(), table.Lists()};
+      const PassJob job(told, ShortenColumns(told, G_to_G, kRoundToNearest, true));
       const int32_t end = 5;
       PassesOf(G_to_G).Horizontal(job, {0, end, &images.dest.Record()}, kRoundToNearest);
       EXPECT_EQ(yields_, 5);
@@ -151,7 +155,8 @@ TEST_F(ScaleYield, AnImageThatIsClosedHasNoFurtherRowsInTheVerticalPass) {
       ASSERT_TRUE(table.Build(*FindScaleFilter(ScaleTriangle), kVerticalAxis, 5, 1.0, 5, nullptr));
       yields_ = 0;
       ActInYield(images.dest, 2, [&] { (closesTemp ? images.temp : images.dest).Record().GetRow = nullptr; });
-      const ScaleJob job{nullptr, &images.dest.Record(), 5, 2, &images.temp.Record(), table.Lists()};
+      const ScaleJob told{nullptr, &images.dest.Record(), 5, 2, &images.temp.Record(), table.Lists()};
+      const PassJob job(told, ShortenRows(told, G_to_G));
       const int32_t end = 5;
       PassesOf(G_to_G).Vertical(job, {0, end, &images.dest.Record()}, kRoundToNearest);
       EXPECT_EQ(yields_, 5);

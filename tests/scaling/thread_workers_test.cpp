@@ -86,7 +86,8 @@ TEST_P(ThreadWorkersOfPair, TheHorizontalWorkerMakesItsTempRowsWithoutRounding) 
   ScaleTapTable table;
   ASSERT_TRUE(table.Build(*FindScaleFilter(ScaleLanczos3), kHorizontalAxis, kWidth, kWidth / 23.0, 23, nullptr));
   // What belongs to the other pass is not set.
-  const ScaleJob job{&source_.Record(), nullptr, 0, kWidth, &temp_.Record(), table.Lists()};
+  const ScaleJob told{&source_.Record(), nullptr, 0, kWidth, &temp_.Record(), table.Lists()};
+  const PassJob job(told, ShortenColumns(told, GetParam().pair, kRoundTowardZero, false));
   for (const auto &[first, last] : {std::pair{0, 39}, {4, 32}, {39, 39}}) {
     const ThreadedPass pass = HorizontalOnThreads(PassesOf(GetParam().pair), job);
     ExpectRows(
@@ -101,7 +102,8 @@ TEST_P(ThreadWorkersOfPair, TheHorizontalWorkerMakesItsTempRowsWithoutRounding) 
 TEST_P(ThreadWorkersOfPair, TheVerticalWorkerMakesItsRowsWithRounding) {
   ScaleTapTable table;
   ASSERT_TRUE(table.Build(*FindScaleFilter(ScaleLanczos3), kVerticalAxis, kHeight, kHeight / 40.0, 40, nullptr));
-  const ScaleJob job{nullptr, &dest_.Record(), kHeight, kWidth, &temp_.Record(), table.Lists()};
+  const ScaleJob told{nullptr, &dest_.Record(), kHeight, kWidth, &temp_.Record(), table.Lists()};
+  const PassJob job(told, ShortenRows(told, GetParam().pair));
   for (const auto &[first, last] : {std::pair{0, 30}, {4, 17}, {30, 30}}) {
     const ThreadedPass pass = VerticalOnThreads(PassesOf(GetParam().pair), job);
     ExpectRows(
