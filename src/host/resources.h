@@ -12,10 +12,12 @@ namespace zvk::host {
 // Largest block of memory that the system allocates.
 inline constexpr int64_t kLargestAllocation = 0x7FFFFFFF;
 
+// Blocks of this size or more are worth large pages.
+inline constexpr int64_t kLargeBlock = int64_t{4} << 20;
+
 // Zero-filled memory from the C library, or nil if the size lies outside 1 to kLargestAllocation or there is no memory.
-inline void *AllocateZeroed(int64_t size) {
-  return size >= 1 && size <= kLargestAllocation ? std::calloc(1, static_cast<size_t>(size)) : nullptr;
-}
+// The system is asked for large pages behind a block of kLargeBlock or more.
+void *AllocateZeroed(int64_t size);
 
 // Owns `count` zero-filled elements from AllocateZeroed, freed at the end of the scope; nil if they were refused.
 template <class T>

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <stdexcept>
 #include <utility>
 
@@ -16,6 +17,10 @@ std::atomic<int> clockCalls = 0;
 std::mutex seedsMutex;
 bool seedsRecorded = false;
 std::vector<unsigned> seeds;
+std::mutex advicesMutex;
+bool advicesRecorded = false;
+bool advicesFail = false;
+std::vector<Advice> advices;
 
 // A refusal of the nth call from now and of no other.
 Heap::Refusal RefuseNth(int nth) {
@@ -91,6 +96,23 @@ int Heap::CallsOf(bool zeroed) const {
       std::ranges::count_if(allocations_, [zeroed](const Allocation &call) { return call.zeroed == zeroed; }));
 }
 
+Advices::Advices(Answer answer) {
+  std::scoped_lock lock(advicesMutex);
+  advices.clear();
+  advicesRecorded = true;
+  advicesFail = answer == Answer::kFailure;
+}
+
+Advices::~Advices() {
+  std::scoped_lock lock(advicesMutex);
+  advicesRecorded = advicesFail = false;
+}
+
+std::vector<Advice> Advices::All() const {
+  std::scoped_lock lock(advicesMutex);
+  return advices;
+}
+
 PageSize::PageSize(int bytes) { pageSize = bytes; }
 
 PageSize::~PageSize() { pageSize = 0; }
@@ -131,6 +153,7 @@ void __real_free(void *address);
 int __real_getpagesize();
 std::time_t __real_time(std::time_t *seconds);
 void __real_srand(unsigned seed);
+int __real_madvise(void *address, std::size_t size, int advice);
 
 void *__wrap_calloc(std::size_t count, std::size_t size) {
   faults::Heap *heap = faults::activeHeap;
@@ -172,5 +195,17 @@ void __wrap_srand(unsigned seed) {
     if (faults::seedsRecorded) faults::seeds.push_back(seed);
   }
   __real_srand(seed);
+}
+
+int __wrap_madvise(void *address, std::size_t size, int advice) {
+  {
+    std::scoped_lock lock(faults::advicesMutex);
+    if (faults::advicesRecorded) faults::advices.push_back({address, size, advice});
+    if (faults::advicesFail) {
+      errno = EINVAL;
+      return -1;
+    }
+  }
+  return __real_madvise(address, size, advice);
 }
 }

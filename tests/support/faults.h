@@ -63,6 +63,27 @@ class Heap {
   std::unordered_set<const void *> live_;
 };
 
+// One call of madvise.
+struct Advice {
+  void *address;
+  std::size_t size;
+  int advice;
+};
+
+// Records the calls of madvise, and lets all of them fail if asked to.
+class Advices {
+ public:
+  enum class Answer { kSystems, kFailure };
+
+  explicit Advices(Answer answer = Answer::kSystems);
+  ~Advices();
+  Advices(const Advices &) = delete;
+  Advices &operator=(const Advices &) = delete;
+
+  // The calls since this object was made, failed ones too, in order.
+  std::vector<Advice> All() const;
+};
+
 // Lets getpagesize answer `bytes`.
 class PageSize {
  public:

@@ -1,8 +1,10 @@
 #include "tests/support/faults.h"
 
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
 
 namespace {
@@ -97,6 +99,28 @@ TEST(Faults, SeedsAreRecordedAndTakeEffect) {
   EXPECT_EQ(rand(), expected);
   srand(9);
   EXPECT_EQ(seeds.All(), (std::vector<unsigned>{7, 9}));
+}
+
+TEST(Faults, AdvicesAreRecordedAndFailOnDemand) {
+  const auto page = static_cast<size_t>(getpagesize());
+  void *const pages = mmap(nullptr, page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  ASSERT_NE(pages, MAP_FAILED);
+  {
+    const faults::Advices advices;
+    EXPECT_EQ(madvise(pages, page, MADV_NORMAL), 0);
+    ASSERT_EQ(advices.All().size(), 1u);
+    EXPECT_EQ(advices.All()[0].address, pages);
+    EXPECT_EQ(advices.All()[0].size, page);
+    EXPECT_EQ(advices.All()[0].advice, MADV_NORMAL);
+  }
+  {
+    const faults::Advices advices(faults::Advices::Answer::kFailure);
+    EXPECT_EQ(madvise(pages, page, MADV_NORMAL), -1);
+    EXPECT_EQ(errno, EINVAL);
+    EXPECT_EQ(advices.All().size(), 1u);
+  }
+  EXPECT_EQ(madvise(pages, page, MADV_NORMAL), 0);
+  munmap(pages, page);
 }
 
 }  // namespace
