@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <cstring>
 
-#include "pixels/byte_shuffle.h"
 #include "pixels/loop_steps.h"
 #include "pixels/overlap.h"
 
@@ -12,9 +11,9 @@ namespace zvk::pixels {
 
 // --- reach ---
 
-int32_t PixelReach::PixelsPerShuffle() const {
+int32_t PixelReach::PixelsPerShuffle(int32_t shuffleBytes) const {
   const int64_t span = offsets.Span();
-  return span <= kShuffleBytes ? static_cast<int32_t>(kShuffleBytes - span) / pixelSize + 1 : 0;
+  return span <= shuffleBytes ? static_cast<int32_t>(shuffleBytes - span) / pixelSize + 1 : 0;
 }
 
 int32_t PixelReach::LastShuffle(int32_t width) const {
@@ -44,24 +43,26 @@ uint8_t FlippedBits(const SampleMove &move) { return move.full || (move.compleme
 
 }  // namespace
 
-SampleMover::SampleMover(int32_t sourcePixelSize, int32_t destPixelSize, std::span<const SampleMove> moves)
+SampleMover::SampleMover(int32_t sourcePixelSize, int32_t destPixelSize, std::span<const SampleMove> moves,
+                         int32_t shuffleBytes)
     : count_(moves.size()),
       source_(ReachOf(sourcePixelSize, moves, &SampleMove::from)),
       dest_(ReachOf(destPixelSize, moves, &SampleMove::to)) {
   std::ranges::copy(moves, moves_.begin());
-  shuffle_ = MakeShuffle();
+  shuffle_ = MakeShuffle(shuffleBytes);
   wholePixels_ = MovesWholePixels();
 }
 
-SampleMover::Shuffle SampleMover::MakeShuffle() const {
+SampleMover::Shuffle SampleMover::MakeShuffle(int32_t shuffleBytes) const {
   constexpr uint8_t kZero = 0x80;
   Shuffle shuffle;
+  shuffle.bytes = shuffleBytes;
   shuffle.from.fill(kZero);
   shuffle.complement.fill(0);
   shuffle.keep.fill(0xFF);
   // Where a sample lies among those of the next pixel, only the plain order will do.
   const bool apart = PixelsAreApart(dest_.offsets, dest_.pixelSize);
-  shuffle.pixels = apart ? std::min(source_.PixelsPerShuffle(), dest_.PixelsPerShuffle()) : 0;
+  shuffle.pixels = apart ? std::min(source_.PixelsPerShuffle(shuffleBytes), dest_.PixelsPerShuffle(shuffleBytes)) : 0;
   for (int32_t pixel = 0; pixel < shuffle.pixels; ++pixel) {
     for (const SampleMove &move : std::span(moves_).first(count_)) {
       const auto byte = static_cast<size_t>(pixel * dest_.pixelSize + move.to - dest_.offsets.lowest);
@@ -81,8 +82,10 @@ SampleMover::Shuffle SampleMover::MakeShuffle() const {
 
 // True if pixels without gaps are copied as they are.
 bool SampleMover::MovesWholePixels() const {
-  return source_.pixelSize == dest_.pixelSize && dest_.offsets.Span() == dest_.pixelSize &&
-         count_ == static_cast<size_t>(dest_.pixelSize) && shuffle_.keepsNothing &&
+  std::array<int32_t, kMost> written{};
+  std::ranges::transform(moves_, written.begin(), &SampleMove::to);
+  return source_.pixelSize == dest_.pixelSize && count_ == static_cast<size_t>(dest_.pixelSize) &&
+         SamplesAreSideBySide(std::span(written).first(count_)) &&
          std::ranges::all_of(std::span(moves_).first(count_), [this](const SampleMove &move) {
            return move.from - source_.offsets.lowest == move.to - dest_.offsets.lowest && !move.complement &&
                   !IsConstant(move);
@@ -141,8 +144,13 @@ void SampleMover::MoveInOrder(const uint8_t *source, uint8_t *dest, int32_t widt
 }
 
 int32_t SampleMover::MoveShuffled(const uint8_t *source, uint8_t *dest, int32_t width) const {
+  if (shuffle_.pixels < 2) return 0;
+  if (shuffle_.bytes == kWideShuffleBytes) {
+    ShuffleWide(source + source_.offsets.lowest, dest + dest_.offsets.lowest, width);
+    return width;
+  }
   const int32_t last = std::min(source_.LastShuffle(width), dest_.LastShuffle(width));
-  if (shuffle_.pixels < 2 || last < 0 || !HasByteShuffle()) return 0;
+  if (last < 0) return 0;
   const int32_t steps = last / shuffle_.pixels + 1;
   if (shuffle_.keepsNothing) {
     ShuffleOver(source + source_.offsets.lowest, dest + dest_.offsets.lowest, steps);
@@ -179,6 +187,36 @@ ZVK_BYTE_SHUFFLE void SampleMover::ShuffleInto(const uint8_t *source, uint8_t *d
     StoreBytes(dest, bytes);
     source += sourceStep;
     dest += destStep;
+  }
+}
+
+namespace {
+
+// As many bits as there are bytes, up to 64, the lowest ones.
+uint64_t LowestBits(ptrdiff_t count) { return count < 64 ? (uint64_t{1} << count) - 1 : ~uint64_t{0}; }
+
+}  // namespace
+
+// Reads and writes the bytes of whole pixels and no other, so it may go to the very end of a row. The last step ends
+// there, over pixels that have been moved already.
+ZVK_WIDE_SHUFFLE void SampleMover::ShuffleWide(const uint8_t *source, uint8_t *dest, int32_t width) const {
+  const int32_t pixels = std::min(shuffle_.pixels, width);
+  const __m512i from = _mm512_load_si512(shuffle_.from.data());
+  const __m512i complement = _mm512_load_si512(shuffle_.complement.data());
+  const __mmask64 read = LowestBits(source_.Size(pixels));
+  const __mmask64 sampled = ~_mm512_movepi8_mask(from);
+  const __mmask64 written =
+      ~_mm512_movepi8_mask(_mm512_load_si512(shuffle_.keep.data())) & LowestBits(dest_.Size(pixels));
+  const ptrdiff_t sourceStep = ptrdiff_t{source_.pixelSize} * pixels;
+  const ptrdiff_t destStep = ptrdiff_t{dest_.pixelSize} * pixels;
+  const uint8_t *const lastSource = source + ptrdiff_t{source_.pixelSize} * (width - pixels);
+  uint8_t *const lastDest = dest + ptrdiff_t{dest_.pixelSize} * (width - pixels);
+  for (int32_t steps = (width - 1) / pixels + 1; steps > 0; --steps) {
+    const __m512i bytes = _mm512_maskz_loadu_epi8(read, source);
+    const __m512i moved = _mm512_xor_si512(_mm512_maskz_permutexvar_epi8(sampled, from, bytes), complement);
+    _mm512_mask_storeu_epi8(dest, written, moved);
+    source = steps > 2 ? source + sourceStep : lastSource;
+    dest = steps > 2 ? dest + destStep : lastDest;
   }
 }
 

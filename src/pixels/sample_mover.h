@@ -9,6 +9,7 @@
 #include <span>
 
 #include "image/channels.h"
+#include "pixels/byte_shuffle.h"
 
 namespace zvk::pixels {
 
@@ -34,8 +35,8 @@ struct PixelReach {
   ptrdiff_t Size(int32_t width) const {
     return ptrdiff_t{pixelSize} * (width - 1) + static_cast<ptrdiff_t>(offsets.Span());
   }
-  // How many pixels lie in 16 bytes from a pixel's first sample on; 0 if not even one.
-  int32_t PixelsPerShuffle() const;
+  // How many pixels lie in the bytes of a shuffle from a pixel's first sample on; 0 if not even one.
+  int32_t PixelsPerShuffle(int32_t shuffleBytes = kShuffleBytes) const;
   // The last pixel of `width` from whose first sample on 16 bytes lie within the row's samples; negative: none.
   int32_t LastShuffle(int32_t width) const;
 };
@@ -49,8 +50,10 @@ class SampleMover {
  public:
   static constexpr size_t kMost = 5;
 
-  // The moves are made in their order: where two write the same byte the last one counts.
-  SampleMover(int32_t sourcePixelSize, int32_t destPixelSize, std::span<const SampleMove> moves);
+  // The moves are made in their order: where two write the same byte the last one counts. `shuffleBytes` is the width
+  // of the shuffles, 0 for none, at most what the machine has.
+  SampleMover(int32_t sourcePixelSize, int32_t destPixelSize, std::span<const SampleMove> moves,
+              int32_t shuffleBytes = WidestShuffle());
 
   // Moves the samples of `width` pixels. No other byte changes.
   void operator()(const uint8_t *source, uint8_t *dest, int32_t width) const;
@@ -59,9 +62,9 @@ class SampleMover {
   // read before any is written.
   void MoveInOrder(const uint8_t *source, uint8_t *dest, int32_t width) const;
 
-  // The same several pixels at once, for rows that do not overlap. Returns how many pixels it has moved, from the first
-  // one on; those behind are to be moved yet, and may have been touched. 0 where the machine cannot, or where a shuffle
-  // would hold a single pixel.
+  // The same several pixels at once, for one pixel or more of rows that do not overlap. Returns how many pixels it has
+  // moved, from the first one on: all of them by wide shuffles. Those behind are to be moved yet, and may have been
+  // touched. 0 without shuffles, or where one would hold a single pixel.
   int32_t MoveShuffled(const uint8_t *source, uint8_t *dest, int32_t width) const;
 
   // If pixels without gaps are copied as they are, how far the samples lie behind their place in the pixel that is
@@ -71,21 +74,25 @@ class SampleMover {
   }
 
  private:
-  // What becomes of 16 bytes of the row that is written, from a pixel's first sample on.
+  // What becomes of the bytes of a shuffle in the row that is written, from a pixel's first sample on.
   struct Shuffle {
-    alignas(16) std::array<uint8_t, 16> from;        // the byte of the other row; hexadecimal 80: zero
-    alignas(16) std::array<uint8_t, 16> complement;  // exclusive-ored with that
-    alignas(16) std::array<uint8_t, 16> keep;        // bits of the old byte that stay
+    using Bytes = std::array<uint8_t, kWideShuffleBytes>;
+
+    alignas(kWideShuffleBytes) Bytes from;        // the byte of the other row; hexadecimal 80: zero
+    alignas(kWideShuffleBytes) Bytes complement;  // exclusive-ored with that
+    alignas(kWideShuffleBytes) Bytes keep;        // bits of the old byte that stay
+    int32_t bytes;                                // of the shuffle
     int32_t pixels;
     bool keepsNothing;
   };
 
   template <size_t kCount>
   void MoveCountInOrder(const uint8_t *source, uint8_t *dest, int32_t width) const;
-  Shuffle MakeShuffle() const;
+  Shuffle MakeShuffle(int32_t shuffleBytes) const;
   bool MovesWholePixels() const;
   void ShuffleOver(const uint8_t *source, uint8_t *dest, int32_t steps) const;
   void ShuffleInto(const uint8_t *source, uint8_t *dest, int32_t steps) const;
+  void ShuffleWide(const uint8_t *source, uint8_t *dest, int32_t width) const;
 
   size_t count_;
   std::array<SampleMove, kMost> moves_{};

@@ -39,7 +39,7 @@ struct Case {
   int32_t sourcePixelSize;
   int32_t destPixelSize;
   std::vector<SampleMove> moves;
-  bool shuffles = true;
+  int32_t narrowest = kShuffleBytes;  // shuffle that holds two pixels; 0: none
 };
 
 const std::vector<Case> kCases{
@@ -55,6 +55,7 @@ const std::vector<Case> kCases{
     {"whole pixels but for the complement", 2, 2, {{0, 0}, {1, 1, true}}},
     {"offsets beyond the pixel", 4, 3, {{40, 30}, {41, 31}, {42, 32}}},
     {"the last of two moves to a byte counts", 3, 3, {{0, 0}, {1, 0}, {2, 2}}},
+    {"the same places, one of them twice and one not at all", 4, 4, {{0, 0}, {0, 0}, {2, 2}, {3, 3}}},
     {"large pixels", 7, 6, {{6, 5}, {0, 0}}},
     {"one byte into the last of four, zeros before it",
      1,
@@ -64,52 +65,82 @@ const std::vector<Case> kCases{
     {"255 behind three samples", 3, 4, {{2, 0}, {1, 1}, {0, 2}, {.from = 0, .to = 3, .full = true}}},
     {"whole pixels but for 255, which is not complemented", 2, 2, {{0, 0, true, false, true}, {1, 1}}},
     {"255 in front of samples with a gap", 4, 5, {{.from = 3, .to = 0, .full = true}, {2, 4}, {0, 2, true}}},
-    {"a pixel as large as a shuffle", 16, 4, {{0, 0}}, false},
-    {"samples too far apart to be shuffled", 4, 4, {{0, 0}, {40, 1}}, false},
-    {"samples that lie among those of the next pixel", 2, 2, {{0, 0}, {1, 3}}, false},
+    {"a pixel as large as a shuffle", 16, 4, {{0, 0}}, kWideShuffleBytes},
+    {"samples too far apart to be shuffled", 4, 4, {{0, 0}, {40, 1}}, kWideShuffleBytes},
+    {"samples further apart than any shuffle holds", 4, 4, {{0, 0}, {70, 1}}, 0},
+    {"samples that lie among those of the next pixel", 2, 2, {{0, 0}, {1, 3}}, 0},
 };
+
+// The widths of shuffles at this level, and none.
+std::vector<int32_t> ShuffleWidths() {
+  std::vector<int32_t> widths{0};
+  if (HasByteShuffle()) widths.push_back(kShuffleBytes);
+  if (HasWideShuffle()) widths.push_back(kWideShuffleBytes);
+  return widths;
+}
+
+void CheckInsideRows(const Case &test, int32_t shuffleBytes) {
+  const SampleMover move(test.sourcePixelSize, test.destPixelSize, test.moves, shuffleBytes);
+  scenes::Random random(7);
+  for (int32_t width = 0; width < 150; width += width < 50 ? 1 : 7) {
+    const auto sourceSize = static_cast<size_t>(Reach(test.moves, &SampleMove::from, test.sourcePixelSize, width));
+    const auto destSize = static_cast<size_t>(Reach(test.moves, &SampleMove::to, test.destPixelSize, width));
+    for (const fence::Side side : {fence::Side::kBefore, fence::Side::kAfter}) {
+      fence::Block source(sourceSize + 1, side), dest(destSize + 1, side);
+      scenes::FillNoise(source.Data(), source.Size(), random);
+      scenes::FillNoise(dest.Data(), dest.Size(), random);
+      // Without the spare byte on the side of the fence.
+      const size_t spare = side == fence::Side::kAfter ? 1 : 0;
+      std::vector<uint8_t> expected(dest.Data(), dest.Data() + dest.Size());
+      MoveNaively(test.sourcePixelSize, test.destPixelSize, test.moves, source.Data() + spare, expected.data() + spare,
+                  width);
+      std::vector<uint8_t> inOrder(dest.Data(), dest.Data() + dest.Size());
+      move.MoveInOrder(source.Data() + spare, inOrder.data() + spare, width);
+      EXPECT_EQ(inOrder, expected) << width;
+      move(source.Data() + spare, dest.Data() + spare, width);
+      EXPECT_EQ(std::vector<uint8_t>(dest.Data(), dest.Data() + dest.Size()), expected) << width;
+    }
+  }
+}
 
 TEST(SampleMover, MovesAsThePlainLoopsAndStaysInsideItsRows) {
   for (const Case &test : kCases) {
     SCOPED_TRACE(test.name);
-    const SampleMover move(test.sourcePixelSize, test.destPixelSize, test.moves);
-    scenes::Random random(7);
-    for (int32_t width = 0; width < 50; ++width) {
-      const auto sourceSize = static_cast<size_t>(Reach(test.moves, &SampleMove::from, test.sourcePixelSize, width));
-      const auto destSize = static_cast<size_t>(Reach(test.moves, &SampleMove::to, test.destPixelSize, width));
-      for (const fence::Side side : {fence::Side::kBefore, fence::Side::kAfter}) {
-        fence::Block source(sourceSize + 1, side), dest(destSize + 1, side);
-        scenes::FillNoise(source.Data(), source.Size(), random);
-        scenes::FillNoise(dest.Data(), dest.Size(), random);
-        // Without the spare byte on the side of the fence.
-        const size_t spare = side == fence::Side::kAfter ? 1 : 0;
-        std::vector<uint8_t> expected(dest.Data(), dest.Data() + dest.Size());
-        MoveNaively(test.sourcePixelSize, test.destPixelSize, test.moves, source.Data() + spare,
-                    expected.data() + spare, width);
-        std::vector<uint8_t> inOrder(dest.Data(), dest.Data() + dest.Size());
-        move.MoveInOrder(source.Data() + spare, inOrder.data() + spare, width);
-        EXPECT_EQ(inOrder, expected) << width;
-        move(source.Data() + spare, dest.Data() + spare, width);
-        EXPECT_EQ(std::vector<uint8_t>(dest.Data(), dest.Data() + dest.Size()), expected) << width;
-      }
+    for (const int32_t shuffleBytes : ShuffleWidths()) {
+      SCOPED_TRACE(shuffleBytes);
+      CheckInsideRows(test, shuffleBytes);
     }
   }
 }
 
 TEST(SampleMover, ShufflesWhereverTwoPixelsFit) {
-  if (!HasByteShuffle()) GTEST_SKIP() << "this machine has no shuffles";
   for (const Case &test : kCases) {
     SCOPED_TRACE(test.name);
-    const SampleMover move(test.sourcePixelSize, test.destPixelSize, test.moves);
-    std::vector<uint8_t> source(1000), dest(1000), expected(1000);
-    std::iota(source.begin(), source.end(), 1);
-    const int32_t moved = move.MoveShuffled(source.data(), dest.data(), 50);
-    EXPECT_EQ(moved > 0, test.shuffles);
-    EXPECT_GE(moved, test.shuffles ? 25 : 0);
-    MoveNaively(test.sourcePixelSize, test.destPixelSize, test.moves, source.data(), expected.data(), moved);
-    const int32_t written = Reach(test.moves, &SampleMove::to, test.destPixelSize, moved);
-    EXPECT_TRUE(std::equal(expected.begin(), expected.begin() + written, dest.begin()));
+    for (const int32_t shuffleBytes : ShuffleWidths()) {
+      SCOPED_TRACE(shuffleBytes);
+      const SampleMover move(test.sourcePixelSize, test.destPixelSize, test.moves, shuffleBytes);
+      std::vector<uint8_t> source(1000), dest(1000), expected(1000);
+      std::iota(source.begin(), source.end(), 1);
+      const int32_t moved = move.MoveShuffled(source.data(), dest.data(), 50);
+      // Narrow shuffles read and write beyond their pixels, and so leave the last ones of a row; wide ones do not.
+      const bool shuffles = test.narrowest != 0 && test.narrowest <= shuffleBytes;
+      EXPECT_GE(moved, shuffles ? 25 : 0);
+      EXPECT_LE(moved, !shuffles ? 0 : shuffleBytes == kShuffleBytes ? 49 : 50);
+      EXPECT_EQ(moved == 50, shuffles && shuffleBytes == kWideShuffleBytes);
+      MoveNaively(test.sourcePixelSize, test.destPixelSize, test.moves, source.data(), expected.data(), moved);
+      const int32_t written = Reach(test.moves, &SampleMove::to, test.destPixelSize, moved);
+      EXPECT_TRUE(std::equal(expected.begin(), expected.begin() + written, dest.begin()));
+    }
   }
+}
+
+TEST(SampleMover, TakesTheWidestShuffleOfTheLevel) {
+  EXPECT_EQ(ShuffleWidths().back(), WidestShuffle());
+  const SampleMover move(3, 4, kCases[2].moves);
+  std::vector<uint8_t> source(1000), dest(1000);
+  const int32_t moved = move.MoveShuffled(source.data(), dest.data(), 50);
+  EXPECT_EQ(moved == 50, HasWideShuffle());
+  EXPECT_EQ(moved > 0, HasByteShuffle());
 }
 
 TEST(SampleMover, OverlappingRowsGoPixelAfterPixel) {
