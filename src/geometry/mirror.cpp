@@ -9,6 +9,7 @@
 #include "geometry/pixel_access.h"
 #include "geometry/pixel_mover.h"
 #include "geometry/pixel_reversal.h"
+#include "geometry/run_exchange.h"
 #include "host/resources.h"
 #include "pixels/layouts.h"
 #include "pixels/overlap.h"
@@ -108,6 +109,18 @@ class RowExchange {
     bytes_ = count_ > 0 ? (count_ - 1) * pixelSize + highest + 1 - lowest : 0;
   }
 
+  // Lets two rows change places where they are, if their pixels are the samples and nothing else. False, with nothing
+  // done, if they are to be put aside.
+  bool ExchangeInPlace(int32_t i, int32_t j) const {
+    if (kOrder == PixelOrder::Backward || !L::PackedAlike(image_, image_) || !HasFixedRows(image_)) return false;
+    uint8_t *row = FetchRow(image_, i);
+    uint8_t *other = FetchRow(image_, j);
+    if (row == nullptr || other == nullptr || count_ == 0) return false;
+    if (RunsOverlap(row + firstByte_, bytes_, other + firstByte_, bytes_)) return false;
+    ExchangeRuns(row + firstByte_, other + firstByte_, bytes_);
+    return true;
+  }
+
   // False if the row cannot be had.
   bool PutAside(int32_t y, uint8_t *copy) const {
     const uint8_t *row = FetchRow(image_, y);
@@ -157,12 +170,14 @@ void ExchangeHalves(REALobject instance) {
     std::optional<RowExchange<L, kOrder>> rows(*image);
     for (int32_t i = 0; i < image->Height / 2; ++i) {
       const int32_t j = image->Height - 1 - i;
-      // No address is kept from one fetch to the next, which may move the block of a mapped image.
-      const bool hasUpper = rows->PutAside(i, upper.Get());
-      const bool hasLower = rows->PutAside(j, lower.Get());
-      if (hasUpper && hasLower) {
-        rows->Write(i, lower.Get());
-        rows->Write(j, upper.Get());
+      if (!rows->ExchangeInPlace(i, j)) {
+        // No address is kept from one fetch to the next, which may move the block of a mapped image.
+        const bool hasUpper = rows->PutAside(i, upper.Get());
+        const bool hasLower = rows->PutAside(j, lower.Get());
+        if (hasUpper && hasLower) {
+          rows->Write(i, lower.Get());
+          rows->Write(j, upper.Get());
+        }
       }
       if (image->Yield.YieldTicks == 0) continue;
       YieldOn(*image);

@@ -154,6 +154,18 @@ TEST_F(Mirror, ChannelsOfNeighbouringPixelsThatShareASampleMoveInOrder) {
   EXPECT_EQ(storage.Bytes(), same.Bytes());
 }
 
+TEST_F(Mirror, RowsOfATableThatOverlapAreWrittenOneAfterTheOther) {
+  const auto makeImage = [this] {
+    StoredImage image = scenes::NoisyImage(host_, Kind::Table, 90, 2, ImageFormatG, {.gap = 40});
+    image.Record().RowTable[1] = image.Record().RowTable[0] + 7;
+    return image;
+  };
+  const StoredImage storage = makeImage(), same = makeImage();
+  VMirrorSelf(storage);
+  naive::ExchangeHalves(same.Record(), false);
+  EXPECT_EQ(storage.Bytes(), same.Bytes());
+}
+
 // --- refusals ---
 
 TEST_F(Mirror, SixteenBitGrayIsNeverMovedAndGetsNoTime) {
