@@ -144,7 +144,8 @@ struct FastJob {
   ImageClassData &dest;
   ImageClassData &source;
   SourceColumns columns;
-  int32_t width;  // columns that are written
+  int32_t width;           // columns that are written
+  bool fillsRows = false;  // bytes of a row may be written in any order, and more than once
 };
 
 // Moves `Bytes` bytes of each pixel. The distance of pixels, in a type of its own if it is known to the compiler.
@@ -159,6 +160,22 @@ void MovePixels(const uint8_t *source, Distance sourceSize, uint8_t *dest, Dista
   }
 }
 
+// The same for pixels of three bytes without gaps in a row that is filled: a pixel is moved with the byte behind it,
+// which the next pixel writes over. The last pixel is moved without that byte, and so is what comes from the last
+// column of the source. Behind any other column lies a byte that is read for a later pixel, or one before such a byte.
+void MovePackedTriples(const uint8_t *source, int32_t sourceWidth, uint8_t *dest, SourceColumns columns,
+                       int32_t width) {
+  constexpr ptrdiff_t kBytes = 3;
+  int32_t whole = width - 1;
+  while (whole > 0 && columns[whole - 1] >= sourceWidth - 1) --whole;
+  for (int32_t x = 0; x < whole; ++x) {
+    uint32_t word;
+    std::memcpy(&word, source + columns[x] * kBytes, sizeof word);
+    std::memcpy(dest + x * kBytes, &word, sizeof word);
+  }
+  for (int32_t x = whole; x < width; ++x) std::memcpy(dest + x * kBytes, source + columns[x] * kBytes, kBytes);
+}
+
 // One row, pixel after pixel from the left.
 template <const FastPair &Pair>
 void MakeRow(const FastJob &job, const uint8_t *source, uint8_t *dest) {
@@ -169,7 +186,10 @@ void MakeRow(const FastJob &job, const uint8_t *source, uint8_t *dest) {
       constexpr int32_t kBytes = Pair.Read.count;
       source += RangeOf(offsets.read).lowest;
       dest += RangeOf(offsets.write).lowest;
-      if (offsets.sourceSize == kBytes && offsets.destSize == kBytes) {
+      const bool isPacked = offsets.sourceSize == kBytes && offsets.destSize == kBytes;
+      if (kBytes == 3 && isPacked && job.fillsRows) {
+        MovePackedTriples(source, job.source.Width, dest, columns, job.width);
+      } else if (isPacked) {
         constexpr std::integral_constant<ptrdiff_t, kBytes> kPacked;
         MovePixels<kBytes>(source, kPacked, dest, kPacked, columns, job.width);
       } else {
@@ -233,11 +253,9 @@ struct RowMaker {
 // can tell the difference.
 class RowCopier {
  public:
-  RowCopier(const RowMaker &maker, const FastJob &job, int32_t height)
-      : bytes_(ptrdiff_t{job.width} * job.dest.PixelSize) {
-    // In a yield the source may change. Without columns a row need not be filled.
-    if (job.dest.Yield.YieldTicks == 0 && job.source.Width > 0) first_ = maker.firstOfFilledRow(job, height);
-  }
+  // `first` is where in a row the bytes begin that are written; empty if rows are not to be copied.
+  RowCopier(const FastJob &job, const std::optional<int32_t> &first)
+      : bytes_(ptrdiff_t{job.width} * job.dest.PixelSize), first_(first) {}
 
   // False if the row is to be made anew.
   bool Copy(int32_t sourceRow, uint8_t *dest) {
@@ -250,7 +268,7 @@ class RowCopier {
 
  private:
   ptrdiff_t bytes_;
-  std::optional<int32_t> first_;  // empty: rows are never copied
+  std::optional<int32_t> first_;
   int32_t lastSourceRow_ = 0;
   const uint8_t *lastDest_ = nullptr;
 };
@@ -275,9 +293,13 @@ uint8_t ScaleRows(const RowMaker &maker, ImageClassData &dest, ImageClassData &s
   if (table) {
     for (int32_t x = 0; x < width; ++x) table[x] = Truncate(xstep * x);
   }
-  const FastJob job{dest, source, {table.Get(), xstep}, width};
+  FastJob job{dest, source, {table.Get(), xstep}, width};
+  // In a yield the source may change. Without columns a row need not be filled.
+  std::optional<int32_t> first;
+  if (dest.Yield.YieldTicks == 0 && sourceWidth > 0) first = maker.firstOfFilledRow(job, height);
+  job.fillsRows = first.has_value();
   const auto make = sourceWidth > 0 ? maker.make : maker.makeOfNoColumns;
-  RowCopier copier(maker, job, height);
+  RowCopier copier(job, first);
   RowGroup rows;
   for (int32_t y = 0; y < height; ++y) {
     if (y > 0 && !areLargeEnough()) return false;

@@ -322,6 +322,26 @@ TEST_F(FastScaleOfEdge, TheStorageOfEveryKindEndsWhereItEnds) {
   EXPECT_EQ(Scaled(Edge(4, 2, ImageFormatG, 0, Kind::File), 1, 2, ImageFormatG), (Bytes{5, 5}));
 }
 
+TEST_F(FastScaleOfEdge, NothingIsReadBehindThePixels) {
+  // Four columns into each number of them, from rows in which all of them are there, and the first three.
+  for (const int32_t rowSize : {12, 9}) {
+    for (int32_t width = 1; width <= (rowSize == 12 ? 20 : 2); ++width) {
+      Bytes bytes(static_cast<size_t>(2 * rowSize));
+      std::iota(bytes.begin(), bytes.end(), uint8_t{1});
+      const auto source = host_.New("PictureZVK");
+      ImageConstructorMemory(source, host_.NewMemoryBlock(bytes), 4, 2, ImageFormatRGB, rowSize);
+      Bytes expected;
+      for (int32_t y = 0; y < 2; ++y) {
+        for (int32_t x = 0; x < width; ++x) {
+          const int32_t pixel = rowSize * y + 3 * (4 * x / width);
+          for (int32_t i = 1; i <= 3; ++i) expected.push_back(static_cast<uint8_t>(pixel + i));
+        }
+      }
+      EXPECT_EQ(Scaled(source, width, 2, ImageFormatRGB), expected) << rowSize << ' ' << width;
+    }
+  }
+}
+
 // --- rows ---
 
 TEST_F(FastScale, ARowOfEachImageIsFetchedForEachRowThatIsWrittenTheDestinationsFirst) {
