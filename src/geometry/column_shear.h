@@ -58,37 +58,89 @@ void ShearColumnsByPixels(ImageClassData &source, ImageClassData &dest, const Co
   }
 }
 
+// Rows as a column shear reads and writes them: a part at a time, as a run of samples without gaps in the order of the
+// shear. No part is wider than kStripColumns.
+inline constexpr int32_t kStripColumns = 256;
+
+class StripSource {
+ public:
+  // The samples of `columns` pixels of a row from column `first` on. False if the row cannot be had.
+  virtual bool Read(int32_t row, int32_t first, int32_t columns, uint8_t *samples) = 0;
+
+ protected:
+  ~StripSource() = default;
+};
+
+class StripDest {
+ public:
+  // Is given all of a row, part after part from the left. A row that cannot be had is left out.
+  virtual void Write(int32_t row, int32_t first, int32_t columns, const uint8_t *samples) = 0;
+
+ protected:
+  ~StripDest() = default;
+};
+
+// The rows of an image as they are.
+class ImageStripSource final : public StripSource {
+ public:
+  ImageStripSource(ImageClassData &image, const SampleMover &intoRun) : image_(image), intoRun_(intoRun) {}
+
+  bool Read(int32_t row, int32_t first, int32_t columns, uint8_t *samples) override {
+    const uint8_t *source = FetchRow(image_, row);
+    if (source != nullptr) intoRun_(source + ptrdiff_t{first} * image_.PixelSize, samples, columns);
+    return source != nullptr;
+  }
+
+ private:
+  ImageClassData &image_;
+  const SampleMover intoRun_;
+};
+
+class ImageStripDest final : public StripDest {
+ public:
+  ImageStripDest(ImageClassData &image, const SampleMover &outOfRun) : image_(image), outOfRun_(outOfRun) {}
+
+  void Write(int32_t row, int32_t first, int32_t columns, const uint8_t *samples) override {
+    uint8_t *dest = FetchRow(image_, row);
+    if (dest != nullptr) outOfRun_(samples, dest + ptrdiff_t{first} * image_.PixelSize, columns);
+  }
+
+ private:
+  ImageClassData &image_;
+  const SampleMover outOfRun_;
+};
+
 // The columns row by row, in strips that are narrow enough for what they touch to stay in the cache. A strip passes
 // through a window of as many rows as the offsets of its columns lie apart: every pixel that is made goes to the row to
 // which its column moves it, and a row that no further pixel can reach goes to dest.
-template <class L>
+template <size_t kChannels>
 class ColumnStrips {
  public:
-  ColumnStrips(ImageClassData &source, ImageClassData &dest, const ColumnShear &shear, const Pixel<L> &background)
-      : source_(source),
-        dest_(dest),
-        shear_(shear),
-        background_(background.samples),
-        intoRun_(IntoRun<L>(source)),
-        outOfRun_(OutOfRun<L>(dest)),
-        window_(WindowSize(shear)) {}
+  // For a slope of -1 to 1.
+  ColumnStrips(const ColumnShear &shear, const std::array<uint8_t, kChannels> &background)
+      : shear_(shear), background_(background), window_(WindowSize(shear)) {}
 
-  // False, with nothing done, if there is no memory to work in.
-  bool Shear() {
-    if (!window_) return false;
+  // False if there is no memory to work in; nothing may be sheared then.
+  explicit operator bool() const { return static_cast<bool>(window_); }
+
+  // Both sides have the columns of the shear, and so many rows.
+  void Shear(StripSource &source, int32_t sourceRows, StripDest &dest, int32_t destRows) {
+    source_ = &source;
+    sourceRows_ = sourceRows;
+    dest_ = &dest;
+    destRows_ = destRows;
     double f = shear_.start;
     for (firstColumn_ = 0; firstColumn_ < shear_.columns; firstColumn_ += kColumns) {
       columns_ = std::min(kColumns, shear_.columns - firstColumn_);
       f = Prepare(f);
       ShearStrip();
     }
-    return true;
   }
 
  private:
-  static constexpr int32_t kColumns = 256;
+  static constexpr int32_t kColumns = kStripColumns;
   static constexpr int32_t kMostRows = kColumns + 2;
-  static constexpr int32_t kCount = L::channelCount;
+  static constexpr int32_t kCount = kChannels;
   template <class T>
   using PerSample = std::array<T, size_t{kColumns} * kCount>;
 
@@ -129,10 +181,8 @@ class ColumnStrips {
 
   void ShearStrip() {
     nextRow_ = 0;
-    for (int32_t row = 0; row < source_.Height; ++row) {
-      const uint8_t *sourceRow = FetchRow(source_, row);
-      if (sourceRow != nullptr) {
-        intoRun_(sourceRow + ptrdiff_t{firstColumn_} * source_.PixelSize, read_.data(), columns_);
+    for (int32_t row = 0; row < sourceRows_; ++row) {
+      if (source_->Read(row, firstColumn_, columns_, read_.data())) {
         if (hasFractions_) {
           ShearAcrossByFractions(read_.data(), SampleCount(), fractions_.data(), shares_.data(), made_.data());
         } else {
@@ -140,13 +190,13 @@ class ColumnStrips {
         }
         Store(row);
       }
-      if (row < source_.Height - 1) Finish(row);
+      if (row < sourceRows_ - 1) Finish(row);
     }
     // This falls on the last pixels of the columns and replaces them, while a sheared row has one pixel more.
     for (int32_t i = 0; i < SampleCount(); ++i) made_[i] = LastSample(backgrounds_[i], shares_[i], weights_[i]);
-    Store(source_.Height - 1);
-    for (int32_t i = 0; i < windowRows_; ++i) Finish(int64_t{source_.Height} - 1 + i);
-    while (nextRow_ < dest_.Height) Write(backgrounds_.data());
+    Store(sourceRows_ - 1);
+    for (int32_t i = 0; i < windowRows_; ++i) Finish(int64_t{sourceRows_} - 1 + i);
+    while (nextRow_ < destRows_) Write(backgrounds_.data());
   }
 
   // Puts what was made of a row of the source into the window.
@@ -174,18 +224,15 @@ class ColumnStrips {
   void ClearRow(int32_t slot) { std::memcpy(rows_[slot], backgrounds_.data(), static_cast<size_t>(SampleCount())); }
 
   // Fills the strip in the next row of dest.
-  void Write(const uint8_t *samples) {
-    uint8_t *row = FetchRow(dest_, nextRow_++);
-    if (row != nullptr) outOfRun_(samples, row + ptrdiff_t{firstColumn_} * dest_.PixelSize, columns_);
-  }
+  void Write(const uint8_t *samples) { dest_->Write(nextRow_++, firstColumn_, columns_, samples); }
 
-  ImageClassData &source_;
-  ImageClassData &dest_;
   const ColumnShear shear_;
-  const Samples<L> background_;
-  const SampleMover intoRun_;
-  const SampleMover outOfRun_;
-  ZeroedBuffer<uint8_t> window_;
+  const std::array<uint8_t, kChannels> background_;
+  const ZeroedBuffer<uint8_t> window_;
+  StripSource *source_ = nullptr;
+  int32_t sourceRows_ = 0;
+  StripDest *dest_ = nullptr;
+  int32_t destRows_ = 0;
 
   // Of the strip at hand.
   int32_t firstColumn_ = 0;
@@ -214,7 +261,15 @@ void ShearColumns(ImageClassData &source, ImageClassData &dest, ColumnShear shea
   shear.rows = std::min(shear.rows, dest.Height);
   const bool fitsStrips =
       std::fabs(shear.slope) <= 1.0 && OrderIsUnobservable<L>(source, dest, dest.Width, dest.Height);
-  if (fitsStrips && shear_detail::ColumnStrips<L>(source, dest, shear, background).Shear()) return;
+  if (fitsStrips) {
+    shear_detail::ColumnStrips<L::channelCount> strips(shear, background.samples);
+    if (strips) {
+      shear_detail::ImageStripSource from(source, shear_detail::IntoRun<L>(source));
+      shear_detail::ImageStripDest to(dest, shear_detail::OutOfRun<L>(dest));
+      strips.Shear(from, source.Height, to, dest.Height);
+      return;
+    }
+  }
   shear_detail::ShearColumnsByPixels(source, dest, shear, background);
 }
 

@@ -8,6 +8,7 @@
 
 #include "geometry/column_shear.h"
 #include "geometry/shear.h"
+#include "geometry/three_shears.h"
 #include "geometry/turns.h"
 #include "host/resources.h"
 #include "host/truncate.h"
@@ -80,6 +81,15 @@ int32_t CommonRows(const ImageClassData &source, const ImageClassData &dest, int
   return std::min({rows, source.Height, dest.Height});
 }
 
+// True if nobody can tell whether the shears are made one after the other, by way of two images of their own like
+// `between`: these are known to nobody, no code of the host runs meanwhile, and they keep each sample as it is.
+template <class L>
+bool ShearsMayBeMadeAtOnce(const ImageClassData &original, const ImageClassData &between) {
+  return !HasFactory(original) && original.Yield.YieldTicks == 0 && between.Yield.YieldTicks == 0 &&
+         HasFixedRows(original) && SamplesAreApart<L>(between) &&
+         OrderIsUnobservable<L>(original, between, between.Width, between.Height);
+}
+
 // The base turned by an angle in degrees; empty if that is refused, or a step of it.
 template <class L>
 ObjectReference RotateByShears(ObjectReference base, double angle, const Pixel<L> &background) {
@@ -99,20 +109,31 @@ ObjectReference RotateByShears(ObjectReference base, double angle, const Pixel<L
   if (!first) return {};
   ImageClassData &firstRecord = *RecordOf(first.Get());
   if (!StartStage(original, firstRecord) || !watch.HasStorage()) return {};
-  for (int32_t row = 0; row < CommonRows(original, firstRecord, height); ++row) {
-    const double skew = ((t >= 0.0 ? row : row - height) + 0.5) * t;
-    const int32_t offset = Truncate(std::floor(skew));
-    HorizSkew<L>(original, firstRecord, row, offset, skew - offset, background);
-  }
-
   const double c = std::cos(r);
   const int32_t secondHeight = Truncate(height * c + width * std::fabs(s)) + 1;
+  const double columnStart = s > 0.0 ? (width - 1) * s : -((width - firstWidth) * s);
+  const ColumnShear columns{columnStart, s, firstWidth, secondHeight};
+  const auto forEachFirstSkew = [&](int32_t rows, const auto &visit) {
+    for (int32_t row = 0; row < rows; ++row) visit(row, ((t >= 0.0 ? row : row - height) + 0.5) * t);
+  };
+
+  std::optional<ThreeShears<L::channelCount>> atOnce;
+  if (ShearsMayBeMadeAtOnce<L>(original, firstRecord)) {
+    atOnce.emplace(height, columns, background.samples);
+    if (!*atOnce) atOnce.reset();
+  }
+  if (!atOnce) {
+    forEachFirstSkew(CommonRows(original, firstRecord, height), [&](int32_t row, double skew) {
+      const int32_t offset = Truncate(std::floor(skew));
+      HorizSkew<L>(original, firstRecord, row, offset, skew - offset, background);
+    });
+  }
+
   ObjectReference second = CreatePicture(&original, firstWidth, secondHeight, original.ImageFormat);
   if (!second) return {};
   ImageClassData &secondRecord = *RecordOf(second.Get());
   if (!StartStage(firstRecord, secondRecord)) return {};
-  const double columnStart = s > 0.0 ? (width - 1) * s : -((width - firstWidth) * s);
-  ShearColumns<L>(firstRecord, secondRecord, {columnStart, s, firstWidth, secondHeight}, background);
+  if (!atOnce) ShearColumns<L>(firstRecord, secondRecord, columns, background);
   first.Reset();
 
   const int32_t thirdWidth = Truncate(width * c + height * std::fabs(s)) + 1;
@@ -122,12 +143,21 @@ ObjectReference RotateByShears(ObjectReference base, double angle, const Pixel<L
   ImageClassData &thirdRecord = *RecordOf(third.Get());
   if (!StartStage(secondRecord, thirdRecord)) return {};
   const double x = (width - 1) * s;
-  double f = s >= 0.0 ? -(x * t) : (-(thirdHeight - 1) - x) * t;
-  for (int32_t row = 0; row < CommonRows(secondRecord, thirdRecord, thirdHeight); ++row) {
-    const int32_t offset = Truncate(std::floor(f));
-    HorizSkew<L>(secondRecord, thirdRecord, row, offset, f - offset, background);
-    f = f + t;
+  const double start = s >= 0.0 ? -(x * t) : (-(thirdHeight - 1) - x) * t;
+  const auto forEachThirdSkew = [&](int32_t rows, const auto &visit) {
+    double f = start;
+    for (int32_t row = 0; row < rows; ++row, f = f + t) visit(row, f);
+  };
+  if (atOnce) {
+    forEachFirstSkew(height, [&](int32_t row, double skew) { atOnce->SetFirst(row, skew); });
+    forEachThirdSkew(thirdHeight, [&](int32_t row, double skew) { atOnce->SetThird(row, skew); });
+    atOnce->Shear(original, shear_detail::IntoRun<L>(original), thirdRecord, shear_detail::OutOfRun<L>(thirdRecord));
+    return third;
   }
+  forEachThirdSkew(CommonRows(secondRecord, thirdRecord, thirdHeight), [&](int32_t row, double skew) {
+    const int32_t offset = Truncate(std::floor(skew));
+    HorizSkew<L>(secondRecord, thirdRecord, row, offset, skew - offset, background);
+  });
   return third;
 }
 

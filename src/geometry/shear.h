@@ -127,8 +127,9 @@ struct SkewedRow {
   std::array<uint8_t, kCount> background;
 
   // Makes the pixels from first up to, not including, end. `samples` are those of the source's pixels from
-  // `firstSource` on: at least the one before each that is needed.
-  void Make(const uint8_t *samples, int64_t firstSource, int64_t first, int64_t end, uint8_t *dest) const {
+  // `firstSource` on: at least the one before each that is needed. Large, and called for many pixels at a time.
+  [[gnu::noinline]] void Make(const uint8_t *samples, int64_t firstSource, int64_t first, int64_t end,
+                              uint8_t *dest) const {
     const auto source = [&](int64_t x) { return samples + (x - firstSource) * kCount; };
     const int64_t run = std::clamp(offset, first, end);
     const int64_t runEnd = std::clamp(offset + width, first, end);

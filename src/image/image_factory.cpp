@@ -48,6 +48,8 @@ ObjectReference CreatePicture(const ImageClassData *record, int32_t width, int32
   return {};
 }
 
+bool HasFactory(const ImageClassData &record) { return record.Factory != nullptr || globalFactory != nullptr; }
+
 REALobject CreatePictureLocal(REALobject instance, int32_t width, int32_t height, int32_t format) {
   return CreatePicture(RecordOf(instance), width, height, format).Release();
 }

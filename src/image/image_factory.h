@@ -12,6 +12,10 @@ namespace zvk::image {
 // constructed in memory. A factory's answer may be larger and of any format. Empty if no source gives a usable one.
 ObjectReference CreatePicture(const ImageClassData *record, int32_t width, int32_t height, int32_t format);
 
+// True if the host program has a say in the images that are made for `record`. Else they are in memory, of the very
+// size and format, and nobody else knows of them.
+bool HasFactory(const ImageClassData &record);
+
 // Handlers: the same for a host program, which gets the one reference; nil if there is none.
 REALobject CreatePictureLocal(REALobject instance, int32_t width, int32_t height, int32_t format);
 REALobject CreatePictureGlobal(int32_t width, int32_t height, int32_t format);

@@ -351,6 +351,54 @@ TEST_F(Rotate, SizesBeyondAllLimitsGiveNil) {
   EXPECT_EQ(rbRotate(image, 30.0, 0, 0, 0, 0, 0, 0, 0, 0, 0), nullptr);
 }
 
+// --- shears at once ---
+
+// Where a factory has a say, the shears go one after the other; else they are made at once.
+TEST_F(Rotate, ShearsAtOnceGiveTheBytesOfOneAfterTheOther) {
+  // Parts of rows are 256 columns wide: the rows between the shears have a few columns less, as many, and more.
+  for (const int32_t width : {1, 2, 240, 254, 256, 520}) {
+    for (const int32_t format : scenes::kFamilyFormats) {
+      const double angle = 10.0 * ((format + width) % 9) - 40.0;
+      if (angle == 0.0) continue;
+      const auto image = Noisy(width, 23, format, static_cast<uint32_t>(format));
+      const auto atOnce = Turned(image, angle, {1, 22, 33, 44, 55, 66, 77, 88, 99});
+      SetFactoryOf(image);
+      const auto apart = Turned(image, angle, {1, 22, 33, 44, 55, 66, 77, 88, 99});
+      ASSERT_TRUE(atOnce && apart);
+      EXPECT_EQ(AllOf(atOnce), AllOf(apart)) << width << ' ' << format << ' ' << angle;
+    }
+  }
+  EXPECT_FALSE(answers.wished.empty());
+}
+
+TEST_F(Rotate, WithoutMemoryToWorkInTheResultIsTheSame) {
+  const auto image = Noisy(31, 21, ImageFormatRGBA);
+  const auto expected = Turned(image, 30.0, {1, 2, 3, 4});
+  int refused = 0, asked = 0;
+  do {
+    ++refused;
+    asked = 0;
+    faults::Heap heap;
+    // The sizes of images are multiples of 64.
+    heap.FailCalloc([&](size_t, size_t size) { return size % 64 != 0 && ++asked == refused; });
+    const auto turned = Turned(image, 30.0, {1, 2, 3, 4});
+    heap.FailCalloc({});
+    ASSERT_TRUE(turned);
+    EXPECT_EQ(AllOf(turned), AllOf(expected)) << refused;
+  } while (asked >= refused);
+  EXPECT_GT(refused, 4);
+}
+
+TEST_F(Rotate, ShearsAreMadeAtOnceUnlessCodeOfTheHostRuns) {
+  const auto image = Noisy(31, 21, ImageFormatRGB);
+  faults::Heap heap;
+  Turned(image, 30.0);
+  const int atOnce = heap.CallocCalls();
+  YieldAlways(host_, image);
+  Turned(image, 30.0);
+  EXPECT_NE(heap.CallocCalls() - atOnce, atOnce);
+}
+
 // --- factories ---
 
 TEST_F(Rotate, TheFactoryOfTheBaseIsAskedForAllThreeImages) {

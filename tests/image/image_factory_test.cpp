@@ -81,6 +81,15 @@ class ImageFactory : public testing::TestWithParam<double> {
 
 INSTANTIATE_TEST_SUITE_P(TableVersions, ImageFactory, testing::Values(2011.0, 2012.0, 2013.0, 2013.03));
 
+TEST_P(ImageFactory, TheHostHasASayWithAFactoryOfTheImageOrAGlobalOne) {
+  EXPECT_FALSE(HasFactory(*RecordOf(asking_)));
+  SetFactory(host_.New("Silent"));
+  EXPECT_TRUE(HasFactory(*RecordOf(asking_)));
+  SetFactory(nullptr);
+  EXPECT_FALSE(HasFactory(*RecordOf(asking_)));
+  EXPECT_TRUE(HasFactory(*WithFactory(host_.New("First"))));
+}
+
 TEST_P(ImageFactory, TheInstanceFactoryIsAskedFirst) {
   const ImageClassData *record = WithBothFactories();
   const ObjectReference picture = CreatePicture(record, 20, 10, ImageFormatRGB);
