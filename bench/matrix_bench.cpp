@@ -22,6 +22,14 @@ naive::Matrix Average(int32_t dimension) {
   return {dimension, std::vector<int32_t>(static_cast<size_t>(count), 1), 0, 1.0 / count};
 }
 
+// No column times a row, and sums beyond 16 bits from 11 x 11 on.
+naive::Matrix Uneven(int32_t dimension) {
+  naive::Matrix matrix = Average(dimension);
+  for (size_t i = 0; i < matrix.entries.size(); ++i) matrix.entries[i] = static_cast<int32_t>(i * 7 % 11) - 2;
+  matrix.scale /= 3;
+  return matrix;
+}
+
 void Apply(benchmark::State &state, int32_t format, const naive::Matrix &matrix) {
   const BenchImage source(6000, 4000, format), dest(6000, 4000, format);
   const BenchArray entries(matrix.entries);
@@ -47,6 +55,10 @@ ZVK_BENCHMARK(Apply, wide_RGB, ImageFormatRGB, kWide);
 ZVK_BENCHMARK(Apply, average5_RGB, ImageFormatRGB, Average(5));
 ZVK_BENCHMARK(Apply, average15_RGB, ImageFormatRGB, Average(15));
 ZVK_BENCHMARK(Apply, average25_RGB, ImageFormatRGB, Average(25));
+ZVK_BENCHMARK(Apply, uneven5_RGB, ImageFormatRGB, Uneven(5));
+ZVK_BENCHMARK(Apply, uneven7_RGB, ImageFormatRGB, Uneven(7));
+ZVK_BENCHMARK(Apply, uneven15_RGB, ImageFormatRGB, Uneven(15));
+ZVK_BENCHMARK(Apply, uneven25_RGB, ImageFormatRGB, Uneven(25));
 ZVK_BENCHMARK(Naive, blur_RGB, ImageFormatRGB, kBlur);
 
 // In place each pixel asks for its rows anew.

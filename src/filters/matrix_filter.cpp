@@ -5,8 +5,8 @@
 #include <cstddef>
 #include <span>
 
-#include "filters/matrix_filter_kernel.h"
 #include "filters/matrix_filter_terms.h"
+#include "filters/matrix_line_sums.h"
 #include "host/integer_array.h"
 #include "host/resources.h"
 #include "pixels/filter_frame.h"
@@ -64,17 +64,16 @@ void ApplyByPixel(const MatrixJob &job) {
 
 // --- images that share nothing: lines of samples, with the edge pixels repeated as far as the matrix reaches ---
 
-// The columns or rows of the samples that count, from the output pixel. An edge further away than the image is large
-// makes no difference.
+// The columns or rows of the samples that count, from the output pixel.
 struct Reach {
   int32_t first;
   int32_t last;
 };
 
-Reach ReachOf(std::span<const MatrixTerm> terms, int32_t MatrixTerm::*place, int32_t size) {
+Reach ReachOf(std::span<const MatrixTerm> terms, int32_t MatrixTerm::*place) {
   if (terms.empty()) return {0, 0};
   const auto [first, last] = std::ranges::minmax(terms, {}, place);
-  return {std::clamp(first.*place, 1 - size, size - 1), std::clamp(last.*place, 1 - size, size - 1)};
+  return {first.*place, last.*place};
 }
 
 // A window of the source's rows as lines, each read once. Byte 0 of a line is the first channel of the sample that the
@@ -82,11 +81,12 @@ Reach ReachOf(std::span<const MatrixTerm> terms, int32_t MatrixTerm::*place, int
 template <class Layout>
 class SourceLines {
  public:
-  SourceLines(const MatrixJob &job, bool packed)
+  // The terms must be those within the source.
+  SourceLines(const MatrixJob &job, const MatrixTerms &terms, bool packed)
       : source_(job.source),
         samples_(source_, packed),
-        rows_(ReachOf(job.terms.All(), &MatrixTerm::row, source_.Height)),
-        columns_(ReachOf(job.terms.All(), &MatrixTerm::column, source_.Width)),
+        rows_(ReachOf(terms.All(), &MatrixTerm::row)),
+        columns_(ReachOf(terms.All(), &MatrixTerm::column)),
         pixels_(int64_t{job.columns} + columns_.last - columns_.first),
         lineCount_(std::min(rows_.last - rows_.first + 1, source_.Height)),
         bytes_(lineCount_ * pixels_ * kChannels) {}
@@ -99,13 +99,15 @@ class SourceLines {
     for (const int32_t last = PlaceAt(y, rows_.last, source_.Height); next_ <= last; ++next_) Load(next_);
   }
 
-  // What the term meets along output row y; nil if its row cannot be had.
-  const uint8_t *SamplesOf(const MatrixTerm &term, int32_t y) const {
-    const int32_t sourceRow = PlaceAt(y, term.row, source_.Height);
-    const uint8_t *line = lines_[static_cast<size_t>(sourceRow % lineCount_)];
-    const int32_t column = std::clamp(term.column, columns_.first, columns_.last);
-    return line != nullptr ? line + (column - columns_.first) * kChannels : nullptr;
+  // What lies `distance` rows from output row y.
+  SourceLine LineAt(int32_t y, int32_t distance) const {
+    const int32_t sourceRow = PlaceAt(y, distance, source_.Height);
+    const int32_t slot = sourceRow % lineCount_;
+    return {lines_[static_cast<size_t>(slot)], sourceRow, slot};
   }
+
+  LineShape Shape() const { return {columns_.first, static_cast<int32_t>(kChannels), pixels_ * kChannels}; }
+  int32_t Slots() const { return lineCount_; }
 
  private:
   static constexpr ptrdiff_t kChannels = SampleRows<Layout>::kChannels;
@@ -149,22 +151,21 @@ bool ApplyByLines(const MatrixJob &job) {
   ImageClassData &dest = job.dest;
   const bool packed = Layout::PackedAlike(job.source, dest);
   const int64_t count = job.columns * int64_t{Layout::channelCount};
-  SourceLines<Layout> lines(job, packed);
+  const MatrixTerms terms = job.terms.Within(job.source.Width, job.source.Height);
+  SourceLines<Layout> source(job, terms, packed);
+  const LineSums sum(terms, job.result, source.Shape(), count, source.Slots());
   const SampleRows<Layout> results(dest, packed);
   const ZeroedBuffer<uint8_t> buffer(count);
-  if (!lines || !buffer) return false;
+  if (!source || !sum || !buffer) return false;
 
-  const MatrixSums sum(job.terms.All(), job.result);
-  std::array<WeightedLine, MatrixTerms::kMostEntries> weighted = {};
+  std::array<SourceLine, MatrixTerms::kMostRows> lines = {};
+  const auto used = std::span(lines).first(static_cast<size_t>(terms.RowCount()));
   ForEachRow(dest, job.rows, [&](uint8_t *row, int32_t y) {
-    lines.MoveTo(y);
-    size_t used = 0;
-    for (const MatrixTerm &term : job.terms.All()) {
-      const uint8_t *samples = lines.SamplesOf(term, y);
-      if (samples != nullptr) weighted[used++] = {samples, term.weight};
+    source.MoveTo(y);
+    for (int32_t i = 0; i < terms.RowCount(); ++i) {
+      if (!terms.OfRow(i).empty()) lines[static_cast<size_t>(i)] = source.LineAt(y, terms.OfRow(i).front().row);
     }
-    results.Write(row, job.columns, buffer.Get(),
-                  [&](uint8_t *bytes) { sum(std::span(weighted).first(used), count, bytes); });
+    results.Write(row, job.columns, buffer.Get(), [&](uint8_t *bytes) { sum(used, bytes); });
   });
   return true;
 }

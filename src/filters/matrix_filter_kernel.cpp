@@ -1,37 +1,43 @@
 #include "filters/matrix_filter_kernel.h"
 
-#include <algorithm>
-#include <cmath>
-#include <cstddef>
-#include <cstdlib>
+#include <immintrin.h>
 
-#include "pixels/dispatch.h"
+#include <algorithm>
+#include <array>
+#include <cstring>
+
 #include "pixels/loop_steps.h"
 
 namespace zvk::filters {
 
 namespace {
 
-using Scaling = MatrixSums::Scaling;
+using Way = MatrixScaling::Way;
+
+// --- blocks ---
 
 // Samples summed at once: what the registers hold.
 constexpr int32_t kBlockBytes = 128;
+template <class Sum>
+constexpr auto kBlock = static_cast<int32_t>(kBlockBytes / sizeof(Sum));
 
-// What the result of a sum is before it is cut to a byte.
-template <Scaling kScaling>
-[[gnu::always_inline]] inline int32_t Scaled(const MatrixResult &result, int32_t sum) {
-  if constexpr (kScaling == Scaling::None) return sum + result.delta;
-  if constexpr (kScaling == Scaling::Bounded) return static_cast<int32_t>((sum + result.delta) * result.scale);
-  return result.Scaled(sum);
+// Calls visit(first, count) for blocks of kCount numbers. The last one may do some of the one before it again; a
+// shorter one is alone.
+template <int32_t kCount, class Visitor>
+[[gnu::always_inline]] inline void VisitBlocks(int64_t count, const Visitor &visit) {
+  if (count < kCount) {
+    visit(int64_t{0}, static_cast<int32_t>(count));
+    return;
+  }
+  for (int64_t i = 0; i < count; i += kCount) visit(std::min(i, count - kCount), kCount);
 }
 
-// `count` samples, at most a block, from `offset` on. All arithmetic wraps. A constant count makes straight code.
-template <class Sum, Scaling kScaling>
+// --- lines of samples ---
+
+// All arithmetic wraps.
+template <class Sum>
 [[gnu::always_inline]] inline void SumBlock(const WeightedLine *__restrict lines, size_t lineCount, Sum start,
-                                            MatrixResult result, int64_t offset, int32_t count,
-                                            uint8_t *__restrict bytes) {
-  constexpr auto kBlock = static_cast<int32_t>(kBlockBytes / sizeof(Sum));
-  Sum sums[kBlock] = {};
+                                            int64_t offset, int32_t count, Sum *__restrict sums) {
   for (int32_t i = 0; i < count; ++i) sums[i] = start;
   for (size_t k = 0; k < lineCount; ++k) {
     OneStepAtATime();
@@ -39,70 +45,145 @@ template <class Sum, Scaling kScaling>
     const auto weight = static_cast<Sum>(lines[k].weight);
     for (int32_t i = 0; i < count; ++i) sums[i] = static_cast<Sum>(sums[i] + samples[i] * weight);
   }
-  // The detour over whole numbers keeps each loop to one width of numbers.
-  int32_t whole[kBlock] = {};
-  for (int32_t i = 0; i < count; ++i) whole[i] = std::clamp(Scaled<kScaling>(result, sums[i]), 0, 255);
-  for (int32_t i = 0; i < count; ++i) bytes[i] = static_cast<uint8_t>(whole[i]);
 }
 
-template <class Sum, Scaling kScaling>
-[[gnu::always_inline]] inline void SumScaledLinesBody(const WeightedLine *lines, size_t lineCount, Sum start,
-                                                      const MatrixResult &result, int64_t count, uint8_t *bytes) {
-  constexpr auto kBlock = static_cast<int32_t>(kBlockBytes / sizeof(Sum));
-  if (count < kBlock) {
-    SumBlock<Sum, kScaling>(lines, lineCount, start, result, 0, static_cast<int32_t>(count), bytes);
-    return;
-  }
-  // The last block may do some of the one before it again.
-  for (int64_t i = 0; i < count; i += kBlock) {
-    const int64_t first = std::min(i, count - kBlock);
-    SumBlock<Sum, kScaling>(lines, lineCount, start, result, first, kBlock, bytes + first);
-  }
+template <Way kWay>
+[[gnu::always_inline]] inline void SumLinesBody(const WeightedLine *lines, size_t lineCount,
+                                                const MatrixScaling &scaling, int64_t count, uint8_t *bytes) {
+  const MatrixScaling local = scaling;
+  VisitBlocks<kBlock<uint16_t>>(
+      count, [&](int64_t first, int32_t now) __attribute__((always_inline)) {
+        uint16_t sums[kBlock<uint16_t>] = {};
+        SumBlock<uint16_t>(lines, lineCount, local.start, first, now, sums);
+        FinishSums<kWay, kBlock<uint16_t>>(local, sums, now, bytes + first);
+      });
 }
-template <class Sum, Scaling kScaling>
-constexpr auto SumScaledLines = KernelOf<SumScaledLinesBody<Sum, kScaling>>;
 
 template <class Sum>
-void SumLines(Scaling scaling, std::span<const WeightedLine> lines, Sum start, const MatrixResult &result,
-              int64_t count, uint8_t *bytes) {
-  switch (scaling) {
-    case Scaling::None:
-      return SumScaledLines<Sum, Scaling::None>(lines.data(), lines.size(), start, result, count, bytes);
-    case Scaling::Bounded:
-      return SumScaledLines<Sum, Scaling::Bounded>(lines.data(), lines.size(), start, result, count, bytes);
-    case Scaling::Any:
-      return SumScaledLines<Sum, Scaling::Any>(lines.data(), lines.size(), start, result, count, bytes);
+[[gnu::always_inline]] inline void SumColumnsBody(const WeightedLine *lines, size_t lineCount, Sum start, int64_t count,
+                                                  Sum *sums) {
+  VisitBlocks<kBlock<Sum>>(
+      count, [&](int64_t first, int32_t now) __attribute__((always_inline)) {
+        Sum block[kBlock<Sum>] = {};
+        SumBlock<Sum>(lines, lineCount, start, first, now, block);
+        std::copy_n(block, now, sums + first);
+      });
+}
+
+// --- pairs ---
+
+// Vectors never cross a call, as all of this becomes a part of the forms for each level.
+#pragma GCC diagnostic ignored "-Wpsabi"
+
+// Makes a number of 16 bits, or each of a pair of them, less by 32768.
+constexpr Pair kLess = 0x80008000;
+
+template <class Number>
+[[gnu::always_inline]] inline void PairNumbersBody(const Number *__restrict numbers, int64_t distance, int64_t count,
+                                                   Pair *__restrict pairs) {
+  constexpr Pair kChange = sizeof(Number) == 1 ? 0 : kLess;
+  const int64_t inside = std::max<int64_t>(count - distance, 0);
+  for (int64_t i = 0; i < inside; ++i) pairs[i] = (numbers[i] | Pair{numbers[i + distance]} << 16) ^ kChange;
+  for (int64_t i = inside; i < count; ++i) pairs[i] = numbers[i] ^ (kChange & 0xFFFF);
+}
+
+[[gnu::always_inline]] inline void PairHalvesBody(const int32_t *__restrict sums, int64_t distance, int64_t count,
+                                                  Pair *__restrict low, Pair *__restrict high) {
+  const int64_t inside = std::max<int64_t>(count - distance, 0);
+  for (int64_t i = 0; i < inside; ++i) {
+    const auto first = static_cast<uint32_t>(sums[i]);
+    const auto second = static_cast<uint32_t>(sums[i + distance]);
+    low[i] = ((first & 0xFFFF) | second << 16) ^ kLess;
+    high[i] = first >> 16 | (second & 0xFFFF0000);
+  }
+  for (int64_t i = inside; i < count; ++i) {
+    const auto first = static_cast<uint32_t>(sums[i]);
+    low[i] = (first & 0xFFFF) ^ (kLess & 0xFFFF);
+    high[i] = first >> 16;
   }
 }
 
-// How the sums from `lowest` to `highest`, of which not all may occur, are scaled.
-Scaling ScalingOf(const MatrixResult &result, int64_t lowest, int64_t highest) {
-  constexpr double kLimit = 2147483648.0;  // 32 bits hold what lies within
-  if (result.scale == 1.0) return Scaling::None;
-  const auto farthest =
-      static_cast<double>(std::max(std::abs(lowest + result.delta), std::abs(highest + result.delta)));
-  return farthest < kLimit && farthest * std::abs(result.scale) < kLimit ? Scaling::Bounded : Scaling::Any;
+// Numbers in a vector of the machine.
+template <size_t kBytes>
+struct PairVector {
+  typedef int32_t Sums __attribute__((vector_size(kBytes)));   // NOLINT: an alias may not depend on kBytes
+  typedef int16_t Words __attribute__((vector_size(kBytes)));  // NOLINT
+};
+
+// Adds the products of both halves of each pair. Nothing is lost but where all four are -32768, and there the sum wraps
+// as it may.
+template <class Words, class Sums>
+[[gnu::always_inline]] inline void MultiplyAdd(const Words &pairs, const Words &weights, Sums &sums) {
+  if constexpr (sizeof(Sums) == 16) sums += (Sums)__builtin_ia32_pmaddwd128(pairs, weights);
+  if constexpr (sizeof(Sums) == 32) sums += (Sums)__builtin_ia32_pmaddwd256(pairs, weights);
+  if constexpr (sizeof(Sums) == 64) {
+    sums += (Sums)__builtin_ia32_pmaddwd512_mask(pairs, weights, Sums{}, static_cast<__mmask16>(-1));
+  }
+}
+
+template <size_t kBytes, size_t kVectors>
+[[gnu::always_inline]] inline void AddPairs(std::span<const WeightedPairs> terms, int64_t offset,
+                                            typename PairVector<kBytes>::Sums (&sums)[kVectors]) {
+  using Vector = PairVector<kBytes>;
+  for (const WeightedPairs &term : terms) {
+    const Pair *pairs = term.pairs + offset;
+    const auto weights = (typename Vector::Words)(typename Vector::Sums{} + static_cast<int32_t>(term.weights));
+    for (size_t i = 0; i < kVectors; ++i) {
+      typename Vector::Words words;
+      std::memcpy(&words, pairs + i * kBytes / sizeof(Pair), kBytes);
+      MultiplyAdd(words, weights, sums[i]);
+    }
+  }
+}
+
+template <size_t kBytes, Way kWay>
+[[gnu::always_inline]] inline void SumPairsBody(const PairTerms &terms, const MatrixScaling &scaling, int64_t count,
+                                                uint8_t *bytes) {
+  constexpr size_t kVectors = kBytes < 64 ? 8 : 4;
+  constexpr auto kNumbers = static_cast<int32_t>(kVectors * kBytes / sizeof(int32_t));
+  static_assert(kNumbers <= kPairsBehind);
+  const PairTerms local = terms;
+  const MatrixScaling localScaling = scaling;
+  VisitBlocks<kNumbers>(
+      count, [&](int64_t first, int32_t now) __attribute__((always_inline)) {
+        typename PairVector<kBytes>::Sums vectors[kVectors] = {};
+        if (!local.high.empty()) {
+          AddPairs<kBytes>(local.high, first, vectors);
+          for (auto &vector : vectors) vector <<= 16;
+        }
+        for (auto &vector : vectors) vector += local.start;
+        AddPairs<kBytes>(local.low, first, vectors);
+        int32_t sums[kNumbers];
+        std::memcpy(sums, vectors, sizeof sums);
+        FinishSums<kWay, kNumbers>(localScaling, sums, now, bytes + first);
+      });
 }
 
 }  // namespace
 
-MatrixSums::MatrixSums(std::span<const MatrixTerm> terms, const MatrixResult &result) : result_(result) {
-  int64_t lowest = 0;
-  int64_t highest = 0;
-  for (const MatrixTerm &term : terms) (term.weight < 0 ? lowest : highest) += int64_t{255} * term.weight;
-  scaling_ = ScalingOf(result, lowest, highest);
-  narrow_ = highest - lowest < 65536;
-  // Narrow sums start at 0 for the lowest one, and the delta takes that back.
-  start_ = static_cast<uint16_t>(narrow_ ? -lowest : 0);
-  result_.delta -= start_;
+// --- forms for each level ---
+
+const Kernel<LinesToBytes> &SumLines(Way way) {
+  static constexpr std::array kKernels = {KernelOf<SumLinesBody<Way::None>>, KernelOf<SumLinesBody<Way::Words>>,
+                                          KernelOf<SumLinesBody<Way::Single>>, KernelOf<SumLinesBody<Way::Double>>,
+                                          KernelOf<SumLinesBody<Way::Any>>};
+  return kKernels[static_cast<size_t>(way)];
 }
 
-void MatrixSums::operator()(std::span<const WeightedLine> lines, int64_t count, uint8_t *bytes) const {
-  if (narrow_) {
-    SumLines<uint16_t>(scaling_, lines, start_, result_, count, bytes);
-  } else {
-    SumLines<int32_t>(scaling_, lines, 0, result_, count, bytes);
-  }
+template <Way kWay>
+constexpr auto kSumPairs = KernelOfSizes<SumPairsBody<16, kWay>, SumPairsBody<32, kWay>, SumPairsBody<64, kWay>>;
+
+const Kernel<PairsToBytes> &SumPairs(Way way) {
+  // Sums of pairs are never words.
+  static constexpr std::array kKernels = {kSumPairs<Way::None>, kSumPairs<Way::Any>, kSumPairs<Way::Single>,
+                                          kSumPairs<Way::Double>, kSumPairs<Way::Any>};
+  return kKernels[static_cast<size_t>(way)];
 }
+
+constexpr Kernel<LinesToSums<uint16_t>> SumNarrowColumns = KernelOf<SumColumnsBody<uint16_t>>;
+constexpr Kernel<LinesToSums<int32_t>> SumColumns = KernelOf<SumColumnsBody<int32_t>>;
+constexpr Kernel<NumbersToPairs<uint8_t>> PairSamples = KernelOf<PairNumbersBody<uint8_t>>;
+constexpr Kernel<NumbersToPairs<uint16_t>> PairSums = KernelOf<PairNumbersBody<uint16_t>>;
+constexpr Kernel<SumsToHalves> PairHalves = KernelOf<PairHalvesBody>;
 
 }  // namespace zvk::filters

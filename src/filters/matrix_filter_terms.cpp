@@ -1,5 +1,8 @@
 #include "filters/matrix_filter_terms.h"
 
+#include <algorithm>
+#include <cstddef>
+
 namespace zvk::filters {
 
 MatrixTerms::MatrixTerms(const std::array<int32_t, kMostEntries> &entries, int32_t dimension) : reach_(dimension / 2) {
@@ -15,6 +18,24 @@ MatrixTerms::MatrixTerms(const std::array<int32_t, kMostEntries> &entries, int32
     }
     firstOfRow_[static_cast<size_t>(++rowCount_)] = count;
   }
+}
+
+MatrixTerms MatrixTerms::Within(int32_t width, int32_t height) const {
+  MatrixTerms within = *this;
+  int32_t count = 0;
+  for (int32_t i = 0; i < rowCount_; ++i) {
+    const int32_t first = count;
+    for (const MatrixTerm &term : OfRow(i)) {
+      const int32_t column = std::clamp(term.column, 1 - width, width - 1);
+      if (count > first && within.terms_[static_cast<size_t>(count) - 1].column == column) {
+        within.terms_[static_cast<size_t>(count) - 1].weight += term.weight;
+        continue;
+      }
+      within.terms_[static_cast<size_t>(count++)] = {std::clamp(term.row, 1 - height, height - 1), column, term.weight};
+    }
+    within.firstOfRow_[static_cast<size_t>(i) + 1] = count;
+  }
+  return within;
 }
 
 }  // namespace zvk::filters

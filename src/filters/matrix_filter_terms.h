@@ -26,6 +26,10 @@ class MatrixTerms {
   // right: one less for an even dimension. Nothing counts of a dimension below 1.
   MatrixTerms(const std::array<int32_t, kMostEntries> &entries, int32_t dimension);
 
+  // The same for an image of that size, of which a sample further away than an edge is the edge: no place lies further
+  // away, and no row has two entries at one place. Their weights are added up, wrapping, to what may be 0.
+  MatrixTerms Within(int32_t width, int32_t height) const;
+
   std::span<const MatrixTerm> All() const { return {terms_.data(), static_cast<size_t>(firstOfRow_[rowCount_])}; }
 
   // The rows of the matrix, as far as they have entries. A row may have no entry that counts.

@@ -75,4 +75,10 @@ inline constexpr auto KernelOf = CompiledForms<kBody>::kKernel;
 template <auto kBody>
 inline constexpr auto KernelUpToAVX2 = CompiledForms<kBody>::kKernelUpToAVX2;
 
+// The kernel of a body that is written with vectors, of 16, 32 and 64 bytes.
+template <auto kBody16, auto kBody32, auto kBody64>
+inline constexpr decltype(CompiledForms<kBody16>::kKernel) KernelOfSizes{
+    {CompiledForms<kBody16>::Baseline, CompiledForms<kBody16>::Baseline, CompiledForms<kBody32>::AVX2,
+     CompiledForms<kBody64>::AVX512}};
+
 }  // namespace zvk::pixels

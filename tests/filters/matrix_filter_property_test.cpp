@@ -32,6 +32,23 @@ naive::Matrix AnyMatrix(Random &random, int32_t dimension) {
   return matrix;
 }
 
+// A column times a row, but now and then for one entry.
+naive::Matrix AnyProduct(Random &random, int32_t dimension) {
+  naive::Matrix matrix = AnyMatrix(random, dimension);
+  const bool usual = random.Between(0, 3) > 0;
+  std::vector<int32_t> column, row;
+  for (int32_t i = 0; i < dimension; ++i) {
+    column.push_back(random.OneIn(4) ? 0 : AnyEntry(random, usual));
+    row.push_back(random.OneIn(4) ? 0 : AnyEntry(random, true));
+  }
+  matrix.entries.clear();
+  for (const int32_t c : column) {
+    for (const int32_t r : row) matrix.entries.push_back(static_cast<int32_t>(int64_t{c} * r));
+  }
+  if (random.OneIn(4)) matrix.entries[static_cast<size_t>(random.Between(0, dimension * dimension - 1))] -= 1;
+  return matrix;
+}
+
 void Check(Random &random, PluginHost &host, const naive::Matrix &matrix, const Limits &limits) {
   const auto array = host.NewArray(matrix.entries);
   CheckFilter(
@@ -49,6 +66,11 @@ void Check(Random &random, PluginHost &host, const naive::Matrix &matrix, const 
 TEST(MatrixFilterProperty, AnyMatrixOnAnyImagesGivesTheNaiveBytes) {
   PluginHost host({.fenced = true});
   CheckCases([&](Random &random) { Check(random, host, AnyMatrix(random, random.Between(-1, 7)), {}); });
+}
+
+TEST(MatrixFilterProperty, AColumnTimesARowOnAnyImagesGivesTheNaiveBytes) {
+  PluginHost host({.fenced = true});
+  CheckCases([&](Random &random) { Check(random, host, AnyProduct(random, random.Between(1, 9)), {60, 9}); });
 }
 
 TEST(MatrixFilterProperty, ALargeMatrixOnSmallImagesGivesTheNaiveBytes) {

@@ -73,6 +73,28 @@ TEST(MatrixTerms, AMatrixAbove50EndsWithTheEntries) {
   EXPECT_EQ(huge.All().back().row, -1073741823);
 }
 
+TEST(MatrixTerms, WithinAnImageNoPlaceLiesFurtherAwayThanAnEdge) {
+  const MatrixTerms terms(Entries{1, 2, 3, 4, 5, 6, 7, 0, 300, 9, 10, 11, 12, 13, 14, 0, 0, 0, 0, 0, -1, -2, -3, 4, -4},
+                          5);
+  EXPECT_EQ(ListOf(terms.Within(9, 9).All()), ListOf(terms.All()));
+  const MatrixTerms within = terms.Within(2, 3);
+  EXPECT_EQ(ListOf(within.All()), (Listed{{-2, -1, 3},
+                                          {-2, 0, 3},
+                                          {-2, 1, 9},
+                                          {-1, -1, 13},
+                                          {-1, 1, 9},
+                                          {0, -1, 21},
+                                          {0, 0, 12},
+                                          {0, 1, 27},
+                                          {2, -1, -3},
+                                          {2, 0, -3},
+                                          {2, 1, 0}}));
+  EXPECT_TRUE(within.OfRow(3).empty());
+  EXPECT_EQ(ListOf(terms.Within(1, 1).All()), (Listed{{0, 0, 15}, {0, 0, 22}, {0, 0, 60}, {0, 0, -6}}));
+  const MatrixTerms wraps(Entries{INT32_MIN, INT32_MIN, -1, 0, 0, 0, 0, 0, 0}, 3);
+  EXPECT_EQ(ListOf(wraps.Within(1, 9).All()), (Listed{{-1, 0, -1}}));
+}
+
 TEST(MatrixResult, AddsThenScalesThenCuts) {
   EXPECT_EQ((MatrixResult{10, 1.0}(245)), 255);
   EXPECT_EQ((MatrixResult{10, 1.0}(246)), 255);
