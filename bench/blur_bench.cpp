@@ -141,8 +141,12 @@ void NaiveUnsharp(benchmark::State &state) {
 }
 
 ZVK_BENCHMARK(BoxBlur, RGB_2, ImageFormatRGB, ImageFormatRGB, 2, true, true);
+ZVK_BENCHMARK(BoxBlur, RGB_3, ImageFormatRGB, ImageFormatRGB, 3, true, true);
 ZVK_BENCHMARK(BoxBlur, RGB_20, ImageFormatRGB, ImageFormatRGB, 20, true, true);
+ZVK_BENCHMARK(BoxBlur, RGB_127, ImageFormatRGB, ImageFormatRGB, 127, true, true);
+ZVK_BENCHMARK(BoxBlur, RGB_128, ImageFormatRGB, ImageFormatRGB, 128, true, true);
 ZVK_BENCHMARK(BoxBlur, RGB_200, ImageFormatRGB, ImageFormatRGB, 200, true, true);
+ZVK_BENCHMARK(BoxBlur, RGB_500, ImageFormatRGB, ImageFormatRGB, 500, true, true);
 ZVK_BENCHMARK(BoxBlur, RGB_columns, ImageFormatRGB, ImageFormatRGB, 20, true, false);
 ZVK_BENCHMARK(BoxBlur, RGB_rows, ImageFormatRGB, ImageFormatRGB, 20, false, true);
 ZVK_BENCHMARK(BoxBlur, RGBA, ImageFormatRGBA, ImageFormatRGBA, 20, true, true);

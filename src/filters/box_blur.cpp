@@ -5,10 +5,10 @@
 #include <cstddef>
 #include <utility>
 
+#include "filters/box_blur_kernels.h"
 #include "host/resources.h"
 #include "host/truncate.h"
 #include "image/rows.h"
-#include "pixels/dispatch.h"
 #include "pixels/filter_frame.h"
 #include "pixels/layouts.h"
 #include "pixels/loop_steps.h"
@@ -22,25 +22,6 @@ namespace {
 
 using enum ColourFamily;
 
-// --- the window ---
-
-struct Window {
-  int32_t radius;   // samples on each side of the middle one
-  int32_t divisor;  // by which a sum becomes a mean
-
-  // A window of radius 0 covers one sample and divides it by 3 all the same, so that it darkens.
-  explicit Window(int32_t wholeRadius) : radius(wholeRadius), divisor(wholeRadius >= 1 ? 2 * wholeRadius + 1 : 3) {}
-
-  // Sums that lead to a mean are below this.
-  uint32_t SumEnd() const { return static_cast<uint32_t>(divisor) * 256; }
-
-  // Where dest shares storage with the source, what leaves a sum need not be what has come into it. What no window of
-  // samples adds up to gives 0.
-  uint8_t Mean(uint32_t sum) const {
-    return static_cast<uint8_t>(sum < SumEnd() ? sum / static_cast<uint32_t>(divisor) : 0);
-  }
-};
-
 bool IsAllocatable(int64_t size) { return size >= 1 && size <= kLargestAllocation; }
 
 // The limits are those of a table of all means in 32 bits, of the sums of a channel with a margin of 5, and of a row
@@ -51,101 +32,6 @@ bool HasRoom(const ImageClassData &source, int32_t radius) {
          IsAllocatable((int64_t{source.Width} + 5) * int64_t{sizeof(uint32_t)}) &&
          IsAllocatable(int64_t{source.RowSize} + 20);
 }
-
-// --- kernels over samples side by side ---
-
-// Adds `times` times the samples.
-[[gnu::always_inline]] inline void AddSamplesBody(const uint8_t *__restrict samples, uint32_t times, ptrdiff_t count,
-                                                  uint32_t *__restrict sums) {
-  for (ptrdiff_t i = 0; i < count; ++i) sums[i] += samples[i] * times;
-}
-constexpr auto AddSamples = KernelOf<AddSamplesBody>;
-
-[[gnu::always_inline]] inline void ReplaceSamplesBody(const uint8_t *__restrict leaving,
-                                                      const uint8_t *__restrict entering, ptrdiff_t count,
-                                                      uint32_t *__restrict sums) {
-  for (ptrdiff_t i = 0; i < count; ++i) sums[i] += static_cast<uint32_t>(entering[i] - leaving[i]);
-}
-constexpr auto ReplaceSamples = KernelOf<ReplaceSamplesBody>;
-
-// Window::Mean of each sum, without a division: half a unit lifts the quotient away from the whole number below it by
-// more than the arithmetic errs, which in single precision holds for divisors below kSingleDivisors.
-template <class Real>
-[[gnu::always_inline]] inline void DivideSumsBody(const uint32_t *__restrict sums, ptrdiff_t count, Window window,
-                                                  uint8_t *__restrict means) {
-  const uint32_t end = window.SumEnd();
-  const Real factor = Real{1} / static_cast<Real>(window.divisor);
-  for (ptrdiff_t i = 0; i < count; ++i) {
-    // The first sum beyond those of a mean gives 256, of which a byte keeps 0.
-    const auto sum = static_cast<int32_t>(std::min(sums[i], end));
-    means[i] = static_cast<uint8_t>(static_cast<int32_t>((static_cast<Real>(sum) + Real{0.5}) * factor));
-  }
-}
-template <class Real>
-constexpr auto DivideSums = KernelOf<DivideSumsBody<Real>>;
-
-constexpr int32_t kSingleDivisors = 16384;
-
-void MeansOf(const uint32_t *sums, ptrdiff_t count, Window window, uint8_t *means) {
-  if (window.divisor < kSingleDivisors) {
-    DivideSums<float>(sums, count, window, means);
-  } else {
-    DivideSums<double>(sums, count, window, means);
-  }
-}
-
-// The sums of the window around column 0 of a row, by what sample(column, channel) gives. Columns beyond an edge count
-// as the edge, and are not visited one by one.
-template <size_t kChannels, class Sample>
-[[gnu::always_inline]] inline std::array<uint32_t, kChannels> FirstSums(int32_t width, int32_t radius,
-                                                                        const Sample &sample) {
-  const int32_t last = width - 1;
-  const auto atFirst = static_cast<uint32_t>(radius) + 1;
-  const auto beyondLast = static_cast<uint32_t>(std::max(radius - last, 0));
-  std::array<uint32_t, kChannels> sums = {};
-  for (size_t c = 0; c < kChannels; ++c) sums[c] = sample(0, c) * atFirst + sample(last, c) * beyondLast;
-  for (int32_t x = 1; x <= std::min(radius, last); ++x) {
-    for (size_t c = 0; c < kChannels; ++c) sums[c] += sample(x, c);
-  }
-  return sums;
-}
-
-// sums[x] becomes the sum of the window around column x, for each channel. Two steps: how each sum differs from the
-// one before, many at once, then their running sum.
-template <size_t kChannels>
-[[gnu::always_inline]] inline void SumWindowsBody(const uint8_t *__restrict samples, int32_t width, int32_t radius,
-                                                  uint32_t *__restrict sums) {
-  constexpr auto kStep = static_cast<ptrdiff_t>(kChannels);
-  const int32_t last = width - 1;
-  // Column x takes leave of x - radius and meets x + radius + 1; in between neither lies beyond an edge.
-  const int32_t innerFirst = std::min(radius, width);
-  const int32_t innerEnd = std::max(last - radius, innerFirst);
-  for (int32_t x = 0; x < innerFirst; ++x) {
-    const uint8_t *entering = samples + std::min(x + radius + 1, last) * kStep;
-    for (ptrdiff_t c = 0; c < kStep; ++c) sums[x * kStep + c] = static_cast<uint32_t>(entering[c] - samples[c]);
-  }
-  for (ptrdiff_t i = innerFirst * kStep; i < innerEnd * kStep; ++i) {
-    sums[i] = static_cast<uint32_t>(samples[i + (radius + 1) * kStep] - samples[i - radius * kStep]);
-  }
-  const uint8_t *edge = samples + last * kStep;
-  for (int32_t x = innerEnd; x < width; ++x) {
-    const uint8_t *leaving = samples + (x - radius) * kStep;
-    for (ptrdiff_t c = 0; c < kStep; ++c) sums[x * kStep + c] = static_cast<uint32_t>(edge[c] - leaving[c]);
-  }
-
-  auto running = FirstSums<kChannels>(
-      width, radius, [&](ptrdiff_t x, size_t c) { return uint32_t{samples[x * kStep + static_cast<ptrdiff_t>(c)]}; });
-  for (int32_t x = 0; x < width; ++x) {
-    for (size_t c = 0; c < kChannels; ++c) {
-      const uint32_t difference = sums[c];
-      sums[c] = running[c];
-      running[c] += difference;
-    }
-    sums += kStep;
-  }
-}
-template <size_t kChannels>
-constexpr auto SumWindows = KernelOf<SumWindowsBody<kChannels>>;
 
 // --- the passes ---
 
@@ -159,8 +45,9 @@ class BoxBlur {
         width_(source.Width),
         samples_(int64_t{source.Width} * kChannels),
         rows_(source, dest),
-        columnSums_(samples_),
-        windowSums_(samples_),
+        // Rows that may change between entering and leaving need not add up to samples.
+        columnSums_(window, samples_, window.IsNarrow() && HasFixedRows(source) && AreDisjoint(source, dest)),
+        windowSums_(window, samples_, window.IsNarrow()),
         leaving_(samples_),
         entering_(samples_),
         made_(samples_) {}
@@ -210,7 +97,7 @@ class BoxBlur {
       ++times;
       if (j < window_.radius && PlaceAt(j + 1, 0, source_.Height) == y) continue;
       if (row != nullptr) {
-        AddSamples(rows_.source.Read(row, width_, entering_.Get()), times, samples_, columnSums_.Get());
+        columnSums_.Add(rows_.source.Read(row, width_, entering_.Get()), times);
       }
       times = 0;
     }
@@ -223,20 +110,20 @@ class BoxBlur {
       uint8_t *row = FetchRow(dest_, y);
       if (row != nullptr) {
         rows_.dest.Write(row, width_, made_.Get(), [&](uint8_t *samples) {
-          MeansOf(columnSums_.Get(), samples_, window_, samples);
+          columnSums_.MeansTo(samples);
           if (thenAlongRows) BlurAlong(samples, samples);
         });
       }
       const uint8_t *leaving = SourceSamples(std::max(y - window_.radius, 0), leaving_.Get());
       const auto next = static_cast<int32_t>(std::min(int64_t{y} + window_.radius + 1, lastRow));
-      ReplaceSamples(leaving, SourceSamples(next, entering_.Get()), samples_, columnSums_.Get());
+      columnSums_.Replace(leaving, SourceSamples(next, entering_.Get()));
     }
   }
 
   // One row of samples to another, which may be the same.
   void BlurAlong(const uint8_t *samples, uint8_t *means) {
-    SumWindows<Layout::channelCount>(samples, width_, window_.radius, windowSums_.Get());
-    MeansOf(windowSums_.Get(), samples_, window_, means);
+    windowSums_.SumAlong(samples, width_, Layout::channelCount);
+    windowSums_.MeansTo(means);
   }
 
   void BlurDestAlongRows() {
@@ -279,8 +166,8 @@ class BoxBlur {
   int32_t width_;
   int64_t samples_;  // of a row
   SampleRowsOfBoth<Layout> rows_;
-  ZeroedBuffer<uint32_t> columnSums_;
-  ZeroedBuffer<uint32_t> windowSums_;
+  SumLine columnSums_;
+  SumLine windowSums_;
   ZeroedBuffer<uint8_t> leaving_;
   ZeroedBuffer<uint8_t> entering_;
   ZeroedBuffer<uint8_t> made_;

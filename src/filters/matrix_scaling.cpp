@@ -66,12 +66,10 @@ bool MatrixScaling::ServeWords(int64_t highest) {
   const double mantissa = std::frexp(result.scale, &exponent);  // from 0.5 to 1, or 0
   const double rounded = std::ceil(mantissa * 65536);
   if (exponent > 0 || exponent <= -16 || rounded > static_cast<double>(kMost)) return false;
-  multiplier = static_cast<uint16_t>(rounded);
-  shift = static_cast<uint8_t>(-exponent);
+  product = {static_cast<uint16_t>(rounded), static_cast<uint8_t>(-exponent)};
   floor = static_cast<uint16_t>(std::clamp<int64_t>(-int64_t{result.delta}, 0, kMost));
   offset = static_cast<uint16_t>(floor > 0 ? -floor : result.delta);
-  return AgreesAtAllSteps(result.scale, highest,
-                          [&](int32_t n) { return int32_t{ScaledWord(*this, static_cast<uint16_t>(n))}; });
+  return AgreesAtAllSteps(result.scale, highest, [&](int32_t n) { return int32_t{product(static_cast<uint16_t>(n))}; });
 }
 
 bool MatrixScaling::ServeSingle(int64_t highest, double farthest) {

@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "filters/matrix_filter_terms.h"
+#include "pixels/word_product.h"
 
 namespace zvk::filters {
 
@@ -27,17 +28,12 @@ struct MatrixScaling {
   // Of Words: a sum below the floor gives 0; the others are moved by the offset.
   uint16_t floor = 0;
   uint16_t offset = 0;
-  uint16_t multiplier = 0;
-  uint8_t shift = 0;
+  WordProduct product = {};
 
  private:
   bool ServeWords(int64_t highest);
   bool ServeSingle(int64_t highest, double farthest);
 };
-
-[[gnu::always_inline]] inline uint16_t ScaledWord(const MatrixScaling &scaling, uint16_t value) {
-  return static_cast<uint16_t>(static_cast<uint16_t>(uint32_t{value} * scaling.multiplier >> 16) >> scaling.shift);
-}
 
 [[gnu::always_inline]] inline int32_t ScaledSingle(const MatrixScaling &scaling, int32_t value) {
   return static_cast<int32_t>(static_cast<float>(value) * scaling.factor + scaling.bias);
@@ -63,7 +59,7 @@ template <MatrixScaling::Way kWay, int32_t kMost, class Sum>
     uint16_t whole[kMost] = {};
     for (int32_t i = 0; i < count; ++i) {
       const auto value = static_cast<uint16_t>(std::max(sums[i], scaling.floor) + scaling.offset);
-      whole[i] = std::min<uint16_t>(ScaledWord(scaling, value), 255);
+      whole[i] = std::min<uint16_t>(scaling.product(value), 255);
     }
     for (int32_t i = 0; i < count; ++i) bytes[i] = static_cast<uint8_t>(whole[i]);
   } else {
