@@ -3,6 +3,7 @@
 #include <cstring>
 #include <utility>
 
+#include "pixels/loop_steps.h"
 #include "pixels/word_product.h"
 
 namespace zvk::filters {
@@ -116,6 +117,7 @@ template <size_t kBytes, class Sum, size_t kChannels>
   const int32_t innerFirst = std::min(radius, last) + 1;
   const int32_t innerEnd = std::max(width - radius, innerFirst);
   for (int32_t x = 1; x < innerFirst; ++x) {
+    OneStepAtATime();
     const uint8_t *entering = samples + std::min(x + radius, last) * kStep;
     for (ptrdiff_t c = 0; c < kStep; ++c) sums[x * kStep + c] = static_cast<Sum>(entering[c] - samples[c]);
   }
@@ -124,6 +126,7 @@ template <size_t kBytes, class Sum, size_t kChannels>
   }
   const uint8_t *edge = samples + last * kStep;
   for (int32_t x = innerEnd; x < width; ++x) {
+    OneStepAtATime();
     const uint8_t *leaving = samples + (x - radius - 1) * kStep;
     for (ptrdiff_t c = 0; c < kStep; ++c) sums[x * kStep + c] = static_cast<Sum>(edge[c] - leaving[c]);
   }

@@ -8,6 +8,7 @@
 
 #include "host/resources.h"
 #include "pixels/dispatch.h"
+#include "pixels/loop_steps.h"
 
 namespace zvk::filters {
 
@@ -42,6 +43,7 @@ template <size_t kChannels, class Sample>
   std::array<uint32_t, kChannels> sums = {};
   for (size_t c = 0; c < kChannels; ++c) sums[c] = sample(0, c) * atFirst + sample(last, c) * beyondLast;
   for (int32_t x = 1; x <= std::min(radius, last); ++x) {
+    OneStepAtATime();
     for (size_t c = 0; c < kChannels; ++c) sums[c] += sample(x, c);
   }
   return sums;

@@ -55,7 +55,9 @@ template <Way kWay>
       count, [&](int64_t first, int32_t now) __attribute__((always_inline)) {
         uint16_t sums[kBlock<uint16_t>] = {};
         SumBlock<uint16_t>(lines, lineCount, local.start, first, now, sums);
-        FinishSums<kWay, kBlock<uint16_t>>(local, sums, now, bytes + first);
+        uint8_t made[kBlock<uint16_t>];
+        FinishSums<kWay, kBlock<uint16_t>>(local, sums, made);
+        std::memcpy(bytes + first, made, static_cast<size_t>(now));
       });
 }
 
@@ -144,19 +146,22 @@ template <size_t kBytes, Way kWay>
   static_assert(kNumbers <= kPairsBehind);
   const PairTerms local = terms;
   const MatrixScaling localScaling = scaling;
-  VisitBlocks<kNumbers>(
-      count, [&](int64_t first, int32_t now) __attribute__((always_inline)) {
-        typename PairVector<kBytes>::Sums vectors[kVectors] = {};
-        if (!local.high.empty()) {
-          AddPairs<kBytes>(local.high, first, vectors);
-          for (auto &vector : vectors) vector <<= 16;
-        }
-        for (auto &vector : vectors) vector += local.start;
-        AddPairs<kBytes>(local.low, first, vectors);
-        int32_t sums[kNumbers];
-        std::memcpy(sums, vectors, sizeof sums);
-        FinishSums<kWay, kNumbers>(localScaling, sums, now, bytes + first);
-      });
+  for (int64_t i = 0; i < count; i += kNumbers) {
+    // The last block does some of the one before it again; a short line is a part of a block.
+    const int64_t first = std::max<int64_t>(std::min(i, count - kNumbers), 0);
+    typename PairVector<kBytes>::Sums vectors[kVectors] = {};
+    if (!local.high.empty()) {
+      AddPairs<kBytes>(local.high, first, vectors);
+      for (auto &vector : vectors) vector <<= 16;
+    }
+    for (auto &vector : vectors) vector += local.start;
+    AddPairs<kBytes>(local.low, first, vectors);
+    int32_t sums[kNumbers];
+    std::memcpy(sums, vectors, sizeof sums);
+    uint8_t made[kNumbers];
+    FinishSums<kWay, kNumbers>(localScaling, sums, made);
+    std::memcpy(bytes + first, made, static_cast<size_t>(std::min<int64_t>(count, kNumbers)));
+  }
 }
 
 }  // namespace

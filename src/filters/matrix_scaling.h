@@ -50,22 +50,22 @@ template <MatrixScaling::Way kWay>
   return scaling.result.Scaled(sum);
 }
 
-// bytes[i] is made of sums[i]. At most kMost of them; a constant count makes straight code.
-template <MatrixScaling::Way kWay, int32_t kMost, class Sum>
-[[gnu::always_inline]] inline void FinishSums(const MatrixScaling &scaling, const Sum *__restrict sums, int32_t count,
-                                              uint8_t *__restrict bytes) {
+// Each byte is made of a sum.
+template <MatrixScaling::Way kWay, int32_t kCount, class Sum>
+[[gnu::always_inline]] inline void FinishSums(const MatrixScaling &scaling, const Sum (&sums)[kCount],
+                                              uint8_t (&bytes)[kCount]) {
   // The detour over numbers of the sums' width keeps each loop to one width.
   if constexpr (kWay == MatrixScaling::Way::Words) {
-    uint16_t whole[kMost] = {};
-    for (int32_t i = 0; i < count; ++i) {
+    uint16_t whole[kCount] = {};
+    for (int32_t i = 0; i < kCount; ++i) {
       const auto value = static_cast<uint16_t>(std::max(sums[i], scaling.floor) + scaling.offset);
       whole[i] = std::min<uint16_t>(scaling.product(value), 255);
     }
-    for (int32_t i = 0; i < count; ++i) bytes[i] = static_cast<uint8_t>(whole[i]);
+    for (int32_t i = 0; i < kCount; ++i) bytes[i] = static_cast<uint8_t>(whole[i]);
   } else {
-    int32_t whole[kMost] = {};
-    for (int32_t i = 0; i < count; ++i) whole[i] = std::clamp(Scaled<kWay>(scaling, sums[i]), 0, 255);
-    for (int32_t i = 0; i < count; ++i) bytes[i] = static_cast<uint8_t>(whole[i]);
+    int32_t whole[kCount] = {};
+    for (int32_t i = 0; i < kCount; ++i) whole[i] = std::clamp(Scaled<kWay>(scaling, sums[i]), 0, 255);
+    for (int32_t i = 0; i < kCount; ++i) bytes[i] = static_cast<uint8_t>(whole[i]);
   }
 }
 

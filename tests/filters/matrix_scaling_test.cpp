@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <limits>
 #include <vector>
 
@@ -20,11 +22,15 @@ uint8_t Told(int32_t sum, const MatrixResult &result) {
 
 template <Way kWay, class Sum>
 std::vector<uint8_t> BytesBy(const MatrixScaling &scaling, const std::vector<Sum> &sums) {
-  constexpr int32_t kMost = 32;
+  constexpr size_t kCount = 32;
   std::vector<uint8_t> bytes(sums.size());
-  for (size_t i = 0; i < sums.size(); i += kMost) {
-    const auto count = static_cast<int32_t>(std::min<size_t>(kMost, sums.size() - i));
-    FinishSums<kWay, kMost>(scaling, sums.data() + i, count, bytes.data() + i);
+  for (size_t i = 0; i < sums.size(); i += kCount) {
+    Sum some[kCount] = {};
+    uint8_t made[kCount];
+    const auto count = static_cast<std::ptrdiff_t>(std::min(kCount, sums.size() - i));
+    std::copy_n(sums.begin() + static_cast<std::ptrdiff_t>(i), count, some);
+    FinishSums<kWay, kCount>(scaling, some, made);
+    std::copy_n(made, count, bytes.begin() + static_cast<std::ptrdiff_t>(i));
   }
   return bytes;
 }
