@@ -67,6 +67,10 @@ bool MayMoveRuns(const ImageClassData &source, const ImageClassData &dest, int32
 
 // --- half a turn ---
 
+// Rows of which both images hold so many at a time: where the one walks down its file the other walks up, and a block
+// is best moved for many rows at once.
+constexpr int32_t kHeldRows = 64;
+
 template <class L>
 void HalfTurn(ImageClassData &source, ImageClassData &dest) {
   const Course destColumnOf{source.Width, true};
@@ -74,21 +78,32 @@ void HalfTurn(ImageClassData &source, ImageClassData &dest) {
   const Range columns = destColumnOf.Landing(StoredColumns<L>(dest));
   const Range rows = destRowOf.Landing(StoredRows(dest));
   const PixelMover mover(L{}, source, dest);
-  const bool movesRuns = MayMoveRuns<L>(source, dest, source.Width, source.Height);
   const auto from = AccessTo<L>(source);
   const auto to = AccessTo<L>(dest);
-  for (int32_t y = rows.first; y < rows.end; ++y) {
-    HeldRow sourceRow(source, y, dest), destRow(dest, destRowOf(y), source);
-    if (!sourceRow || !destRow) continue;
-    if (movesRuns) {
-      mover.Reverse(mover.SourceAt(sourceRow.Get(), 0), mover.DestAt(destRow.Get(), 0), source.Width);
+  const auto moveByPixels = [&](const Range &part) {
+    for (int32_t y = part.first; y < part.end; ++y) {
+      HeldRow sourceRow(source, y, dest), destRow(dest, destRowOf(y), source);
+      if (!sourceRow || !destRow) continue;
+      for (int32_t x = columns.end - 1; x >= columns.first; --x) {
+        if (sourceRow.Again() == nullptr) break;
+        const auto samples = from.Read(sourceRow.Get(), x);
+        if (destRow.Again() == nullptr) break;
+        to.Write(destRow.Get(), destColumnOf(x), samples);
+      }
+    }
+  };
+  if (!MayMoveRuns<L>(source, dest, source.Width, source.Height)) return moveByPixels(rows);
+
+  const int32_t most = std::min({kHeldRows, RowsAtATime(source), RowsAtATime(dest)});
+  for (int32_t y = rows.first, count = 0; y < rows.end; y += count) {
+    count = std::min(most, rows.end - y);
+    uint8_t *sourceRows[kHeldRows], *destRows[kHeldRows];
+    if (!FetchRows(source, y, count, sourceRows) || !FetchRows(dest, destRowOf(y + count - 1), count, destRows)) {
+      moveByPixels({y, y + count});
       continue;
     }
-    for (int32_t x = columns.end - 1; x >= columns.first; --x) {
-      if (sourceRow.Again() == nullptr) break;
-      const auto samples = from.Read(sourceRow.Get(), x);
-      if (destRow.Again() == nullptr) break;
-      to.Write(destRow.Get(), destColumnOf(x), samples);
+    for (int32_t i = 0; i < count; ++i) {
+      mover.Reverse(mover.SourceAt(sourceRows[i], 0), mover.DestAt(destRows[count - 1 - i], 0), source.Width);
     }
   }
 }
@@ -153,11 +168,26 @@ class QuarterTurn {
     return {static_cast<int32_t>(first), static_cast<int32_t>(std::min<int64_t>(first + edge, size))};
   }
 
-  // For rows that stay where they are, in any order: blocks of which both sides lie in the cache, one below the other.
+  // In any order. The whole image at once where rows stay where they are; in a file, tiles of which the rows of either
+  // side are mapped at the same time.
   void MoveInBlocks() {
-    constexpr int32_t kEdge = PixelMover::kBlockEdge;
     const PixelMover mover(L{}, source_, dest_);
     const auto [columns, rows] = landing_;
+    const int32_t sourceRows = RowsAtATime(source_), destRows = RowsAtATime(dest_);
+    for (int64_t left = columns.first; left < columns.end; left += destRows) {
+      for (int64_t top = rows.first; top < rows.end; top += sourceRows) {
+        const Tile tile{TilePart(left, destRows, columns.end), TilePart(top, sourceRows, rows.end)};
+        GatherRows(source_, tile.rows.first, tile.rows.end - tile.rows.first);
+        GatherRows(dest_, FirstOf(destRowOf_, tile.columns), tile.columns.end - tile.columns.first);
+        MoveInBlocks(mover, tile);
+      }
+    }
+  }
+
+  // Blocks of which both sides lie in the cache, one below the other.
+  void MoveInBlocks(const PixelMover &mover, const Tile &whole) {
+    constexpr int32_t kEdge = PixelMover::kBlockEdge;
+    const auto [columns, rows] = whole;
     for (int64_t left = columns.first; left < columns.end; left += kEdge) {
       for (int64_t top = rows.first; top < rows.end; top += kEdge) {
         const Tile tile{TilePart(left, kEdge, columns.end), TilePart(top, kEdge, rows.end)};
@@ -166,24 +196,30 @@ class QuarterTurn {
     }
   }
 
+  // The lowest of the places to which a part of the columns or rows goes.
+  static int32_t FirstOf(const Course &course, const Range &part) {
+    return std::min(course(part.first), course(part.end - 1));
+  }
+
   // False, with nothing done, if one of the rows cannot be had.
   bool MoveBlock(const PixelMover &mover, const Tile &tile) {
+    const auto [columns, rows] = tile;
+    const int32_t height = rows.end - rows.first, width = columns.end - columns.first;
+    const int32_t firstRow = FirstOf(destRowOf_, columns), firstColumn = FirstOf(destColumnOf_, rows);
+    uint8_t *fetchedSource[PixelMover::kBlockEdge], *fetchedDest[PixelMover::kBlockEdge];
+    if (!FetchRows(source_, rows.first, height, fetchedSource) || !FetchRows(dest_, firstRow, width, fetchedDest)) {
+      return false;
+    }
+    // In the order of their columns in dest.
     const uint8_t *sourceRows[PixelMover::kBlockEdge] = {};
     uint8_t *destRows[PixelMover::kBlockEdge] = {};
-    const auto [columns, rows] = tile;
-    const int32_t firstColumn = std::min(destColumnOf_(rows.first), destColumnOf_(rows.end - 1));
-    // In the order of their columns in dest.
-    for (int32_t y = rows.first; y < rows.end; ++y) {
-      const uint8_t *row = FetchRow(source_, y);
-      if (row == nullptr) return false;
-      sourceRows[destColumnOf_(y) - firstColumn] = mover.SourceAt(row, columns.first);
+    for (int32_t i = 0; i < height; ++i) {
+      sourceRows[destColumnOf_(rows.first + i) - firstColumn] = mover.SourceAt(fetchedSource[i], columns.first);
     }
-    for (int32_t x = columns.first; x < columns.end; ++x) {
-      uint8_t *row = FetchRow(dest_, destRowOf_(x));
-      if (row == nullptr) return false;
-      destRows[x - columns.first] = mover.DestAt(row, firstColumn);
+    for (int32_t i = 0; i < width; ++i) {
+      destRows[i] = mover.DestAt(fetchedDest[destRowOf_(columns.first + i) - firstRow], firstColumn);
     }
-    mover.Transpose({sourceRows, destRows, columns.end - columns.first, rows.end - rows.first});
+    mover.Transpose({sourceRows, destRows, width, height});
     return true;
   }
 

@@ -63,6 +63,7 @@ struct ImageClassData {
   REALobject Target;    // the host picture whose pixels this image addresses
   char *FilePath;       // path of the backing file, owned
   uint8_t OwnsBuffer;
+  uint8_t IsAllocated;   // Buffer is memory that an image allocated, this one or the one that it shows or has cloned
   uint8_t *Buffer;       // base of the pixels, or of the mapped block
   uint8_t *MappingBase;  // base of the mapped block
   uint8_t RemoveFile;    // this record opened the backing file and deletes it

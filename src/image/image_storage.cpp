@@ -67,7 +67,7 @@ void GiveUp(ImageClassData *record) {
     if (record->FilePath != nullptr) unlink(record->FilePath);
     record->FileHandle = 0;
   }
-  record->OwnsBuffer = false;
+  record->OwnsBuffer = record->IsAllocated = false;
   record->Buffer = nullptr;
   record->MappingBase = nullptr;
   record->GetRow = nullptr;
@@ -133,7 +133,7 @@ void ImageConstructor(REALobject instance, int32_t width, int32_t height, int32_
     RaiseException("OutOfMemoryException", message);
     return;
   }
-  record->OwnsBuffer = true;
+  record->OwnsBuffer = record->IsAllocated = true;
   PutInMemory(*record, pixels.Release(), size, rowSize);
 }
 

@@ -1,5 +1,7 @@
 #include "image/rows.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <tuple>
@@ -49,12 +51,29 @@ bool TableTouches(const ImageClassData &table, const ByteRange &range) {
   });
 }
 
+// The file that a mapped image shows; false if it is not known: the descriptor of an image that has been closed may be
+// another file's by now, and views keep it.
+bool StatFile(const ImageClassData &image, struct stat &file) {
+  for (const ImageClassData *parent = RecordOf(image.Parent); parent != nullptr; parent = RecordOf(parent->Parent)) {
+    if (!parent->IsMapping || parent->FileHandle != image.FileHandle) return false;
+  }
+  return fstat(image.FileHandle, &file) == 0;
+}
+
+// True if the rows of a mapped image are for certain no bytes of the other image.
+bool IsFileApart(const ImageClassData &mapped, const ImageClassData &other) {
+  if (!other.IsMapping) return other.IsAllocated;
+  struct stat file, otherFile;
+  if (mapped.FileHandle == other.FileHandle || !StatFile(mapped, file) || !StatFile(other, otherFile)) return false;
+  return file.st_dev != otherFile.st_dev || file.st_ino != otherFile.st_ino;
+}
+
 }  // namespace
 
 bool SharesStorage(const ImageClassData &a, const ImageClassData &b) {
   if (&a == &b) return true;
-  // Another image may have the same file open, or lie over a block of memory that is a view's mapping of it.
-  if (!HasFixedRows(a) || !HasFixedRows(b)) return true;
+  if (a.IsMapping) return !IsFileApart(a, b);
+  if (b.IsMapping) return !IsFileApart(b, a);
   if (a.RowTable != nullptr && b.RowTable != nullptr) return a.RowTable == b.RowTable;
   if (a.RowTable != nullptr) return TableTouches(a, LinearRange(b));
   if (b.RowTable != nullptr) return TableTouches(b, LinearRange(a));

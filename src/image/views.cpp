@@ -40,6 +40,7 @@ void LinkStorage(ImageClassData &view, const ImageClassData &source) {
   view.MappingBase = nullptr;
   if (!source.IsMapping) {
     view.Buffer = source.Buffer;
+    view.IsAllocated = source.IsAllocated;
     return;
   }
   view.Buffer = nullptr;
@@ -280,6 +281,7 @@ REALobject Clone(REALobject source) {
   clone.Parent = nullptr;
   // An owner of the very buffer that the source has, without a reference to it: closing either frees it for both.
   clone.OwnsBuffer = true;
+  clone.IsAllocated = record->IsAllocated;
   return instance;
 }
 

@@ -15,12 +15,8 @@ bool RunsOverlap(const uint8_t *run, ptrdiff_t size, const uint8_t *otherRun, pt
   return before(run, otherRun + otherSize) && before(otherRun, run + size);
 }
 
-bool AreDisjoint(const ImageClassData &source, const ImageClassData &dest, int32_t columns, int32_t rows) {
-  return AreDisjoint(source, dest, columns, rows, dest.PixelSize);
-}
-
-bool AreDisjoint(const ImageClassData &source, const ImageClassData &dest, int32_t columns, int32_t rows,
-                 int32_t pixelSize) {
+bool ImagesAreApart(const ImageClassData &source, const ImageClassData &dest, int32_t columns, int32_t rows,
+                    int32_t pixelSize) {
   return int64_t{columns} * pixelSize <= int64_t{dest.Width} * dest.PixelSize && rows <= dest.Height &&
          !SharesStorage(source, dest);
 }

@@ -64,16 +64,33 @@ bool RunsOverlap(const uint8_t *run, ptrdiff_t size, const uint8_t *otherRun, pt
 
 // --- two images ---
 
-// True if what is written to the first `columns` and `rows` of dest touches nothing of source, so that reads may be
-// buffered, and made before or after any write. An operation that runs by the source's size may write more of a dest
-// than that image says it has: through a clip into the image behind it. Then there is no telling.
-bool AreDisjoint(const ImageClassData &source, const ImageClassData &dest, int32_t columns, int32_t rows);
+// True if what is written to the first `columns` and `rows` of dest, pixels `pixelSize` bytes apart, touches nothing of
+// source, so that reads may be buffered, and made before or after any write. An operation that runs by the source's
+// size may write more of a dest than that image says it has: through a clip into the image behind it. Then there is no
+// telling. Rows of a mapped image still last only until its next one is fetched; several of them are had through a
+// RowWindow.
+bool ImagesAreApart(const ImageClassData &source, const ImageClassData &dest, int32_t columns, int32_t rows,
+                    int32_t pixelSize);
 
-// The same where pixels are written `pixelSize` bytes apart, whatever the dest says of its own.
-bool AreDisjoint(const ImageClassData &source, const ImageClassData &dest, int32_t columns, int32_t rows,
-                 int32_t pixelSize);
+// The same where pixels are as far apart as dest has them.
+inline bool ImagesAreApart(const ImageClassData &source, const ImageClassData &dest, int32_t columns, int32_t rows) {
+  return ImagesAreApart(source, dest, columns, rows, dest.PixelSize);
+}
 
 // The same for an operation that runs by the source's size.
+inline bool ImagesAreApart(const ImageClassData &source, const ImageClassData &dest) {
+  return ImagesAreApart(source, dest, source.Width, source.Height);
+}
+
+// The same, and the rows of both images stay where they are: for forms that hold several rows of an image by their
+// addresses.
+inline bool AreDisjoint(const ImageClassData &source, const ImageClassData &dest, int32_t columns, int32_t rows,
+                        int32_t pixelSize) {
+  return HasFixedRows(source) && HasFixedRows(dest) && ImagesAreApart(source, dest, columns, rows, pixelSize);
+}
+inline bool AreDisjoint(const ImageClassData &source, const ImageClassData &dest, int32_t columns, int32_t rows) {
+  return AreDisjoint(source, dest, columns, rows, dest.PixelSize);
+}
 inline bool AreDisjoint(const ImageClassData &source, const ImageClassData &dest) {
   return AreDisjoint(source, dest, source.Width, source.Height);
 }
@@ -85,7 +102,7 @@ inline bool AreDisjoint(const ImageClassData &source, const ImageClassData &dest
 template <class Layout>
 bool OrderIsUnobservable(const ImageClassData &source, const ImageClassData &dest, int32_t columns, int32_t rows) {
   return PixelsAreApart<Layout>(dest) && RowsAreApart(dest, RangeOf(Layout::OffsetsOf(dest)), columns, rows) &&
-         AreDisjoint(source, dest, columns, rows);
+         ImagesAreApart(source, dest, columns, rows);
 }
 
 }  // namespace zvk::pixels

@@ -5,15 +5,33 @@
 
 namespace zvk::pixels {
 
+void GatherRows(ImageClassData &image, int32_t first, int32_t count) {
+  if (HasFixedRows(image)) return;
+  // A block reaches from the row that it is moved for to the rows behind that in the file: from the end that comes
+  // first in the file to the other one. Which end that is depends on whether the view is mirrored.
+  FetchRow(image, first);
+  FetchRow(image, first + count - 1);
+  FetchRow(image, first);
+}
+
+bool FetchRows(ImageClassData &image, int32_t first, int32_t count, uint8_t **rows) {
+  GatherRows(image, first, count);
+  const BlockPlace place(image);
+  for (int32_t i = 0; i < count; ++i) {
+    rows[i] = FetchRow(image, first + i);
+    if (rows[i] == nullptr || !place.IsThatOf(image)) return false;
+  }
+  return true;
+}
+
 bool RowGroup::Fetch(ImageClassData &dest, int32_t destY, ImageClassData &first, ImageClassData *second,
                      int32_t sourceY) {
   dest_ = FetchRow(dest, destY);
-  const uint8_t *block = dest.Buffer;
-  const int32_t blockRow = dest.MappedFirstRow;
+  const BlockPlace place(dest);
   first_ = FetchRow(first, sourceY);
   second_ = second != nullptr ? FetchRow(*second, sourceY) : nullptr;
   if (dest_ == nullptr || first_ == nullptr || (second != nullptr && second_ == nullptr)) return false;
-  if (!dest.IsMapping || (dest.Buffer == block && dest.MappedFirstRow == blockRow)) return true;
+  if (place.IsThatOf(dest)) return true;
 
   // A mapped image that is read as well as written has moved its one block away from the row to be written. These are
   // different rows, so what is read may come from a copy.

@@ -3,6 +3,7 @@
 // what must still hold behind it.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <type_traits>
@@ -22,6 +23,35 @@ namespace zvk::pixels {
 // same record, and never over a yield. Where a row is fetched for nothing but the block of a mapped file, the address
 // may be ignored.
 inline uint8_t *FetchRow(ImageClassData &image, int32_t y) { return image.GetRow(&image, y); }
+
+// Where the block of a mapped image lies, of which the addresses of rows last as long as it stays there.
+class BlockPlace {
+ public:
+  explicit BlockPlace(const ImageClassData &image) : block_(image.Buffer), firstRow_(image.MappedFirstRow) {}
+
+  // True if addresses of rows that were fetched then still hold; those of rows that stay where they are always do.
+  bool IsThatOf(const ImageClassData &image) const {
+    return HasFixedRows(image) || (image.Buffer == block_ && image.MappedFirstRow == firstRow_);
+  }
+
+ private:
+  const uint8_t *block_;
+  int32_t firstRow_;
+};
+
+// How many rows next to each other FetchRows can fetch at a time, wherever they lie.
+inline int32_t RowsAtATime(const ImageClassData &image) {
+  // A mapping may put two rows in front of the one that is fetched.
+  return HasFixedRows(image) ? INT32_MAX : std::max(image.MappedRowCount - 2, 1);
+}
+
+// Moves the block of a mapped file so that `count` rows (1 to RowsAtATime) from `first` on lie in it, if it can be had.
+void GatherRows(ImageClassData &image, int32_t first, int32_t count);
+
+// Fetches that many rows from `first` on to be held together. False if one of them cannot be had. The addresses last
+// until a row beyond these is fetched. For rows that are read or written in tiles; a window that slides over rows which
+// are only read is a RowWindow.
+bool FetchRows(ImageClassData &image, int32_t first, int32_t count, uint8_t **rows);
 
 // A row that is held while rows of another image are fetched. Where both are one record over a mapped file, its block
 // may have moved then, so that the row must be fetched again, and those of the other are gone.

@@ -237,7 +237,7 @@ std::optional<int32_t> FirstOfFilledRow(const FastJob &job, int32_t height) {
   const PixelOffsets<Pair> offsets(job.source, job.dest);
   const OffsetRange written = RangeOf(offsets.write);
   if (offsets.destSize != Pair.Write.count || !SamplesAreSideBySide(offsets.write) ||
-      !RowsAreApart(job.dest, written, job.width, height) || !AreDisjoint(job.source, job.dest, job.width, height)) {
+      !RowsAreApart(job.dest, written, job.width, height) || !ImagesAreApart(job.source, job.dest, job.width, height)) {
     return {};
   }
   return written.lowest;
@@ -255,22 +255,25 @@ class RowCopier {
  public:
   // `first` is where in a row the bytes begin that are written; empty if rows are not to be copied.
   RowCopier(const FastJob &job, const std::optional<int32_t> &first)
-      : bytes_(ptrdiff_t{job.width} * job.dest.PixelSize), first_(first) {}
+      : dest_(job.dest), bytes_(ptrdiff_t{job.width} * job.dest.PixelSize), first_(first), lastPlace_(job.dest) {}
 
   // False if the row is to be made anew.
   bool Copy(int32_t sourceRow, uint8_t *dest) {
-    const bool isCopy = first_ && lastDest_ != nullptr && sourceRow == lastSourceRow_;
+    const bool isCopy = first_ && lastDest_ != nullptr && sourceRow == lastSourceRow_ && lastPlace_.IsThatOf(dest_);
     if (isCopy) std::memcpy(dest + *first_, lastDest_ + *first_, static_cast<size_t>(bytes_));
     lastSourceRow_ = sourceRow;
     lastDest_ = dest;
+    lastPlace_ = BlockPlace(dest_);
     return isCopy;
   }
 
  private:
+  const ImageClassData &dest_;
   ptrdiff_t bytes_;
   std::optional<int32_t> first_;
   int32_t lastSourceRow_ = 0;
   const uint8_t *lastDest_ = nullptr;
+  BlockPlace lastPlace_;
 };
 
 uint8_t ScaleRows(const RowMaker &maker, ImageClassData &dest, ImageClassData &source, int32_t width, int32_t height) {

@@ -21,6 +21,7 @@
 
 namespace filter_testing {
 
+using scenes::AnyKind;
 using scenes::AnyLikelyFormat;
 using scenes::AnyOddView;
 using scenes::CheckCases;
@@ -46,8 +47,6 @@ inline std::shared_ptr<const StoredImage> AnyStored(Random &random, PluginHost &
   stored->Fill(random);
   return stored;
 }
-
-inline Kind AnyKind(Random &random) { return scenes::kKinds[random.Between(0, 5)]; }
 
 // True if the storage holds every byte that a filter over columns x rows pixels may touch of the image.
 inline bool Holds(const StoredImage &stored, const Image &image, int32_t columns, int32_t rows) {
@@ -125,8 +124,12 @@ inline Scene AnyScene(Random &random, PluginHost &host, const Limits &limits = {
       if (!under.HasRowTable()) std::tie(scene.source, scene.dest) = Neighbours(random, under.Image());
       if (!scene.dest) scene.dest = scene.source;
       return scene;
-    case 4:  // two records over one block
-      if (!under.HasRowTable() && kind != Kind::File) scene.dest = OtherReading(random, host, under);
+    case 4:  // two records over one block or one file
+      if (kind == Kind::File) {
+        scene.dest = under.Reopened(random, host, AnyLikelyFormat(random));
+      } else if (!under.HasRowTable()) {
+        scene.dest = OtherReading(random, host, under);
+      }
       // All of it, as it is no smaller than the source.
       if (!scene.dest || !Holds(under, scene.dest, Record(scene.dest).Width, Record(scene.dest).Height)) {
         scene.dest = scene.source;

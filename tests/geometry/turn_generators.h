@@ -12,6 +12,7 @@
 namespace turn_testing {
 
 using scenes::AnyFormat;
+using scenes::AnyKind;
 using scenes::AnyOddView;
 using scenes::CheckCases;
 using scenes::Random;
@@ -21,9 +22,6 @@ inline int32_t AnyMovedFormat(Random &random) {
   const int32_t format = scenes::AnyLikelyFormat(random);
   return format == zvk::image::ImageFormatGray16 ? int32_t{zvk::image::ImageFormatG} : format;
 }
-
-// Often in a file.
-inline Kind AnyKind(Random &random) { return random.OneIn(6) ? Kind::File : scenes::kKinds[random.Between(0, 5)]; }
 
 // An image of noise, with gaps between its rows or without. No row is missing.
 inline StoredImage AnyStored(Random &random, PluginHost &host, Kind kind, int32_t width, int32_t height, int32_t format,

@@ -396,19 +396,35 @@ TEST_F(Turns, TheTiledFormFetchesByTilesOfTwoRowsLessThanTheSmallerBlock) {
 
 TEST_F(Turns, NoBlockMovesInsideATile) {
   const StoredImage source = Stored(host_, Kind::File, 30, 30, ImageFormatRGB),
-                    dest = Stored(host_, Kind::File, 30, 30, ImageFormatRGB);
-  const auto mapsOf = [&](Turn turn) {
+                    other = Stored(host_, Kind::File, 30, 30, ImageFormatRGB);
+  const auto view = Adopt(ClipImage1(source));
+  const auto mapsOf = [&](Turn turn, const Owned<Object> &dest) {
     faults::Files files;
-    Adopt(turn(source.Image(), dest.Image()));
+    Adopt(turn(source.Image(), dest));
     return files.Records(faults::FileCall::kMap).size();
   };
   // Blocks of 5 rows, so tiles of an edge of 3: a new block of the dest for each of 10 x 10 tiles, one of the source
   // for each of their 10 rows, and two at the start.
-  EXPECT_LE(mapsOf(Rotate90fast), 112u);
-  EXPECT_LE(mapsOf(Rotate270fast), 112u);
-  // The plain form walks over the whole dest for each of 30 rows, up at three rows a block or down at three.
-  EXPECT_GT(mapsOf(Rotate90), 250u);
-  EXPECT_GT(mapsOf(Rotate270), 250u);
+  EXPECT_LE(mapsOf(Rotate90fast, view), 112u);
+  EXPECT_LE(mapsOf(Rotate270fast, view), 112u);
+  // Between parts of one file the plain form walks over the whole dest for each of 30 rows, up at three rows a block or
+  // down at three. Between two files it goes by tiles as well.
+  EXPECT_GT(mapsOf(Rotate90, view), 250u);
+  EXPECT_GT(mapsOf(Rotate270, view), 250u);
+  for (const auto turn : kQuarterTurns) EXPECT_LE(mapsOf(turn, other.Image()), 112u);
+}
+
+TEST_F(Turns, AHalfTurnBetweenFilesMovesABlockOnceForAllRowsInIt) {
+  // Blocks of 32 rows.
+  StoredImage source = scenes::NoisyImage(host_, Kind::File, 4, 300, ImageFormatG, {.blockRows = 32}, 5);
+  StoredImage dest = scenes::NoisyImage(host_, Kind::File, 4, 300, ImageFormatG, {.blockRows = 32}, 6);
+  faults::Files files;
+  Adopt(Rotate180(source.Image(), dest.Image()));
+  EXPECT_LE(files.Records(faults::FileCall::kMap).size(), 30u);
+  const auto rowSize = static_cast<size_t>(source.Record().RowSize);
+  for (size_t y = 0; y < 300; ++y) {
+    for (size_t x = 0; x < 4; ++x) ASSERT_EQ(dest.All()[(299 - y) * rowSize + 3 - x], source.All()[y * rowSize + x]);
+  }
 }
 
 TEST_F(Turns, AMappedImageTurnedIntoItselfGivesTheBytesOfOneInMemory) {

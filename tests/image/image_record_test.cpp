@@ -70,6 +70,7 @@ TEST(ImageRecord, ItsFieldsFollowEachOtherInTheirNaturalLayout) {
       FIELD(void *, Target),
       FIELD(void *, FilePath),
       FIELD(uint8_t, OwnsBuffer),
+      FIELD(uint8_t, IsAllocated),
       FIELD(void *, Buffer),
       FIELD(void *, MappingBase),
       FIELD(uint8_t, RemoveFile),

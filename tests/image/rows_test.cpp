@@ -3,9 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <filesystem>
+#include <string>
 
+#include "image/file_storage.h"
 #include "image/image_formats.h"
 #include "image/image_storage.h"
+#include "image/views.h"
+#include "tests/image/file_testing.h"
 
 namespace zvk::image {
 namespace {
@@ -109,17 +114,128 @@ TEST(Rows, ARowTableSharesWithItsOwnTableAndWithTheMemoryOfItsRows) {
   EXPECT_FALSE(Shared(table, Gray(110, 10, 19)));
 }
 
-TEST(Rows, AMappedFileMayShareWithAnything) {
+TEST(Rows, AMappedFileOfWhichNothingIsKnownMayShareWithAnything) {
   ImageClassData a = Gray(0, 10, 1);
   a.IsMapping = true;
-  a.FileHandle = 5;
+  a.FileHandle = -1;
   ImageClassData b = a;
   EXPECT_TRUE(Shared(a, b));
-  b.FileHandle = 6;  // of the same file, perhaps
+  b.FileHandle = -2;
   EXPECT_TRUE(Shared(a, b));
   EXPECT_TRUE(Shared(a, Gray(1000, 10, 1)));  // perhaps memory that is another mapping of the file
   EXPECT_FALSE(HasFixedRows(a));
   EXPECT_TRUE(HasFixedRows(Gray(0, 10, 1)));
+}
+
+using standalone::Object;
+using standalone::Owned;
+
+class RowsOfFiles : public file_testing::FileImage {
+ protected:
+  using Image = Owned<Object>;
+
+  // The same name is the same file.
+  Image InFile(const std::string &name) {
+    Image image = host_.New("PictureZVK");
+    ImageConstructorFile(image, 10, 8, ImageFormatRGB, 0, NewItem(name));
+    EXPECT_TRUE(RecordOf(image)->Valid);
+    return image;
+  }
+  Image InMemory() {
+    Image image = host_.New("PictureZVK");
+    ImageConstructor(image, 10, 8, ImageFormatRGB);
+    return image;
+  }
+  Image OverBlock(const Owned<standalone::MemoryBlock> &block) {
+    Image image = host_.New("PictureZVK");
+    ImageConstructorMemory(image, block, 10, 8, ImageFormatRGB, 30);
+    return image;
+  }
+  static bool SharesWith(const Image &a, const Image &b) { return Shared(*RecordOf(a), *RecordOf(b)); }
+};
+
+TEST_F(RowsOfFiles, DifferentFilesShareNothing) {
+  const Image a = InFile("a"), b = InFile("b");
+  EXPECT_FALSE(SharesWith(a, b));
+  EXPECT_FALSE(SharesWith(Adopt(GetMirroredView(Adopt(ClipImage5(a, 1, 1, 5, 5)))), Adopt(RGBChannel(b))));
+}
+
+TEST_F(RowsOfFiles, AFileSharesWithItselfHoweverItIsOpened) {
+  const Image a = InFile("a"), again = InFile("a");
+  EXPECT_NE(RecordOf(a)->FileHandle, RecordOf(again)->FileHandle);
+  EXPECT_TRUE(SharesWith(a, again));
+  std::filesystem::create_hard_link(folder_.In("a"), folder_.In("link"));
+  const Image linked = InFile("link");
+  EXPECT_TRUE(SharesWith(a, linked));
+  EXPECT_TRUE(SharesWith(Adopt(RedChannel(a)), Adopt(ClipImage5(linked, 5, 5, 2, 2))));
+}
+
+TEST_F(RowsOfFiles, ViewsOfOneFileShareItWhateverTheyShow) {
+  const Image a = InFile("a");
+  const Image top = Adopt(ClipImage5(a, 0, 0, 10, 4)), bottom = Adopt(ClipImage5(a, 0, 4, 10, 4));
+  EXPECT_TRUE(SharesWith(a, top));
+  EXPECT_TRUE(SharesWith(top, bottom));
+}
+
+TEST_F(RowsOfFiles, WhatAnImageHasAllocatedIsNoFile) {
+  const Image file = InFile("a"), memory = InMemory();
+  EXPECT_FALSE(SharesWith(file, memory));
+  EXPECT_FALSE(SharesWith(Adopt(GetMirroredView(file)), Adopt(ClipImage1(Adopt(GreenChannel(memory))))));
+  const Image clone = Adopt(Clone(memory));
+  EXPECT_FALSE(SharesWith(file, clone));
+  RecordOf(clone)->OwnsBuffer = false;  // one of the two must give up the buffer
+}
+
+TEST_F(RowsOfFiles, OnlyWhatSharesAFileIsMappedTwice) {
+  const auto mappedTwice = [](const Image &a, const Image &b) { return MayBeMappedTwice(*RecordOf(a), *RecordOf(b)); };
+  const Image file = InFile("a"), memory = InMemory();
+  EXPECT_TRUE(mappedTwice(file, Adopt(ClipImage1(file))));
+  EXPECT_TRUE(mappedTwice(file, InFile("a")));
+  EXPECT_TRUE(mappedTwice(OverBlock(host_.NewMemoryBlock(240)), file));
+  EXPECT_FALSE(mappedTwice(file, file));  // which has one mapping
+  EXPECT_FALSE(mappedTwice(file, InFile("b")));
+  EXPECT_FALSE(mappedTwice(file, memory));
+  EXPECT_FALSE(mappedTwice(memory, Adopt(ClipImage1(memory))));  // of which addresses tell
+}
+
+TEST_F(RowsOfFiles, OtherMemoryMayBeTheFileToo) {
+  const Image file = InFile("a");
+  const Image block = OverBlock(host_.NewMemoryBlock(240));
+  EXPECT_TRUE(SharesWith(file, block));
+  EXPECT_TRUE(SharesWith(file, Adopt(ClipImage1(block))));
+  const Image mapped = OverBlock(AdoptMemoryBlock(GetMemory(file, 0)));
+  EXPECT_TRUE(SharesWith(file, mapped));
+  const Image clone = Adopt(Clone(mapped));  // which passes for the owner of the mapping
+  EXPECT_TRUE(SharesWith(file, clone));
+  RecordOf(clone)->OwnsBuffer = false;
+  uint8_t *rows[8] = {};
+  ImageClassData table = *RecordOf(block);
+  table.Buffer = nullptr;
+  table.RowTable = rows;
+  EXPECT_TRUE(Shared(*RecordOf(file), table));
+}
+
+TEST_F(RowsOfFiles, AnImageThatIsConstructedAnewIsWhatItIsThen) {
+  const Image file = InFile("a"), other = InMemory();
+  EXPECT_FALSE(SharesWith(file, other));
+  const auto block = host_.NewMemoryBlock(240);
+  ImageConstructorMemory(other, block, 10, 8, ImageFormatRGB, 30);
+  EXPECT_TRUE(SharesWith(file, other));
+  ImageConstructor(other, 10, 8, ImageFormatRGB);
+  EXPECT_FALSE(SharesWith(file, other));
+}
+
+TEST_F(RowsOfFiles, OfAViewWhoseFileHasBeenClosedNothingIsKnown) {
+  const Image parent = InFile("a"), other = InFile("b");
+  const Image view = Adopt(ClipImage1(Adopt(ClipImage1(parent))));
+  EXPECT_FALSE(SharesWith(view, other));
+  const int descriptor = RecordOf(parent)->FileHandle;
+  ImageDestructor(parent);
+  const Image next = InFile("c");
+  ASSERT_EQ(RecordOf(next)->FileHandle, descriptor);  // the view's descriptor is another file now
+  EXPECT_TRUE(SharesWith(view, other));
+  EXPECT_TRUE(SharesWith(view, next));
+  EXPECT_FALSE(SharesWith(view, InMemory()));
 }
 
 TEST(Rows, TheStorageEndsBehindTheLastRowInMemory) {

@@ -180,13 +180,28 @@ TEST_F(Overlap, ClipsSideBySideShareTheRowsBetweenThem) {
   EXPECT_FALSE(AreDisjoint(Record(left), Record(right)));
 }
 
-TEST_F(Overlap, OfAMappedFileNothingIsKnown) {
+TEST_F(Overlap, AMappedFileIsApartFromMemoryOfTheImagesButItsRowsDoNotStay) {
+  const Image file = host_.New("PictureZVK"), otherFile = host_.New("PictureZVK");
+  ImageConstructorFile(file, 4, 3, ImageFormatG, 0, nullptr);
+  ImageConstructorFile(otherFile, 4, 3, ImageFormatG, 0, nullptr);
+  const Image memory = New(4, 3, ImageFormatG);
+  for (const Image *other : {&memory, &otherFile}) {
+    EXPECT_TRUE(ImagesAreApart(Record(file), Record(*other)));
+    EXPECT_TRUE(ImagesAreApart(Record(*other), Record(file)));
+    EXPECT_FALSE(ImagesAreApart(Record(*other), Record(file), 5, 3));
+    EXPECT_TRUE(OrderIsUnobservable<Gray>(Record(*other), Record(file), 4, 3));
+    EXPECT_FALSE(AreDisjoint(Record(file), Record(*other)));
+    EXPECT_FALSE(AreDisjoint(Record(*other), Record(file)));
+  }
+  EXPECT_TRUE(AreDisjoint(Record(memory), Record(New(4, 3, ImageFormatG))));
+}
+
+TEST_F(Overlap, OfAMappedFileAndACallersBlockNothingIsKnown) {
   const Image file = host_.New("PictureZVK");
   ImageConstructorFile(file, 4, 3, ImageFormatG, 0, nullptr);
-  const Image memory = New(4, 3, ImageFormatG);
-  EXPECT_FALSE(AreDisjoint(Record(file), Record(memory)));
-  EXPECT_FALSE(AreDisjoint(Record(memory), Record(file)));
-  EXPECT_FALSE(OrderIsUnobservable<Gray>(Record(memory), Record(file), 4, 3));
+  const Image block = Over(15, 3, ImageFormatG);
+  EXPECT_FALSE(ImagesAreApart(Record(file), Record(block)));
+  EXPECT_FALSE(OrderIsUnobservable<Gray>(Record(block), Record(file), 4, 3));
 }
 
 TEST_F(Overlap, TheOrderIsUnobservableWhereImagesAreDisjointAndPixelsOfDestStandAlone) {

@@ -15,6 +15,7 @@
 #include "tests/scenes/row_log.h"
 #include "tests/scenes/stored_image.h"
 #include "tests/support/faults.h"
+#include "tests/support/file_faults.h"
 
 namespace zvk::pixels {
 namespace {
@@ -194,6 +195,79 @@ TEST_F(RowWalker, OfOneRecordInMemoryTheHeldRowStays) {
   EXPECT_EQ(row.Again(), GetRowLinear(&image.Record(), 7));
   EXPECT_TRUE(row);
   EXPECT_EQ(log.Count(), 1);
+}
+
+// --- rows that are held together ---
+
+TEST_F(RowWalker, RowsInMemoryAreHeldTogetherHoweverMany) {
+  StoredImage image = InMemory();
+  EXPECT_EQ(RowsAtATime(image.Record()), INT32_MAX);
+  scenes::RowLog log;
+  log.Watch(image.Record(), "i");
+  uint8_t *rows[3] = {};
+  ASSERT_TRUE(FetchRows(image.Record(), 4, 3, rows));
+  EXPECT_EQ(log.Take(), "i4 i5 i6");
+  for (int32_t i = 0; i < 3; ++i) EXPECT_EQ(rows[i], GetRowLinear(&image.Record(), 4 + i));
+}
+
+TEST_F(RowWalker, AsManyRowsOfAFileAsFitBesideTheLeadInAreHeldTogether) {
+  for (const bool mirrored : {false, true}) {
+    StoredImage image = InFile();
+    const Owned<standalone::Object> view = mirrored ? Adopt(GetMirroredView(image)) : image.Image();
+    ImageClassData &record = *RecordOf(view);
+    scenes::UseBlocksOf(record, 40);
+    ASSERT_EQ(RowsAtATime(record), 38);
+    uint8_t *rows[38] = {};
+    for (const int32_t first : {0, 1, 2, 3, 30, 39, 40, 41, 70, 100, 19000, 90, 60, 59, 19961, 19962, 0}) {
+      ASSERT_TRUE(FetchRows(record, first, 38, rows)) << first;
+      for (int32_t i = 0; i < 38; ++i) {
+        ASSERT_EQ(NumberIn(rows[i]), mirrored ? 19999 - first - i : first + i) << first;
+      }
+    }
+  }
+}
+
+TEST_F(RowWalker, TheBlockOfAFileIsMovedOnceForRowsThatAreHeldTogether) {
+  StoredImage image = InFile();
+  const Owned<standalone::Object> view = Adopt(GetMirroredView(image));
+  ImageClassData &record = *RecordOf(view);
+  FetchRow(record, 0);
+  faults::Files files;
+  uint8_t *rows[64] = {};
+  ASSERT_TRUE(FetchRows(record, 100, 64, rows));  // which are in the block at the bottom
+  EXPECT_EQ(files.Records(faults::FileCall::kMap).size(), 0u);
+  ASSERT_TRUE(FetchRows(record, 5000, 64, rows));
+  EXPECT_LE(files.Records(faults::FileCall::kMap).size(), 2u);
+  GatherRows(record, 9000, 64);
+  const size_t before = files.Records(faults::FileCall::kMap).size();
+  ASSERT_TRUE(FetchRows(record, 9000, 64, rows));
+  EXPECT_EQ(files.Records(faults::FileCall::kMap).size(), before);
+}
+
+TEST_F(RowWalker, RowsOfWhichOneCannotBeHadAreNotHeldTogether) {
+  StoredImage image = InFile(), memory = InMemory();
+  uint8_t *rows[5000] = {};
+  EXPECT_FALSE(FetchRows(image.Record(), 10, 5000, rows));  // more than a block holds
+  scenes::RowLog log;
+  log.Watch(memory.Record(), "m");
+  log.Refuse(memory.Record(), 6);
+  EXPECT_FALSE(FetchRows(memory.Record(), 4, 3, rows));
+  EXPECT_TRUE(FetchRows(memory.Record(), 3, 3, rows));
+  faults::Files files;
+  files.FailAll(faults::FileCall::kMap);
+  EXPECT_FALSE(FetchRows(image.Record(), 15000, 3, rows));
+}
+
+TEST_F(RowWalker, ABlockHasMovedIfItIsElsewhereOrHoldsOtherRows) {
+  StoredImage image = InFile(), memory = InMemory();
+  FetchRow(image.Record(), 0);
+  const BlockPlace place(image.Record()), inMemory(memory.Record());
+  FetchRow(image.Record(), 4000);
+  EXPECT_TRUE(place.IsThatOf(image.Record()));
+  FetchRow(image.Record(), 10000);
+  EXPECT_FALSE(place.IsThatOf(image.Record()));
+  memory.Record().MappedFirstRow = 7;
+  EXPECT_TRUE(inMemory.IsThatOf(memory.Record()));
 }
 
 // --- one image ---

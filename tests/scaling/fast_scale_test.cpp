@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <functional>
 #include <list>
@@ -433,6 +434,19 @@ TEST_F(FastScale, ASourceInAFileIsScaledIntoItselfAcrossItsBlocks) {
     for (int32_t x = 0; x < 1500; ++x) {
       ASSERT_EQ(row[x], x < 1200 ? pixel(x * 5 / 4, y * 3000) : pixel(x, y)) << x << " " << y;
     }
+  }
+}
+
+TEST_F(FastScale, RowsThatAreCopiedInAFileOutliveItsBlock) {
+  const scenes::StoredImage source = scenes::NoisyImage(host_, Kind::Memory, 40, 7, ImageFormatRGB);
+  const scenes::StoredImage inMemory(host_, Kind::Memory, 90, 80, ImageFormatRGB);
+  const scenes::StoredImage inFile(host_, Kind::File, 90, 80, ImageFormatRGB, {.blockRows = 5});
+  ASSERT_TRUE(ScalePictureFast(inMemory, source, 90, 80));
+  ASSERT_TRUE(ScalePictureFast(inFile, source, 90, 80));
+  for (int32_t y = 0; y < 80; ++y) {
+    const uint8_t *expected = inMemory.Record().Buffer + ptrdiff_t{y} * inMemory.Record().RowSize;
+    const uint8_t *made = inFile.All().data() + ptrdiff_t{y} * inFile.Record().RowSize;
+    ASSERT_TRUE(std::equal(made, made + 270, expected)) << y;
   }
 }
 

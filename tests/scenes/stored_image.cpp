@@ -25,6 +25,8 @@ std::ostream &operator<<(std::ostream &out, Kind kind) {
   return out << kNames[static_cast<size_t>(kind)];
 }
 
+Kind AnyKind(Random &random) { return random.OneIn(3) ? Kind::File : kKinds[random.Between(0, 5)]; }
+
 RowLayout AnyRowLayout(Random &random, Kind kind, int32_t height) {
   RowLayout layout;
   layout.gap = random.OneIn(2) ? 0 : random.Between(1, 9);
@@ -148,6 +150,18 @@ void StoredImage::Fill(uint32_t seed) const {
   Fill(random);
 }
 
+ImageObject StoredImage::Reopened(Random &random, PluginHost &host, int32_t format) const {
+  const scenes::Bytes bytes = Bytes();
+  ImageObject image = host.New("PictureZVK");
+  zvk::image::ImageConstructorFile(image, Record().Width, Record().Height, format, 0,
+                                   host.NewFolderItem(Record().FilePath));
+  ImageClassData &record = *zvk::image::RecordOf(image);
+  if (!record.Valid || record.RowSize != Record().RowSize) throw std::logic_error("the file is not as large");
+  SetBytes(bytes);
+  if (random.OneIn(2)) UseBlocksOf(record, random.Between(5, 8));
+  return image;
+}
+
 int64_t StoredImage::BytesFrom(const uint8_t *row) const {
   if (HasRowTable() || kind_ == Kind::File) return Record().RowSize;
   const std::span<uint8_t> all = All();
@@ -162,7 +176,7 @@ StoredImage NoisyImage(PluginHost &host, Kind kind, int32_t width, int32_t heigh
 }
 
 StoredImage AnyStoredImage(Random &random, PluginHost &host, int32_t width, int32_t height, int32_t format) {
-  const Kind kind = kKinds[random.Between(0, 5)];
+  const Kind kind = AnyKind(random);
   RowLayout layout = AnyRowLayout(random, kind, height);
   layout.missingRow = -1;
   StoredImage image(host, kind, width, height, format, layout);

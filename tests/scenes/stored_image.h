@@ -26,6 +26,8 @@ enum class Kind {
 };
 inline constexpr Kind kKinds[] = {Kind::Memory, Kind::Block, Kind::Backwards, Kind::Table, Kind::Picture, Kind::File};
 std::ostream &operator<<(std::ostream &out, Kind kind);
+// Every kind, files most often: what an operation does depends on whether its images are mapped, and on which files.
+Kind AnyKind(Random &random);
 
 // How the rows lie in their storage, as far as its kind leaves that open.
 struct RowLayout {
@@ -68,6 +70,10 @@ class StoredImage {
 
   // The caller's block that begins with the image's first row; of blocks alone.
   const Owned<standalone::MemoryBlock> &Block() const { return target_; }
+
+  // Another image over the image's file, which it opens by its name once more, with pixels of a format whose rows are
+  // as long; of files alone. It must not be closed before the last look at the bytes, as that empties the file.
+  ImageObject Reopened(Random &random, PluginHost &host, int32_t format) const;
 
   // Bytes from the address of a row (of the image or of a view of it) to the end of the storage it lies in; 0 or less
   // if it does not lie there. Of a file and of a row table a row is a storage by itself.
