@@ -63,7 +63,7 @@ class BoxBlur {
     } else if (vertical) {
       BlurColumns(false);
       if (horizontal) BlurDestAlongRows();
-    } else if (horizontal && AreDisjoint(source_, dest_)) {
+    } else if (horizontal && ImagesAreApart(source_, dest_)) {
       BlurAlongRows();
     } else if (horizontal) {
       BlurAlongRowsInOrder();

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdlib>
 
 #include "host/resources.h"
 #include "pixels/dispatch.h"
@@ -11,6 +12,7 @@
 #include "pixels/neighbourhood.h"
 #include "pixels/overlap.h"
 #include "pixels/row_walker.h"
+#include "pixels/row_window.h"
 
 namespace zvk::filters {
 
@@ -70,20 +72,23 @@ class RowEngraver {
         // Wrapping sums lead to neither column in between.
         innerFirst_(static_cast<int32_t>(std::clamp<int64_t>(-int64_t{level}, 0, source.Width))),
         innerEnd_(static_cast<int32_t>(std::clamp<int64_t>(source.Width - int64_t{level}, innerFirst_, source.Width))),
+        window_(source, RangeOf(Layout::OffsetsOf(source)), source.Width, RowsOfWindow(source, level)),
         rows_(source, dest),
         samples_(int64_t{source.Width} * kChannels),
         others_(int64_t{source.Width} * kChannels),
         made_(int64_t{source.Width} * kChannels) {}
 
   // False if there is no memory to work in.
-  explicit operator bool() const { return samples_ && others_ && made_; }
+  explicit operator bool() const { return window_ && samples_ && others_ && made_; }
 
   void Run() {
     const int32_t width = source_.Width;
+    // In the order in which they lie, or else the block of a file would go back and forth until the window is full.
+    for (int32_t y = 0; y < std::min(level_, source_.Height); ++y) window_.Row(y);
     for (int32_t y = 0; y < source_.Height; ++y) {
       uint8_t *destRow = FetchRow(dest_, y);
-      const uint8_t *row = FetchRow(source_, y);
-      const uint8_t *otherRow = FetchRow(source_, PlaceAt(y, level_, source_.Height));
+      const uint8_t *row = window_.Row(y);
+      const uint8_t *otherRow = window_.Row(PlaceAt(y, level_, source_.Height));
       if (destRow == nullptr || row == nullptr || otherRow == nullptr) continue;
       const uint8_t *samples = rows_.source.Read(row, width, samples_.Get());
       const uint8_t *others = rows_.source.Read(otherRow, width, others_.Get());
@@ -93,6 +98,11 @@ class RowEngraver {
 
  private:
   static constexpr ptrdiff_t kChannels = Layout::channelCount;
+
+  // From a row to its counterpart. A wrapping sum leads to an edge, however far that is.
+  static int32_t RowsOfWindow(const ImageClassData &source, int32_t level) {
+    return static_cast<int32_t>(std::min(std::abs(int64_t{level}) + 1, int64_t{source.Height}));
+  }
 
   void EngraveRow(const uint8_t *samples, const uint8_t *others, uint8_t *made) const {
     EngravePixels(samples, others, 0, innerFirst_, made);
@@ -117,6 +127,7 @@ class RowEngraver {
   int32_t level_;
   int32_t innerFirst_;  // columns whose counterpart lies in the row
   int32_t innerEnd_;
+  RowWindow window_;
   SampleRowsOfBoth<Layout> rows_;
   ZeroedBuffer<uint8_t> samples_;
   ZeroedBuffer<uint8_t> others_;
@@ -125,7 +136,7 @@ class RowEngraver {
 
 template <class Layout>
 void Engrave(ImageClassData &source, ImageClassData &dest, int32_t level) {
-  if (AreDisjoint(source, dest)) {
+  if (ImagesAreApart(source, dest)) {
     RowEngraver<Layout> engraver(source, dest, level);
     if (engraver) return engraver.Run();
   }

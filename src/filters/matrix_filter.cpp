@@ -172,7 +172,7 @@ bool ApplyByLines(const MatrixJob &job) {
 
 template <class Layout>
 void Apply(const MatrixJob &job) {
-  const bool apart = job.columns > 0 && AreDisjoint(job.source, job.dest, job.columns, job.rows);
+  const bool apart = job.columns > 0 && ImagesAreApart(job.source, job.dest, job.columns, job.rows);
   if (!apart || !ApplyByLines<Layout>(job)) ApplyByPixel<Layout>(job);
 }
 

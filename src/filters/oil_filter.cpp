@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <ranges>
 
 #include "host/resources.h"
 #include "pixels/dispatch.h"
@@ -11,6 +12,7 @@
 #include "pixels/neighbourhood.h"
 #include "pixels/overlap.h"
 #include "pixels/row_walker.h"
+#include "pixels/row_window.h"
 
 namespace zvk::filters {
 
@@ -73,27 +75,27 @@ void PaintPixel(const std::array<Bins, Layout::channelCount> &bins, int32_t leve
   }
 }
 
-template <class Layout>
-void PaintByPixel(ImageClassData &source, ImageClassData &dest, int32_t levels, int32_t range) {
+// One row of dest. rowAt(y) gives a row of the source; nil for one that cannot be had, which is left out.
+template <class Layout, class RowAt>
+void PaintRowByPixel(ImageClassData &source, ImageClassData &dest, int32_t levels, int32_t range, int32_t y,
+                     const RowAt &rowAt) {
   const auto offsets = Layout::OffsetsOf(source);
   std::array<Bins, Layout::channelCount> bins = {};
-  for (int32_t y = 0; y < source.Height; ++y) {
-    const Span rows(y, range, source.Height);
-    HeldRow destRow(dest, y, source);
-    for (int32_t x = 0; x < source.Width; ++x) {
-      const Span columns(x, range, source.Width);
-      for (Bins &ofChannel : bins) ofChannel.Clear(levels);
-      for (int32_t row = rows.first; row <= rows.last; ++row) {
-        const uint8_t *sourceRow = FetchRow(source, row);
-        if (sourceRow == nullptr) continue;
-        for (int32_t column = columns.first; column <= columns.last; ++column) {
-          const uint8_t *pixel = sourceRow + ptrdiff_t{column} * source.PixelSize;
-          for (size_t c = 0; c < bins.size(); ++c) bins[c].Add(pixel[offsets[c]], levels);
-        }
+  const Span rows(y, range, source.Height);
+  HeldRow destRow(dest, y, source);
+  for (int32_t x = 0; x < source.Width; ++x) {
+    const Span columns(x, range, source.Width);
+    for (Bins &ofChannel : bins) ofChannel.Clear(levels);
+    for (int32_t row = rows.first; row <= rows.last; ++row) {
+      const uint8_t *sourceRow = rowAt(row);
+      if (sourceRow == nullptr) continue;
+      for (int32_t column = columns.first; column <= columns.last; ++column) {
+        const uint8_t *pixel = sourceRow + ptrdiff_t{column} * source.PixelSize;
+        for (size_t c = 0; c < bins.size(); ++c) bins[c].Add(pixel[offsets[c]], levels);
       }
-      if (destRow.Again() == nullptr) continue;
-      PaintPixel<Layout>(bins, levels, dest, destRow.Get() + ptrdiff_t{x} * dest.PixelSize);
     }
+    if (destRow.Again() == nullptr) continue;
+    PaintPixel<Layout>(bins, levels, dest, destRow.Get() + ptrdiff_t{x} * dest.PixelSize);
   }
 }
 
@@ -176,17 +178,21 @@ template <class Key, size_t kChannels>
 template <class Key, size_t kChannels>
 constexpr auto PaintRow = KernelUpToAVX2<PaintRowBody<Key, kChannels>>;
 
-// False, with nothing written, if there is no memory or a row cannot be had.
+// False, with nothing written, if there is no memory.
 template <class Layout>
 bool PaintByRow(ImageClassData &source, ImageClassData &dest, int32_t levels, int32_t range) {
+  const auto mostRows = static_cast<int32_t>(std::min(2 * int64_t{range} + 1, int64_t{source.Height}));
+  RowWindow window(source, RangeOf(Layout::OffsetsOf(source)), source.Width, mostRows);
   const ZeroedBuffer<const uint8_t *> addresses(source.Height);
-  if (!addresses) return false;
-  for (int32_t y = 0; y < source.Height; ++y) {
-    addresses[y] = FetchRow(source, y);
-    if (addresses[y] == nullptr) return false;
-  }
+  if (!window || !addresses) return false;
+  int32_t next = 0;
   ForEachRow(dest, source.Height, [&](uint8_t *destRow, int32_t y) {
     const Span rows(y, range, source.Height);
+    for (; next <= rows.last; ++next) addresses[next] = window.Row(next);
+    const auto isThere = [&](int32_t row) { return addresses[row] != nullptr; };
+    if (!std::ranges::all_of(std::views::iota(rows.first, rows.last + 1), isThere)) {
+      return PaintRowByPixel<Layout>(source, dest, levels, range, y, [&](int32_t row) { return addresses[row]; });
+    }
     const OilRow<Layout::channelCount> row{addresses.Get() + rows.first,
                                            rows.last - rows.first + 1,
                                            source.Width,
@@ -210,8 +216,10 @@ template <class Layout>
 void Paint(ImageClassData &source, ImageClassData &dest, int32_t levels, int32_t range) {
   // No window is empty then, and no sum wraps.
   const bool reaches = range >= 0 && range <= INT32_MAX - 1 - std::max(source.Width, source.Height);
-  if (reaches && AreDisjoint(source, dest) && PaintByRow<Layout>(source, dest, levels, range)) return;
-  PaintByPixel<Layout>(source, dest, levels, range);
+  if (reaches && ImagesAreApart(source, dest) && PaintByRow<Layout>(source, dest, levels, range)) return;
+  for (int32_t y = 0; y < source.Height; ++y) {
+    PaintRowByPixel<Layout>(source, dest, levels, range, y, [&](int32_t row) { return FetchRow(source, row); });
+  }
 }
 
 }  // namespace

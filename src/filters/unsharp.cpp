@@ -38,7 +38,7 @@ void FillTable(double amount, int32_t threshold, UnsharpTable &table) {
 template <class Layout>
 void Sharpen(ImageClassData &image, ImageClassData &blurred, const UnsharpTable &table) {
   const int32_t width = image.Width;
-  if (Layout::PackedAlike(image, blurred) && AreDisjoint(blurred, image)) {
+  if (Layout::PackedAlike(image, blurred) && ImagesAreApart(blurred, image)) {
     const ptrdiff_t first = Layout::FirstOffset(image), firstBlurred = Layout::FirstOffset(blurred);
     const ptrdiff_t count = ptrdiff_t{width} * static_cast<ptrdiff_t>(Layout::channelCount);
     return ForEachRowPair(blurred, image, image.Height, [&](const uint8_t *blurredRow, uint8_t *row) {

@@ -7,6 +7,7 @@
 
 #include "tests/filters/filter_testing.h"
 #include "tests/support/faults.h"
+#include "tests/support/file_faults.h"
 
 namespace zvk::filters {
 namespace {
@@ -107,6 +108,19 @@ TEST_F(EngraveFilterTest, WithoutMemoryForRowsTheResultIsTheSame) {
 TEST_F(EngraveFilterTest, BothRowsAreFetchedForEachPixel) {
   const auto engrave = [](REALobject image, REALobject dest) { return EngraveFilter(image, dest, 1); };
   EXPECT_EQ(FetchesFor(host_, 2, 2, engrave), "d0 s0 s1 s0 s1 d1 s1 s1 s1 s1");
+}
+
+TEST_F(EngraveFilterTest, ARowOfAFileIsMappedOnceHoweverFarItsCounterpartIs) {
+  const Image memory = Noise(9, 40, ImageFormatRGB), file = NoiseInFile(9, 40, ImageFormatRGB);
+  const Image dest = New(9, 40, ImageFormatRGB);
+  for (const int32_t level : {1, 4, -5, 11, -20, 39, -39, 1000}) {
+    ShrinkBlock(file);
+    faults::Files files;
+    Engrave(file, dest, level);
+    // Blocks of five rows, of which two have been there before, and back to the first row behind a far counterpart.
+    EXPECT_LE(files.Records(faults::FileCall::kMap).size(), 16u) << level;
+    EXPECT_EQ(PixelsOf(dest), PixelsOf(Engrave(memory, {}, level))) << level;
+  }
 }
 
 }  // namespace

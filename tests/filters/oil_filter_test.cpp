@@ -7,7 +7,10 @@
 #include <vector>
 
 #include "tests/filters/filter_testing.h"
+#include "tests/naive/neighbourhood.h"
+#include "tests/scenes/row_log.h"
 #include "tests/support/faults.h"
+#include "tests/support/file_faults.h"
 
 namespace zvk::filters {
 namespace {
@@ -170,6 +173,22 @@ TEST_F(OilFilterTest, WithoutMemoryForRowsTheResultIsTheSame) {
 TEST_F(OilFilterTest, TheRowsOfAWindowAreFetchedForEachPixel) {
   const auto paint = [](REALobject image, REALobject dest) { return OilFilter(image, dest, 4, 1); };
   EXPECT_EQ(FetchesFor(host_, 2, 3, paint), "d0 s0 s1 s0 s1 d1 s0 s1 s2 s0 s1 s2 d2 s1 s2 s1 s2");
+}
+
+TEST_F(OilFilterTest, RowsOfAFileThatCannotBeMappedAreLeftOut) {
+  const Image file = NoiseInFile(9, 12, ImageFormatRGB), memory = Noise(9, 12, ImageFormatRGB);
+  ShrinkBlock(file);
+  const Image dest = New(9, 12, ImageFormatRGB), expected = New(9, 12, ImageFormatRGB);
+  {
+    faults::Files files;
+    files.FailAll(faults::FileCall::kMap);
+    EXPECT_TRUE(Paint(file, dest, 16, 2));
+  }
+  scenes::RowLog log;
+  log.Watch(Record(memory), "m");
+  for (int32_t y = 5; y < 12; ++y) log.Refuse(Record(memory), y);  // five rows were mapped
+  naive::Oil(Record(memory), Record(expected), 16, 2);
+  EXPECT_EQ(PixelsOf(dest), PixelsOf(expected));
 }
 
 }  // namespace
