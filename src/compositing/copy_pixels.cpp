@@ -82,7 +82,7 @@ std::optional<PixelConversion> ConversionBetween(const ImageClassData &source, c
                                   {.grayIsBlackAlone = true,
                                    .keepsWideSamples = true,
                                    .inksWithAlphaAreColours = true,
-                                   .alwaysInOrder = !HasFixedRows(dest) || !HasFixedRows(source)});
+                                   .alwaysInOrder = MayBeMappedTwice(source, dest)});
 }
 
 // A row of gray into 16-bit samples. Of one without a second byte, on either side, the first byte is copied.

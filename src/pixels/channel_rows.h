@@ -32,9 +32,7 @@ template <class Layout>
 class ByteRuns {
  public:
   ByteRuns(const ImageClassData &source, const ImageClassData &dest)
-      // Rows of different mapped images may be the same bytes at different addresses.
-      : served_(Layout::PackedAlike(source, dest) &&
-                (&source == &dest || (HasFixedRows(source) && HasFixedRows(dest)))),
+      : served_(Layout::PackedAlike(source, dest) && !MayBeMappedTwice(source, dest)),
         firstOfSource_(Layout::FirstOffset(source)),
         firstOfDest_(Layout::FirstOffset(dest)),
         count_(ptrdiff_t{source.Width} * Layout::channelCount) {}

@@ -67,12 +67,21 @@ TEST_F(ByteRunsTest, RowsShareAllBytesOrNone) {
 }
 
 TEST_F(ByteRunsTest, OfMappedImagesOnlyTheImageItselfIsKnownToShare) {
-  const Image image = New(4, 1, ImageFormatRGB), other = New(4, 1, ImageFormatRGB);
+  const Image image = New(4, 1, ImageFormatRGB), other = Over(host_.NewMemoryBlock(12), 0, ImageFormatRGB);
   Record(image).IsMapping = true;
   EXPECT_EQ(VisitRows(image, image), (Visited{0, 0, 12}));
   EXPECT_EQ(VisitRows(image, other), Visited{});
   EXPECT_EQ(VisitRows(other, image), Visited{});
   Record(image).IsMapping = false;
+}
+
+TEST_F(ByteRunsTest, AMappedImageAndOneOfAnotherStorageAreRuns) {
+  const Image image = NoiseInFile(4, 1, ImageFormatRGB), otherFile = NoiseInFile(4, 1, ImageFormatRGB);
+  const Image memory = New(4, 1, ImageFormatRGB);
+  EXPECT_EQ(VisitRows(image, memory), (Visited{0, 0, 12}));
+  EXPECT_EQ(VisitRows(memory, image), (Visited{0, 0, 12}));
+  EXPECT_EQ(VisitRows(image, otherFile), (Visited{0, 0, 12}));
+  EXPECT_EQ(VisitRows(image, Adopt(ClipImage1(image))), Visited{});
 }
 
 }  // namespace
