@@ -1,6 +1,7 @@
 // Images in a file, of which one block is mapped at a time. Walks over the rows: down, and up through a mirrored view;
 // the counter tells how often a walk moved the block. And operations on 12 megapixels in several blocks, with both
-// images in memory, with the source in a file, the dest, and each in a file of its own.
+// images in memory, with the source in a file, the dest, and each in a file of its own; the same with files that are
+// mapped in one block, which stays mapped.
 #include <benchmark/benchmark.h>
 
 #include <cstdint>
@@ -69,12 +70,15 @@ ZVK_BENCHMARK(WalkRows, Up, true);
 constexpr int32_t kWidth = 4000, kHeight = 3000;
 
 // An image of noise in memory or in a file.
+enum class Place { Memory, Blocks, OneBlock };
+
 class Image {
  public:
-  Image(bool inFile, int32_t width, int32_t height, int32_t format)
+  Image(Place place, int32_t width, int32_t height, int32_t format)
       : object_(standalone::Owned<standalone::Object>::Adopt(BenchHost().Classes().NewInstance("PictureZVK"))) {
-    if (inFile) {
+    if (place != Place::Memory) {
       ImageConstructorFile(object_, width, height, format, 0, nullptr);
+      if (place == Place::OneBlock) SetMemBlockSize(object_, 0, INT32_MAX);
     } else {
       ImageConstructor(object_, width, height, format);
     }
@@ -167,22 +171,25 @@ std::map<std::string, Operation> Operations() {
   };
 }
 
-void Operate(benchmark::State &state, const std::string &name, bool sourceInFile, bool destInFile) {
+void Operate(benchmark::State &state, const std::string &name, Place sourcePlace, Place destPlace) {
   const Operation operation = Operations().at(name);
   const bool enlarges = name == "scale_up" || name == "fast_scale_up";
   const int32_t part = enlarges ? 4 : 1;
-  const Image source(sourceInFile, kWidth / part, kHeight / part, operation.sourceFormat);
-  const Image dest(destInFile, operation.destWidth, operation.destHeight, operation.destFormat);
+  const Image source(sourcePlace, kWidth / part, kHeight / part, operation.sourceFormat);
+  const Image dest(destPlace, operation.destWidth, operation.destHeight, operation.destFormat);
   for (auto _ : state) operation.run(source, dest);
   CountPixels(state, kWidth, kHeight);
 }
 
 const bool kRegistered = [] {
+  using enum Place;
   for (const auto &[name, operation] : Operations()) {
-    for (const auto &[places, sourceInFile, destInFile] :
-         {std::tuple("memory", false, false), std::tuple("from_file", true, false), std::tuple("to_file", false, true),
-          std::tuple("file_to_file", true, true)}) {
-      benchmark::RegisterBenchmark(("Operate/" + name + "/" + places).c_str(), Operate, name, sourceInFile, destInFile)
+    for (const auto &[places, source, dest] :
+         {std::tuple("memory", Memory, Memory), std::tuple("from_file", Blocks, Memory),
+          std::tuple("to_file", Memory, Blocks), std::tuple("file_to_file", Blocks, Blocks),
+          std::tuple("from_block", OneBlock, Memory), std::tuple("to_block", Memory, OneBlock),
+          std::tuple("block_to_block", OneBlock, OneBlock)}) {
+      benchmark::RegisterBenchmark(("Operate/" + name + "/" + places).c_str(), Operate, name, source, dest)
           ->Unit(benchmark::kMillisecond);
     }
   }

@@ -7,6 +7,7 @@
 #include <span>
 #include <type_traits>
 
+#include "image/channels.h"
 #include "image/rows.h"
 #include "pixels/loop_steps.h"
 #include "pixels/row_walker.h"
@@ -149,7 +150,9 @@ void Blend(const BlendJob &job, const PixelLayout &layout, const Kernel &kernel,
   const auto working = WorkingPixel::Of(std::span(layout.offsets).first(layout.ChannelCount()), layout.pixelSize);
   if (working && !sharesWithDest(&job.first) && !sharesWithDest(job.second)) {
     PackedBlend<Kernel> packed(*working, kernel, source.Pack(*working), mask.Pack(*working));
+    const OffsetRange offsets = RangeOf(std::span(layout.offsets).first(layout.ChannelCount()));
     ForEachBlendRow(job, [&](uint8_t *destPixel, const uint8_t *sourcePixel, const uint8_t *maskPixel) {
+      ExpectWrites(job.dest, destPixel, offsets, width);
       packed.Row(destPixel, sourcePixel, maskPixel, width);
     });
     return;

@@ -5,7 +5,9 @@
 #include <cstddef>
 #include <cstring>
 #include <optional>
+#include <span>
 
+#include "image/channels.h"
 #include "image/image_record.h"
 #include "image/rectangle.h"
 #include "image/rows.h"
@@ -73,16 +75,24 @@ void CopyBlock(ImageClassData &dest, uint8_t *destRow, const ImageClassData &sou
 
 // --- pixel by pixel ---
 
+struct PixelCopy {
+  PixelConversion pixels;
+  OffsetRange written;  // of the samples that a pixel gets
+};
+
 // How pixels are copied; empty where no conversion is defined, and for an image of no family.
-std::optional<PixelConversion> ConversionBetween(const ImageClassData &source, const ImageClassData &dest) {
+std::optional<PixelCopy> CopyBetween(const ImageClassData &source, const ImageClassData &dest) {
   const auto from = PixelLayoutOf<ColourFamily::Gray, ColourFamily::RGB, ColourFamily::CMYK>(source);
   const auto to = PixelLayoutOf<ColourFamily::Gray, ColourFamily::RGB, ColourFamily::CMYK>(dest);
   if (!from || !to) return std::nullopt;
-  return PixelConversion::Between(*from, *to,
-                                  {.grayIsBlackAlone = true,
-                                   .keepsWideSamples = true,
-                                   .inksWithAlphaAreColours = true,
-                                   .alwaysInOrder = MayBeMappedTwice(source, dest)});
+  const auto pixels = PixelConversion::Between(*from, *to,
+                                               {.grayIsBlackAlone = true,
+                                                .keepsWideSamples = true,
+                                                .inksWithAlphaAreColours = true,
+                                                .alwaysInOrder = MayBeMappedTwice(source, dest)});
+  if (!pixels) return std::nullopt;
+  const size_t samples = to->ColourCount() + (from->hasAlpha && to->hasAlpha ? 1 : 0);
+  return PixelCopy{*pixels, RangeOf(std::span(to->offsets).first(samples))};
 }
 
 // A row of gray into 16-bit samples. Of one without a second byte, on either side, the first byte is copied.
@@ -114,8 +124,8 @@ bool CopyRows(ImageClassData &dest, ImageClassData &source, const Transfer &tran
   if (IsBlockCopy(dest, source)) {
     return forEachRow([&](const RowGroup &rows) { CopyBlock(dest, rows.Dest(), source, rows.First(), transfer); });
   }
-  std::optional<PixelConversion> pixels = ConversionBetween(source, dest);
-  if (!pixels) {
+  std::optional<PixelCopy> copy = CopyBetween(source, dest);
+  if (!copy) {
     if (IsEmpty(transfer)) return false;
     // The first rows are asked for all the same, which moves the blocks of mapped images.
     FetchRow(dest, transfer.destY);
@@ -124,11 +134,15 @@ bool CopyRows(ImageClassData &dest, ImageClassData &source, const Transfer &tran
   }
   return forEachRow([&](const RowGroup &rows) {
     // Other code of the host may have moved the channels since.
-    if (dest.Yield.YieldTicks != 0) pixels = ConversionBetween(source, dest);
-    if (!pixels) return;
-    if (dest.BitsPerComponent == 16 && source.IsGray) return CopyIntoWideSamples(dest, source, rows, transfer, *pixels);
-    pixels->ConvertRow(rows.First() + ptrdiff_t{transfer.sourceX} * source.PixelSize,
-                       rows.Dest() + ptrdiff_t{transfer.destX} * dest.PixelSize, transfer.width);
+    if (dest.Yield.YieldTicks != 0) copy = CopyBetween(source, dest);
+    if (!copy) return;
+    if (dest.BitsPerComponent == 16 && source.IsGray) {
+      return CopyIntoWideSamples(dest, source, rows, transfer, copy->pixels);
+    }
+    uint8_t *destPixel = rows.Dest() + ptrdiff_t{transfer.destX} * dest.PixelSize;
+    // Bytes between the samples stay, so that these may be read as well.
+    ExpectWrites(dest, destPixel, copy->written, transfer.width);
+    copy->pixels.ConvertRow(rows.First() + ptrdiff_t{transfer.sourceX} * source.PixelSize, destPixel, transfer.width);
   });
 }
 

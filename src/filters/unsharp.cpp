@@ -42,6 +42,7 @@ void Sharpen(ImageClassData &image, ImageClassData &blurred, const UnsharpTable 
     const ptrdiff_t first = Layout::FirstOffset(image), firstBlurred = Layout::FirstOffset(blurred);
     const ptrdiff_t count = ptrdiff_t{width} * static_cast<ptrdiff_t>(Layout::channelCount);
     return ForEachRowPair(blurred, image, image.Height, [&](const uint8_t *blurredRow, uint8_t *row) {
+      ExpectWrites(image, row, RangeOf(Layout::OffsetsOf(image)), width);
       uint8_t *__restrict samples = row + first;
       const uint8_t *__restrict others = blurredRow + firstBlurred;
       for (ptrdiff_t i = 0; i < count; ++i) samples[i] = table[samples[i]][others[i]];

@@ -77,6 +77,7 @@ class RowMirror {
 
   void operator()(uint8_t *row) const {
     if (byRuns_) {
+      ExpectWrites(image_, row, RangeOf(L::OffsetsOf(image_)), image_.Width);
       MirrorByRuns(mover_, image_, row);
     } else {
       MirrorByPixels<L>(image_, row);

@@ -1,6 +1,8 @@
 #include "pixels/row_walker.h"
 
+#include <atomic>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 
 namespace zvk::pixels {
@@ -22,6 +24,18 @@ bool FetchRows(ImageClassData &image, int32_t first, int32_t count, uint8_t **ro
     if (rows[i] == nullptr || !place.IsThatOf(image)) return false;
   }
   return true;
+}
+
+void ExpectWrites(const ImageClassData &image, uint8_t *pixels, const OffsetRange &offsets, int32_t columns) {
+  if (HasFixedRows(image)) return;
+  uint8_t *bytes = pixels + offsets.lowest;
+  const int64_t count = (int64_t{columns} - 1) * image.PixelSize + offsets.Span();
+  constexpr int64_t kSmallestPage = 4096;
+  // All pages but the first are met at their start.
+  const auto beyondPage = static_cast<int64_t>(reinterpret_cast<uintptr_t>(bytes) % kSmallestPage);
+  for (int64_t i = 0; i < count; i = i == 0 ? kSmallestPage - beyondPage : i + kSmallestPage) {
+    std::atomic_ref(bytes[i]).fetch_or(0, std::memory_order_relaxed);
+  }
 }
 
 bool RowGroup::Fetch(ImageClassData &dest, int32_t destY, ImageClassData &first, ImageClassData *second,

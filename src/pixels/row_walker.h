@@ -9,6 +9,7 @@
 #include <type_traits>
 
 #include "host/resources.h"
+#include "image/channels.h"
 #include "image/image_record.h"
 #include "image/rectangle.h"
 #include "image/rows.h"
@@ -52,6 +53,11 @@ void GatherRows(ImageClassData &image, int32_t first, int32_t count);
 // until a row beyond these is fetched. For rows that are read or written in tiles; a window that slides over rows which
 // are only read is a RowWindow.
 bool FetchRows(ImageClassData &image, int32_t first, int32_t count, uint8_t **rows);
+
+// Tells that the samples at `offsets` will be read and then written, in that many columns from a pixel of a fetched row
+// on. Of a mapped file each of their pages is written to at once, with what is there: being read first and written
+// later costs the system two faults for it.
+void ExpectWrites(const ImageClassData &image, uint8_t *pixels, const OffsetRange &offsets, int32_t columns);
 
 // A row that is held while rows of another image are fetched. Where both are one record over a mapped file, its block
 // may have moved then, so that the row must be fetched again, and those of the other are gone.

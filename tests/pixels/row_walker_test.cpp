@@ -270,6 +270,22 @@ TEST_F(RowWalker, ABlockHasMovedIfItIsElsewhereOrHoldsOtherRows) {
   EXPECT_TRUE(inMemory.IsThatOf(memory.Record()));
 }
 
+TEST_F(RowWalker, RowsThatWillBeWrittenKeepTheirBytes) {
+  // Rows of 4096 bytes exactly, and blocks that end with a row.
+  StoredImage image(host_, Kind::File, 1024, 9, ImageFormatXRGB, {.blockRows = 5});
+  image.Fill(3);
+  const scenes::Bytes before = image.Bytes();
+  ImageClassData &record = image.Record();
+  for (const int32_t x : {0, 1, 511, 1023}) {
+    for (const int32_t columns : {0, 1, 1024 - x}) {
+      ExpectWrites(record, FetchRow(record, 8) + ptrdiff_t{4} * x, {1, 3}, columns);
+      EXPECT_EQ(image.Bytes(), before);
+    }
+  }
+  StoredImage memory = InMemory();
+  ExpectWrites(memory.Record(), nullptr, {0, 0}, 10);  // which is not looked at
+}
+
 // --- one image ---
 
 TEST_F(RowWalker, ARowThatCannotBeHadIsLeftOut) {
