@@ -46,7 +46,7 @@ class BoxBlur {
         samples_(int64_t{source.Width} * kChannels),
         rows_(source, dest),
         // Rows that may change between entering and leaving need not add up to samples.
-        columnSums_(window, samples_, window.IsNarrow() && HasFixedRows(source) && AreDisjoint(source, dest)),
+        columnSums_(window, samples_, window.IsNarrow() && HasFixedRows(source) && ImagesAreApart(source, dest)),
         windowSums_(window, samples_, window.IsNarrow()),
         leaving_(samples_),
         entering_(samples_),

@@ -18,9 +18,17 @@
 
 namespace zvk::scaling {
 
-// Each pass has two forms: one in a fixed order of reads, writes and row fetches, for files that are mapped block by
-// block and for images that share storage; and one that works on whole rows, for all others, as long as they stay so.
-// Both give the same bytes.
+// Each pass has two forms: one in a fixed order of reads, writes and row fetches, for images that share storage; and
+// one that works on whole rows, for all others, as long as they stay so. Both give the same bytes.
+
+int32_t SourceColumns(const ScaleJob &job) {
+  int32_t columns = 0;
+  for (int32_t x = 0; x < job.Width; ++x) {
+    const ScaleTapList &list = job.Table[x];
+    if (list.TapCount > 0) columns = std::max(columns, EndIndex(list));
+  }
+  return columns;
+}
 
 namespace {
 
@@ -78,16 +86,6 @@ std::array<SampleOf<Pair>, kValues<Pair>> Finished(const double *sums, const Sca
 }
 
 // --- tables ---
-
-// How many columns of the source the lists of a job reach.
-int32_t SourceColumns(const ScaleJob &job) {
-  int32_t columns = 0;
-  for (int32_t x = 0; x < job.Width; ++x) {
-    const ScaleTapList &list = job.Table[x];
-    if (list.TapCount > 0) columns = std::max(columns, EndIndex(list));
-  }
-  return columns;
-}
 
 // The list for a row, without the taps from row `tempRows` of the temp image on.
 ScaleTapList ListWithin(const ScaleJob &job, int32_t y, int32_t tempRows) {
@@ -185,8 +183,8 @@ class WholeSums {
   WholeSums(const ScaleJob &job, const int32_t &tempRows)
       : job_(job), tempRows_(tempRows), short_(job, Pair, tempRows) {}
 
-  // False if rows are better made pixel by pixel.
-  explicit operator bool() const { return static_cast<bool>(short_); }
+  // False once rows are better made pixel by pixel.
+  explicit operator bool() const { return short_ && short_.StillFits(); }
 
   // Makes rows from y on, up to `most`, and returns how many.
   int32_t Make(int32_t y, int32_t most) {
@@ -247,7 +245,8 @@ class Horizontal {
   // True if the rows up to `end` may be made whole: nobody can notice in what order pixels are read and written.
   bool TakesWholeRows(int32_t end) const {
     const OffsetRange row{0, job_.Width * Pair.Stride - 1};
-    return RowsAreApart(*job_.Temp, row, 1, end) && AreDisjoint(*job_.Source, *job_.Temp, job_.Width, end, Pair.Stride);
+    return RowsAreApart(*job_.Temp, row, 1, end) &&
+           ImagesAreApart(*job_.Source, *job_.Temp, job_.Width, end, Pair.Stride);
   }
   WholeColumns<Pair> WholeRows(double rounding) const { return WholeColumns<Pair>(job_, rounding); }
   void MakeRow(int32_t y, double rounding) const { HorizontalRow<Pair>(job_, y, rounding); }
@@ -277,7 +276,7 @@ class Vertical {
     const ImageClassData &dest = *job_.Dest;
     const OffsetRange written = WrittenBytes<Pair>(dest);
     return HasWholeSamples<Pair>(*job_.Temp, job_.Width) && PixelsAreApart(written, dest.PixelSize) &&
-           RowsAreApart(dest, written, job_.Width, end) && AreDisjoint(*job_.Temp, dest, job_.Width, end);
+           RowsAreApart(dest, written, job_.Width, end) && ImagesAreApart(*job_.Temp, dest, job_.Width, end);
   }
   WholeSums<Pair> WholeRows(double /*rounding*/) const { return WholeSums<Pair>(job_, tempRows_); }
   void MakeRow(int32_t y, double rounding) const { VerticalRow<Pair>(job_, y, tempRows_, rounding); }

@@ -25,6 +25,9 @@ struct ScaleJob {
   const ShortTable *Short = nullptr;  // of the pass as well; nil: it works pixel by pixel
 };
 
+// How many columns of the source the lists of a job reach.
+int32_t SourceColumns(const ScaleJob &job);
+
 // The rows that one run of a pass makes, and who is given time after each.
 struct ScaleRows {
   int32_t First;

@@ -74,8 +74,17 @@ int64_t WidestList(const ScaleJob &job) {
 
 // --- columns ---
 
+namespace {
+
+// The bytes of a pixel that are read, with those between.
+OffsetRange BytesRead(const ScalePair &pair, const OffsetRange &samples) {
+  return {samples.lowest, samples.highest + pair.SampleSize - 1};
+}
+
+}  // namespace
+
 ShortColumnsPass::Layout ShortColumnsPass::LayoutOf(const ImageClassData &source) const {
-  Layout layout{source.PixelSize, source.RowSize, {}};
+  Layout layout{source.PixelSize, source.RowSize, HasFixedRows(source), {}};
   for (int32_t i = 0; i < pair_.Read.count; ++i) layout.offsets[i] = source.*pair_.Read[i];
   return layout;
 }
@@ -87,10 +96,16 @@ ShortColumnsPass::ShortColumnsPass(const ScaleJob &job, const ScalePair &pair, d
       values_(ValueCount(pair.Read.count, pair.Values)),
       layout_(LayoutOf(*job.Source)),
       range_(RangeOf(std::span(layout_.offsets).first(static_cast<size_t>(pair.Read.count)))),
+      sourceRows_(*job.Source, BytesRead(pair, range_), std::max(SourceColumns(job), 1), kLanes),
       isReady_(job.Short != nullptr && layout_.pixelSize > 0 && Prepare()) {}
 
 bool ShortColumnsPass::Prepare() {
   const ShortTable &lists = *job_.Short;
+  if (!sourceRows_) return false;
+  if (!HasFixedRows(*job_.Temp) && !lists.dots) {
+    turned_ = LineBuffer<uint8_t>(int64_t{job_.Width} * pair_.Stride * kLanes);
+    if (!turned_) return false;
+  }
   if (lists.words) return *lists.words && PrepareWords();
   if (lists.dots) return *lists.dots && PrepareDots();
   // Pixels are staged as they lie.
@@ -126,10 +141,7 @@ bool ShortColumnsPass::PrepareDots() {
 
 bool ShortColumnsPass::PrepareWords() {
   constexpr int32_t kSampleSize = 2;
-  int64_t end = 0;
-  for (const ScaleTapList &list : ColumnLists(job_)) {
-    if (list.TapCount > 0) end = std::max(end, int64_t{EndIndex(list)});
-  }
+  const int64_t end = std::max(SourceColumns(job_), 1);
   // A caller may have described rows that are shorter than their pixels, whose last sample is cut by the storage's end.
   if (std::abs(int64_t{layout_.rowSize}) < (end - 1) * layout_.pixelSize + layout_.offsets[0] + kSampleSize) {
     return false;
@@ -146,27 +158,41 @@ int32_t ShortColumnsPass::Make(int32_t y, int32_t most) {
   // What is missing at the end repeats the last row, and is written over it once more.
   const int32_t count = std::min(most, kLanes);
   SourceRows rows{};
-  std::array<uint8_t *, kLanes> tempRows{};
   for (int32_t i = 0; i < kLanes; ++i) {
     const int32_t row = y + std::min(i, count - 1);
-    rows[i] = FetchRow(*job_.Source, row);
-    tempRows[i] = FetchRow(*job_.Temp, row);
-    if (rows[i] == nullptr || tempRows[i] == nullptr) return 0;
+    rows[i] = sourceRows_.Row(row);
+    if (rows[i] == nullptr || (HasFixedRows(*job_.Temp) && FetchRow(*job_.Temp, row) == nullptr)) return 0;
   }
   if (lists.words) {
     // A caller's temp image too may have rows that cut its last sample.
     if (std::abs(int64_t{job_.Temp->RowSize}) < int64_t{job_.Width} * pair_.Stride) return 0;
     SumWords(rows);
-    TurnWordsToRows(reinterpret_cast<const uint16_t *>(made_.Get()), job_.Width, tempRows.data());
-    return count;
-  }
-  if (lists.digits) {
+  } else if (lists.digits) {
     SumDigits(rows);
   } else {
     SumFloats(rows);
   }
-  TurnToRows(made_.Get(), ptrdiff_t{job_.Width} * pair_.Stride, tempRows.data());
+  TurnInto(y, count);
   return count;
+}
+
+// From columns of rows that have been made to the rows of the temp image.
+void ShortColumnsPass::TurnInto(int32_t y, int32_t count) {
+  const ptrdiff_t size = ptrdiff_t{job_.Width} * pair_.Stride;
+  std::array<uint8_t *, kLanes> rows{};
+  for (int32_t i = 0; i < kLanes; ++i) {
+    rows[i] = turned_ ? turned_.Get() + i * size : FetchRow(*job_.Temp, y + std::min(i, count - 1));
+  }
+  if (pair_.SampleSize == 2) {
+    TurnWordsToRows(reinterpret_cast<const uint16_t *>(made_.Get()), job_.Width, rows.data());
+  } else {
+    TurnToRows(made_.Get(), size, rows.data());
+  }
+  if (!turned_) return;
+  for (int32_t i = 0; i < count; ++i) {
+    uint8_t *tempRow = FetchRow(*job_.Temp, y + i);
+    if (tempRow != nullptr) std::memcpy(tempRow, rows[i], static_cast<size_t>(size));
+  }
 }
 
 bool ShortColumnsPass::CutIntoStretches(int64_t columns) {
@@ -255,9 +281,10 @@ void ShortColumnsPass::SumFloats(const SourceRows &rows) {
 }
 
 int32_t ShortColumnsPass::MakeDots(int32_t y) {
-  const uint8_t *row = FetchRow(*job_.Source, y);
-  uint8_t *tempRow = FetchRow(*job_.Temp, y);
-  if (row == nullptr || tempRow == nullptr) return 0;
+  // The host may have written to the source since the row before.
+  sourceRows_.Forget();
+  const uint8_t *row = sourceRows_.Row(y);
+  if (row == nullptr) return 0;
   const bool isMixed = IsMixed(pair_);
   GrayMix mix = MixOf({0, 1, 2, 3}, pair_.Read.count);
   ShortColumns columns{.lists = &*job_.Short->dots,
@@ -290,7 +317,10 @@ int32_t ShortColumnsPass::MakeDots(int32_t y) {
         columns.values = made_.Get() + int64_t{x} * pair_.Stride;
         ShortDots(columns, values_);
       });
-  std::memcpy(tempRow, made_.Get(), static_cast<size_t>(job_.Width) * static_cast<size_t>(pair_.Stride));
+  uint8_t *tempRow = FetchRow(*job_.Temp, y);
+  if (tempRow != nullptr) {
+    std::memcpy(tempRow, made_.Get(), static_cast<size_t>(job_.Width) * static_cast<size_t>(pair_.Stride));
+  }
   return 1;
 }
 
@@ -353,6 +383,9 @@ ShortRowsPass::ShortRowsPass(const ScaleJob &job, const ScalePair &pair, const i
       values_(pair.TempBytes.count),
       samples_(int64_t{job.Width} * pair.TempBytes.count),
       tempHeight_(job.Temp->Height),
+      tempIsFixed_(HasFixedRows(*job.Temp)),
+      destIsFixed_(HasFixedRows(*job.Dest)),
+      window_(*job.Temp, {0, job.Width * pair.Stride - 1}, 1, tempIsFixed_ ? 1 : MostRowsOfABand()),
       isReady_(job.Short != nullptr && Prepare()) {}
 
 std::pair<int32_t, int32_t> ShortRowsPass::Reach(int32_t y) const {
@@ -360,8 +393,25 @@ std::pair<int32_t, int32_t> ShortRowsPass::Reach(int32_t y) const {
   return list.TapCount == 0 ? std::pair{0, 0} : std::pair{FirstIndex(list), EndIndex(list)};
 }
 
+// Temp rows that any rows of the destination, as many as are made at once, can reach.
+int32_t ShortRowsPass::MostRowsOfABand() const {
+  int32_t most = 1;
+  for (int32_t y = 0; y < job_.Height; ++y) {
+    int32_t first = INT32_MAX, end = 0;
+    for (int32_t i = y; i < std::min(y + kBand, job_.Height); ++i) {
+      const auto [firstOfList, endOfList] = Reach(i);
+      if (endOfList == 0) continue;
+      first = std::min(first, firstOfList / 2 * 2);
+      end = std::max(end, endOfList);
+    }
+    most = std::max(most, end - std::min(first, end));
+  }
+  return most;
+}
+
 bool ShortRowsPass::Prepare() {
   const ShortTable &lists = *job_.Short;
+  if (!window_) return false;
   tempRows_ = ZeroedBuffer<const uint8_t *>(std::max(tempHeight_, 1));
   if (lists.words) {
     bandStride_ = samples_ * pair_.SampleSize;
@@ -382,11 +432,9 @@ bool ShortRowsPass::Prepare() {
   return lists.floats && *lists.floats && ring_ && tempRows_ && band_;
 }
 
-bool ShortRowsPass::FetchRows(int32_t y, int32_t count) {
+bool ShortRowsPass::FetchTempRows(int32_t y, int32_t count) {
   int32_t first = INT32_MAX, end = 0;
   for (int32_t i = 0; i < count; ++i) {
-    destRows_[i] = FetchRow(*job_.Dest, y + i);
-    if (destRows_[i] == nullptr) return false;
     const auto [firstOfList, endOfList] = Reach(y + i);
     if (endOfList == 0) continue;
     first = std::min(first, firstOfList);
@@ -396,7 +444,7 @@ bool ShortRowsPass::FetchRows(int32_t y, int32_t count) {
   // Pairs begin at even rows.
   if (job_.Short->words) first = first / 2 * 2;
   for (int32_t row = first; row < end; ++row) {
-    tempRows_[row] = FetchRow(*job_.Temp, row);
+    tempRows_[row] = window_.Row(row);
     if (tempRows_[row] == nullptr) return false;
   }
   lastTempRow_ = std::max(end - 1, 0);
@@ -412,9 +460,11 @@ bool ShortRowsPass::WritesWhole(const ImageClassData &dest) const {
 
 int32_t ShortRowsPass::Make(int32_t y, int32_t most) {
   const int32_t count = std::min(most, kBand);
+  // A single row is made where the host may have written to the temp image since the one before.
+  if (count == 1) window_.Forget();
   // Copies, as the compiler must take every byte that is written for a change of the record.
   const ImageClassData dest = *job_.Dest;
-  if (!WritesWhole(dest) || !FetchRows(y, count)) return 0;
+  if (!WritesWhole(dest) || !FetchTempRows(y, count)) return 0;
   const int32_t size = pair_.SampleSize;
   // The moves of bytes from a pixel of finished samples, and whether they are the pixel as it is.
   std::array<SampleMove, kMostValues> moves{};
@@ -429,13 +479,19 @@ int32_t ShortRowsPass::Make(int32_t y, int32_t most) {
     }
   }
   // Whole blocks alone are written where they belong, as a block is never written in part.
-  const bool direct = isPacked && (size == 2 || samples_ >= kBlockSamples);
+  const bool direct = isPacked && destIsFixed_ && (size == 2 || samples_ >= kBlockSamples);
   std::array<uint8_t *, kBand> made{};
-  for (int32_t i = 0; i < count; ++i) made[i] = direct ? destRows_[i] + first : band_.Get() + i * bandStride_;
+  for (int32_t i = 0; i < count; ++i) {
+    uint8_t *destRow = direct ? FetchRow(*job_.Dest, y + i) : nullptr;
+    made[i] = destRow != nullptr ? destRow + first : band_.Get() + i * bandStride_;
+  }
   SumBlocks(y, count, made.data());
   if (direct) return count;
   const SampleMover move(values_ * size, dest.PixelSize, std::span(moves).first(static_cast<size_t>(bytes)));
-  for (int32_t i = 0; i < count; ++i) move(made[i], destRows_[i], job_.Width);
+  for (int32_t i = 0; i < count; ++i) {
+    uint8_t *destRow = FetchRow(*job_.Dest, y + i);
+    if (destRow != nullptr) move(made[i], destRow, job_.Width);
+  }
   return count;
 }
 

@@ -1,4 +1,4 @@
-// The two passes of a scale in short arithmetic, for images whose rows stay where they are and share no storage.
+// The two passes of a scale in short arithmetic, for images that share no storage.
 #pragma once
 
 #include <array>
@@ -8,6 +8,7 @@
 
 #include "host/resources.h"
 #include "image/channels.h"
+#include "pixels/row_window.h"
 #include "pixels/sample_mover.h"
 #include "scaling/digit_lists.h"
 #include "scaling/scale_pairs.h"
@@ -73,6 +74,7 @@ class ShortColumnsPass {
   struct Layout {
     int32_t pixelSize;
     int32_t rowSize;
+    bool hasFixedRows;
     Places offsets;
     bool operator==(const Layout &) const = default;
   };
@@ -90,6 +92,7 @@ class ShortColumnsPass {
   bool PrepareDots();
   bool PrepareWords();
   int32_t MakeDots(int32_t y);
+  void TurnInto(int32_t y, int32_t count);
   void SumFloats(const SourceRows &rows);
   void SumDigits(const SourceRows &rows);
   void SumWords(const SourceRows &rows);
@@ -112,6 +115,8 @@ class ShortColumnsPass {
   LineBuffer<uint32_t> groups_;  // of columns, for sums of whole numbers
   LineBuffer<uint8_t> made_;     // for each output column the temp pixel of all rows
   LineBuffer<uint8_t> plane_;
+  LineBuffer<uint8_t> turned_;  // temp rows, where those of the temp image do not stay where they are
+  pixels::RowWindow sourceRows_;
   std::array<std::optional<SampleMover>, kMostValues> toPlane_;
   bool isReady_;
 };
@@ -127,13 +132,20 @@ class ShortRowsPass {
   // False if there are no lists, or if there is no memory to work in.
   explicit operator bool() const { return isReady_; }
 
-  // Makes rows from y on, up to `most`, and returns how many: 0, with nothing written, if one of them cannot be had,
-  // needs temp rows that are gone, or is to have samples that the destination has no room for.
+  // False once the rows of one of the images do not stay where they are any more, or do so now.
+  bool StillFits() const {
+    return tempIsFixed_ == HasFixedRows(*job_.Temp) && destIsFixed_ == HasFixedRows(*job_.Dest);
+  }
+
+  // Makes rows from y on, up to `most`, and returns how many: 0, with nothing written, if one of them needs temp rows
+  // that cannot be had, or is to have samples that the destination has no room for. A row that the destination does not
+  // have is left out.
   int32_t Make(int32_t y, int32_t most);
 
  private:
   bool Prepare();
-  bool FetchRows(int32_t y, int32_t count);
+  int32_t MostRowsOfABand() const;
+  bool FetchTempRows(int32_t y, int32_t count);
   bool WritesWhole(const ImageClassData &dest) const;
   void SumBlocks(int32_t y, int32_t count, uint8_t *const *made);
   // The temp rows that a list reaches, the second one beyond the last; both 0 for none.
@@ -145,12 +157,13 @@ class ShortRowsPass {
   const int32_t values_;   // of a pixel
   const int64_t samples_;  // of a row
   const int32_t tempHeight_;
+  const bool tempIsFixed_, destIsFixed_;
   int32_t ringRows_ = 1;
+  pixels::RowWindow window_;  // of temp rows
   LineBuffer<float> ring_;
   ZeroedBuffer<const uint8_t *> tempRows_;
   LineBuffer<uint8_t> band_;
   int64_t bandStride_ = 0;
-  std::array<uint8_t *, kBand> destRows_{};
   int32_t lastTempRow_ = 0;  // of those that have been fetched
   bool isReady_;
 };
