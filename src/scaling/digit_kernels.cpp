@@ -113,7 +113,7 @@ void SumColumnsOf(const DigitColumns &columns) {
   uint8_t *values = columns.values;
   for (int32_t x = columns.first; x < columns.end; ++x, values += ptrdiff_t{columns.stride} * kLanes) {
     const DigitList list = (*columns.lists)[x];
-    const int32_t *digits = columns.lists->DigitsOf(list);
+    const int32_t *digits = columns.lists->WeightsOf(list);
     const uint32_t *quads = columns.quads + ptrdiff_t{list.quad - firstQuad} * kSamples * kLanes;
     __m512i sums[kSamples][kDigits];
 #pragma GCC unroll 5

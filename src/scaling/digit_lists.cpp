@@ -10,7 +10,6 @@ namespace zvk::scaling {
 namespace {
 
 constexpr double kOne = 1 << kDigitBits;
-constexpr int32_t kNeverSure = (1 << (kDigitBits - 1)) + 1;
 
 // Groups of four columns that a list reaches into.
 int32_t Quads(const ScaleTapList &list) {
@@ -28,8 +27,8 @@ bool PutDigits(int32_t weight, int32_t column, int32_t *groups) {
   return weight == 0;
 }
 
-DigitList Made(const ScaleTapList &list, double rounding, int64_t firstDigits, int32_t *digits) {
-  DigitList made{firstDigits, Quads(list), 0, 0, kNeverSure};
+DigitList Made(const ScaleTapList &list, double rounding, int64_t firstWeight, int32_t *digits) {
+  DigitList made{firstWeight, Quads(list), 0, 0, EdgeOf(kOne, 0.0, kDigitBits)};
   if (made.quads == 0) return made;
   made.quad = FirstIndex(list) / kColumnsOfQuad;
   // What the rounded weights are too small by, and too large, and how much all weigh.
@@ -56,27 +55,17 @@ DigitList Made(const ScaleTapList &list, double rounding, int64_t firstDigits, i
   const double halfStep = HalfStepOf(list) * kOne;
   const bool isMoved = bound < halfStep;
   made.start = static_cast<int32_t>(std::nearbyint(rounding * kOne + middle + (isMoved ? halfStep : 0.0)));
-  if (isMoved) {
-    made.edge = 0;
-  } else if (bound < kOne / 4.0) {
-    made.edge = static_cast<int32_t>(bound) + 1;
-  }
+  made.edge = EdgeOf(bound, halfStep, kDigitBits);
   return made;
 }
 
 }  // namespace
 
 DigitLists::DigitLists(std::span<const ScaleTapList> lists, double rounding)
-    : told_(lists), lists_(static_cast<int64_t>(lists.size())) {
-  int64_t groups = 1;  // also where no list has any
-  for (const ScaleTapList &list : lists) groups += int64_t{Quads(list)} * kDigits;
-  digits_ = ZeroedBuffer<int32_t>(groups);
-  if (!lists_ || !digits_) return;
-  int64_t first = 0;
-  for (size_t i = 0; i < lists.size(); ++i) {
-    lists_[static_cast<int64_t>(i)] = Made(lists[i], rounding, first, digits_.Get() + first);
-    first += int64_t{Quads(lists[i])} * kDigits;
-  }
-}
+    : FormedLists(
+          lists, [](const ScaleTapList &list) { return int64_t{Quads(list)} * kDigits; },
+          [&](const ScaleTapList &list, int64_t firstWeight, int32_t *digits) {
+            return Made(list, rounding, firstWeight, digits);
+          }) {}
 
 }  // namespace zvk::scaling

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <span>
 
-#include "host/resources.h"
+#include "scaling/formed_lists.h"
 #include "scaling/scale_taps.h"
 
 namespace zvk::scaling {
@@ -16,7 +16,7 @@ inline constexpr int32_t kDigits = 3;         // of a weight, the lowest first
 inline constexpr int32_t kColumnsOfQuad = 4;  // side by side in 32 bits
 
 struct DigitList {
-  int64_t firstDigits;  // of its `quads` times three groups of four digits, one for each column
+  int64_t firstWeight;  // of its `quads` times three groups of four digits, one for each column
   int32_t quads;
   int32_t quad;   // the first column is in this group of four
   int32_t start;  // what a sum begins with
@@ -25,22 +25,10 @@ struct DigitList {
 };
 
 // The lists of a pass of bytes.
-class DigitLists {
+class DigitLists : public FormedLists<DigitList, int32_t> {
  public:
   // `lists` are those of a ScaleTapTable, and outlive this. `rounding` is what is added before a value is cut.
   DigitLists(std::span<const ScaleTapList> lists, double rounding);
-
-  // False if there is no memory for them.
-  explicit operator bool() const { return lists_ && digits_; }
-
-  const DigitList &operator[](int32_t i) const { return lists_[i]; }
-  const int32_t *DigitsOf(const DigitList &list) const { return digits_.Get() + list.firstDigits; }
-  const ScaleTapList &Told(int32_t i) const { return told_[static_cast<size_t>(i)]; }
-
- private:
-  std::span<const ScaleTapList> told_;
-  ZeroedBuffer<DigitList> lists_;
-  ZeroedBuffer<int32_t> digits_;
 };
 
 }  // namespace zvk::scaling

@@ -74,19 +74,13 @@ ShortList Shortened(const ScaleTapList &list, const ShortSums &sums, int64_t fir
 }  // namespace
 
 ShortLists::ShortLists(std::span<const ScaleTapList> lists, const ShortSums &sums)
-    : told_(lists), lists_(static_cast<int64_t>(lists.size())) {
-  const auto padded = [&](const ScaleTapList &list) {
-    return (int64_t{Positions(list, sums.alignment)} + sums.chains - 1) / sums.chains * sums.chains;
-  };
-  int64_t weightCount = 1;  // also where no list has any
-  for (const ScaleTapList &list : lists) weightCount += padded(list);
-  weights_ = ZeroedBuffer<float>(weightCount);
-  if (!lists_ || !weights_) return;
-  int64_t firstWeight = 0;
-  for (size_t i = 0; i < lists.size(); ++i) {
-    lists_[static_cast<int64_t>(i)] = Shortened(lists[i], sums, firstWeight, weights_.Get() + firstWeight);
-    firstWeight += padded(lists[i]);
-  }
-}
+    : FormedLists(
+          lists,
+          [&](const ScaleTapList &list) {
+            return (int64_t{Positions(list, sums.alignment)} + sums.chains - 1) / sums.chains * sums.chains;
+          },
+          [&](const ScaleTapList &list, int64_t firstWeight, float *weights) {
+            return Shortened(list, sums, firstWeight, weights);
+          }) {}
 
 }  // namespace zvk::scaling

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <span>
 
-#include "host/resources.h"
+#include "scaling/formed_lists.h"
 #include "scaling/scale_taps.h"
 
 namespace zvk::scaling {
@@ -35,22 +35,10 @@ struct ShortSums {
 inline constexpr int32_t kRoundingsOfGray = 4;
 
 // The lists of a pass in short form.
-class ShortLists {
+class ShortLists : public FormedLists<ShortList, float> {
  public:
   // `lists` are those of a ScaleTapTable, and outlive this.
   ShortLists(std::span<const ScaleTapList> lists, const ShortSums &sums);
-
-  // False if there is no memory for them.
-  explicit operator bool() const { return lists_ && weights_; }
-
-  const ShortList &operator[](int32_t i) const { return lists_[i]; }
-  const float *WeightsOf(const ShortList &list) const { return weights_.Get() + list.firstWeight; }
-  const ScaleTapList &Told(int32_t i) const { return told_[static_cast<size_t>(i)]; }
-
- private:
-  std::span<const ScaleTapList> told_;
-  ZeroedBuffer<ShortList> lists_;
-  ZeroedBuffer<float> weights_;
 };
 
 // How far a value summed in floats can be from the told one, in levels; infinite where the list gives none. With

@@ -12,7 +12,6 @@ namespace zvk::scaling {
 namespace {
 
 constexpr double kOne = 1 << kWordPointBits;
-constexpr int32_t kNeverSure = (1 << (kWordPointBits - 1)) + 1;
 constexpr double kLess = 32768.0;  // what samples are less, and their largest magnitude then
 constexpr int32_t kMostShift = 15;
 constexpr int32_t kLeastShift = 6;
@@ -61,8 +60,8 @@ struct DigitSums {
 };
 
 // Writes the weights of the list's pairs, which are 0 before.
-WordList Made(const ScaleTapList &list, double rounding, int64_t firstPair, WordWeights *weights) {
-  WordList made{firstPair, Pairs(list), 0, kLeastShift, 0, kNeverSure};
+WordList Made(const ScaleTapList &list, double rounding, int64_t firstWeight, WordWeights *weights) {
+  WordList made{firstWeight, Pairs(list), 0, kLeastShift, 0, EdgeOf(kOne, 0.0, kWordPointBits)};
   if (made.pairs == 0) return made;
   made.pair = FirstIndex(list) / 2;
   double whole = 0.0, magnitude = 0.0;
@@ -87,6 +86,7 @@ WordList Made(const ScaleTapList &list, double rounding, int64_t firstPair, Word
   const double start = (rounding + kLess * whole) * kOne + (isMoved ? halfStep : 0.0);
   if (!sums.Fit(start)) return made;
   made.shift = shift;
+  made.edge = EdgeOf(bound, halfStep, kWordPointBits);
   made.start = static_cast<int32_t>(std::nearbyint(start));
   for (const ScaleTap &tap : TapsOf(list)) {
     const Digits digits(tap.Weight * part, shift);
@@ -97,27 +97,16 @@ WordList Made(const ScaleTapList &list, double rounding, int64_t firstPair, Word
     weights[position / 2].upper |= placed(digits.upper);
     weights[position / 2].lower |= placed(digits.lower);
   }
-  if (isMoved) {
-    made.edge = 0;
-  } else if (bound < kOne / 4.0) {
-    made.edge = static_cast<int32_t>(bound) + 1;
-  }
   return made;
 }
 
 }  // namespace
 
 WordLists::WordLists(std::span<const ScaleTapList> lists, double rounding)
-    : told_(lists), lists_(static_cast<int64_t>(lists.size())) {
-  int64_t pairs = 1;  // also where no list has any
-  for (const ScaleTapList &list : lists) pairs += Pairs(list);
-  weights_ = ZeroedBuffer<WordWeights>(pairs);
-  if (!lists_ || !weights_) return;
-  int64_t first = 0;
-  for (size_t i = 0; i < lists.size(); ++i) {
-    lists_[static_cast<int64_t>(i)] = Made(lists[i], rounding, first, weights_.Get() + first);
-    first += Pairs(lists[i]);
-  }
-}
+    : FormedLists(
+          lists, [](const ScaleTapList &list) { return int64_t{Pairs(list)}; },
+          [&](const ScaleTapList &list, int64_t firstWeight, WordWeights *weights) {
+            return Made(list, rounding, firstWeight, weights);
+          }) {}
 
 }  // namespace zvk::scaling

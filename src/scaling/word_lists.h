@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <span>
 
-#include "host/resources.h"
+#include "scaling/formed_lists.h"
 #include "scaling/scale_taps.h"
 
 namespace zvk::scaling {
@@ -15,7 +15,7 @@ inline constexpr int32_t kWordPointBits = 14;  // a value has so many bits behin
 
 // Positions 2p and 2p + 1 are pair p.
 struct WordList {
-  int64_t firstPair;  // of its `pairs` among those of all lists
+  int64_t firstWeight;  // of its `pairs` among those of all lists
   int32_t pairs;
   int32_t pair;   // the first of these
   int32_t shift;  // bits of the lower digit: the sum of those is cut by as many
@@ -31,22 +31,10 @@ struct WordWeights {
 };
 
 // The lists of a pass of wide samples.
-class WordLists {
+class WordLists : public FormedLists<WordList, WordWeights> {
  public:
   // `lists` are those of a ScaleTapTable, and outlive this. `rounding` is what is added before a value is cut.
   WordLists(std::span<const ScaleTapList> lists, double rounding);
-
-  // False if there is no memory for them.
-  explicit operator bool() const { return lists_ && weights_; }
-
-  const WordList &operator[](int32_t i) const { return lists_[i]; }
-  const WordWeights *WeightsOf(const WordList &list) const { return weights_.Get() + list.firstPair; }
-  const ScaleTapList &Told(int32_t i) const { return told_[static_cast<size_t>(i)]; }
-
- private:
-  std::span<const ScaleTapList> told_;
-  ZeroedBuffer<WordList> lists_;
-  ZeroedBuffer<WordWeights> weights_;
 };
 
 }  // namespace zvk::scaling

@@ -31,7 +31,7 @@ double DigitValue(const DigitLists &lists, const ScaleTapList &told, const std::
   const DigitList &list = lists[0];
   int64_t sum = list.start, size = std::abs(int64_t{list.start});
   for (int32_t t = 0; t < told.TapCount; ++t) {
-    const int32_t weight = WeightOf(lists.DigitsOf(list), told.Taps[t].SourceIndex - list.quad * kColumnsOfQuad);
+    const int32_t weight = WeightOf(lists.WeightsOf(list), told.Taps[t].SourceIndex - list.quad * kColumnsOfQuad);
     sum += int64_t{weight} * samples[static_cast<size_t>(told.Taps[t].SourceIndex)];
     size += std::abs(int64_t{weight}) * 255;
   }
@@ -47,7 +47,7 @@ TEST(DigitLists, ThreeDigitsOfEachColumnAreItsWeight) {
   EXPECT_EQ(lists[0].quads, 2);
   const double expected[] = {0, 0, -0.25 / 1.5, 0.5, 0, 1.0 / 1.5, 0, 0};
   for (int32_t column = 0; column < 8; ++column) {
-    EXPECT_EQ(WeightOf(lists.DigitsOf(lists[0]), column), std::nearbyint(expected[column] * kOne)) << column;
+    EXPECT_EQ(WeightOf(lists.WeightsOf(lists[0]), column), std::nearbyint(expected[column] * kOne)) << column;
   }
   EXPECT_EQ(&lists.Told(0), &made.list);
 }
