@@ -77,7 +77,8 @@ class RowMirror {
 
   void operator()(uint8_t *row) const {
     if (byRuns_) {
-      ExpectWrites(image_, row, RangeOf(L::OffsetsOf(image_)), image_.Width);
+      // A single pixel stays, and so does its page.
+      if (image_.Width > 1) ExpectWrites(image_, row, RangeOf(L::OffsetsOf(image_)), image_.Width);
       MirrorByRuns(mover_, image_, row);
     } else {
       MirrorByPixels<L>(image_, row);

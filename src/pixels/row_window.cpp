@@ -8,13 +8,20 @@
 
 namespace zvk::pixels {
 
+namespace {
+
+// More is not worth its memory, which the mapping of a block may need.
+constexpr int64_t kLargestCopies = int64_t{64} << 20;
+
+}  // namespace
+
 RowWindow::RowWindow(ImageClassData &image, const OffsetRange &offsets, int32_t columns, int32_t rows)
     : image_(image),
       rows_(rows),
       first_(offsets.lowest),
       bytes_((int64_t{columns} - 1) * image.PixelSize + offsets.Span()),
       inPlace_(HasFixedRows(image)) {
-  if (inPlace_ || bytes_ < 1 || bytes_ > kLargestAllocation) return;
+  if (inPlace_ || bytes_ < 1 || bytes_ > kLargestCopies / rows) return;
   copies_ = ZeroedBuffer<uint8_t>(bytes_ * rows);
   held_ = ZeroedBuffer<int32_t>(rows);
 }

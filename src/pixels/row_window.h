@@ -18,7 +18,7 @@ class RowWindow {
   // For up to `rows` rows (1 or more) next to each other, and the samples at `offsets` in the first `columns` pixels.
   RowWindow(ImageClassData &image, const OffsetRange &offsets, int32_t columns, int32_t rows);
 
-  // False if there is no memory for the copies.
+  // False if there is no memory for the copies, or if they would take more than 64 MiB.
   explicit operator bool() const { return inPlace_ || (copies_ && held_); }
 
   // The address of row y, as FetchRow gives it; nil if the row cannot be had. It lasts until a row is asked for that is

@@ -135,6 +135,9 @@ TEST_F(RowWindowTest, WithoutMemoryForTheCopiesThereIsNoWindow) {
   EXPECT_FALSE(RowWindow(image.Record(), {INT32_MIN, INT32_MAX}, 10, 1));
   EXPECT_FALSE(RowWindow(image.Record(), kGray, 0, 1));
   EXPECT_TRUE(RowWindow(image.Record(), kGray, 10, 3));
+  // 64 MiB are the most.
+  EXPECT_TRUE(RowWindow(image.Record(), kGray, 10, 6710886));
+  EXPECT_FALSE(RowWindow(image.Record(), kGray, 10, 6710887));
 }
 
 }  // namespace
