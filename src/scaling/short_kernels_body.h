@@ -374,11 +374,13 @@ ZVK_INLINE void SumRingRows(const ShortRows &rows, int32_t y, int32_t firstGroup
   const int32_t mask = rows.ringRows - 1;
   const float *ring = rows.ring + ptrdiff_t{firstGroup} * kLanes;
   Lanes sums[kGroups];
-  for (int32_t g = 0; g < kGroups; ++g) sums[g] = All(list.start);
+  for (int32_t g = 0; g < kGroups; ++g) sums[g] = All(0.0F);
   for (int32_t t = 0; t < list.count; ++t) {
     const float *row = ring + ptrdiff_t{(list.source + t) & mask} * kBlockSamples;
     for (int32_t g = 0; g < kGroups; ++g) sums[g] = MultiplyAdd(sums[g], Load(row + g * kLanes), All(weights[t]));
   }
+  // The start comes last: a sum that began with it could be larger than the bound allows for on its way.
+  for (int32_t g = 0; g < kGroups; ++g) sums[g] = Plus(sums[g], All(list.start));
   const Lanes spread = All(list.spread);
   if (FinishSure(sums, spread, to)) [[likely]]
     return;
@@ -623,7 +625,11 @@ ZVK_INLINE void SumWideGroups(const WordRows &rows, int32_t y, int32_t sample) {
 template <>
 void ShortForms<kLevel>::SumWideRows(const WordRows &rows) {
   constexpr int32_t kGroups = 2;
-  int32_t asked = 2 * (*rows.lists)[rows.first].pair;
+  int32_t asked = INT32_MAX;
+  for (int32_t y = rows.first; y < rows.end; ++y) {
+    const WordList &list = (*rows.lists)[y];
+    if (list.pairs > 0) asked = std::min(asked, 2 * list.pair);
+  }
   for (int32_t y = rows.first; y < rows.end; ++y) {
     const WordList &list = (*rows.lists)[y];
     const int32_t reach = std::min(2 * (list.pair + list.pairs) + kRowsAhead, rows.lastRow + 1);

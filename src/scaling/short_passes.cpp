@@ -96,13 +96,14 @@ ShortColumnsPass::ShortColumnsPass(const ScaleJob &job, const ScalePair &pair, d
       values_(ValueCount(pair.Read.count, pair.Values)),
       layout_(LayoutOf(*job.Source)),
       range_(RangeOf(std::span(layout_.offsets).first(static_cast<size_t>(pair.Read.count)))),
+      tempIsFixed_(HasFixedRows(*job.Temp)),
       sourceRows_(*job.Source, BytesRead(pair, range_), std::max(SourceColumns(job), 1), kLanes),
       isReady_(job.Short != nullptr && layout_.pixelSize > 0 && Prepare()) {}
 
 bool ShortColumnsPass::Prepare() {
   const ShortTable &lists = *job_.Short;
   if (!sourceRows_) return false;
-  if (!HasFixedRows(*job_.Temp) && !lists.dots) {
+  if (!tempIsFixed_ && !lists.dots) {
     turned_ = LineBuffer<uint8_t>(int64_t{job_.Width} * pair_.Stride * kLanes);
     if (!turned_) return false;
   }
@@ -161,7 +162,7 @@ int32_t ShortColumnsPass::Make(int32_t y, int32_t most) {
   for (int32_t i = 0; i < kLanes; ++i) {
     const int32_t row = y + std::min(i, count - 1);
     rows[i] = sourceRows_.Row(row);
-    if (rows[i] == nullptr || (HasFixedRows(*job_.Temp) && FetchRow(*job_.Temp, row) == nullptr)) return 0;
+    if (rows[i] == nullptr || (tempIsFixed_ && FetchRow(*job_.Temp, row) == nullptr)) return 0;
   }
   if (lists.words) {
     // A caller's temp image too may have rows that cut its last sample.
@@ -460,8 +461,9 @@ bool ShortRowsPass::WritesWhole(const ImageClassData &dest) const {
 
 int32_t ShortRowsPass::Make(int32_t y, int32_t most) {
   const int32_t count = std::min(most, kBand);
-  // A single row is made where the host may have written to the temp image since the one before.
-  if (count == 1) window_.Forget();
+  // Behind a single row the host may have written to the temp image.
+  if (count == 1 || lastWasSingle_) window_.Forget();
+  lastWasSingle_ = count == 1;
   // Copies, as the compiler must take every byte that is written for a change of the record.
   const ImageClassData dest = *job_.Dest;
   if (!WritesWhole(dest) || !FetchTempRows(y, count)) return 0;

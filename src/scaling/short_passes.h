@@ -60,8 +60,9 @@ class ShortColumnsPass {
   // work in.
   explicit operator bool() const { return isReady_; }
 
-  // False once the source has other pixels than it had at first.
-  bool StillFits() const { return layout_ == LayoutOf(*job_.Source); }
+  // False once the source has other pixels than it had at first, or the rows of the temp image do not stay where they
+  // are any more, or do so now.
+  bool StillFits() const { return layout_ == LayoutOf(*job_.Source) && tempIsFixed_ == HasFixedRows(*job_.Temp); }
 
   // Makes rows from y on, up to `most`, and returns how many: 0, with nothing written, if one of them cannot be had.
   int32_t Make(int32_t y, int32_t most);
@@ -108,6 +109,7 @@ class ShortColumnsPass {
   const int32_t values_;  // of a pixel
   const Layout layout_;
   const OffsetRange range_;  // of the samples that are read
+  const bool tempIsFixed_;
   ZeroedBuffer<Stretch> stretches_;
   int32_t stretchCount_ = 0;
   LineBuffer<float> staged_;
@@ -165,6 +167,7 @@ class ShortRowsPass {
   LineBuffer<uint8_t> band_;
   int64_t bandStride_ = 0;
   int32_t lastTempRow_ = 0;  // of those that have been fetched
+  bool lastWasSingle_ = false;
   bool isReady_;
 };
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "scaling/scale_engine.h"
+#include "tests/scaling/hostile_column.h"
 #include "tests/scaling/scale_testing.h"
 #include "tests/support/faults.h"
 #include "tests/support/plugin_host.h"
@@ -299,6 +300,17 @@ TEST(ScalePasses, ARunOfNoRowsDoesNothing) {
   PassesOf(G_to_G).Vertical(job, {1, end, nullptr}, kRoundToNearest);
   EXPECT_EQ(temp.Storage(), before);
   EXPECT_EQ(dest.Storage(), destBefore);
+}
+
+// --- short sums ---
+
+TEST(ScalePasses, AColumnThatIsHardOnShortSumsGivesTheNaiveBytes) {
+  constexpr int32_t kLanczos8 = 4;
+  const std::vector<uint8_t> column = HostileColumn();
+  const auto rows = static_cast<int32_t>(column.size());
+  TestImage source(100, rows, ImageFormatG), dest(100, 5, ImageFormatG);
+  for (int32_t y = 0; y < rows; ++y) source.SetRow(y, Bytes(100, column[static_cast<size_t>(y)]));
+  ExpectNaive(dest, source, MakeTemp(dest, source, 100), kLanczos8, 100, 5);
 }
 
 // --- time for the host ---

@@ -2,6 +2,7 @@
 // must reach its rows as that storage wants it.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <functional>
 #include <utility>
@@ -18,6 +19,17 @@ namespace {
 uint8_t *OnlyRow(ImageClassData *record, int32_t row) {
   static Bytes block;
   const uint8_t *stored = GetRowLinear(record, row);
+  block.assign(stored, stored + record->RowSize);
+  return block.data();
+}
+
+// The same for rows that are written: each goes back to its place when another one is fetched.
+uint8_t *OnlyRowWritten(ImageClassData *record, int32_t row) {
+  static Bytes block;
+  static uint8_t *place = nullptr;
+  uint8_t *stored = GetRowLinear(record, row);
+  if (place != nullptr) std::ranges::copy(block, place);
+  place = stored;
   block.assign(stored, stored + record->RowSize);
   return block.data();
 }
@@ -58,6 +70,66 @@ TEST_F(ScaleYield, ATempThatBecomesAFileIsReadRowByRow) {
   ASSERT_TRUE(PictureScaleZVK(dest.Object(), source.Object(), temp.Object(), kLanczos3, 5, 15));
   EXPECT_TRUE(temp.Record().IsMapping);
   EXPECT_EQ(dest.Storage(), expected.dest);
+}
+
+TEST_F(ScaleYield, RowsOfATempInAFileAreReadAnewBehindAYieldAlsoIfNoneComesAfterIt) {
+  for (const bool isLast : {false, true}) {
+    for (const int32_t format : {ImageFormatG, ImageFormatGray16}) {
+      const bool isWide = format == ImageFormatGray16;
+      const ScalePair &pair = isWide ? G16_to_G16 : G_to_G;
+      TestImage source(32, 20, format), dest(32, 20, format), expected(32, 20, format),
+          temp(32, 20, isWide ? ImageFormatScaling2 : ImageFormatScaling1);
+      dest.Record().IsAllocated = true;
+      ScaleTapTable table;
+      ASSERT_TRUE(table.Build(*FindScaleFilter(ScaleLanczos3), kVerticalAxis, 20, 0.999, 20, nullptr));
+      // Pixel by pixel: five rows of one noise, the others of another one.
+      const ScaleJob byPixel{&source.Record(), &expected.Record(), 20, 32, &temp.Record(), table.Lists()};
+      const int32_t five = 5, end = 20;
+      temp.FillNoise(3);
+      PassesOf(pair).Vertical(byPixel, {0, five, nullptr}, kRoundToNearest);
+      temp.FillNoise(9);
+      PassesOf(pair).Vertical(byPixel, {five, end, nullptr}, kRoundToNearest);
+
+      temp.FillNoise(3);
+      temp.Map(GetRowLinear);
+      yields_ = 0;
+      ActInYield(dest, five, [&] {
+        temp.FillNoise(9);
+        if (isLast) dest.Record().Yield.YieldTicks = 0;
+      });
+      const ScaleJob told{&source.Record(), &dest.Record(), 20, 32, &temp.Record(), table.Lists()};
+      const PassJob job(told, ShortenRows(told, pair));
+      PassesOf(pair).Vertical(job, {0, end, &dest.Record()}, kRoundToNearest);
+      EXPECT_EQ(dest.Storage(), expected.Storage()) << isLast << format;
+    }
+  }
+}
+
+TEST_F(ScaleYield, ATempThatBecomesAFileIsWrittenRowByRow) {
+  for (const bool isLast : {false, true}) {
+    for (const int32_t format : {ImageFormatG, ImageFormatGray16}) {
+      const bool isWide = format == ImageFormatGray16;
+      const ScalePair &pair = isWide ? G16_to_G16 : G_to_G;
+      TestImage source(32, 20, format), dest(32, 20, format),
+          temp(32, 20, isWide ? ImageFormatScaling2 : ImageFormatScaling1);
+      source.FillNoise(3);
+      source.Record().IsAllocated = true;
+      ScaleTapTable table;
+      ASSERT_TRUE(table.Build(*FindScaleFilter(ScaleTriangle), kHorizontalAxis, 32, 1.0, 32, nullptr));
+      yields_ = 0;
+      ActInYield(dest, 2, [&] {
+        temp.Map(OnlyRowWritten);
+        if (isLast) dest.Record().Yield.YieldTicks = 0;
+      });
+      const ScaleJob told{&source.Record(), &dest.Record(), 20, 32, &temp.Record(), table.Lists()};
+      const PassJob job(told, ShortenColumns(told, pair, kRoundToNearest, true));
+      const int32_t end = 20;
+      PassesOf(pair).Horizontal(job, {0, end, &dest.Record()}, kRoundToNearest);
+      temp.Record().GetRow(&temp.Record(), 0);  // the last row goes back to its place
+      temp.Record().GetRow = GetRowLinear;
+      for (int32_t y = 0; y < 20; ++y) EXPECT_EQ(temp.Row(y, 32), source.Row(y, 32)) << isLast << format << ' ' << y;
+    }
+  }
 }
 
 TEST_F(ScaleYield, ASourceThatComesToLieUnderTheTempSeesWhatIsOverwritten) {
