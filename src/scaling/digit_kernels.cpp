@@ -115,19 +115,32 @@ void SumColumnsOf(const DigitColumns &columns) {
     const DigitList list = (*columns.lists)[x];
     const int32_t *digits = columns.lists->WeightsOf(list);
     const uint32_t *quads = columns.quads + ptrdiff_t{list.quad - firstQuad} * kSamples * kLanes;
-    __m512i sums[kSamples][kDigits];
+    // One sample has too few sums to keep the multipliers busy, so its groups take turns with two sets of them.
+    constexpr int32_t kSets = kSamples == 1 ? 2 : 1;
+    __m512i sums[kSets * kSamples][kDigits];
 #pragma GCC unroll 5
-    for (int32_t s = 0; s < kSamples; ++s) {
-      sums[s][0] = _mm512_set1_epi32(list.start);
+    for (int32_t s = 0; s < kSets * kSamples; ++s) {
+      sums[s][0] = s < kSamples ? _mm512_set1_epi32(list.start) : _mm512_setzero_si512();
       sums[s][1] = sums[s][2] = _mm512_setzero_si512();
     }
-    for (int32_t q = 0; q < list.quads; ++q, quads += kSamples * kLanes, digits += kDigits) {
+    const auto addQuad = [&](int32_t set) __attribute__((always_inline)) {
 #pragma GCC unroll 5
       for (int32_t s = 0; s < kSamples; ++s) {
         const __m512i four = _mm512_loadu_si512(quads + s * kLanes);
 #pragma GCC unroll 3
-        for (int32_t d = 0; d < kDigits; ++d) AddProducts(sums[s][d], four, _mm512_set1_epi32(digits[d]));
+        for (int32_t d = 0; d < kDigits; ++d)
+          AddProducts(sums[set * kSamples + s][d], four, _mm512_set1_epi32(digits[d]));
       }
+      quads += kSamples * kLanes;
+      digits += kDigits;
+    };
+    int32_t q = 0;
+    for (; q + kSets <= list.quads; q += kSets) {
+      for (int32_t set = 0; set < kSets; ++set) addQuad(set);
+    }
+    if (q < list.quads) addQuad(0);
+    if constexpr (kSets == 2) {
+      for (int32_t d = 0; d < kDigits; ++d) sums[0][d] = _mm512_add_epi32(sums[0][d], sums[1][d]);
     }
     const __m512i edge = _mm512_set1_epi32(list.edge), sure = _mm512_set1_epi32((1 << kDigitBits) - 2 * list.edge);
     __mmask16 unsure[kSamples];
