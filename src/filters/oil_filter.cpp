@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <ranges>
 
 #include "host/resources.h"
 #include "pixels/dispatch.h"
@@ -189,8 +188,8 @@ bool PaintByRow(ImageClassData &source, ImageClassData &dest, int32_t levels, in
   ForEachRow(dest, source.Height, [&](uint8_t *destRow, int32_t y) {
     const Span rows(y, range, source.Height);
     for (; next <= rows.last; ++next) addresses[next] = window.Row(next);
-    const auto isThere = [&](int32_t row) { return addresses[row] != nullptr; };
-    if (!std::ranges::all_of(std::views::iota(rows.first, rows.last + 1), isThere)) {
+    if (std::find(addresses.Get() + rows.first, addresses.Get() + rows.last + 1, nullptr) !=
+        addresses.Get() + rows.last + 1) {
       return PaintRowByPixel<Layout>(source, dest, levels, range, y, [&](int32_t row) { return addresses[row]; });
     }
     const OilRow<Layout::channelCount> row{addresses.Get() + rows.first,

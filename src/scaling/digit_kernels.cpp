@@ -101,7 +101,9 @@ uint8_t ByteOf(const uint32_t *quads, ptrdiff_t column, int32_t samples, int32_t
 // them back and forth in every step.
 [[gnu::always_inline]] inline void AddProducts(__m512i &sums, __m512i four, __m512i digits) {
   sums = _mm512_dpbusd_epi32(sums, four, digits);
+#ifndef __clang__  // which checks this file and does not know its registers
   asm("" : "+v"(sums));
+#endif
 }
 
 template <int32_t kSamples>
@@ -126,12 +128,12 @@ void SumColumnsOf(const DigitColumns &columns) {
     const auto addQuad = [&](int32_t set) __attribute__((always_inline)) {
 #pragma GCC unroll 5
       for (int32_t s = 0; s < kSamples; ++s) {
-        const __m512i four = _mm512_loadu_si512(quads + s * kLanes);
+        const __m512i four = _mm512_loadu_si512(quads + ptrdiff_t{s} * kLanes);
 #pragma GCC unroll 3
         for (int32_t d = 0; d < kDigits; ++d)
           AddProducts(sums[set * kSamples + s][d], four, _mm512_set1_epi32(digits[d]));
       }
-      quads += kSamples * kLanes;
+      quads += ptrdiff_t{kSamples} * kLanes;
       digits += kDigits;
     };
     int32_t q = 0;
@@ -157,7 +159,7 @@ void SumColumnsOf(const DigitColumns &columns) {
     if (anyUnsure == 0) [[likely]]
       continue;
     for (int32_t s = 0; s < kSamples; ++s) {
-      if (unsure[s] != 0) RedoColumn(columns, x, columns.quads + s * kLanes, kSamples, values + places[s]);
+      if (unsure[s] != 0) RedoColumn(columns, x, columns.quads + ptrdiff_t{s} * kLanes, kSamples, values + places[s]);
     }
   }
 }

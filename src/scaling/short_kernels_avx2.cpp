@@ -138,4 +138,4 @@ struct Pairs {
 }  // namespace
 }  // namespace zvk::scaling
 
-#include "scaling/short_kernels_body.h"
+#include "scaling/short_kernels_body.inc"

@@ -97,4 +97,4 @@ using Pairs = __m512i;
 }  // namespace
 }  // namespace zvk::scaling
 
-#include "scaling/short_kernels_body.h"
+#include "scaling/short_kernels_body.inc"

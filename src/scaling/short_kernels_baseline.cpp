@@ -28,10 +28,10 @@ template <class Make>
   return EachQuarter([=](int) { return _mm_set1_ps(value); });
 }
 [[gnu::always_inline]] inline Lanes Load(const float *from) {
-  return EachQuarter([=](int i) { return _mm_loadu_ps(from + 4 * i); });
+  return EachQuarter([=](int i) { return _mm_loadu_ps(from + ptrdiff_t{4} * i); });
 }
 [[gnu::always_inline]] inline void Store(float *to, const Lanes &lanes) {
-  for (int i = 0; i < 4; ++i) _mm_storeu_ps(to + 4 * i, lanes.quarters[i]);
+  for (int i = 0; i < 4; ++i) _mm_storeu_ps(to + ptrdiff_t{4} * i, lanes.quarters[i]);
 }
 [[gnu::always_inline]] inline Lanes Plus(const Lanes &a, const Lanes &b) {
   return EachQuarter([&](int i) { return _mm_add_ps(a.quarters[i], b.quarters[i]); });
@@ -128,14 +128,14 @@ template <class Make>
     unsure |= static_cast<uint32_t>(_mm_movemask_ps(_mm_castsi128_ps(beyond))) << 4 * i;
     return _mm_sub_epi32(_mm_srai_epi32(sum, kWordPointBits), _mm_set1_epi32(32768));
   });
-  for (int i = 0; i < 2; ++i) {
-    const __m128i words = _mm_packs_epi32(whole.quarters[2 * i], whole.quarters[2 * i + 1]);
-    _mm_storeu_si128(reinterpret_cast<__m128i *>(to) + i, _mm_xor_si128(words, _mm_set1_epi16(-32768)));
-  }
+  const __m128i highest = _mm_set1_epi16(-32768);
+  auto *const halves = reinterpret_cast<__m128i *>(to);
+  _mm_storeu_si128(halves, _mm_xor_si128(_mm_packs_epi32(whole.quarters[0], whole.quarters[1]), highest));
+  _mm_storeu_si128(halves + 1, _mm_xor_si128(_mm_packs_epi32(whole.quarters[2], whole.quarters[3]), highest));
   return unsure;
 }
 
 }  // namespace
 }  // namespace zvk::scaling
 
-#include "scaling/short_kernels_body.h"
+#include "scaling/short_kernels_body.inc"

@@ -128,7 +128,7 @@ bool ShortColumnsPass::Prepare() {
 
 bool ShortColumnsPass::PrepareDots() {
   const int64_t columns = std::max(kStagedColumns, WidestList(job_));
-  const int64_t room = columns + 2 * kLanes;  // from a multiple of kLanes to another one
+  const int64_t room = columns + int64_t{2} * kLanes;  // from a multiple of kLanes to another one
   staged_ = LineBuffer<float>(room * pair_.Read.count);
   if (IsMixed(pair_)) mixed_ = LineBuffer<float>(room * values_);
   plane_ = LineBuffer<uint8_t>(room);
@@ -148,7 +148,7 @@ bool ShortColumnsPass::PrepareWords() {
     return false;
   }
   const int64_t columns = std::max(kStagedColumns, WidestList(job_));
-  groups_ = LineBuffer<uint32_t>((columns + 2 * kColumnsOfPair) / kColumnsOfPair * kLanes);
+  groups_ = LineBuffer<uint32_t>((columns + int64_t{2} * kColumnsOfPair) / kColumnsOfPair * kLanes);
   made_ = LineBuffer<uint8_t>(int64_t{job_.Width} * kSampleSize * kLanes);
   return groups_ && made_ && CutIntoStretches(columns);
 }
@@ -527,7 +527,7 @@ void ShortRowsPass::SumBlocks(int32_t y, int32_t count, uint8_t *const *made) {
                  .ring = ring_.Get(),
                  .ringRows = ringRows_,
                  .to = to.data()};
-  const int64_t most = kBlockSamples / rows.samples * rows.samples;
+  const int64_t most = int64_t{kBlockSamples / rows.samples} * rows.samples;
   for (int64_t sample = 0; sample < samples_; sample += most) {
     // The last block takes in samples of the one before it again.
     const int64_t begin = samples_ >= most ? std::min(sample, samples_ - most) : 0;

@@ -23,15 +23,20 @@ uint8_t *OnlyRow(ImageClassData *record, int32_t row) {
   return block.data();
 }
 
-// The same for rows that are written: each goes back to its place when another one is fetched.
+// The same for rows that are written: each goes back to its place when another one is fetched, or by PutRowBack.
+Bytes writtenRow;
+uint8_t *placeOfRow = nullptr;
+
+void PutRowBack() {
+  if (placeOfRow != nullptr) std::ranges::copy(writtenRow, placeOfRow);
+  placeOfRow = nullptr;
+}
+
 uint8_t *OnlyRowWritten(ImageClassData *record, int32_t row) {
-  static Bytes block;
-  static uint8_t *place = nullptr;
-  uint8_t *stored = GetRowLinear(record, row);
-  if (place != nullptr) std::ranges::copy(block, place);
-  place = stored;
-  block.assign(stored, stored + record->RowSize);
-  return block.data();
+  PutRowBack();
+  placeOfRow = GetRowLinear(record, row);
+  writtenRow.assign(placeOfRow, placeOfRow + record->RowSize);
+  return writtenRow.data();
 }
 
 class ScaleYield : public testing::Test {
@@ -125,7 +130,7 @@ TEST_F(ScaleYield, ATempThatBecomesAFileIsWrittenRowByRow) {
       const PassJob job(told, ShortenColumns(told, pair, kRoundToNearest, true));
       const int32_t end = 20;
       PassesOf(pair).Horizontal(job, {0, end, &dest.Record()}, kRoundToNearest);
-      temp.Record().GetRow(&temp.Record(), 0);  // the last row goes back to its place
+      PutRowBack();
       temp.Record().GetRow = GetRowLinear;
       for (int32_t y = 0; y < 20; ++y) EXPECT_EQ(temp.Row(y, 32), source.Row(y, 32)) << isLast << format << ' ' << y;
     }
