@@ -82,19 +82,6 @@ inline bool ImagesAreApart(const ImageClassData &source, const ImageClassData &d
   return ImagesAreApart(source, dest, source.Width, source.Height);
 }
 
-// The same, and the rows of both images stay where they are: for forms that hold several rows of an image by their
-// addresses.
-inline bool AreDisjoint(const ImageClassData &source, const ImageClassData &dest, int32_t columns, int32_t rows,
-                        int32_t pixelSize) {
-  return HasFixedRows(source) && HasFixedRows(dest) && ImagesAreApart(source, dest, columns, rows, pixelSize);
-}
-inline bool AreDisjoint(const ImageClassData &source, const ImageClassData &dest, int32_t columns, int32_t rows) {
-  return AreDisjoint(source, dest, columns, rows, dest.PixelSize);
-}
-inline bool AreDisjoint(const ImageClassData &source, const ImageClassData &dest) {
-  return AreDisjoint(source, dest, source.Width, source.Height);
-}
-
 // True if the order is unobservable in which pixels are read and written: what is written to the first `columns` and
 // `rows` of dest touches nothing of source, and no byte of it is a sample of two pixels. Within a pixel the samples are
 // still to be written in the order of the layout, and dest is not to be read again, unless SamplesAreApart holds as

@@ -84,12 +84,12 @@ TEST(OverlapProperty, WhatIsSaidToBeApartHasNoByteInCommon) {
     ImageClassData source = AnyImage(random, memory.data() + 400), dest = AnyImage(random, memory.data() + 400);
     const int32_t columns = random.Between(1, 5), rows = random.Between(1, 4);
     if (columns > dest.Width || rows > dest.Height) {
-      RC_ASSERT(!AreDisjoint(source, dest, columns, rows));
+      RC_ASSERT(!ImagesAreApart(source, dest, columns, rows));
       return;
     }
     const auto read = SamplesOf(source, source.Width, source.Height);
     const auto written = SamplesOf(dest, columns, rows);
-    const bool disjoint = AreDisjoint(source, dest, columns, rows);
+    const bool disjoint = ImagesAreApart(source, dest, columns, rows);
     const bool unobservable = OrderIsUnobservable<RGB>(source, dest, columns, rows);
     RC_CLASSIFY(disjoint, "disjoint");
     RC_CLASSIFY(unobservable, "unobservable");

@@ -149,35 +149,35 @@ TEST_F(Overlap, RunsOverlapWhereTheyHaveAByteInCommon) {
 
 // --- two images ---
 
-TEST_F(Overlap, ImagesOfTheirOwnAreDisjoint) {
+TEST_F(Overlap, ImagesOfTheirOwnAreApart) {
   const Image self = New(4, 3, ImageFormatG), dest = New(4, 3, ImageFormatG);
-  EXPECT_TRUE(AreDisjoint(Record(self), Record(dest)));
-  EXPECT_FALSE(AreDisjoint(Record(self), Record(self)));
+  EXPECT_TRUE(ImagesAreApart(Record(self), Record(dest)));
+  EXPECT_FALSE(ImagesAreApart(Record(self), Record(self)));
 }
 
 TEST_F(Overlap, ThroughAClipThatIsTooSmallMoreIsWrittenThanItSays) {
   const Image whole = New(9, 9, ImageFormatG);
   const Image upper = Adopt(ClipImage5(whole, 0, 0, 9, 2)), lower = Adopt(ClipImage5(whole, 0, 5, 9, 4));
-  EXPECT_TRUE(AreDisjoint(Record(upper), Record(lower)));
-  EXPECT_FALSE(AreDisjoint(Record(lower), Record(upper)));
-  EXPECT_TRUE(AreDisjoint(Record(lower), Record(upper), 9, 2));
-  EXPECT_FALSE(AreDisjoint(Record(lower), Record(upper), 10, 2));
+  EXPECT_TRUE(ImagesAreApart(Record(upper), Record(lower)));
+  EXPECT_FALSE(ImagesAreApart(Record(lower), Record(upper)));
+  EXPECT_TRUE(ImagesAreApart(Record(lower), Record(upper), 9, 2));
+  EXPECT_FALSE(ImagesAreApart(Record(lower), Record(upper), 10, 2));
 }
 
 TEST_F(Overlap, PixelsOfAnotherSizeCountByTheirBytes) {
   const Image source = New(9, 9, ImageFormatG), dest = New(9, 9, ImageFormatRGB);
-  EXPECT_TRUE(AreDisjoint(Record(source), Record(dest), 27, 9, 1));
-  EXPECT_FALSE(AreDisjoint(Record(source), Record(dest), 28, 9, 1));
-  EXPECT_TRUE(AreDisjoint(Record(source), Record(dest), 6, 9, 4));
-  EXPECT_FALSE(AreDisjoint(Record(source), Record(dest), 7, 9, 4));
-  EXPECT_FALSE(AreDisjoint(Record(source), Record(dest), 6, 10, 4));
-  EXPECT_FALSE(AreDisjoint(Record(source), Record(dest), INT32_MAX, 1, INT32_MAX));
+  EXPECT_TRUE(ImagesAreApart(Record(source), Record(dest), 27, 9, 1));
+  EXPECT_FALSE(ImagesAreApart(Record(source), Record(dest), 28, 9, 1));
+  EXPECT_TRUE(ImagesAreApart(Record(source), Record(dest), 6, 9, 4));
+  EXPECT_FALSE(ImagesAreApart(Record(source), Record(dest), 7, 9, 4));
+  EXPECT_FALSE(ImagesAreApart(Record(source), Record(dest), 6, 10, 4));
+  EXPECT_FALSE(ImagesAreApart(Record(source), Record(dest), INT32_MAX, 1, INT32_MAX));
 }
 
 TEST_F(Overlap, ClipsSideBySideShareTheRowsBetweenThem) {
   const Image whole = New(9, 9, ImageFormatG);
   const Image left = Adopt(ClipImage5(whole, 0, 0, 4, 9)), right = Adopt(ClipImage5(whole, 5, 0, 4, 9));
-  EXPECT_FALSE(AreDisjoint(Record(left), Record(right)));
+  EXPECT_FALSE(ImagesAreApart(Record(left), Record(right)));
 }
 
 TEST_F(Overlap, AMappedFileIsApartFromMemoryOfTheImagesButItsRowsDoNotStay) {
@@ -190,10 +190,10 @@ TEST_F(Overlap, AMappedFileIsApartFromMemoryOfTheImagesButItsRowsDoNotStay) {
     EXPECT_TRUE(ImagesAreApart(Record(*other), Record(file)));
     EXPECT_FALSE(ImagesAreApart(Record(*other), Record(file), 5, 3));
     EXPECT_TRUE(OrderIsUnobservable<Gray>(Record(*other), Record(file), 4, 3));
-    EXPECT_FALSE(AreDisjoint(Record(file), Record(*other)));
-    EXPECT_FALSE(AreDisjoint(Record(*other), Record(file)));
+    EXPECT_FALSE(HasFixedRows(Record(file)));
   }
-  EXPECT_TRUE(AreDisjoint(Record(memory), Record(New(4, 3, ImageFormatG))));
+  EXPECT_TRUE(HasFixedRows(Record(memory)));
+  EXPECT_TRUE(ImagesAreApart(Record(memory), Record(New(4, 3, ImageFormatG))));
 }
 
 TEST_F(Overlap, OfAMappedFileAndACallersBlockNothingIsKnown) {
@@ -204,7 +204,7 @@ TEST_F(Overlap, OfAMappedFileAndACallersBlockNothingIsKnown) {
   EXPECT_FALSE(OrderIsUnobservable<Gray>(Record(block), Record(file), 4, 3));
 }
 
-TEST_F(Overlap, TheOrderIsUnobservableWhereImagesAreDisjointAndPixelsOfDestStandAlone) {
+TEST_F(Overlap, TheOrderIsUnobservableWhereImagesAreApartAndPixelsOfDestStandAlone) {
   const Image source = New(4, 3, ImageFormatRGB);
   EXPECT_TRUE(OrderIsUnobservable<RGB>(Record(source), Record(New(4, 3, ImageFormatXBGR)), 4, 3));
   EXPECT_FALSE(OrderIsUnobservable<RGB>(Record(source), Record(source), 4, 3));
